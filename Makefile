@@ -1,0 +1,45 @@
+# One target per chore.
+.PHONY: build run test quick format lint bench install bootstrap clean
+
+BUILD_JOBS ?= $(shell nproc)
+
+build: bootstrap
+	cmake --preset release -DORVANE_BUILD_TESTS=OFF
+	cmake --build --preset release -j $(BUILD_JOBS)
+
+# The demo suite, made anew, and every job run on it.
+run: build
+	scripts/demo
+
+# Everything, the tests against real servers included.
+test: bootstrap
+	scripts/check-layers
+	cmake --preset debug
+	cmake --build --preset debug -j $(BUILD_JOBS)
+	ctest --preset debug -j $(BUILD_JOBS)
+
+# The everyday tests: no servers, under three minutes.
+quick:
+	cmake --preset debug
+	cmake --build --preset debug -j $(BUILD_JOBS)
+	ctest --preset debug -j $(BUILD_JOBS) -L quick
+
+format:
+	scripts/format
+
+lint: bootstrap
+	scripts/lint
+
+bench: bootstrap
+	cmake --preset bench
+	cmake --build --preset bench -j $(BUILD_JOBS)
+	scripts/bench
+
+install: build
+	cmake --install build/release
+
+bootstrap:
+	@scripts/bootstrap
+
+clean:
+	rm -rf build demo-suite

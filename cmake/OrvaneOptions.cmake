@@ -1,0 +1,28 @@
+# Settings every target shares: language level, warnings, sanitizers.
+option(ORVANE_BUILD_TESTS "Build the tests" ON)
+option(ORVANE_BUILD_BENCH "Build the benchmarks" OFF)
+set(ORVANE_SANITIZE "" CACHE STRING "Sanitizers to compile in, e.g. address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+find_program(ORVANE_CCACHE ccache)
+if(ORVANE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVANE_CCACHE}")
+  set(CMAKE_C_COMPILER_LAUNCHER "${ORVANE_CCACHE}")
+endif()
+
+add_library(orvane_options INTERFACE)
+target_include_directories(orvane_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(orvane_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
+  -Wconversion -Wsign-conversion -Werror)
+if(ORVANE_SANITIZE)
+  target_compile_options(orvane_options INTERFACE
+    -fsanitize=${ORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(orvane_options INTERFACE -fsanitize=${ORVANE_SANITIZE})
+endif()

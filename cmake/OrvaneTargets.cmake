@@ -1,0 +1,30 @@
+# One function per kind of target, so that every room is declared the same way.
+
+# orvane_library(NAME SOURCES ... [PUBLIC target...] [PRIVATE target...])
+# A static library; PUBLIC and PRIVATE are the targets it links.
+function(orvane_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+endfunction()
+
+# orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds])
+# A GoogleTest program whose cases are registered with CTest one by one.
+# The label "quick" marks the everyday tests; "server" marks those that talk to a real server.
+function(orvane_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
+  if(NOT ARG_LABELS)
+    set(ARG_LABELS quick)
+  endif()
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
+  set(properties LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  if(ARG_FIXTURES)
+    list(APPEND properties FIXTURES_REQUIRED "${ARG_FIXTURES}")
+  endif()
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()

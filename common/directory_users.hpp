@@ -1,0 +1,18 @@
+// OrvaneUtilities: the people of the membership directory.
+#pragma once
+
+#include <string_view>
+
+#include "components/interfaces/user.hpp"
+
+namespace OrvaneUtilities {
+
+// The directory user with this id, or null after a failure, which is written to the error log. Never raises
+// anything but a failure of the log itself.
+VnMembership::UserPtr getUserFromID(std::string_view userId);
+
+
+// The user bound with the MEMBERSHIP account of the given site configuration file; every failure is raised.
+VnMembership::UserPtr BindMembershipUser(std::string_view configurationFile, std::string_view userId);
+
+}  // namespace OrvaneUtilities

@@ -1,0 +1,18 @@
+// Sends the escalation mails of the suite: "OrvaneProcessMTS.SolveOnNoResponse".
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "platform/automation/object.hpp"
+
+namespace OrvaneProcessMTS {
+
+inline constexpr std::string_view kSolveOnNoResponseProgId = "OrvaneProcessMTS.SolveOnNoResponse";
+
+class SolveOnNoResponse : public automation::Object {
+ public:
+  virtual void SendingEscalationMails() = 0;
+};
+
+}  // namespace OrvaneProcessMTS

@@ -1,0 +1,9 @@
+#include "components/registration/register_jobs.hpp"
+
+#include <memory>
+
+namespace OrvaneProcess {
+
+void RegisterJobs(automation::ClassTable&) {}
+
+}  // namespace OrvaneProcess

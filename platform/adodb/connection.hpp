@@ -1,0 +1,45 @@
+// An ADO connection: "ADODB.Connection".
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "platform/adodb/statement.hpp"
+#include "platform/adodb/types.hpp"
+#include "platform/automation/object.hpp"
+
+namespace ADODB {
+
+class Recordset;
+using RecordsetPtr = std::shared_ptr<Recordset>;
+
+class Connection : public automation::Object {
+ public:
+  // Opens the database that the connection string names; an empty user and password leave the string's own.
+  // 3705 when it is open already. An engine that refuses raises its own message with SQLSTATE and native code.
+  virtual void Open(std::string_view connectionString, std::string_view user, std::string_view password,
+                    int options) = 0;
+
+  // Ends an open transaction by rolling it back and gives the connection up. 3704 when it is not open.
+  virtual void Close() = 0;
+
+  virtual ObjectState State() const = 0;
+
+  // For transactions begun after the call. 3704 when it is not open.
+  virtual void SetIsolationLevel(IsolationLevel level) = 0;
+  virtual IsolationLevel GetIsolationLevel() const = 0;
+
+  // Runs one statement. A statement that yields rows returns them in a forward-only read-only record set, unless
+  // `options` holds kExecuteNoRecords; any other returns null. `recordsAffected` may be null.
+  virtual RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) = 0;
+
+  // Transactions do not nest: a second BeginTrans raises 3001, Commit or Rollback without one raises 3001.
+  virtual void BeginTrans() = 0;
+  virtual void CommitTrans() = 0;
+  virtual void RollbackTrans() = 0;
+};
+
+using ConnectionPtr = std::shared_ptr<Connection>;
+
+}  // namespace ADODB

@@ -1,0 +1,88 @@
+// SQL text that remembers which of its parts are inserted values.
+//
+// A statement is put together from fixed text (string literals of the program) and values (texts and numbers that
+// come from outside). ToString() is byte for byte their plain concatenation. A value that would end its own
+// literal, or that stands outside a literal without being a number, makes the statement fail with a syntax error
+// before anything is sent: a quote breaks a statement, and never becomes part of one.
+//
+//   Statement sql = "select PARAM_VALUE from PARAMETERS where " "PARAM_NAME = '";
+//   sql += SqlValue(name);
+//   sql += "'";
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ADODB {
+
+// A value to be inserted as it stands, without escaping.
+class SqlValue {
+ public:
+  explicit SqlValue(std::string_view text) : text_(text) {}
+  explicit SqlValue(std::int32_t number) : text_(std::to_string(number)) {}
+  explicit SqlValue(std::int64_t number) : text_(std::to_string(number)) {}
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// Text that another trusted part of the program has made to stand in SQL, such as a timestamp literal or a complete
+// quoted literal. It counts as fixed text.
+class SqlFragment {
+ public:
+  explicit SqlFragment(std::string text) : text_(std::move(text)) {}
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+class Statement {
+ public:
+  struct Span {
+    std::size_t offset;  // bytes from the start of the text
+    std::size_t length;
+  };
+
+  Statement() = default;
+  template <std::size_t N>
+  Statement(const char (&literal)[N]) : text_(literal, N - 1) {}
+  Statement(const SqlFragment& fragment) : text_(fragment.Text()) {}
+
+  template <std::size_t N>
+  Statement& operator+=(const char (&literal)[N]) {
+    text_.append(literal, N - 1);
+    return *this;
+  }
+  Statement& operator+=(const SqlValue& value);
+  Statement& operator+=(const SqlFragment& fragment);
+  Statement& operator+=(const Statement& other);
+
+  // Cuts the last `count` bytes, all of them fixed text: the connector left behind by a chain of conditions.
+  void CutLast(std::size_t count);
+
+  bool IsEmpty() const { return text_.empty(); }
+  const std::string& ToString() const { return text_; }
+  const std::vector<Span>& Values() const { return values_; }  // in order of position, never overlapping
+
+ private:
+  std::string text_;
+  std::vector<Span> values_;
+};
+
+template <class Part>
+Statement operator+(Statement left, const Part& right) {
+  left += right;
+  return left;
+}
+template <std::size_t N>
+Statement operator+(Statement left, const char (&right)[N]) {
+  left += right;
+  return left;
+}
+
+}  // namespace ADODB

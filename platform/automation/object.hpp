@@ -1,0 +1,18 @@
+// The root of everything that can be created by ProgID or held in a Variant.
+#pragma once
+
+#include <memory>
+
+namespace automation {
+
+class Object {
+ public:
+  Object() = default;
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+  virtual ~Object() = default;
+};
+
+using ObjectPtr = std::shared_ptr<Object>;
+
+}  // namespace automation

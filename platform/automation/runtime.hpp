@@ -1,0 +1,67 @@
+// The surroundings of job code: what it can create, what time it is, which locale it runs in.
+//
+// A Runtime is an ordinary object. A RuntimeScope makes it the current thread's; the free functions below then
+// answer from it. There is no process-wide state, so tests with runtimes of their own can run side by side.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "platform/automation/class_table.hpp"
+#include "platform/automation/date_time.hpp"
+#include "platform/automation/error.hpp"
+#include "platform/automation/locale.hpp"
+#include "platform/automation/object.hpp"
+#include "platform/automation/object_context.hpp"
+
+namespace automation {
+
+struct Runtime {
+  ClassTable classes;
+  std::shared_ptr<ObjectContext> context;    // null outside component services
+  std::function<DateTime()> clock;           // the local date and time; SystemClock() unless a test sets its own
+  std::shared_ptr<const Locale> locale;      // null: a call that needs it raises 91
+
+  Runtime();
+};
+
+// Makes `runtime` the current thread's until the scope ends; scopes nest. `runtime` must outlive the scope.
+class RuntimeScope {
+ public:
+  explicit RuntimeScope(Runtime& runtime);
+  ~RuntimeScope();
+  RuntimeScope(const RuntimeScope&) = delete;
+  RuntimeScope& operator=(const RuntimeScope&) = delete;
+
+ private:
+  Runtime* previous_;
+};
+
+// The operating system's local date and time, to the microsecond.
+DateTime SystemClock();
+
+// The current thread's runtime; 91 when no scope is open.
+Runtime& CurrentRuntime();
+
+// What the current runtime answers.
+ObjectPtr CreateObject(std::string_view progId);
+std::shared_ptr<ObjectContext> GetObjectContext();
+DateTime Now();
+const Locale& CurrentLocale();
+
+// `object` seen through the interface T; 430 when it does not have it, 91 when it is null.
+template <class T>
+std::shared_ptr<T> As(const ObjectPtr& object) {
+  if (!object) throw Error(ErrorNumber::ObjectNotSet);
+  std::shared_ptr<T> result = std::dynamic_pointer_cast<T>(object);
+  if (!result) throw Error(ErrorNumber::InterfaceNotSupported);
+  return result;
+}
+
+template <class T>
+std::shared_ptr<T> CreateObject(std::string_view progId) {
+  return As<T>(CreateObject(progId));
+}
+
+}  // namespace automation

@@ -1,0 +1,83 @@
+// Files and folders as the scripting run-time sees them: "Scripting.FileSystemObject".
+//
+// Paths are written with "\" (a "/" is understood as well). A name is looked up exactly first and, when that does
+// not exist, without regard to case. Missing files raise 53, missing folders 76, refused access 70.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/automation/date_time.hpp"
+#include "platform/automation/object.hpp"
+
+namespace Scripting {
+
+enum class IOMode { ForReading = 1, ForWriting = 2, ForAppending = 8 };
+
+// A text file in the single-byte system code page; texts given to it are UTF-8.
+class TextStream : public automation::Object {
+ public:
+  virtual void Write(std::string_view text) = 0;
+  virtual void WriteLine(std::string_view text) = 0;  // the text and CR LF
+  virtual std::string ReadAll() = 0;                  // 62 at the end of the file
+  // Everything written has reached the operating system when Close returns; a failed write raises here at the
+  // latest. The destructor closes too, but cannot report.
+  virtual void Close() = 0;
+};
+using TextStreamPtr = std::shared_ptr<TextStream>;
+
+class File : public automation::Object {
+ public:
+  virtual std::string Name() const = 0;
+  virtual std::string Path() const = 0;
+  virtual std::int64_t Size() const = 0;
+  virtual automation::DateTime DateLastAccessed() const = 0;
+  virtual TextStreamPtr OpenAsTextStream(IOMode mode) = 0;  // single-byte format
+};
+using FilePtr = std::shared_ptr<File>;
+
+class Folder : public automation::Object {
+ public:
+  virtual std::string Name() const = 0;
+  virtual std::string Path() const = 0;
+  virtual automation::DateTime DateLastAccessed() const = 0;
+  // The direct children at the moment of the call, ordered by name. Links to files count as files, links to
+  // folders as folders.
+  virtual std::vector<FilePtr> Files() const = 0;
+  virtual std::vector<std::shared_ptr<Folder>> SubFolders() const = 0;
+};
+using FolderPtr = std::shared_ptr<Folder>;
+
+class FileSystemObject : public automation::Object {
+ public:
+  virtual bool FolderExists(std::string_view path) const = 0;
+  virtual bool FileExists(std::string_view path) const = 0;
+  // "C", "C:" or a path that begins with a drive; a path from the root of a POSIX file tree is on a drive that
+  // exists.
+  virtual bool DriveExists(std::string_view drive) const = 0;
+
+  virtual FilePtr GetFile(std::string_view path) const = 0;      // 53
+  virtual FolderPtr GetFolder(std::string_view path) const = 0;  // 76
+
+  // One level; 58 when it exists already, 76 when its parent does not.
+  virtual FolderPtr CreateFolder(std::string_view path) = 0;
+  // A new empty file, open for writing, in the single-byte code page; 58 when it exists and `overwrite` is false.
+  virtual TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) = 0;
+  // 53 when it is missing and `create` is false.
+  virtual TextStreamPtr OpenTextFile(std::string_view path, IOMode mode, bool create) = 0;
+
+  // Read-only items are refused with 70 unless `force` is true.
+  virtual void DeleteFile(std::string_view path, bool force) = 0;
+  // With everything inside. A link inside the folder is removed as a link, never followed.
+  virtual void DeleteFolder(std::string_view path, bool force) = 0;
+
+  // The path without its last part; empty for a drive or a bare name. Text only: the disk is not asked.
+  virtual std::string GetParentFolderName(std::string_view path) const = 0;
+};
+using FileSystemObjectPtr = std::shared_ptr<FileSystemObject>;
+
+}  // namespace Scripting
