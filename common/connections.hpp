@@ -18,8 +18,8 @@ namespace OrvaneUtilities {
 ADODB::ConnectionPtr GetOrvaneConnection();
 ADODB::ConnectionPtr GetECatalogConnection();
 
-// Closes what is open; a null reference or a closed object is left alone. Safe on an error path: the error being
-// handled stays the pending one, and nothing new is raised for a closed or null object.
+// Closes what is open; a null reference or a closed object is left alone. Safe on an error path: the error
+// being handled stays the pending one, and nothing new is raised for a closed or null object.
 void CloseConnection(ADODB::ConnectionPtr& connection);
 void CloseRecordset(ADODB::RecordsetPtr& recordset);
 

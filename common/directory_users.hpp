@@ -11,7 +11,6 @@ namespace OrvaneUtilities {
 // anything but a failure of the log itself.
 VnMembership::UserPtr getUserFromID(std::string_view userId);
 
-
 // The user bound with the MEMBERSHIP account of the given site configuration file; every failure is raised.
 VnMembership::UserPtr BindMembershipUser(std::string_view configurationFile, std::string_view userId);
 

@@ -24,7 +24,8 @@ std::string ToOdbcTimestamp(automation::DateTime value);
 // "/" becomes "\"; one trailing "\" is dropped.
 std::string NormalizeFolderPath(std::string_view path);
 
-// A date as users of a Windows locale id read it; styles and fallbacks are those of automation::Locale::DateText.
+// A date as users of a Windows locale id read it; styles and fallbacks are those of
+// automation::Locale::DateText.
 std::string GetDateText(automation::DateTime value, int style, std::int32_t localeId);
 
 // Every occurrence of `what` replaced by `with`, from left to right.

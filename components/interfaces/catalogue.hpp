@@ -19,7 +19,8 @@ inline constexpr std::string_view kFAQCategoryClass = "ECatalog.FAQCategory";
 
 class ProductCategory : public automation::Object {
  public:
-  // The rows (CATEGORYID, CATEGORYNAME) of the categories whose ids the filter lists. The caller closes the set.
+  // The rows (CATEGORYID, CATEGORYNAME) of the categories whose ids the filter lists. The caller closes the
+  // set.
   virtual ADODB::RecordsetPtr GetCategories(const automation::VariantArray& ids) = 0;
 };
 

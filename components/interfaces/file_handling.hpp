@@ -16,12 +16,12 @@ inline constexpr std::string_view kFileHandlingProgId = "OrvCommonMTS.FileHandli
 
 // Which shared folder an operation works in.
 enum class FolderKind : std::int16_t {
-  QuestionFolders = 1,       // the attachment folders themselves, named like "1234Q"
+  QuestionFolders = 1,  // the attachment folders themselves, named like "1234Q"
   Dispatch = 11,
   TempAttachments = 12,
   Archives = 13,
   Chat = 14,
-  OldAttachmentFiles = 15,   // files inside attachment folders, named like "1234A\report.txt"
+  OldAttachmentFiles = 15,  // files inside attachment folders, named like "1234A\report.txt"
 };
 
 class FileHandling : public automation::Object {
@@ -33,8 +33,8 @@ class FileHandling : public automation::Object {
   virtual void SetInUse(std::string_view name, std::int16_t state) = 0;
 
   // Brings the shared copy of a file to `fullPath`. `mode` is always 10.
-  virtual void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
-                         std::int16_t mode) = 0;
+  virtual void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath,
+                         FolderKind kind, std::int16_t mode) = 0;
 
   // Whether the file is marked as being worked on.
   virtual bool IsInUse(std::string_view name) = 0;
@@ -43,7 +43,8 @@ class FileHandling : public automation::Object {
   virtual void StoreFile(std::string_view fullPath, FolderKind kind) = 0;
 
   // Deletes the files of the remote folder that the kind selects under `path`, by age in minutes.
-  virtual automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes, FolderKind kind) = 0;
+  virtual automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
+                                              FolderKind kind) = 0;
 
   // Deletes the listed items of that folder. Names are relative to it; one that would leave it is refused.
   virtual automation::Variant DeleteListedItems(std::string_view path, const automation::Variant& names,

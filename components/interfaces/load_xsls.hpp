@@ -13,8 +13,8 @@ inline constexpr std::string_view kLoadXSLsProgId = "OrvCommon.LoadXSLs";
 
 class LoadXSLs : public automation::Object {
  public:
-  // The style sheet at `path`, ready to make processors; `purpose` is "answer" for mails. Raises, naming the file,
-  // when it is missing or no style sheet.
+  // The style sheet at `path`, ready to make processors; `purpose` is "answer" for mails. Raises, naming the
+  // file, when it is missing or no style sheet.
   virtual MSXML2::XSLTemplatePtr LoadOrvaneTemplate(std::string_view path, std::string_view purpose) = 0;
 };
 using LoadXSLsPtr = std::shared_ptr<LoadXSLs>;

@@ -14,8 +14,8 @@ inline constexpr std::string_view kLogProgId = "Vantrel.Log";
 
 class Log : public automation::Object {
  public:
-  // One entry: the component or library that raised the error, what to tell the operator, and a code (0: error).
-  // `result` receives whether the entry was written.
+  // One entry: the component or library that raised the error, what to tell the operator, and a code (0:
+  // error). `result` receives whether the entry was written.
   virtual void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
                              automation::Variant& result) = 0;
 };

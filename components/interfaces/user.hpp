@@ -18,7 +18,8 @@ class User : public automation::Object {
   virtual void setServerInfo(std::string_view configurationFile) = 0;
 
   // Enters the directory with a technical account and becomes the person with the given id. Raises when the
-  // account is refused, the directory cannot be reached or the id is unknown; an id is a value, never a pattern.
+  // account is refused, the directory cannot be reached or the id is unknown; an id is a value, never a
+  // pattern.
   virtual void BindAs(std::string_view userId, std::string_view bindName, std::string_view credential) = 0;
 
   // Attributes of the person; empty text, 0 or false for one that the directory does not hold.

@@ -17,7 +17,8 @@ using RecordsetPtr = std::shared_ptr<Recordset>;
 class Connection : public automation::Object {
  public:
   // Opens the database that the connection string names; an empty user and password leave the string's own.
-  // 3705 when it is open already. An engine that refuses raises its own message with SQLSTATE and native code.
+  // 3705 when it is open already. An engine that refuses raises its own message with SQLSTATE and native
+  // code.
   virtual void Open(std::string_view connectionString, std::string_view user, std::string_view password,
                     int options) = 0;
 
@@ -30,8 +31,8 @@ class Connection : public automation::Object {
   virtual void SetIsolationLevel(IsolationLevel level) = 0;
   virtual IsolationLevel GetIsolationLevel() const = 0;
 
-  // Runs one statement. A statement that yields rows returns them in a forward-only read-only record set, unless
-  // `options` holds kExecuteNoRecords; any other returns null. `recordsAffected` may be null.
+  // Runs one statement. A statement that yields rows returns them in a forward-only read-only record set,
+  // unless `options` holds kExecuteNoRecords; any other returns null. `recordsAffected` may be null.
   virtual RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) = 0;
 
   // Transactions do not nest: a second BeginTrans raises 3001, Commit or Rollback without one raises 3001.

@@ -47,7 +47,8 @@ class Recordset : public automation::Object {
   virtual void SetMaxRecords(std::int64_t count) = 0;
 
   // Runs a statement that yields rows and stands on the first. 3705 when the set is open already, 3704 when
-  // the connection is not open, 3001 for a null connection; a statement that yields no rows leaves the set closed.
+  // the connection is not open, 3001 for a null connection; a statement that yields no rows leaves the set
+  // closed.
   virtual void Open(const Statement& statement, const ConnectionPtr& connection, CursorType cursorType,
                     LockType lockType, int options) = 0;
 
@@ -59,7 +60,8 @@ class Recordset : public automation::Object {
   virtual bool Bof() const = 0;
   virtual bool Eof() const = 0;
 
-  // MoveFirst on an empty set, MoveNext past the end: 3021. A move away from an edited record updates it first.
+  // MoveFirst on an empty set, MoveNext past the end: 3021. A move away from an edited record updates it
+  // first.
   virtual void MoveFirst() = 0;
   virtual void MoveNext() = 0;
 
@@ -75,8 +77,8 @@ class Recordset : public automation::Object {
   // Deletes the current record at once. The set stays on it, and reading it raises 3021, until it is moved.
   virtual void Delete(Affect affect) = 0;
 
-  // From the current record forward to the first that meets `criterion` ("NAME='text'", "NAME=12"); past the last
-  // record when none does. 3001 for a criterion that is none, 3021 without a current record.
+  // From the current record forward to the first that meets `criterion` ("NAME='text'", "NAME=12"); past the
+  // last record when none does. 3001 for a criterion that is none, 3021 without a current record.
   virtual void Find(std::string_view criterion) = 0;
 
   // Shows only the records that meet `criterion` and moves to the first of them; empty text ends the filter.
@@ -88,7 +90,9 @@ class Recordset : public automation::Object {
   // The value of a column in the current record, or its change: Fields().Item(name) in short.
   const automation::Variant& Value(std::string_view name) { return Fields().Item(name).Value(); }
   const automation::Variant& Value(std::size_t index) { return Fields().Item(index).Value(); }
-  void SetValue(std::string_view name, const automation::Variant& value) { Fields().Item(name).SetValue(value); }
+  void SetValue(std::string_view name, const automation::Variant& value) {
+    Fields().Item(name).SetValue(value);
+  }
 };
 
 }  // namespace ADODB

@@ -10,8 +10,9 @@
 
 namespace ADODB {
 
-// The connections created from `classes` reach the given providers and share one pool of physical connections,
-// which lives as long as the class table.
-void RegisterClasses(automation::ClassTable& classes, std::vector<std::shared_ptr<engine::Provider>> providers);
+// The connections created from `classes` reach the given providers and share one pool of physical
+// connections, which lives as long as the class table.
+void RegisterClasses(automation::ClassTable& classes,
+                     std::vector<std::shared_ptr<engine::Provider>> providers);
 
 }  // namespace ADODB

@@ -1,9 +1,9 @@
 // SQL text that remembers which of its parts are inserted values.
 //
-// A statement is put together from fixed text (string literals of the program) and values (texts and numbers that
-// come from outside). ToString() is byte for byte their plain concatenation. A value that would end its own
-// literal, or that stands outside a literal without being a number, makes the statement fail with a syntax error
-// before anything is sent: a quote breaks a statement, and never becomes part of one.
+// A statement is put together from fixed text (string literals of the program) and values (texts and numbers
+// that come from outside). ToString() is byte for byte their plain concatenation. A value that would end its
+// own literal, or that stands outside a literal without being a number, makes the statement fail with a
+// syntax error before anything is sent: a quote breaks a statement, and never becomes part of one.
 //
 //   Statement sql = "select PARAM_VALUE from PARAMETERS where " "PARAM_NAME = '";
 //   sql += SqlValue(name);
@@ -30,8 +30,8 @@ class SqlValue {
   std::string text_;
 };
 
-// Text that another trusted part of the program has made to stand in SQL, such as a timestamp literal or a complete
-// quoted literal. It counts as fixed text.
+// Text that another trusted part of the program has made to stand in SQL, such as a timestamp literal or a
+// complete quoted literal. It counts as fixed text.
 class SqlFragment {
  public:
   explicit SqlFragment(std::string text) : text_(std::move(text)) {}

@@ -6,7 +6,12 @@ namespace ADODB {
 enum class CursorType { ForwardOnly = 0, Keyset = 1, Dynamic = 2, Static = 3 };
 enum class LockType { ReadOnly = 1, Pessimistic = 2, Optimistic = 3, BatchOptimistic = 4 };
 enum class CursorLocation { Server = 2, Client = 3 };
-enum class IsolationLevel { ReadUncommitted = 256, ReadCommitted = 4096, RepeatableRead = 65536, Serializable = 1048576 };
+enum class IsolationLevel {
+  ReadUncommitted = 256,
+  ReadCommitted = 4096,
+  RepeatableRead = 65536,
+  Serializable = 1048576
+};
 enum class ObjectState { Closed = 0, Open = 1 };
 enum class Affect { Current = 1 };
 

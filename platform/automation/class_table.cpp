@@ -22,8 +22,8 @@ void ClassTable::Register(std::string_view progId, Factory factory) {
       entries_.try_emplace(Folded(progId), Entry{std::string(progId), std::move(factory)});
   if (!inserted) {
     throw Error(static_cast<std::int32_t>(ErrorNumber::DuplicateKey), "ClassTable",
-                std::string(StandardDescription(static_cast<std::int32_t>(ErrorNumber::DuplicateKey))) + ": " +
-                    std::string(progId));
+                std::string(StandardDescription(static_cast<std::int32_t>(ErrorNumber::DuplicateKey))) +
+                    ": " + std::string(progId));
   }
 }
 
@@ -33,7 +33,9 @@ ObjectPtr ClassTable::Create(std::string_view progId) const {
   return found->second.factory();
 }
 
-bool ClassTable::Contains(std::string_view progId) const { return entries_.contains(Folded(progId)); }
+bool ClassTable::Contains(std::string_view progId) const {
+  return entries_.contains(Folded(progId));
+}
 
 std::vector<std::string> ClassTable::ProgIds() const {
   std::vector<std::string> result;

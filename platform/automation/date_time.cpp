@@ -63,7 +63,9 @@ DateTime DateTime::FromDate(int year, int month, int day) {
   return FromParts({.year = year, .month = month, .day = day});
 }
 
-DateTime DateTime::FromUnixMicroseconds(std::int64_t microseconds) { return DateTime(microseconds); }
+DateTime DateTime::FromUnixMicroseconds(std::int64_t microseconds) {
+  return DateTime(microseconds);
+}
 
 DateTimeParts DateTime::Parts() const {
   using namespace std::chrono;
@@ -88,9 +90,15 @@ DateTime DateTime::WithoutFraction() const {
   return DateTime(FloorDivide(microseconds_, kMicrosecondsPerSecond) * kMicrosecondsPerSecond);
 }
 
-DateTime AddDays(DateTime value, std::int64_t count) { return Shift(value, count, kMicrosecondsPerDay); }
-DateTime AddHours(DateTime value, std::int64_t count) { return Shift(value, count, kMicrosecondsPerHour); }
-DateTime AddMinutes(DateTime value, std::int64_t count) { return Shift(value, count, kMicrosecondsPerMinute); }
+DateTime AddDays(DateTime value, std::int64_t count) {
+  return Shift(value, count, kMicrosecondsPerDay);
+}
+DateTime AddHours(DateTime value, std::int64_t count) {
+  return Shift(value, count, kMicrosecondsPerHour);
+}
+DateTime AddMinutes(DateTime value, std::int64_t count) {
+  return Shift(value, count, kMicrosecondsPerMinute);
+}
 
 std::int64_t MinuteBoundaries(DateTime earlier, DateTime later) {
   return FloorDivide(later.UnixMicroseconds(), kMicrosecondsPerMinute) -

@@ -22,7 +22,8 @@ class DateTime {
   // Midnight of 30 December 1899, the platform's date zero.
   constexpr DateTime();
 
-  // Raises error 5 (Invalid procedure call or argument) for parts that name no date between years 100 and 9999.
+  // Raises error 5 (Invalid procedure call or argument) for parts that name no date between years 100 and
+  // 9999.
   static DateTime FromParts(const DateTimeParts& parts);
   static DateTime FromDate(int year, int month, int day);
   // Microseconds since 1970-01-01 00:00:00 on the same local clock.
@@ -31,7 +32,7 @@ class DateTime {
 
   DateTimeParts Parts() const;
   std::int64_t UnixMicroseconds() const { return microseconds_; }
-  DateTime DatePart() const;  // the same day at midnight
+  DateTime DatePart() const;         // the same day at midnight
   DateTime WithoutFraction() const;  // the fraction of a second dropped
 
   friend auto operator<=>(const DateTime&, const DateTime&) = default;

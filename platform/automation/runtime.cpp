@@ -13,9 +13,13 @@ thread_local Runtime* currentRuntime = nullptr;
 
 Runtime::Runtime() : clock(&SystemClock) {}
 
-RuntimeScope::RuntimeScope(Runtime& runtime) : previous_(currentRuntime) { currentRuntime = &runtime; }
+RuntimeScope::RuntimeScope(Runtime& runtime) : previous_(currentRuntime) {
+  currentRuntime = &runtime;
+}
 
-RuntimeScope::~RuntimeScope() { currentRuntime = previous_; }
+RuntimeScope::~RuntimeScope() {
+  currentRuntime = previous_;
+}
 
 DateTime SystemClock() {
   timeval now{};
@@ -37,11 +41,17 @@ Runtime& CurrentRuntime() {
   return *currentRuntime;
 }
 
-ObjectPtr CreateObject(std::string_view progId) { return CurrentRuntime().classes.Create(progId); }
+ObjectPtr CreateObject(std::string_view progId) {
+  return CurrentRuntime().classes.Create(progId);
+}
 
-std::shared_ptr<ObjectContext> GetObjectContext() { return CurrentRuntime().context; }
+std::shared_ptr<ObjectContext> GetObjectContext() {
+  return CurrentRuntime().context;
+}
 
-DateTime Now() { return CurrentRuntime().clock(); }
+DateTime Now() {
+  return CurrentRuntime().clock();
+}
 
 const Locale& CurrentLocale() {
   const Runtime& runtime = CurrentRuntime();

@@ -1,7 +1,8 @@
 // The surroundings of job code: what it can create, what time it is, which locale it runs in.
 //
-// A Runtime is an ordinary object. A RuntimeScope makes it the current thread's; the free functions below then
-// answer from it. There is no process-wide state, so tests with runtimes of their own can run side by side.
+// A Runtime is an ordinary object. A RuntimeScope makes it the current thread's; the free functions below
+// then answer from it. There is no process-wide state, so tests with runtimes of their own can run side by
+// side.
 #pragma once
 
 #include <functional>
@@ -19,9 +20,9 @@ namespace automation {
 
 struct Runtime {
   ClassTable classes;
-  std::shared_ptr<ObjectContext> context;    // null outside component services
-  std::function<DateTime()> clock;           // the local date and time; SystemClock() unless a test sets its own
-  std::shared_ptr<const Locale> locale;      // null: a call that needs it raises 91
+  std::shared_ptr<ObjectContext> context;  // null outside component services
+  std::function<DateTime()> clock;       // the local date and time; SystemClock() unless a test sets its own
+  std::shared_ptr<const Locale> locale;  // null: a call that needs it raises 91
 
   Runtime();
 };

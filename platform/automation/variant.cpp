@@ -139,8 +139,12 @@ std::int64_t ToInt64(const Variant& value) {
       value.Get());
 }
 
-std::int32_t ToInt32(const Variant& value) { return Narrow<std::int32_t>(ToInt64(value)); }
-std::int16_t ToInt16(const Variant& value) { return Narrow<std::int16_t>(ToInt64(value)); }
+std::int32_t ToInt32(const Variant& value) {
+  return Narrow<std::int32_t>(ToInt64(value));
+}
+std::int16_t ToInt16(const Variant& value) {
+  return Narrow<std::int16_t>(ToInt64(value));
+}
 
 double ToDouble(const Variant& value) {
   if (const auto* number = std::get_if<double>(&value.Get())) return *number;
@@ -162,7 +166,7 @@ DateTime ToDateTime(const Variant& value) {
   if (const auto* date = std::get_if<DateTime>(&value.Get())) return *date;
   if (const auto* text = std::get_if<std::string>(&value.Get())) return CurrentLocale().ParseDateTime(*text);
   const double days = ToDouble(value);
-  constexpr double kLastDay = 2958466;  // 1 January 10000
+  constexpr double kLastDay = 2958466;   // 1 January 10000
   constexpr double kFirstDay = -657434;  // 1 January 100
   if (!(days >= kFirstDay && days < kLastDay)) throw Error(ErrorNumber::Overflow);
   // Before date zero the fraction still counts forward from midnight.
@@ -210,6 +214,8 @@ bool IsNumeric(const Variant& value) {
       value.Get());
 }
 
-std::string ToTextOrEmpty(const Variant& value) { return value.IsNull() ? std::string() : ToText(value); }
+std::string ToTextOrEmpty(const Variant& value) {
+  return value.IsNull() ? std::string() : ToText(value);
+}
 
 }  // namespace automation

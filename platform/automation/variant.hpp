@@ -60,8 +60,8 @@ class Variant {
   Value value_;
 };
 
-// The platform's name of the value's type: "Empty", "Null", "Boolean", "Integer", "Long", "LongLong", "Double",
-// "Date", "String", "Variant()", "Object", or "Nothing" for a null object reference.
+// The platform's name of the value's type: "Empty", "Null", "Boolean", "Integer", "Long", "LongLong",
+// "Double", "Date", "String", "Variant()", "Object", or "Nothing" for a null object reference.
 std::string_view TypeName(const Variant& value);
 
 // Whole number: fractions round half to even, text is read as a number (13 when it is none), True is -1,

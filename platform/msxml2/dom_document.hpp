@@ -11,15 +11,15 @@ namespace MSXML2 {
 
 class DOMDocument : public Node {
  public:
-  // Replaces the content. False when the text is not well-formed or the file cannot be read: parseErrorReason()
-  // then says where and why, and the document is empty. No network, no external entities; a document whose
-  // entities grow beyond all measure is refused.
+  // Replaces the content. False when the text is not well-formed or the file cannot be read:
+  // parseErrorReason() then says where and why, and the document is empty. No network, no external entities;
+  // a document whose entities grow beyond all measure is refused.
   virtual bool load(std::string_view path) = 0;
   virtual bool loadXML(std::string_view text) = 0;
   virtual std::string parseErrorReason() const = 0;
 
-  // Replaces the file in one step: written beside it, synced, renamed. Raises 70, 76, 61 and leaves the file as
-  // it was when that fails. Paths are those of Scripting.FileSystemObject.
+  // Replaces the file in one step: written beside it, synced, renamed. Raises 70, 76, 61 and leaves the file
+  // as it was when that fails. Paths are those of Scripting.FileSystemObject.
   virtual void save(std::string_view path) = 0;
   virtual std::string xml() const = 0;  // the document as text
 

@@ -35,14 +35,14 @@ class Node : public automation::Object {
   virtual NodeType nodeType() const = 0;
   virtual std::string nodeName() const = 0;
 
-  // The text of the node and everything below it. Setting it replaces the content by one text; a character that
-  // XML cannot hold raises -2147467259 and changes nothing.
+  // The text of the node and everything below it. Setting it replaces the content by one text; a character
+  // that XML cannot hold raises -2147467259 and changes nothing.
   virtual std::string text() const = 0;
   virtual void setText(std::string_view text) = 0;
 
   virtual NamedNodeMapPtr attributes() const = 0;
-  virtual NodePtr parentNode() const = 0;   // null for a node that hangs nowhere
-  virtual NodePtr firstChild() const = 0;   // null when there is none
+  virtual NodePtr parentNode() const = 0;  // null for a node that hangs nowhere
+  virtual NodePtr firstChild() const = 0;  // null when there is none
 
   // Appends at the end, moving the node from where it hung; a node of another document is copied in.
   // Returns the node as it now hangs.

@@ -14,8 +14,8 @@ class XSLProcessor : public automation::Object {
   virtual void setInput(const DOMDocumentPtr& document) = 0;
   // A string parameter of the style sheet; the value is text, whatever characters it holds.
   virtual void addParameter(std::string_view name, std::string_view value, std::string_view namespaceUri) = 0;
-  // Runs the style sheet; raises with the processor's own message when it fails. A sheet can read no file, reach
-  // no network and write nothing.
+  // Runs the style sheet; raises with the processor's own message when it fails. A sheet can read no file,
+  // reach no network and write nothing.
   virtual bool transform() = 0;
   virtual std::string output() const = 0;  // UTF-8
 };

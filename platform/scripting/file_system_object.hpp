@@ -1,7 +1,7 @@
 // Files and folders as the scripting run-time sees them: "Scripting.FileSystemObject".
 //
-// Paths are written with "\" (a "/" is understood as well). A name is looked up exactly first and, when that does
-// not exist, without regard to case. Missing files raise 53, missing folders 76, refused access 70.
+// Paths are written with "\" (a "/" is understood as well). A name is looked up exactly first and, when that
+// does not exist, without regard to case. Missing files raise 53, missing folders 76, refused access 70.
 #pragma once
 
 #include <cstddef>
@@ -56,8 +56,8 @@ class FileSystemObject : public automation::Object {
  public:
   virtual bool FolderExists(std::string_view path) const = 0;
   virtual bool FileExists(std::string_view path) const = 0;
-  // "C", "C:" or a path that begins with a drive; a path from the root of a POSIX file tree is on a drive that
-  // exists.
+  // "C", "C:" or a path that begins with a drive; a path from the root of a POSIX file tree is on a drive
+  // that exists.
   virtual bool DriveExists(std::string_view drive) const = 0;
 
   virtual FilePtr GetFile(std::string_view path) const = 0;      // 53
@@ -65,7 +65,8 @@ class FileSystemObject : public automation::Object {
 
   // One level; 58 when it exists already, 76 when its parent does not.
   virtual FolderPtr CreateFolder(std::string_view path) = 0;
-  // A new empty file, open for writing, in the single-byte code page; 58 when it exists and `overwrite` is false.
+  // A new empty file, open for writing, in the single-byte code page; 58 when it exists and `overwrite` is
+  // false.
   virtual TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) = 0;
   // 53 when it is missing and `create` is false.
   virtual TextStreamPtr OpenTextFile(std::string_view path, IOMode mode, bool create) = 0;

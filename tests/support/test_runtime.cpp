@@ -122,7 +122,9 @@ std::string FakeLocale::ToCodePage(std::string_view utf8) const {
   return bytes;
 }
 
-std::string FakeLocale::FromCodePage(std::string_view bytes) const { return std::string(bytes); }
+std::string FakeLocale::FromCodePage(std::string_view bytes) const {
+  return std::string(bytes);
+}
 
 std::string FakeLocale::ToLower(std::string_view utf8) const {
   std::string lower(utf8);

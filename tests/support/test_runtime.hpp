@@ -1,5 +1,5 @@
-// A runtime of a test's own: a clock that stands still, a month/day/year locale, a configuration and a log that
-// remember. Nothing is shared with other tests.
+// A runtime of a test's own: a clock that stands still, a month/day/year locale, a configuration and a log
+// that remember. Nothing is shared with other tests.
 #pragma once
 
 #include <cstdint>

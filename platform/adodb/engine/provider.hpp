@@ -1,8 +1,8 @@
 // What the cursor engine asks of a database: the seam between it and the providers.
 //
-// A provider knows how to reach one kind of database and nothing about cursors, keys or ADO. It opens Sessions
-// (physical connections); a Session runs finished engine SQL with positional parameters ("?"). Everything above,
-// the pool, the dialect rewriting, the cursors, updates by key, stands once, in the engine.
+// A provider knows how to reach one kind of database and nothing about cursors, keys or ADO. It opens
+// Sessions (physical connections); a Session runs finished engine SQL with positional parameters ("?").
+// Everything above, the pool, the dialect rewriting, the cursors, updates by key, stands once, in the engine.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ namespace ADODB::engine {
 enum class ColumnType { Boolean, Integer, Decimal, Double, DateTime, Text, Binary };
 
 struct Column {
-  std::string name;        // as the statement or the table spells it
+  std::string name;  // as the statement or the table spells it
   ColumnType type;
   std::string baseTable;   // the table that the values come from; empty for an expression
   std::string baseColumn;  // the column of that table; empty for an expression
@@ -29,8 +29,8 @@ struct Column {
 
 // How rows of one table are addressed and made.
 struct TableShape {
-  std::vector<std::string> keyColumns;           // the primary key in order; empty when the table has none
-  std::optional<std::string> generatedColumn;    // the column that the database numbers by itself
+  std::vector<std::string> keyColumns;         // the primary key in order; empty when the table has none
+  std::optional<std::string> generatedColumn;  // the column that the database numbers by itself
 };
 
 // A forward-only, read-only result being read. At most one is alive on a session at a time.
@@ -63,8 +63,8 @@ class Session {
   // Key and generated column of a table, by the name that Column::baseTable gave.
   virtual TableShape Describe(const std::string& table) = 0;
 
-  // Makes the session fit for the next user (no open transaction, settings as after opening); false when it is
-  // dead and must be thrown away.
+  // Makes the session fit for the next user (no open transaction, settings as after opening); false when it
+  // is dead and must be thrown away.
   virtual bool Reset() = 0;
   // Whether the database still answers; asked of a session that has been idle for a while.
   virtual bool Ping() = 0;
