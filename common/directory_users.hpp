@@ -7,8 +7,8 @@
 
 namespace OrvaneUtilities {
 
-// The directory user with this id, or null after a failure, which is written to the error log. Never raises
-// anything but a failure of the log itself.
+// The directory user with this id, or null after a failure, which is written to the error log. Nothing is
+// raised.
 VnMembership::UserPtr getUserFromID(std::string_view userId);
 
 // The user bound with the MEMBERSHIP account of the given site configuration file; every failure is raised.

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "platform/automation/date_time.hpp"
-#include "platform/scripting/file_system_object.hpp"
 
 namespace OrvaneUtilities {
 

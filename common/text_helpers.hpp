@@ -28,7 +28,7 @@ std::string NormalizeFolderPath(std::string_view path);
 // automation::Locale::DateText.
 std::string GetDateText(automation::DateTime value, int style, std::int32_t localeId);
 
-// Every occurrence of `what` replaced by `with`, from left to right.
+// Every occurrence of `what` replaced by `with`, from left to right; an empty `what` occurs nowhere.
 std::string ReplaceAll(std::string_view text, std::string_view what, std::string_view with);
 
 }  // namespace OrvaneUtilities

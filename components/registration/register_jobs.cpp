@@ -2,8 +2,20 @@
 
 #include <memory>
 
-namespace OrvaneProcess {
+#include "jobs/dormant/dormant_user_expiry.hpp"
 
-void RegisterJobs(automation::ClassTable&) {}
+namespace OrvaneProcess {
+namespace {
+
+template <class Class>
+void Register(automation::ClassTable& classes, std::string_view progId) {
+  classes.Register(progId, [] { return std::make_shared<Class>(); });
+}
+
+}  // namespace
+
+void RegisterJobs(automation::ClassTable& classes) {
+  Register<DormantUserExpiry>(classes, kDormantUserExpiryProgId);
+}
 
 }  // namespace OrvaneProcess
