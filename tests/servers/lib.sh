@@ -1,0 +1,127 @@
+# What the scripts that start a server for the tests share. Sourced, never run.
+#
+# A server lives in a temporary folder of its own and runs as an unprivileged user: the one that its Debian package
+# made when the tests run as root, the present user otherwise. It listens on a socket in that folder, or on a loopback
+# port. STATE is a file of "key=value" lines that test programs read; it exists as long as the server is meant to be
+# there.
+#
+#   SCRIPT start STATE [durable]   makes and starts a server; one left behind by a crashed run is removed first
+#   SCRIPT halt STATE              stops the server and keeps its data
+#   SCRIPT kill STATE              the same, as a crash does it
+#   SCRIPT resume STATE            starts it again
+#   SCRIPT stop STATE              stops the server and removes its data
+#
+# A script sets `server_name` and `server_account` (and `server_stop_signal` unless it is TERM), defines the functions below, and ends with: server_main "$@"
+#   server_create    makes the data in $folder; runs as the unprivileged user through as_account
+#   server_command   sets the array `command` that runs the server in the foreground, as the unprivileged user
+#   server_ready     succeeds once the server answers
+#   server_settings  prints the lines of STATE that are the server's own
+#
+# Set for them: folder (the server's own), port (a loopback port that was free), durable (empty: no fsync, for tests;
+# "durable": the settings of production, for benchmarks).
+set -euo pipefail
+
+# Should a test run die without cleaning up, its servers end by themselves.
+server_life=${ORVANE_SERVER_LIFE:-2h}
+
+# Servers live in sbin, which is not on everybody's path.
+export PATH=$PATH:/usr/sbin:/sbin
+account_prefix=()
+server_stop_signal=TERM
+
+as_account() { "${account_prefix[@]}" "$@"; }
+
+state_value() { sed -n "s/^$1=//p" "$state"; }
+
+free_port() {
+  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+}
+
+running() { [ -n "$1" ] && kill -0 "$1" 2>/dev/null; }
+
+wait_until_gone() {
+  local pid=$1 tries
+  for ((tries = 0; tries < 300; tries++)); do
+    running "$pid" || return 0
+    sleep 0.1
+  done
+  return 1
+}
+
+server_launch() {
+  local command=() tries
+  server_command
+  (
+    cd "$folder"
+    exec setsid timeout --foreground --kill-after=10 "$server_life" \
+      bash -c 'echo $$ > "$0"; exec "$@"' "$folder/pid" \
+      "${account_prefix[@]}" "${command[@]}" >>"$folder/log" 2>&1 </dev/null
+  ) &
+  disown
+  for ((tries = 0; tries < 600; tries++)); do
+    if server_ready >/dev/null 2>&1; then return 0; fi
+    if [ "$tries" -gt 20 ] && ! running "$(cat "$folder/pid" 2>/dev/null)"; then break; fi
+    sleep 0.1
+  done
+  echo "$server_name did not start:" >&2
+  tail -n 30 "$folder/log" >&2
+  return 1
+}
+
+server_end() {
+  local signal=$1 pid
+  pid=$(cat "$folder/pid" 2>/dev/null || true)
+  if running "$pid"; then
+    kill -"$signal" "$pid" 2>/dev/null || true
+    wait_until_gone "$pid" || { kill -KILL "$pid" 2>/dev/null || true; wait_until_gone "$pid"; }
+  fi
+  rm -f "$folder/pid"
+}
+
+server_remove() {
+  folder=$(state_value folder)
+  if [ -n "$folder" ] && [ -d "$folder" ]; then
+    server_end "$server_stop_signal"
+    rm -rf "$folder"
+  fi
+  rm -f "$state"
+}
+
+server_main() {
+  local action=${1:?start, halt, kill, resume or stop}
+  state=${2:?the state file}
+  durable=${3:-}
+  if [ "$(id -u)" -eq 0 ]; then
+    account_prefix=(setpriv --reuid="$server_account" --regid="$server_account" --init-groups)
+  fi
+  case $action in
+    start)
+      [ ! -e "$state" ] || server_remove
+      mkdir -p "$(dirname "$state")"
+      folder=$(mktemp -d "${TMPDIR:-/tmp}/orvane-$server_name.XXXXXX")
+      [ "$(id -u)" -ne 0 ] || chown "$server_account" "$folder"
+      port=$(free_port)
+      # Written before the server runs, so that "stop" finds what a failing start leaves behind.
+      printf 'folder=%s\nport=%s\nscript=%s\n' "$folder" "$port" "$(realpath "$0")" >"$state"
+      if ! { server_create && server_launch; }; then
+        server_remove
+        exit 1
+      fi
+      server_settings >>"$state"
+      ;;
+    halt | kill | resume)
+      folder=$(state_value folder)
+      port=$(state_value port)
+      case $action in
+        halt) server_end "$server_stop_signal" ;;
+        kill) server_end KILL ;;
+        resume) server_launch ;;
+      esac
+      ;;
+    stop) [ ! -e "$state" ] || server_remove ;;
+    *)
+      echo "unknown action: $action" >&2
+      exit 64
+      ;;
+  esac
+}

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# A MariaDB server for the tests; see lib.sh for its use.
+# STATE tells: connection (an ODBC connection string of the owner, without the database), port, folder.
+. "$(dirname "$0")/lib.sh"
+
+server_name=mariadb
+server_account=mysql
+
+server_create() {
+  {
+    echo "[mariadbd]"
+    echo "datadir=$folder/data"
+    echo "socket=$folder/socket"
+    echo "bind-address=127.0.0.1"
+    echo "port=$port"
+    # Table names that differ in case are the same table, as the jobs expect.
+    echo "lower_case_table_names=1"
+    echo "character-set-server=utf8mb4"
+    echo "max_allowed_packet=64M"
+    echo "skip-log-bin"
+    echo "performance-schema=off"
+    if [ -z "$durable" ]; then
+      # A power cut would cost transactions; tests can live with that.
+      echo "innodb_flush_log_at_trx_commit=0"
+      echo "innodb_flush_method=nosync"
+      echo "innodb_doublewrite=0"
+    fi
+  } >"$folder/my.cnf"
+  chmod 644 "$folder/my.cnf"
+  as_account mariadb-install-db --defaults-file="$folder/my.cnf" --auth-root-authentication-method=normal \
+    --skip-test-db >"$folder/install.log" 2>&1 || { cat "$folder/install.log"; return 1; }
+  as_account mariadbd --defaults-file="$folder/my.cnf" --bootstrap >"$folder/bootstrap.log" 2>&1 <<'SQL' ||
+FLUSH PRIVILEGES;
+CREATE USER orvane_owner@'%' IDENTIFIED BY 'owner-secret';
+GRANT ALL PRIVILEGES ON *.* TO orvane_owner@'%' WITH GRANT OPTION;
+SQL
+    { cat "$folder/bootstrap.log"; return 1; }
+}
+
+server_command() { command=(mariadbd --defaults-file="$folder/my.cnf"); }
+
+server_ready() {
+  mariadb-admin --no-defaults --protocol=tcp --host=127.0.0.1 --port="$port" --user=orvane_owner \
+    --password=owner-secret ping
+}
+
+server_settings() {
+  echo "connection=Driver={MariaDB Unicode};Server=127.0.0.1;Port=$port;UID=orvane_owner;PWD=owner-secret"
+}
+
+server_main "$@"

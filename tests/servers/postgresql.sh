@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# A PostgreSQL server for the tests; see lib.sh for its use.
+# STATE tells: connection (an ODBC connection string of the owner, without the database), port, folder.
+. "$(dirname "$0")/lib.sh"
+
+server_name=postgresql
+server_account=postgres
+server_stop_signal=INT  # the stop that does not wait for clients to leave
+bin=$(ls -d /usr/lib/postgresql/*/bin | sort -V | tail -n 1)
+
+server_create() {
+  local secret=$folder/secret
+  (umask 077 && echo owner-secret >"$secret")
+  [ "$(id -u)" -ne 0 ] || chown "$server_account" "$secret"
+  as_account "$bin/initdb" --pgdata="$folder/data" --username=orvane_owner --pwfile="$secret" --encoding=UTF8 \
+    --locale=C.UTF-8 --auth=scram-sha-256 --no-sync >"$folder/initdb.log" || { cat "$folder/initdb.log"; return 1; }
+  rm -f "$secret"
+  {
+    echo "unix_socket_directories = '$folder'"
+    echo "listen_addresses = '127.0.0.1'"
+    echo "port = $port"
+    echo "deadlock_timeout = 200ms"
+    # Left at zero for tests only: a power cut would cost the whole database.
+    [ -n "$durable" ] || printf 'fsync = off\nsynchronous_commit = off\nfull_page_writes = off\n'
+  } | as_account tee -a "$folder/data/postgresql.conf" >/dev/null
+}
+
+server_command() { command=("$bin/postgres" -D "$folder/data"); }
+
+server_ready() { "$bin/pg_isready" --quiet --host="$folder" --port="$port"; }
+
+server_settings() {
+  echo "connection=Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=$port;UID=orvane_owner;PWD=owner-secret"
+}
+
+server_main "$@"
