@@ -1,0 +1,99 @@
+#include "suite/configuration/configuration.hpp"
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <tuple>
+#include <utility>
+
+#include "components/interfaces/configuration.hpp"
+#include "platform/automation/error.hpp"
+#include "suite/configuration/site_file.hpp"
+#include "suite/paths/native_path.hpp"
+
+namespace Vantrel {
+namespace {
+
+// The installation's own file, parsed once for each state that it is found in.
+class CurrentSiteFile {
+ public:
+  explicit CurrentSiteFile(std::filesystem::path path) : path_(std::move(path)) {}
+
+  std::shared_ptr<const SiteFile> Get() {
+    const std::lock_guard lock(mutex_);
+    const std::optional<Stamp> stamp = Look();
+    if (!file_ || !stamp || stamp != stamp_) {
+      file_ = nullptr;
+      file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
+      stamp_ = stamp;
+    }
+    return file_;
+  }
+
+ private:
+  using Stamp = std::tuple<dev_t, ino_t, off_t, time_t, long, time_t, long>;
+
+  std::optional<Stamp> Look() const {
+    struct stat status {};
+    if (stat(path_.c_str(), &status) != 0) return std::nullopt;
+    return Stamp{status.st_dev,          status.st_ino,         status.st_size,        status.st_mtim.tv_sec,
+                 status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+  }
+
+  const std::filesystem::path path_;
+  std::mutex mutex_;
+  std::shared_ptr<const SiteFile> file_;
+  std::optional<Stamp> stamp_;
+};
+
+class SiteConfiguration : public Configuration {
+ public:
+  SiteConfiguration(std::filesystem::path home, std::shared_ptr<CurrentSiteFile> siteFile)
+      : home_(std::move(home)), siteFile_(std::move(siteFile)) {}
+
+  std::string RootPath() const override { return home_.string(); }
+  void SelectProduct(std::string_view product, std::int32_t) override { product_ = product; }
+  std::string GetConnectionString(std::string_view connection) override {
+    return siteFile_->Get()->Connection(product_, connection);
+  }
+  std::string getInstallDir() override { return home_.string(); }
+
+  void Load() override { loaded_ = SiteFile::Read(SiteConfigurationPath(home_)); }
+  void LoadFile(std::string_view path) override { loaded_ = SiteFile::Read(suite::NativePath(path, home_)); }
+  automation::Variant GetValue(std::string_view section, std::string_view key) const override {
+    if (!loaded_) {
+      throw automation::Error(kNotLoaded, "Vantrel.Configuration",
+                              "The configuration must be loaded before a value is read");
+    }
+    return loaded_->Value(section, key);
+  }
+
+ private:
+  const std::filesystem::path home_;
+  const std::shared_ptr<CurrentSiteFile> siteFile_;
+  std::string product_;
+  std::optional<SiteFile> loaded_;
+};
+
+}  // namespace
+
+std::filesystem::path AbsoluteHome(const std::filesystem::path& home) {
+  const std::filesystem::path normal = std::filesystem::absolute(home).lexically_normal();
+  return normal.has_filename() ? normal : normal.parent_path();
+}
+
+std::filesystem::path SiteConfigurationPath(const std::filesystem::path& home) {
+  return suite::NativePath("config\\siteConfiguration.xml", home);
+}
+
+void RegisterConfiguration(automation::ClassTable& classes, const std::filesystem::path& home) {
+  const std::filesystem::path absolute = AbsoluteHome(home);
+  auto siteFile = std::make_shared<CurrentSiteFile>(SiteConfigurationPath(absolute));
+  classes.Register(kConfigurationProgId,
+                   [absolute, siteFile] { return std::make_shared<SiteConfiguration>(absolute, siteFile); });
+}
+
+}  // namespace Vantrel

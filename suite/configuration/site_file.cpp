@@ -1,0 +1,191 @@
+#include "suite/configuration/site_file.hpp"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include "platform/automation/error.hpp"
+
+namespace Vantrel {
+namespace {
+
+constexpr std::size_t kLargestFile = 1024 * 1024;
+
+struct FreeDocument {
+  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+struct FreeContext {
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+};
+struct FreeText {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+std::string Text(const xmlChar* text) {
+  std::string result;
+  for (; text != nullptr && *text != 0; ++text) result += static_cast<char>(*text);
+  return result;
+}
+
+std::string Trimmed(const std::string& text) {
+  const char* const blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::string ReadWhole(const std::filesystem::path& file) {
+  const auto fail = [&file](const std::string& why) {
+    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
+                            file.string() + ": " + why + "; expected the site configuration of a suite");
+  };
+  std::error_code failed;
+  if (std::filesystem::is_directory(file, failed)) fail("is a folder");
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) fail("cannot be read: " + std::generic_category().message(errno));
+  std::string content(kLargestFile + 1, '\0');
+  stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+  if (stream.bad()) fail("cannot be read: " + std::generic_category().message(errno));
+  content.resize(static_cast<std::size_t>(stream.gcount()));
+  if (content.size() > kLargestFile) fail("is larger than 1 MiB");
+  return content;
+}
+
+}  // namespace
+
+// Walks the document and says, for whatever does not belong there, where it stands and what should.
+class SiteFileReader {
+ public:
+  explicit SiteFileReader(const std::filesystem::path& file) { result_.path_ = file; }
+
+  SiteFile Read() {
+    const std::string content = ReadWhole(result_.path_);
+    const std::unique_ptr<xmlDoc, FreeDocument> document = Parse(content);
+    if (const xmlDtd* type = xmlGetIntSubset(document.get()); type != nullptr) {
+      Fail(xmlGetLineNo(reinterpret_cast<const xmlNode*>(type)), "found a document type; expected none");
+    }
+    xmlNode* root = xmlDocGetRootElement(document.get());
+    if (Text(root->name) != "siteConfiguration") {
+      Fail(xmlGetLineNo(root), "found <" + Text(root->name) + ">; expected the root <siteConfiguration>");
+    }
+    for (xmlNode* child = FirstElement(root, "<product> or <section>"); child != nullptr;
+         child = NextElement(child, "<product> or <section>")) {
+      if (Text(child->name) == "product") {
+        ReadGroup(child, "connection", result_.connections_);
+      } else if (Text(child->name) == "section") {
+        ReadGroup(child, "key", result_.values_);
+      } else {
+        FailUnexpected(child, "<product> or <section>");
+      }
+    }
+    return std::move(result_);
+  }
+
+ private:
+  [[noreturn]] void Fail(long line, const std::string& what) const {
+    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
+                            result_.path_.string() + ":" + std::to_string(line) + ": " + what);
+  }
+  [[noreturn]] void FailUnexpected(const xmlNode* node, const std::string& expected) const {
+    const std::string found = node->type == XML_ELEMENT_NODE ? "<" + Text(node->name) + ">" : "text";
+    Fail(xmlGetLineNo(node), "found " + found + "; expected " + expected);
+  }
+
+  std::unique_ptr<xmlDoc, FreeDocument> Parse(const std::string& content) const {
+    const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
+    if (!context) throw automation::Error(automation::ErrorNumber::OutOfMemory);
+    std::unique_ptr<xmlDoc, FreeDocument> document(
+        xmlCtxtReadMemory(context.get(), content.data(), static_cast<int>(content.size()), nullptr, nullptr,
+                          XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES));
+    if (!document) {
+      const xmlError* error = xmlCtxtGetLastError(context.get());
+      const std::string reason = error != nullptr && error->message != nullptr
+                                     ? Trimmed(error->message)
+                                     : std::string("the content is not well-formed");
+      Fail(error != nullptr && error->line > 0 ? error->line : 1, reason + "; expected well-formed XML");
+    }
+    return document;
+  }
+
+  // The first element from `node` on among its siblings; text between elements is refused.
+  xmlNode* ElementFrom(xmlNode* node, const std::string& expected) const {
+    for (; node != nullptr; node = node->next) {
+      if (node->type == XML_ELEMENT_NODE) return node;
+      if (node->type == XML_COMMENT_NODE || node->type == XML_PI_NODE) continue;
+      if (node->type == XML_TEXT_NODE && xmlIsBlankNode(node) != 0) continue;
+      FailUnexpected(node, expected);
+    }
+    return nullptr;
+  }
+  xmlNode* FirstElement(const xmlNode* parent, const std::string& expected) const {
+    return ElementFrom(parent->children, expected);
+  }
+  xmlNode* NextElement(const xmlNode* node, const std::string& expected) const {
+    return ElementFrom(node->next, expected);
+  }
+
+  std::string NameOf(xmlNode* element) const {
+    const std::unique_ptr<xmlChar, FreeText> name(
+        xmlGetNoNsProp(element, reinterpret_cast<const xmlChar*>("name")));
+    if (!name) {
+      Fail(xmlGetLineNo(element),
+           "<" + Text(element->name) + "> has no name; expected <" + Text(element->name) + " name=\"...\">");
+    }
+    return Text(name.get());
+  }
+
+  void ReadGroup(xmlNode* group, const std::string& entry, SiteFile::Table& table) const {
+    const std::string groupName = NameOf(group);
+    const std::string expected = "<" + entry + " name=\"...\"> in <" + Text(group->name) + ">";
+    for (xmlNode* child = FirstElement(group, expected); child != nullptr;
+         child = NextElement(child, expected)) {
+      if (Text(child->name) != entry) FailUnexpected(child, expected);
+      for (const xmlNode* inner = child->children; inner != nullptr; inner = inner->next) {
+        if (inner->type == XML_ELEMENT_NODE) FailUnexpected(inner, "text in <" + entry + ">");
+      }
+      const std::unique_ptr<xmlChar, FreeText> content(xmlNodeGetContent(child));
+      const std::string name = NameOf(child);
+      if (!table.emplace(std::pair(groupName, name), Trimmed(Text(content.get()))).second) {
+        Fail(xmlGetLineNo(child),
+             "a second " + entry + " \"" + name + "\" in \"" + groupName + "\"; expected one");
+      }
+    }
+  }
+
+  SiteFile result_;
+};
+
+SiteFile SiteFile::Read(const std::filesystem::path& file) {
+  return SiteFileReader(file).Read();
+}
+
+const std::string& SiteFile::Connection(std::string_view product, std::string_view connection) const {
+  const auto found = connections_.find(std::pair(std::string(product), std::string(connection)));
+  if (found != connections_.end()) return found->second;
+  throw automation::Error(kMissingValue, "Vantrel.Configuration",
+                          path_.string() + ": product \"" + std::string(product) + "\" has no connection \"" +
+                              std::string(connection) + "\"");
+}
+
+const std::string& SiteFile::Value(std::string_view section, std::string_view key) const {
+  const auto found = values_.find(std::pair(std::string(section), std::string(key)));
+  if (found != values_.end()) return found->second;
+  throw automation::Error(
+      kMissingValue, "Vantrel.Configuration",
+      path_.string() + ": section \"" + std::string(section) + "\" has no key \"" + std::string(key) + "\"");
+}
+
+std::optional<std::string> SiteFile::FindValue(std::string_view section, std::string_view key) const {
+  const auto found = values_.find(std::pair(std::string(section), std::string(key)));
+  return found == values_.end() ? std::nullopt : std::optional(found->second);
+}
+
+}  // namespace Vantrel

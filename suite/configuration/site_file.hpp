@@ -1,0 +1,51 @@
+// The site configuration file: which databases the products use, and named values in sections.
+//
+//   <siteConfiguration>
+//     <product name="Orvane"><connection name="Orvane">Provider=SQLite;Data
+//     Source=db\orvane.sqlite</connection>
+//     </product>
+//     <section name="COMMONPARAMETERS"><key name="DEFAULTLANGUAGE">1033</key></section>
+//   </siteConfiguration>
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace Vantrel {
+
+// Numbers of the errors that the configuration component raises, all with the source "Vantrel.Configuration".
+constexpr int kUnreadableFile = 1001;  // the file cannot be read or is not what it should be
+constexpr int kMissingValue = 1002;    // no such connection, section or key
+constexpr int kNotLoaded = 1003;       // GetValue before Load
+
+class SiteFile {
+ public:
+  // Reads the whole file. Raises kUnreadableFile with a description that names the file, the line where there
+  // is one, and what was expected there. Nothing outside the file is read: no network, no entities, no
+  // document type.
+  static SiteFile Read(const std::filesystem::path& file);
+
+  // The connection string of a connection of a product, or the value of a key in a section, blanks around it
+  // dropped. Names are compared exactly. Raises kMissingValue, naming the file and the names asked for.
+  const std::string& Connection(std::string_view product, std::string_view connection) const;
+  const std::string& Value(std::string_view section, std::string_view key) const;
+
+  // The value of a key, or nothing when the file does not hold it.
+  std::optional<std::string> FindValue(std::string_view section, std::string_view key) const;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  friend class SiteFileReader;
+  using Table = std::map<std::pair<std::string, std::string>, std::string, std::less<>>;
+
+  std::filesystem::path path_;
+  Table connections_;  // {product, connection}
+  Table values_;       // {section, key}
+};
+
+}  // namespace Vantrel

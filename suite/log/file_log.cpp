@@ -1,0 +1,97 @@
+#include "suite/log/file_log.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include "components/interfaces/log.hpp"
+#include "platform/automation/runtime.hpp"
+
+namespace Vantrel {
+namespace {
+
+std::string Printable(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
+      // U+2400 + code, or U+2421 for delete: E2 90 80 + code in UTF-8.
+      result += "\xE2\x90";
+      result += static_cast<char>(byte == 0x7F ? 0xA1 : 0x80 + byte);
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
+// Appends the line in one piece, so that entries of jobs running side by side do not mix. Returns 0 or errno.
+int Append(const std::filesystem::path& file, std::string_view line) {
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
+  int descriptor = open(file.c_str(), kFlags, 0640);
+  if (descriptor < 0 && errno == ENOENT) {
+    mkdir(file.parent_path().c_str(), 0777);
+    descriptor = open(file.c_str(), kFlags, 0640);
+  }
+  if (descriptor < 0) return errno;
+
+  int failure = 0;
+  while (!line.empty() && failure == 0) {
+    const ssize_t written = write(descriptor, line.data(), line.size());
+    if (written >= 0) {
+      line.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      failure = errno;
+    }
+  }
+  if (close(descriptor) != 0 && failure == 0) failure = errno;
+  return failure;
+}
+
+class FileLog : public Log {
+ public:
+  FileLog(std::filesystem::path file, LogListener listener)
+      : file_(std::move(file)), listener_(std::move(listener)) {}
+
+  void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
+                     automation::Variant& result) override {
+    const std::string line = LogLine(automation::Now(), code, errorSource, message);
+    const int failure = Append(file_, line);
+    if (failure != 0) {
+      std::fprintf(stderr, "%s: cannot be written: %s; the entry was:\n%s", file_.c_str(),
+                   std::generic_category().message(failure).c_str(), line.c_str());
+    }
+    result = failure == 0;
+    if (listener_) listener_(errorSource, message);
+  }
+
+ private:
+  const std::filesystem::path file_;
+  const LogListener listener_;
+};
+
+}  // namespace
+
+std::string LogLine(automation::DateTime time, std::int32_t code, std::string_view errorSource,
+                    std::string_view message) {
+  const automation::DateTimeParts parts = time.Parts();
+  char stamp[64];
+  std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d | %d | ", parts.year, parts.month,
+                parts.day, parts.hour, parts.minute, parts.second, static_cast<int>(code));
+  return stamp + Printable(errorSource) + " | " + Printable(message) + "\n";
+}
+
+void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file, LogListener listener) {
+  classes.Register(kLogProgId, [file, listener = std::move(listener)] {
+    return std::make_shared<FileLog>(file, listener);
+  });
+}
+
+}  // namespace Vantrel

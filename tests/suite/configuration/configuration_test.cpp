@@ -1,0 +1,104 @@
+#include "suite/configuration/configuration.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "components/interfaces/configuration.hpp"
+#include "platform/automation/runtime.hpp"
+#include "suite/configuration/site_file.hpp"
+#include "tests/support/temporary_folder.hpp"
+
+namespace {
+
+std::string SiteXml(std::string_view database, std::string_view language) {
+  return "<siteConfiguration>\n<product name=\"Orvane\"><connection name=\"Orvane\">" +
+         std::string(database) +
+         "</connection></product>\n<section name=\"COMMONPARAMETERS\"><key name=\"DEFAULTLANGUAGE\">" +
+         std::string(language) + "</key></section>\n</siteConfiguration>\n";
+}
+
+class ConfigurationTest : public testing::Test {
+ protected:
+  ConfigurationTest() : scope_(runtime_) {
+    folder_.Write("home/config/siteConfiguration.xml", SiteXml("first", "1033"));
+    Vantrel::RegisterConfiguration(runtime_.classes, home_);
+  }
+
+  Vantrel::ConfigurationPtr Create() {
+    return automation::CreateObject<Vantrel::Configuration>("Vantrel.Configuration");
+  }
+
+  orvane_test::TemporaryFolder folder_;
+  const std::filesystem::path home_ = folder_.Path() / "home";
+  automation::Runtime runtime_;
+  automation::RuntimeScope scope_;
+};
+
+TEST_F(ConfigurationTest, RootPathAndInstallDirectoryAreTheHome) {
+  EXPECT_EQ(Create()->RootPath(), home_.string());
+  EXPECT_EQ(Create()->getInstallDir(), home_.string());
+}
+
+TEST_F(ConfigurationTest, TheHomeIsAbsoluteAndPlain) {
+  EXPECT_EQ(Vantrel::AbsoluteHome("/a/b/../c/./"), "/a/c");
+  EXPECT_EQ(Vantrel::AbsoluteHome("/"), "/");
+  EXPECT_EQ(Vantrel::AbsoluteHome("x"), std::filesystem::current_path() / "x");
+}
+
+TEST_F(ConfigurationTest, AnswersTheConnectionOfTheSelectedProduct) {
+  const auto configuration = Create();
+  configuration->SelectProduct("Orvane", 0);
+  EXPECT_EQ(configuration->GetConnectionString("Orvane"), "first");
+  configuration->SelectProduct("VnServer", 0);
+  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
+}
+
+TEST_F(ConfigurationTest, ChangesOfTheFileCountAtOnce) {
+  const auto configuration = Create();
+  configuration->SelectProduct("Orvane", 0);
+  ASSERT_EQ(configuration->GetConnectionString("Orvane"), "first");
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("the second one", "1033"));
+  EXPECT_EQ(configuration->GetConnectionString("Orvane"), "the second one");
+}
+
+TEST_F(ConfigurationTest, AFileThatBreaksWhileRunningIsReportedAndNotRemembered) {
+  const auto configuration = Create();
+  configuration->SelectProduct("Orvane", 0);
+  ASSERT_EQ(configuration->GetConnectionString("Orvane"), "first");
+  folder_.Write("home/config/siteConfiguration.xml", "<siteConfiguration>");
+  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
+  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("mended", "1033"));
+  EXPECT_EQ(configuration->GetConnectionString("Orvane"), "mended");
+}
+
+TEST_F(ConfigurationTest, ValuesAreReadAfterLoading) {
+  const auto configuration = Create();
+  try {
+    configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE");
+    FAIL() << "a value was read before loading";
+  } catch (const automation::Error& error) {
+    EXPECT_EQ(error.Number(), Vantrel::kNotLoaded);
+  }
+  configuration->Load();
+  EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1033"));
+}
+
+TEST_F(ConfigurationTest, LoadsAFileByThePathThatJobsBuild) {
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("first", "1043"));
+  const auto configuration = Create();
+  configuration->LoadFile(home_.string() + "\\config\\SiteConfiguration.xml");
+  EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1043"));
+}
+
+TEST_F(ConfigurationTest, LoadReadsTheFileAnewEachTime) {
+  const auto configuration = Create();
+  configuration->Load();
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("first", "1041"));
+  EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1033"));
+  configuration->Load();
+  EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1041"));
+}
+
+}  // namespace
