@@ -1,0 +1,146 @@
+// The purges of service-request attachments: files, folders and rows older than the keep period.
+#include "common/connections.hpp"
+#include "common/text_helpers.hpp"
+#include "jobs/cleanup/clean_up.hpp"
+#include "platform/automation/error.hpp"
+#include "platform/automation/locale.hpp"
+#include "platform/automation/runtime.hpp"
+
+namespace OrvaneProcess {
+namespace {
+
+constexpr std::int32_t kAttachedToQuestion = 1;
+constexpr std::int32_t kAttachedToAnswer = 3;
+
+// What a chain of conditions ends with: "or ".
+constexpr std::size_t kConnectorLength = 3;
+
+// As many empty texts as the record set has rows.
+automation::VariantArray EmptyTexts(std::int64_t count) {
+  return automation::VariantArray(static_cast<std::size_t>(count), automation::Variant(""));
+}
+
+}  // namespace
+
+std::string CleanUp::CutoffLiteral() const {
+  return OrvaneUtilities::ToOdbcTimestamp(
+      automation::AddHours(automation::ToDateTime(m_vRunStart), -static_cast<std::int64_t>(m_lKeepHours)));
+}
+
+void CleanUp::DeleteSharedItems(const automation::VariantArray& names, OrvCommonMTS::FolderKind kind) {
+  automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId)
+      ->DeleteListedItems(m_sFTPPath, names, kind);
+}
+
+void CleanUp::DeleteSRAttchmentsFilesWithzerostatus() {
+  try {
+    ADODB::Statement query = "SELECT * FROM QUESTIONS WHERE Q_STATUS = 0 AND Q_DATE < ";
+    query += ADODB::SqlFragment(CutoffLiteral());
+    Rows().Open(query, m_cnOrvane, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
+                ADODB::kOptionsUnspecified);
+    if (Rows().Eof()) {
+      Rows().Close();
+      return;
+    }
+
+    m_sCurrentFolderPath = m_sDataRoot + "SRATTACHMENTS\\";
+    automation::VariantArray names = EmptyTexts(Rows().RecordCount());
+    std::size_t count = 0;
+    ADODB::Statement questions;
+    ADODB::Statement files;
+    for (; !Rows().Eof(); Rows().MoveNext()) {
+      const std::string key = automation::ToTextOrEmpty(Rows().Value("Q_ID"));
+      const std::string folder = m_sCurrentFolderPath + key + "Q";
+      questions += " (Q_ID = ";
+      questions += ADODB::SqlValue(key);
+      questions += " AND Q_STATUS=0 ) or ";
+      files += " (ID1 = ";
+      files += ADODB::SqlValue(key);
+      files += " AND FILETYPE =1) or ";
+      names.at(count++) = automation::ToTextOrEmpty(Rows().Value("Q_Id")) + "Q";
+      if (FileSystem().FolderExists(folder)) FileSystem().DeleteFolder(folder, false);
+    }
+    Rows().Close();
+
+    if (m_bWebFarm) {
+      DeleteSharedItems(names, OrvCommonMTS::FolderKind::QuestionFolders);
+      return;
+    }
+    if (questions.IsEmpty() && files.IsEmpty()) return;
+    questions.CutLast(kConnectorLength);
+    Database().Execute("DELETE FROM QUESTIONS WHERE " + questions, nullptr, ADODB::kExecuteNoRecords);
+    files.CutLast(kConnectorLength);
+    Database().Execute("DELETE FROM DATAFILES WHERE " + files, nullptr, ADODB::kExecuteNoRecords);
+  } catch (...) {
+    OrvaneUtilities::CloseRecordset(m_rsRows);
+    ReportError("ORVProcess.cleanup.DeleteSRAttchmentsFilesWithzerostatus",
+                automation::PendingError().Description());
+  }
+}
+
+void CleanUp::DeleteSRAttchmentsFilesWithotherstatus() {
+  try {
+    ADODB::Statement query = "SELECT ID1, FILENAME, FILETYPE FROM DATAFILES WHERE LASTUPLOAD < ";
+    query += ADODB::SqlFragment(CutoffLiteral());
+    query += " AND FILETYPE IN (3, 1)";
+    Rows().Open(query, m_cnOrvane, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
+                ADODB::kOptionsUnspecified);
+    if (Rows().Eof()) {
+      Rows().Close();
+      return;
+    }
+
+    m_sCurrentFolderPath = m_sDataRoot + "SRATTACHMENTS\\";
+    automation::VariantArray names = EmptyTexts(Rows().RecordCount());
+    std::size_t count = 0;
+    ADODB::Statement files;
+    // Set once for all rows: after the first folder that holds any other file, no folder is removed in this
+    // run.
+    bool onlyMatchingFilesSeen = true;
+    const automation::Locale& locale = automation::CurrentLocale();
+    for (; !Rows().Eof(); Rows().MoveNext()) {
+      const std::int32_t type = automation::ToInt32(Rows().Value("FILETYPE"));
+      if (type != kAttachedToAnswer && type != kAttachedToQuestion) continue;
+      const std::string key = automation::ToTextOrEmpty(Rows().Value("ID1"));
+      const std::string fileName = automation::ToTextOrEmpty(Rows().Value("FILENAME"));
+      const std::string item = key + (type == kAttachedToAnswer ? "A" : "Q");
+      const std::string folder = m_sCurrentFolderPath + item + "\\";
+      files += " (ID1 = ";
+      files += ADODB::SqlValue(key);
+      files += " and FILENAME = '";
+      files += ADODB::SqlValue(fileName);
+      files += "' and  FILETYPE = ";
+      files += ADODB::SqlValue(type);
+      files += " ) or ";
+      names.at(count++) = item + "\\" + fileName;
+      if (FileSystem().FolderExists(folder)) {
+        m_oCurrentFolder = FileSystem().GetFolder(folder);
+        for (const Scripting::FilePtr& file : m_oCurrentFolder->Files()) {
+          m_oCurrentFile = file;
+          if (locale.ToLower(fileName) == locale.ToLower(file->Name())) {
+            FileSystem().DeleteFile(folder + file->Name(), false);
+          } else {
+            onlyMatchingFilesSeen = false;
+          }
+        }
+      }
+      // Also for a folder that does not exist: its deletion fails and ends the purge.
+      if (onlyMatchingFilesSeen) FileSystem().DeleteFolder(m_sCurrentFolderPath + item, false);
+    }
+    Rows().Close();
+
+    if (!m_bWebFarm) {
+      if (files.IsEmpty()) return;
+      files.CutLast(kConnectorLength);
+      Database().Execute("DELETE FROM DATAFILES WHERE " + files, nullptr, ADODB::kExecuteNoRecords);
+      return;
+    }
+    if (count > 0) DeleteSharedItems(names, OrvCommonMTS::FolderKind::OldAttachmentFiles);
+  } catch (...) {
+    OrvaneUtilities::CloseRecordset(m_rsRows);
+    ReportError("ORVProcess.cleanup.DeleteSRAttchmentsFilesWithotherstatus",
+                automation::PendingError().Description());
+  }
+}
+
+}  // namespace OrvaneProcess
