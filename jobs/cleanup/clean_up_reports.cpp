@@ -14,10 +14,7 @@ namespace OrvaneProcess {
 // A log component that fails ends the job at the first error: nothing here stops that failure on its way out.
 void CleanUp::ReportError(std::string_view source, const std::optional<std::string>& additionalInformation) {
   const automation::Error error = automation::PendingError();
-  std::string message =
-      std::string(source) + " caught: " + error.Description() + " (" + std::to_string(error.Number()) + ").";
-  if (additionalInformation) message += " Additional information: " + *additionalInformation;
-  OrvaneUtilities::WriteToLog(error, message);
+  OrvaneUtilities::WriteToLog(error, OrvaneUtilities::HandledErrorText(source, error, additionalInformation));
 }
 
 void CleanUp::WriteJobLog(std::int16_t kind) {
