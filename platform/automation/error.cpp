@@ -23,6 +23,8 @@ std::string_view StandardDescription(std::int32_t number) {
       return "Bad file name or number";
     case ErrorNumber::FileNotFound:
       return "File not found";
+    case ErrorNumber::BadFileMode:
+      return "Bad file mode";
     case ErrorNumber::DeviceIoError:
       return "Device I/O error";
     case ErrorNumber::FileAlreadyExists:
@@ -31,6 +33,8 @@ std::string_view StandardDescription(std::int32_t number) {
       return "Disk full";
     case ErrorNumber::InputPastEnd:
       return "Input past end of file";
+    case ErrorNumber::TooManyFiles:
+      return "Too many files";
     case ErrorNumber::PermissionDenied:
       return "Permission denied";
     case ErrorNumber::PathFileAccess:

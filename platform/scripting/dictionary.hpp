@@ -3,12 +3,15 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
 namespace Scripting {
+
+inline constexpr std::string_view kDictionaryProgId = "Scripting.Dictionary";
 
 class Dictionary : public automation::Object {
  public:

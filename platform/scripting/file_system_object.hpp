@@ -16,6 +16,8 @@
 
 namespace Scripting {
 
+inline constexpr std::string_view kFileSystemObjectProgId = "Scripting.FileSystemObject";
+
 enum class IOMode { ForReading = 1, ForWriting = 2, ForAppending = 8 };
 
 // A text file in the single-byte system code page; texts given to it are UTF-8.

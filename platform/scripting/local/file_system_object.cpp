@@ -1,0 +1,119 @@
+#include "platform/scripting/local/file_system_object.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "platform/scripting/local/items.hpp"
+#include "platform/scripting/local/system_error.hpp"
+#include "platform/scripting/local/text_stream.hpp"
+#include "platform/scripting/local/tree_removal.hpp"
+#include "platform/scripting/path_text.hpp"
+
+namespace Scripting::local {
+namespace {
+
+using automation::ErrorNumber;
+
+// A path that ends in a separator names a folder, never a file.
+bool NamesFolder(std::string_view path) {
+  return !path.empty() && IsSeparator(path.back());
+}
+
+// Opening follows links, so whether a file may be written is its target's affair.
+void RefuseReadOnly(const std::string& native) {
+  struct stat target {};
+  if (stat(native.c_str(), &target) == 0 && IsReadOnly(target)) Raise(ErrorNumber::PermissionDenied);
+}
+
+}  // namespace
+
+bool LocalFileSystem::FolderExists(std::string_view path) const {
+  try {
+    const std::optional<Found> found = path.empty() ? std::nullopt : resolver_.Find(path);
+    return found && IsFolder(*found);
+  } catch (const automation::Error&) {
+    return false;  // what cannot be looked at does not exist for the asker
+  }
+}
+
+bool LocalFileSystem::FileExists(std::string_view path) const {
+  try {
+    const std::optional<Found> found =
+        path.empty() || NamesFolder(path) ? std::nullopt : resolver_.Find(path);
+    return found && IsFile(*found);
+  } catch (const automation::Error&) {
+    return false;
+  }
+}
+
+bool LocalFileSystem::DriveExists(std::string_view drive) const {
+  return resolver_.DriveExists(drive);
+}
+
+FilePtr LocalFileSystem::GetFile(std::string_view path) const {
+  std::optional<Found> found = resolver_.Find(path);
+  if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
+  std::string shown = resolver_.ShownPath(found->path, path);
+  return MakeFile(std::move(found->path), std::move(shown));
+}
+
+FolderPtr LocalFileSystem::GetFolder(std::string_view path) const {
+  std::optional<Found> found = resolver_.Find(path);
+  if (!found || !IsFolder(*found)) Raise(ErrorNumber::PathNotFound);
+  std::string shown = resolver_.ShownPath(found->path, path);
+  return MakeFolder(std::move(found->path), std::move(shown));
+}
+
+FolderPtr LocalFileSystem::CreateFolder(std::string_view path) {
+  PathResolver::Place place = resolver_.PlaceFor(path);
+  if (place.existing) Raise(ErrorNumber::FileAlreadyExists);
+  if (mkdir(place.path.c_str(), 0777) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  std::string shown = resolver_.ShownPath(place.path, path);
+  return MakeFolder(std::move(place.path), std::move(shown));
+}
+
+TextStreamPtr LocalFileSystem::CreateTextFile(std::string_view path, bool overwrite) {
+  if (NamesFolder(path)) Raise(ErrorNumber::PathNotFound);
+  const PathResolver::Place place = resolver_.PlaceFor(path);
+  if (place.existing && !overwrite) Raise(ErrorNumber::FileAlreadyExists);
+  if (place.existing) RefuseReadOnly(place.path);
+  return OpenStream(place.path, IOMode::ForWriting, O_CREAT | (overwrite ? O_TRUNC : O_EXCL));
+}
+
+TextStreamPtr LocalFileSystem::OpenTextFile(std::string_view path, IOMode mode, bool create) {
+  if (NamesFolder(path)) Raise(ErrorNumber::PathNotFound);
+  const PathResolver::Place place = resolver_.PlaceFor(path);
+  if (!place.existing && !create) Raise(ErrorNumber::FileNotFound);
+  if (place.existing && mode != IOMode::ForReading) RefuseReadOnly(place.path);
+  int flags = create ? O_CREAT : 0;
+  if (mode == IOMode::ForWriting) flags |= O_TRUNC;
+  return OpenStream(place.path, mode, flags);
+}
+
+void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
+  const std::optional<Found> found = resolver_.Find(path);
+  if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
+  if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);
+  if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
+}
+
+void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
+  const std::optional<Found> found = resolver_.Find(path);
+  if (!found || !IsFolder(*found)) Raise(ErrorNumber::PathNotFound);
+  if (S_ISLNK(found->status.st_mode)) {
+    if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  } else {
+    RemoveTree(found->path, force);
+  }
+}
+
+std::string LocalFileSystem::GetParentFolderName(std::string_view path) const {
+  return ParentFolderName(path);
+}
+
+}  // namespace Scripting::local

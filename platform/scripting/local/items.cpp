@@ -1,0 +1,188 @@
+#include "platform/scripting/local/items.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <ctime>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "platform/scripting/local/native_name.hpp"
+#include "platform/scripting/local/system_error.hpp"
+#include "platform/scripting/local/text_stream.hpp"
+#include "platform/scripting/path_text.hpp"
+
+namespace Scripting::local {
+namespace {
+
+using automation::ErrorNumber;
+
+automation::DateTime LocalTime(const timespec& moment) {
+  std::tm local{};
+  localtime_r(&moment.tv_sec, &local);
+  return automation::DateTime::FromParts({.year = local.tm_year + 1900,
+                                          .month = local.tm_mon + 1,
+                                          .day = local.tm_mday,
+                                          .hour = local.tm_hour,
+                                          .minute = local.tm_min,
+                                          .second = std::min(local.tm_sec, 59),
+                                          .microsecond = static_cast<int>(moment.tv_nsec / 1000)});
+}
+
+struct stat StatusOf(const std::string& native, ErrorNumber missing) {
+  struct stat status {};
+  if (stat(native.c_str(), &status) != 0) RaiseSystemError(errno, missing);
+  return status;
+}
+
+// What all items of one listing share.
+struct FolderPath {
+  std::string native;
+  std::string shown;
+
+  std::string NativeOf(std::string_view name) const { return Joined(native, '/', name); }
+  std::string ShownOf(std::string_view name) const { return Joined(shown, '\\', ShownName(name)); }
+
+ private:
+  static std::string Joined(const std::string& folder, char separator, std::string_view name) {
+    std::string path;
+    path.reserve(folder.size() + 1 + name.size());
+    path = folder;
+    if (path.empty() || path.back() != separator) path += separator;
+    path += name;
+    return path;
+  }
+};
+using FolderPathPtr = std::shared_ptr<const FolderPath>;
+
+// A listing of a hundred thousand files makes as many of these, so each holds its name only.
+class LocalFile : public File {
+ public:
+  LocalFile(FolderPathPtr folder, std::string name) : folder_(std::move(folder)), name_(std::move(name)) {}
+
+  std::string Name() const override { return ShownName(name_); }
+  std::string Path() const override { return folder_->ShownOf(name_); }
+  std::int64_t Size() const override { return Status().st_size; }
+  automation::DateTime DateLastAccessed() const override { return LocalTime(Status().st_atim); }
+  TextStreamPtr OpenAsTextStream(IOMode mode) override {
+    if (mode != IOMode::ForReading && IsReadOnly(Status())) Raise(ErrorNumber::PermissionDenied);
+    return OpenStream(folder_->NativeOf(name_), mode, mode == IOMode::ForWriting ? O_TRUNC : 0);
+  }
+
+ private:
+  struct stat Status() const {
+    return StatusOf(folder_->NativeOf(name_), ErrorNumber::FileNotFound);
+  }
+
+  FolderPathPtr folder_;
+  std::string name_;
+};
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+class LocalFolder : public Folder {
+ public:
+  LocalFolder(std::string native, std::string shown)
+      : path_(std::make_shared<const FolderPath>(FolderPath{std::move(native), std::move(shown)})) {}
+
+  std::string Name() const override {
+    const std::string& shown = path_->shown;
+    const std::size_t start = shown.find_last_of("\\/:");
+    return start == std::string::npos ? shown : shown.substr(start + 1);
+  }
+  std::string Path() const override { return path_->shown; }
+  automation::DateTime DateLastAccessed() const override {
+    return LocalTime(StatusOf(path_->native, ErrorNumber::PathNotFound).st_atim);
+  }
+
+  std::vector<FilePtr> Files() const override {
+    std::vector<FilePtr> files;
+    for (std::string& name : Names(false))
+      files.push_back(std::make_shared<LocalFile>(path_, std::move(name)));
+    return files;
+  }
+
+  std::vector<FolderPtr> SubFolders() const override {
+    std::vector<FolderPtr> folders;
+    for (const std::string& name : Names(true)) {
+      folders.push_back(std::make_shared<LocalFolder>(path_->NativeOf(name), path_->ShownOf(name)));
+    }
+    return folders;
+  }
+
+ private:
+  std::vector<std::string> Names(bool folders) const {
+    const std::unique_ptr<DIR, CloseFolder> listing(opendir(path_->native.c_str()));
+    if (!listing) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    std::vector<std::string> names;
+    while (true) {
+      errno = 0;
+      const dirent* entry = readdir(listing.get());
+      if (entry == nullptr && errno != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+      if (entry == nullptr) break;
+      const std::string_view name = entry->d_name;
+      if (name == "." || name == "..") continue;
+      if (IsWanted(dirfd(listing.get()), *entry, folders)) names.emplace_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  static bool IsWanted(int folder, const dirent& entry, bool folders) {
+    switch (entry.d_type) {
+      case DT_REG:
+        return !folders;
+      case DT_DIR:
+        return folders;
+      case DT_LNK:
+      case DT_UNKNOWN:
+        break;
+      default:
+        return false;
+    }
+    struct stat target {};
+    if (fstatat(folder, entry.d_name, &target, 0) == 0 && S_ISDIR(target.st_mode)) return folders;
+    struct stat itself {};
+    if (fstatat(folder, entry.d_name, &itself, AT_SYMLINK_NOFOLLOW) != 0) return false;
+    return !folders && (S_ISREG(itself.st_mode) || S_ISLNK(itself.st_mode));
+  }
+
+  FolderPathPtr path_;
+};
+
+}  // namespace
+
+bool IsFolder(const Found& item) {
+  if (S_ISDIR(item.status.st_mode)) return true;
+  struct stat target {};
+  return S_ISLNK(item.status.st_mode) && stat(item.path.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+}
+
+bool IsFile(const Found& item) {
+  return S_ISREG(item.status.st_mode) || (S_ISLNK(item.status.st_mode) && !IsFolder(item));
+}
+
+bool IsReadOnly(const struct stat& status) {
+  return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
+}
+
+FilePtr MakeFile(std::string native, std::string shown) {
+  const std::size_t slash = native.rfind('/');
+  const std::string name = slash == std::string::npos ? native : native.substr(slash + 1);
+  std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : native.substr(0, slash);
+  return std::make_shared<LocalFile>(
+      std::make_shared<const FolderPath>(FolderPath{std::move(folder), ParentFolderName(shown)}), name);
+}
+
+FolderPtr MakeFolder(std::string native, std::string shown) {
+  return std::make_shared<LocalFolder>(std::move(native), std::move(shown));
+}
+
+}  // namespace Scripting::local

@@ -1,0 +1,26 @@
+// Files and folders of the POSIX file tree.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/scripting/file_system_object.hpp"
+#include "platform/scripting/local/path_resolver.hpp"
+
+namespace Scripting::local {
+
+// Whether the item is a file to job code: a regular file, or a link that leads to no folder (one that leads
+// nowhere included, so that a sweep can remove it). Pipes, sockets and devices are neither files nor folders.
+bool IsFile(const Found& item);
+
+// Whether the item is a folder or a link to one.
+bool IsFolder(const Found& item);
+
+// Refused because its owner may not write it.
+bool IsReadOnly(const struct stat& status);
+
+// `shown` is the item's path as job code writes it.
+FilePtr MakeFile(std::string native, std::string shown);
+FolderPtr MakeFolder(std::string native, std::string shown);
+
+}  // namespace Scripting::local

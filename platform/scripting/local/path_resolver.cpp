@@ -1,0 +1,194 @@
+#include "platform/scripting/local/path_resolver.hpp"
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "platform/scripting/local/native_name.hpp"
+#include "platform/scripting/local/system_error.hpp"
+#include "platform/scripting/path_text.hpp"
+
+namespace Scripting::local {
+namespace {
+
+using automation::ErrorNumber;
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+bool IsMissing(int code) {
+  return code == ENOENT || code == ENOTDIR || code == ENAMETOOLONG;
+}
+
+std::string Joined(std::string_view folder, std::string_view name) {
+  std::string path(folder);
+  if (!path.empty() && path.back() != '/') path += '/';
+  path += name;
+  return path;
+}
+
+std::vector<std::string> Parts(std::string_view path) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  while (start < path.size()) {
+    const std::size_t end = std::min(path.find('/', start), path.size());
+    if (end > start) parts.emplace_back(path.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
+}
+
+// `rest` with "." and ".." worked out as text; what would climb past the start stays there.
+std::string WithinRoot(std::string_view rest) {
+  std::vector<std::string> kept;
+  for (std::string& part : Parts(rest)) {
+    if (part == ".") continue;
+    if (part == "..") {
+      if (!kept.empty()) kept.pop_back();
+    } else {
+      kept.push_back(std::move(part));
+    }
+  }
+  std::string path;
+  for (const std::string& part : kept) path = Joined(path, part);
+  return path;
+}
+
+// The name in `folder` that equals `name` but for case; of several the first in byte order.
+std::optional<std::string> NameIgnoringCase(const std::string& folder, const std::string& name) {
+  const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.empty() ? "." : folder.c_str()));
+  if (!listing) {
+    if (IsMissing(errno)) return std::nullopt;
+    RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  }
+  const std::string wanted = FoldedName(ShownName(name));
+  std::optional<std::string> best;
+  while (const dirent* entry = readdir(listing.get())) {
+    const std::string_view candidate = entry->d_name;
+    if (best && candidate >= *best) continue;
+    if (FoldedName(ShownName(candidate)) == wanted) best = candidate;
+  }
+  return best;
+}
+
+}  // namespace
+
+PathResolver::PathResolver(const DriveTable& drives) {
+  for (const auto& [letter, folder] : drives) {
+    std::string trimmed = folder;
+    while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.pop_back();
+    drives_[DriveLetter(std::string{letter, ':'})] = std::move(trimmed);
+  }
+}
+
+std::optional<std::string> PathResolver::Translate(std::string_view path) const {
+  if (path.empty()) Raise(ErrorNumber::InvalidProcedureCall);
+  if (path.find('\0') != std::string_view::npos) Raise(ErrorNumber::BadFileName);
+  const char drive = DriveLetter(path);
+  std::string_view rest = drive != 0 ? path.substr(2) : path;
+
+  std::string native(rest);
+  std::replace(native.begin(), native.end(), '\\', '/');
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  native = NativeName(native);
+  if (drive == 0) return native;
+
+  const auto folder = drives_.find(drive);
+  if (folder == drives_.end()) return std::nullopt;
+  const std::string inside = WithinRoot(native);
+  return inside.empty() ? folder->second : Joined(folder->second, inside);
+}
+
+std::optional<Found> PathResolver::Find(std::string_view path) const {
+  std::optional<std::string> native = Translate(path);
+  if (!native) return std::nullopt;
+  Found found{std::move(*native), {}};
+  if (lstat(found.path.c_str(), &found.status) == 0) return found;
+  if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  return FindIgnoringCase(found.path, path);
+}
+
+std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, std::string_view path) const {
+  // The folder that a drive stands for is the administrator's, not the caller's: its spelling is taken as it
+  // is.
+  const char drive = DriveLetter(path);
+  std::string start = native.front() == '/' ? "/" : "";
+  if (drive != 0) start = drives_.at(drive);
+  Found found{start, {}};
+  const std::string_view rest = drive != 0
+                                    ? std::string_view(native).substr(std::min(native.size(), start.size()))
+                                    : std::string_view(native);
+  for (const std::string& part : Parts(rest)) {
+    std::string next = Joined(found.path, part);
+    if (lstat(next.c_str(), &found.status) != 0) {
+      if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+      const std::optional<std::string> name = NameIgnoringCase(found.path, part);
+      if (!name) return std::nullopt;
+      next = Joined(found.path, *name);
+      if (lstat(next.c_str(), &found.status) != 0) return std::nullopt;
+    }
+    found.path = std::move(next);
+  }
+  if (found.path == start) return std::nullopt;
+  return found;
+}
+
+PathResolver::Place PathResolver::PlaceFor(std::string_view path) const {
+  if (std::optional<Found> found = Find(path)) return {std::move(found->path), found->status};
+  const std::optional<std::string> native = Translate(path);
+  if (!native) Raise(ErrorNumber::PathNotFound);
+  const std::string_view given = *native;
+  const std::size_t slash = given.rfind('/');
+  const std::string_view name = slash == std::string_view::npos ? given : given.substr(slash + 1);
+
+  const std::string parent = ParentFolderName(path);
+  if (parent.empty()) return {*native, std::nullopt};
+  const std::optional<Found> folder = Find(parent);
+  struct stat target {};
+  if (!folder || stat(folder->path.c_str(), &target) != 0 || !S_ISDIR(target.st_mode)) {
+    Raise(ErrorNumber::PathNotFound);
+  }
+  return {Joined(folder->path, name), std::nullopt};
+}
+
+bool PathResolver::DriveExists(std::string_view drive) const {
+  if (drive.empty()) return false;
+  if (IsSeparator(drive.front())) return true;
+  const std::string letter = drive.size() == 1 ? std::string(drive) + ":" : std::string(drive);
+  const auto folder = drives_.find(DriveLetter(letter));
+  struct stat status {};
+  return folder != drives_.end() && stat(folder->second.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string PathResolver::ShownPath(std::string_view native, std::string_view like) const {
+  std::string shown;
+  const char drive = DriveLetter(like);
+  if (drive != 0) {
+    shown = {drive, ':'};
+    native.remove_prefix(std::min(native.size(), drives_.at(drive).size()));
+    if (native.empty() || native.front() != '/') shown += '\\';
+  } else if (native.empty() || native.front() != '/') {
+    char current[4096];
+    if (getcwd(current, sizeof current) == nullptr) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    std::string absolute = Joined(current, native);
+    return ShownPath(absolute, {});
+  }
+  // The separators become "\"; a "\" inside a name has its stand-in by then.
+  std::size_t start = 0;
+  while (start <= native.size()) {
+    const std::size_t end = std::min(native.find('/', start), native.size());
+    shown += ShownName(native.substr(start, end - start));
+    if (end == native.size()) break;
+    shown += '\\';
+    start = end + 1;
+  }
+  return shown;
+}
+
+}  // namespace Scripting::local

@@ -1,0 +1,55 @@
+// From the paths of job code ("\suite\Data\chat\x", "C:\Data") to items of the POSIX file tree.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Scripting::local {
+
+// Drive letters ("C") and the folders that they stand for.
+using DriveTable = std::map<char, std::string>;
+
+// An item that exists.
+struct Found {
+  std::string path;    // as the operating system takes it, in the spelling of the disk
+  struct stat status;  // of the item itself, a link not followed
+};
+
+class PathResolver {
+ public:
+  // Letters may be given in either case; the folders are absolute paths of the operating system.
+  explicit PathResolver(const DriveTable& drives);
+
+  // The operating system's path for `path` in the spelling given, without separators at its end; the disk is
+  // not asked. ".." of a drive path does not leave the drive. Nothing when the drive is unknown; an empty
+  // path raises 5 and one with a NUL character 52.
+  std::optional<std::string> Translate(std::string_view path) const;
+
+  // The item at `path`: the exact spelling first; where that does not exist, each part without regard to case
+  // (of several such names the first in byte order). Raises 70 where the way is barred.
+  std::optional<Found> Find(std::string_view path) const;
+
+  // The path under which an item can be made: the existing folder that will hold it, and the last part as it
+  // is spelled on disk or, when there is none yet, as given. Raises 76 when the folder does not exist.
+  struct Place {
+    std::string path;
+    std::optional<struct stat> existing;  // a link not followed
+  };
+  Place PlaceFor(std::string_view path) const;
+
+  bool DriveExists(std::string_view drive) const;
+
+  // `native` as job code writes it, drive letters put back as `like` has them; absolute.
+  std::string ShownPath(std::string_view native, std::string_view like) const;
+
+ private:
+  std::optional<Found> FindIgnoringCase(const std::string& native, std::string_view path) const;
+
+  DriveTable drives_;
+};
+
+}  // namespace Scripting::local

@@ -1,0 +1,144 @@
+#include "platform/scripting/local/tree_removal.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/scripting/local/system_error.hpp"
+
+namespace Scripting::local {
+namespace {
+
+using automation::ErrorNumber;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int value) : value_(value) {}
+  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
+  ~Descriptor() {
+    if (value_ >= 0) close(value_);
+  }
+  int Get() const { return value_; }
+
+ private:
+  int value_;
+};
+
+void Check(bool succeeded) {
+  if (!succeeded) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+}
+
+bool IsReadOnly(const struct stat& status) {
+  return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
+}
+
+bool SameItem(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// One folder on the way down, and its children that are still there.
+struct Level {
+  std::string name;                   // in its parent
+  struct stat status;                 // to know the folder again on the way up
+  std::vector<std::string> children;  // in descending order: the next one is the last
+};
+
+std::vector<std::string> Children(int folder) {
+  const int listed = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  Check(listed >= 0);
+  DIR* listing = fdopendir(listed);
+  if (listing == nullptr) {
+    close(listed);
+    Raise(ErrorNumber::OutOfMemory);
+  }
+  std::vector<std::string> names;
+  while (const dirent* entry = readdir(listing)) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
+  closedir(listing);
+  std::sort(names.begin(), names.end(), std::greater<>());
+  return names;
+}
+
+class TreeRemoval {
+ public:
+  explicit TreeRemoval(bool force) : force_(force) {}
+
+  void Run(const std::string& native) {
+    Enter(Descriptor(open(native.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)), native);
+    while (levels_.size() > 1 || !levels_.back().children.empty()) {
+      if (levels_.back().children.empty()) {
+        LeaveAndRemove();
+      } else {
+        std::string child = std::move(levels_.back().children.back());
+        levels_.back().children.pop_back();
+        RemoveChild(std::move(child));
+      }
+    }
+    Check(rmdir(native.c_str()) == 0);
+  }
+
+ private:
+  void Enter(Descriptor folder, std::string name) {
+    Check(folder.Get() >= 0);
+    Level level{std::move(name), {}, {}};
+    Check(fstat(folder.Get(), &level.status) == 0);
+    if (!force_ && IsReadOnly(level.status)) Raise(ErrorNumber::PermissionDenied);
+    if (force_ && IsReadOnly(level.status))
+      Check(fchmod(folder.Get(), (level.status.st_mode & 07777) | S_IWUSR) == 0);
+    level.children = Children(folder.Get());
+    current_ = std::move(folder);
+    levels_.push_back(std::move(level));
+  }
+
+  void RemoveChild(std::string name) {
+    struct stat status {};
+    Check(fstatat(current_.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0);
+    if (S_ISDIR(status.st_mode)) {
+      Enter(Descriptor(openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)),
+            std::move(name));
+      return;
+    }
+    if (!force_ && IsReadOnly(status)) Raise(ErrorNumber::PermissionDenied);
+    Check(unlinkat(current_.Get(), name.c_str(), 0) == 0);
+  }
+
+  // Only one folder is open at a time, so the way up goes through ".."; it must lead where the way down came
+  // from.
+  void LeaveAndRemove() {
+    Descriptor parent(openat(current_.Get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    Check(parent.Get() >= 0);
+    struct stat status {};
+    Check(fstat(parent.Get(), &status) == 0);
+    const std::string name = std::move(levels_.back().name);
+    levels_.pop_back();
+    if (!SameItem(status, levels_.back().status)) Raise(ErrorNumber::PermissionDenied);
+    current_ = std::move(parent);
+    Check(unlinkat(current_.Get(), name.c_str(), AT_REMOVEDIR) == 0);
+  }
+
+  bool force_;
+  Descriptor current_{-1};
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+void RemoveTree(const std::string& native, bool force) {
+  TreeRemoval(force).Run(native);
+}
+
+}  // namespace Scripting::local
