@@ -1,0 +1,197 @@
+// The two XML documents of a customer: opening, entries, requests, transactions, saving.
+#include <algorithm>
+
+#include "common/directory_users.hpp"
+#include "common/parameters.hpp"
+#include "common/text_helpers.hpp"
+#include "jobs/archive/archive.hpp"
+#include "platform/automation/runtime.hpp"
+
+namespace OrvaneProcess {
+namespace {
+
+using automation::Error;
+using automation::ErrorNumber;
+using MSXML2::DOMDocumentPtr;
+using MSXML2::NodePtr;
+
+// Dates of an archive keep their time of day.
+constexpr int kDateAndTimeStyle = 3;
+
+std::string BareName(const std::string& path) {
+  const std::size_t separator = path.rfind('\\');
+  return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+void addAttribute(const DOMDocumentPtr& document, const NodePtr& node, std::string_view name,
+                  std::string_view value) {
+  const NodePtr attribute = document->createNode(MSXML2::NodeType::Attribute, name, "");
+  if (!value.empty()) attribute->setText(value);
+  node->attributes()->setNamedItem(attribute);
+}
+
+NodePtr addElement(const DOMDocumentPtr& document, const NodePtr& parent, std::string_view name,
+                   std::string_view value) {
+  const NodePtr element = document->createNode(MSXML2::NodeType::Element, name, "");
+  if (!value.empty()) element->setText(value);
+  return parent->appendChild(element);
+}
+
+NodePtr Required(const NodePtr& node) {
+  if (!node) throw Error(ErrorNumber::ObjectNotSet, "OrvaneProcess.Archive");
+  return node;
+}
+
+DOMDocumentPtr LoadDocument(const std::string& path) {
+  auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+  if (!document->load(path)) {
+    throw Error(static_cast<std::int32_t>(ErrorNumber::PathFileAccess), "OrvaneProcess.Archive",
+                path + ": " + document->parseErrorReason());
+  }
+  return document;
+}
+
+bool SameName(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
+    const auto folded = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
+    return folded(a) == folded(b);
+  });
+}
+
+}  // namespace
+
+const Archive::FileKind Archive::kQuestionsFile{"Q", "QuestionsArchive", "SRs"};
+const Archive::FileKind Archive::kTransactionsFile{"T", "TransactionsArchive", "Transactions"};
+
+void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
+  const auto files =
+      automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
+  bool exists = files->FileExists(BareName(file.path), archives);
+  if (exists) prepareExistingFile(*files, file.path);
+  // A run that was cut off while it made the file leaves it empty, or with a root that has no children yet. Neither
+  // holds anything that could be lost, so the file is made as if it were new.
+  if (exists && m_oFileSystem->FileExists(file.path) && m_oFileSystem->GetFile(file.path)->Size() == 0) exists = false;
+  if (!exists) createArchiveFile(kind.root, file.path);
+
+  file.working = LoadDocument(file.path);
+  const NodePtr root = Required(file.working->documentElement());
+  if (!root->firstChild()) {
+    addElement(file.working, root, kind.container, {});
+    addElement(file.working, root, "Archives", {});
+    file.working->save(file.path);
+  }
+  file.snapshot = LoadDocument(file.path);
+}
+
+void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::string& path) {
+  const std::string name = BareName(path);
+  if (files.IsInUse(name)) return;
+  if (m_bWebfarm) {
+    constexpr std::int16_t kFetchMode = 10;
+    files.FetchFile(m_sFTPPath, name, path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
+  }
+  files.SetInUse(name, -1);
+}
+
+void Archive::saveArchiveFile(const ArchiveFile& file) {
+  file.working->save(file.path);
+  const auto files =
+      automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  files->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
+  files->SetInUse(BareName(file.path), 0);
+}
+
+void Archive::getNextArchiveID(const DOMDocumentPtr& document) {
+  const MSXML2::NodeListPtr entries = document->selectNodes("//Archive");
+  if (entries->length() == 0) return;
+  const NodePtr last = entries->item(entries->length() - 1);
+  const std::int32_t number = automation::ToInt32(Required(last->attributes()->getNamedItem("ArchiveID"))->text());
+  if (__builtin_add_overflow(number, 1, &m_lNextArchiveID)) throw Error(ErrorNumber::Overflow);
+}
+
+NodePtr Archive::createArchiveEntry(const DOMDocumentPtr& document) const {
+  const NodePtr entry = document->createNode(MSXML2::NodeType::Element, "Archive", "");
+  addAttribute(document, entry, "DateArchived", OrvaneUtilities::GetTimestampText());
+  addAttribute(document, entry, "ArchiveID", std::to_string(m_lNextArchiveID));
+  const bool background = m_sCalledFrom == "Service";
+  addElement(document, entry, "Means", background ? "Background Process" : "Supervisor");
+  addElement(document, entry, "ArchivedBy", background ? std::string() : m_sCalledFrom);
+  addElement(document, entry, "Comment", m_sComment);
+  return entry;
+}
+
+void Archive::editQuestionsFile(ArchiveFile& questions) {
+  const DOMDocumentPtr& document = questions.working;
+  const NodePtr archives = Required(document->selectSingleNode("//Archives"));
+  getNextArchiveID(document);
+  m_oArchiveEntry = archives->appendChild(createArchiveEntry(document));
+
+  const NodePtr requests = Required(document->selectSingleNode("//SRs"));
+  for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
+    const NodePtr request = document->createNode(MSXML2::NodeType::Element, "SR", "");
+    addAttribute(document, request, "Q_ID", automation::ToText(m_rsQuestions->Value("Q_ID")));
+    const automation::Variant& status = m_rsQuestions->Value("Q_STATUS");
+    addAttribute(document, request, "Q_STATUS",
+                 status.IsNull() ? std::string() : getStatusLabel(automation::ToInt32(status)));
+    addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
+    addFieldElements(document, request);
+    requests->appendChild(request);
+  }
+}
+
+void Archive::editTransactionsFile(ArchiveFile& transactions) {
+  const DOMDocumentPtr& document = transactions.working;
+  const NodePtr container = Required(document->selectSingleNode("//Transactions"));
+  const NodePtr archives = Required(document->selectSingleNode("//Archives"));
+  archives->appendChild(m_oArchiveEntry);
+
+  for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
+    const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
+    const NodePtr request = document->createNode(MSXML2::NodeType::Element, "SR", "");
+    addAttribute(document, request, "Q_ID", requestNumber);
+    addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
+    m_rsTransactions->SetFilter("Q_ID=" + requestNumber);
+    for (; !m_rsTransactions->Eof(); m_rsTransactions->MoveNext()) {
+      const NodePtr transaction = document->createNode(MSXML2::NodeType::Element, "Transaction", "");
+      addFieldElements(document, transaction);
+      request->appendChild(transaction);
+    }
+    container->appendChild(request);
+  }
+}
+
+void Archive::addFieldElements(const DOMDocumentPtr& document, const NodePtr& parent) {
+  ADODB::Recordset& records = parent->nodeName() == "SR" ? *m_rsQuestions : *m_rsTransactions;
+  ADODB::Fields& fields = records.Fields();
+  for (std::size_t index = 0; index < fields.Count(); ++index) {
+    ADODB::Field& field = fields.Item(index);
+    if (SameName(field.Name(), "Q_ID") || SameName(field.Name(), "Q_STATUS")) continue;
+    addElement(document, parent, field.Name(), fieldText(records, field));
+  }
+}
+
+std::string Archive::fieldText(ADODB::Recordset& records, ADODB::Field& field) const {
+  const automation::Variant& value = field.Value();
+  if (value.IsNull()) return {};
+  const std::string& name = field.Name();
+  if (SameName(name, "Q_PRODUCTCAT")) return getProductCategoryName(automation::ToInt32(value));
+  if (SameName(name, "PRODUCTID")) return getProductDescription(automation::ToInt32(value));
+  if (SameName(name, "Q_CATEGORY")) return getFAQCategoryDescription(automation::ToInt32(value));
+  if (SameName(name, "Q_TEXT")) {
+    return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x01\x02\x03\x04", "LBLQX3388");
+  }
+  if (SameName(name, "A_TEXT")) {
+    return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x04\x03\x02\x01", "LBLQX3429");
+  }
+  if (SameName(name, "REGISTEREDDATE")) {
+    const VnMembership::UserPtr user =
+        OrvaneUtilities::getUserFromID(automation::ToTextOrEmpty(records.Value("Q_ORIGINATOR")));
+    // Prospects are not in the directory; their dates are written for the suite's default language.
+    const std::int32_t localeId = user ? user->Locale() : automation::ToInt32(OrvaneUtilities::GetDefaultLanguage());
+    return OrvaneUtilities::GetDateText(automation::ToDateTime(value), kDateAndTimeStyle, localeId);
+  }
+  return automation::ToText(value);
+}
+
+}  // namespace OrvaneProcess

@@ -1,0 +1,180 @@
+// One customer: both files edited, then the rows deleted, or everything as it was before.
+#include "common/connections.hpp"
+#include "common/error_reporting.hpp"
+#include "common/parameters.hpp"
+#include "jobs/archive/archive.hpp"
+#include "platform/adodb/command.hpp"
+#include "platform/automation/runtime.hpp"
+
+namespace OrvaneProcess {
+namespace {
+
+// Runs one stage; whatever it raises becomes `onFailure`, and the customer's archiving ends.
+template <class Stage, class OnFailure>
+bool Succeeds(Stage stage, OnFailure onFailure) {
+  try {
+    stage();
+    return true;
+  } catch (...) {
+    onFailure();
+    return false;
+  }
+}
+
+// Puts a file's snapshot back. A file that cannot be written keeps its new entries: the rows are still in the
+// database then, so nothing is lost, and the next file is restored all the same.
+void Restore(const MSXML2::DOMDocumentPtr& snapshot, const std::string& path) {
+  try {
+    if (snapshot) snapshot->save(path);
+  } catch (...) {
+  }
+}
+
+}  // namespace
+
+void Archive::archiveOriginator(const std::string& originator, const std::string& emailID) {
+  ArchiveFile questions;
+  ArchiveFile transactions;
+  ADODB::Statement condition;
+
+  const auto openRecords = [this](ADODB::RecordsetPtr& records, const ADODB::Statement& selection,
+                                  ADODB::CursorType cursor, ADODB::LockType lock) {
+    records = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+    records->Open(selection, m_cnConnection, cursor, lock, ADODB::kOptionsUnspecified);
+  };
+
+  const auto openQuestionsFile = [&] {
+    const Scripting::DictionaryPtr parameters =
+        OrvaneUtilities::GetParameterValues({"Webfarm Implemented", "FTPPath"});
+    m_bWebfarm = automation::ToBoolean(parameters->Item("Webfarm Implemented"));
+    m_sFTPPath = automation::ToTextOrEmpty(parameters->Item("FTPPath"));
+    condition = customerCondition(originator, emailID);
+    m_lNextArchiveID = 1;
+    resolveBusinessPartner(originator, emailID);
+    if (!m_bFolderFailed && !m_oFileSystem->FolderExists(m_sArchiveLocation)) createArchiveFolder();
+    if (m_bFolderFailed) return;
+    questions.path = getArchiveFileName(kQuestionsFile.kind);
+    requireOwnerNamesAFile();
+    openArchiveFile(kQuestionsFile, questions);
+  };
+  const auto editQuestions = [&] {
+    ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
+    selection += condition;
+    openRecords(m_rsQuestions, selection, ADODB::CursorType::Static, ADODB::LockType::ReadOnly);
+    editQuestionsFile(questions);
+    saveArchiveFile(questions);
+  };
+  const auto openTransactionsFile = [&] {
+    transactions.path = getArchiveFileName(kTransactionsFile.kind);
+    openArchiveFile(kTransactionsFile, transactions);
+  };
+  const auto editTransactions = [&] {
+    m_rsQuestions->MoveFirst();
+    ADODB::Statement selection =
+        "select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
+    selection += condition;
+    selection += ")";
+    openRecords(m_rsTransactions, selection, ADODB::CursorType::Keyset, ADODB::LockType::Optimistic);
+    editTransactionsFile(transactions);
+    saveArchiveFile(transactions);
+  };
+
+  const bool archived =
+      Succeeds(openQuestionsFile,
+               [&] { log("Questions XML file " + questions.path + " could not be created/loaded"); }) &&
+      !m_bFolderFailed &&
+      Succeeds(editQuestions, [&] { log("Editing of Archive file " + questions.path + " failed1"); }) &&
+      Succeeds(openTransactionsFile,
+               [&] {
+                 Restore(questions.snapshot, questions.path);
+                 log("Transactions XML file " + transactions.path + " could not be created/loaded ");
+               }) &&
+      Succeeds(editTransactions, [&] {
+        Restore(questions.snapshot, questions.path);
+        log("Editing of Archive file " + transactions.path + " failed2");
+      });
+  OrvaneUtilities::CloseRecordset(m_rsQuestions);
+  OrvaneUtilities::CloseRecordset(m_rsTransactions);
+  m_rsQuestions = m_rsTransactions = nullptr;
+  m_oArchiveEntry = nullptr;
+  if (archived) purge(condition, questions, transactions);
+}
+
+ADODB::Statement Archive::customerCondition(const std::string& originator, const std::string& emailID) const {
+  ADODB::Statement condition = "dateadd(d,";
+  condition += ADODB::SqlValue(m_lArchiveAfterDays);
+  condition += ",ENDSTATUSTIME)<'";
+  condition += ADODB::SqlValue(m_sRunTime);
+  if (emailID.empty() || originator != "Prospect") {
+    condition += "' and Q_ORIGINATOR='";
+    condition += ADODB::SqlValue(originator);
+  } else {
+    condition += "' and EMAILID='";
+    condition += ADODB::SqlValue(emailID);
+  }
+  condition += "'";
+  return condition;
+}
+
+void Archive::purge(const ADODB::Statement& condition, const ArchiveFile& questions,
+                    const ArchiveFile& transactions) {
+  bool committing = false;
+  try {
+    const auto command = automation::CreateObject<ADODB::Command>("ADODB.Command");
+    command->SetActiveConnection(m_cnConnection);
+    // The transactions go first: they are found through the requests.
+    ADODB::Statement deleteTransactions =
+        "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
+    deleteTransactions += condition;
+    deleteTransactions += ")";
+    ADODB::Statement deleteQuestions = "Delete from QUESTIONHISTORY where ";
+    deleteQuestions += condition;
+
+    m_cnConnection->BeginTrans();
+    command->SetCommandText(deleteTransactions);
+    command->Execute(nullptr, ADODB::kExecuteNoRecords);
+    command->SetCommandText(deleteQuestions);
+    command->Execute(nullptr, ADODB::kExecuteNoRecords);
+    committing = true;
+    m_cnConnection->CommitTrans();
+  } catch (...) {
+    try {
+      m_cnConnection->RollbackTrans();
+    } catch (...) {
+      // Nothing to roll back, or the connection is gone and the engine rolls back by itself.
+    }
+    // A commit that was sent but not answered may have happened. Restoring the files would then destroy the only
+    // copy, so they are restored only when the rows are known to be there still.
+    if (committing && purgeWasCommitted(condition)) {
+      log("Archive Files " + questions.path + " and " + transactions.path + " edited");
+      return;
+    }
+    Restore(questions.snapshot, questions.path);
+    Restore(transactions.snapshot, transactions.path);
+    log("Changes to XML files undone" + questions.path + transactions.path + " undone");
+    return;
+  }
+  log("Archive Files " + questions.path + " and " + transactions.path + " edited");
+}
+
+bool Archive::purgeWasCommitted(const ADODB::Statement& condition) const {
+  ADODB::ConnectionPtr connection;
+  ADODB::RecordsetPtr rows;
+  bool gone = true;
+  try {
+    connection = OrvaneUtilities::GetOrvaneConnection();
+    ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
+    selection += condition;
+    rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+    rows->Open(selection, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
+               ADODB::kOptionsUnspecified);
+    gone = rows->Eof();
+  } catch (...) {
+    // Nobody can tell: keeping both copies loses nothing.
+  }
+  OrvaneUtilities::CloseRecordset(rows);
+  OrvaneUtilities::CloseConnection(connection);
+  return gone;
+}
+
+}  // namespace OrvaneProcess
