@@ -34,13 +34,18 @@ VnMembership::UserPtr BindMembershipUser(std::string_view configurationFile, std
   return user;
 }
 
-VnMembership::UserPtr getUserFromID(std::string_view userId) {
+VnMembership::UserPtr FindMembershipUser(const std::function<std::string()>& configurationFile,
+                                         std::string_view userId) {
   try {
-    return BindMembershipUser(GetInstallDirectory() + "\\config\\siteConfiguration.xml", userId);
+    return BindMembershipUser(configurationFile(), userId);
   } catch (...) {
     LogError("OrvaneProcess.OrvaneUtilities.getUserFromID");
     return nullptr;
   }
+}
+
+VnMembership::UserPtr getUserFromID(std::string_view userId) {
+  return FindMembershipUser([] { return GetInstallDirectory() + "\\config\\siteConfiguration.xml"; }, userId);
 }
 
 }  // namespace OrvaneUtilities

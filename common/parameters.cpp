@@ -7,18 +7,14 @@
 
 namespace OrvaneUtilities {
 
-std::string GetParamValue(std::string_view name) {
+std::string ReadParameterValue(const ADODB::Statement& query) {
   ADODB::ConnectionPtr connection;
   ADODB::RecordsetPtr recordset;
   try {
     std::string value;
-    ADODB::Statement sql = "select PARAM_VALUE from PARAMETERS where PARAM_NAME = '";
-    sql += ADODB::SqlValue(name);
-    sql += "'";
-
     connection = GetOrvaneConnection();
     recordset = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-    recordset->Open(sql, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
+    recordset->Open(query, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
                     ADODB::kCommandText);
     if (!recordset->Eof()) value = automation::ToText(recordset->Value("PARAM_VALUE"));
     recordset->Close();
@@ -30,6 +26,13 @@ std::string GetParamValue(std::string_view name) {
     CloseConnection(connection);
     ReportError("OrvaneProcess.Dispatch.GetParamValue");
   }
+}
+
+std::string GetParamValue(std::string_view name) {
+  ADODB::Statement query = "select PARAM_VALUE from PARAMETERS where PARAM_NAME = '";
+  query += ADODB::SqlValue(name);
+  query += "'";
+  return ReadParameterValue(query);
 }
 
 Scripting::DictionaryPtr GetParameterValues(const automation::VariantArray& names) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "jobs/archive/archive.hpp"
 #include "jobs/cleanup/clean_up.hpp"
 #include "jobs/dormant/dormant_user_expiry.hpp"
 
@@ -16,6 +17,7 @@ void Register(automation::ClassTable& classes, std::string_view progId) {
 }  // namespace
 
 void RegisterJobs(automation::ClassTable& classes) {
+  Register<Archive>(classes, kArchiveProgId);
   Register<DormantUserExpiry>(classes, kDormantUserExpiryProgId);
   Register<CleanUp>(classes, kCleanUpProgId);
 }

@@ -1,8 +1,8 @@
-// Moves requests that were closed long enough ago out of the database into two XML files per customer, and then
-// deletes them from QUESTIONHISTORY and TRANSACTIONS.
+// Moves requests that were closed long enough ago out of the database into two XML files per customer, and
+// then deletes them from QUESTIONHISTORY and TRANSACTIONS.
 //
-// A run never leaves the tables and the files out of step: the files are written first, the rows are deleted in one
-// transaction, and when that fails the files get back the content they had.
+// A run never leaves the tables and the files out of step: the files are written first, the rows are deleted
+// in one transaction, and when that fails the files get back the content they had.
 #pragma once
 
 #include <cstdint>
@@ -23,17 +23,19 @@ namespace OrvaneProcess {
 
 class Archive : public Job {
  public:
-  // The service host's entry: archiveQuestions as "NTService". An error that ends the work is written to the suite's
-  // error log; nothing is raised.
+  // The service host's entry: archiveQuestions as "NTService". An error that ends the work is written to the
+  // suite's error log; nothing is raised.
   void Run() override;
 
-  // One archive run. `i_sCalledFrom` is recorded as the one who archived ("Service": a background process) and
-  // `i_sComment` beside it. What goes wrong with a customer is a line of the run log and the run goes on; a failure
-  // of the run itself (no database, no catalogue, no log) is raised after the closing lines were written.
+  // One archive run. `i_sCalledFrom` is recorded as the one who archived ("Service": a background process)
+  // and `i_sComment` beside it. What goes wrong with a customer is a line of the run log and the run goes on;
+  // a failure of the run itself (no database, no catalogue, no log) is raised after the closing lines were
+  // written.
   void archiveQuestions(const std::string& i_sCalledFrom, const std::string& i_sComment);
 
  private:
-  // One archive file while it is being edited: what is added goes into `working`; `snapshot` is the file as it was.
+  // One archive file while it is being edited: what is added goes into `working`; `snapshot` is the file as
+  // it was.
   struct ArchiveFile {
     std::string path;
     MSXML2::DOMDocumentPtr working;
@@ -56,7 +58,8 @@ class Archive : public Job {
   // One customer (archive_originator.cpp)
   void archiveOriginator(const std::string& originator, const std::string& emailID);
   ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
-  void purge(const ADODB::Statement& condition, const ArchiveFile& questions, const ArchiveFile& transactions);
+  void purge(const ADODB::Statement& condition, const ArchiveFile& questions,
+             const ArchiveFile& transactions);
   bool purgeWasCommitted(const ADODB::Statement& condition) const;
 
   // The documents (archive_documents.cpp)

@@ -64,14 +64,14 @@ const Archive::FileKind Archive::kQuestionsFile{"Q", "QuestionsArchive", "SRs"};
 const Archive::FileKind Archive::kTransactionsFile{"T", "TransactionsArchive", "Transactions"};
 
 void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
-  const auto files =
-      automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
   bool exists = files->FileExists(BareName(file.path), archives);
   if (exists) prepareExistingFile(*files, file.path);
-  // A run that was cut off while it made the file leaves it empty, or with a root that has no children yet. Neither
-  // holds anything that could be lost, so the file is made as if it were new.
-  if (exists && m_oFileSystem->FileExists(file.path) && m_oFileSystem->GetFile(file.path)->Size() == 0) exists = false;
+  // A run that was cut off while it made the file leaves it empty, or with a root that has no children yet.
+  // Neither holds anything that could be lost, so the file is made as if it were new.
+  if (exists && m_oFileSystem->FileExists(file.path) && m_oFileSystem->GetFile(file.path)->Size() == 0)
+    exists = false;
   if (!exists) createArchiveFile(kind.root, file.path);
 
   file.working = LoadDocument(file.path);
@@ -96,8 +96,7 @@ void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::
 
 void Archive::saveArchiveFile(const ArchiveFile& file) {
   file.working->save(file.path);
-  const auto files =
-      automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   files->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
   files->SetInUse(BareName(file.path), 0);
 }
@@ -106,7 +105,8 @@ void Archive::getNextArchiveID(const DOMDocumentPtr& document) {
   const MSXML2::NodeListPtr entries = document->selectNodes("//Archive");
   if (entries->length() == 0) return;
   const NodePtr last = entries->item(entries->length() - 1);
-  const std::int32_t number = automation::ToInt32(Required(last->attributes()->getNamedItem("ArchiveID"))->text());
+  const std::int32_t number =
+      automation::ToInt32(Required(last->attributes()->getNamedItem("ArchiveID"))->text());
   if (__builtin_add_overflow(number, 1, &m_lNextArchiveID)) throw Error(ErrorNumber::Overflow);
 }
 
@@ -188,7 +188,8 @@ std::string Archive::fieldText(ADODB::Recordset& records, ADODB::Field& field) c
     const VnMembership::UserPtr user =
         OrvaneUtilities::getUserFromID(automation::ToTextOrEmpty(records.Value("Q_ORIGINATOR")));
     // Prospects are not in the directory; their dates are written for the suite's default language.
-    const std::int32_t localeId = user ? user->Locale() : automation::ToInt32(OrvaneUtilities::GetDefaultLanguage());
+    const std::int32_t localeId =
+        user ? user->Locale() : automation::ToInt32(OrvaneUtilities::GetDefaultLanguage());
     return OrvaneUtilities::GetDateText(automation::ToDateTime(value), kDateAndTimeStyle, localeId);
   }
   return automation::ToText(value);

@@ -25,9 +25,9 @@ std::string Archive::getArchiveFileName(std::string_view kind) const {
   return {};
 }
 
-// The owner goes into the file's name unchanged. One that is more than a part of a name, because it holds a path
-// separator or a control character, would put the file into another folder: such a customer's rows stay where they
-// are.
+// The owner goes into the file's name unchanged. One that is more than a part of a name, because it holds a
+// path separator or a control character, would put the file into another folder: such a customer's rows stay
+// where they are.
 void Archive::requireOwnerNamesAFile() const {
   const bool unusable = std::any_of(m_sFileOwner.begin(), m_sFileOwner.end(), [](char c) {
     return c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F;

@@ -6,8 +6,11 @@
 namespace OrvaneProcess {
 namespace {
 
-// Whether anything but asterisks and blanks is in the message: such a message carries a timestamp, a ruler does not.
-bool HasText(const std::string& message) { return message.find_first_not_of("* ") != std::string::npos; }
+// Whether anything but asterisks and blanks is in the message: such a message carries a timestamp, a ruler
+// does not.
+bool HasText(const std::string& message) {
+  return message.find_first_not_of("* ") != std::string::npos;
+}
 
 }  // namespace
 
@@ -19,8 +22,8 @@ std::string Archive::logFileName() const {
   return logFolder() + "\\OrvArchiveSvc_log_" + OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
 }
 
-// The writer only appends to a file that is there, so the day's file is made first: at the start of a run, and again
-// when midnight passes during one.
+// The writer only appends to a file that is there, so the day's file is made first: at the start of a run,
+// and again when midnight passes during one.
 void Archive::log(const std::string& message) {
   if (!m_oFileSystem->FolderExists(logFolder())) m_oFileSystem->CreateFolder(logFolder());
   createFileIfMissing(logFileName());

@@ -9,8 +9,8 @@
 namespace OrvaneProcess {
 namespace {
 
-// A table keyed by the decimal text of the key column; null when the query has no rows, so that a lookup in it fails
-// instead of writing files without descriptions.
+// A table keyed by the decimal text of the key column; null when the query has no rows, so that a lookup in
+// it fails instead of writing files without descriptions.
 Scripting::DictionaryPtr LoadTable(const ADODB::ConnectionPtr& connection, const ADODB::Statement& query,
                                    const char* keyColumn, const char* valueColumn) {
   auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
@@ -42,10 +42,10 @@ void Archive::loadLookups() {
   try {
     m_oFAQCategories =
         LoadTable(catalogue, "Select * from FAQCATEGORY", "FAQCATEGORYID", "FAQCATEGORYDESCRIPTION");
-    m_oProductCategories =
-        LoadTable(catalogue, "Select CATEGORYID,CATEGORYNAME from PRODUCTCATEGORY", "CATEGORYID", "CATEGORYNAME");
-    m_oProducts =
-        LoadTable(catalogue, "Select PRODUCTID,PRODUCTDESCRIPTION from PRODUCT", "PRODUCTID", "PRODUCTDESCRIPTION");
+    m_oProductCategories = LoadTable(catalogue, "Select CATEGORYID,CATEGORYNAME from PRODUCTCATEGORY",
+                                     "CATEGORYID", "CATEGORYNAME");
+    m_oProducts = LoadTable(catalogue, "Select PRODUCTID,PRODUCTDESCRIPTION from PRODUCT", "PRODUCTID",
+                            "PRODUCTDESCRIPTION");
   } catch (...) {
     OrvaneUtilities::CloseConnection(catalogue);
     throw;
@@ -58,13 +58,17 @@ void Archive::loadLookups() {
   m_oStatuses->Add("185", "LBLQX3558");
 }
 
-std::string Archive::getStatusLabel(std::int32_t status) const { return Lookup(m_oStatuses, status); }
+std::string Archive::getStatusLabel(std::int32_t status) const {
+  return Lookup(m_oStatuses, status);
+}
 
 std::string Archive::getProductCategoryName(std::int32_t id) const {
   return LookupUnlessZero(m_oProductCategories, id);
 }
 
-std::string Archive::getProductDescription(std::int32_t id) const { return LookupUnlessZero(m_oProducts, id); }
+std::string Archive::getProductDescription(std::int32_t id) const {
+  return LookupUnlessZero(m_oProducts, id);
+}
 
 std::string Archive::getFAQCategoryDescription(std::int32_t id) const {
   return LookupUnlessZero(m_oFAQCategories, id);
@@ -104,7 +108,8 @@ std::string Archive::getRootPath() {
 }
 
 VnMembership::UserPtr Archive::getMembershipUser(const std::string& userID) {
-  return OrvaneUtilities::FindMembershipUser(getRootPath() + "\\config\\SiteConfiguration.xml", userID);
+  return OrvaneUtilities::FindMembershipUser([] { return getRootPath() + "\\config\\SiteConfiguration.xml"; },
+                                             userID);
 }
 
 }  // namespace OrvaneProcess

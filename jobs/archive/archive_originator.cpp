@@ -143,8 +143,8 @@ void Archive::purge(const ADODB::Statement& condition, const ArchiveFile& questi
     } catch (...) {
       // Nothing to roll back, or the connection is gone and the engine rolls back by itself.
     }
-    // A commit that was sent but not answered may have happened. Restoring the files would then destroy the only
-    // copy, so they are restored only when the rows are known to be there still.
+    // A commit that was sent but not answered may have happened. Restoring the files would then destroy the
+    // only copy, so they are restored only when the rows are known to be there still.
     if (committing && purgeWasCommitted(condition)) {
       log("Archive Files " + questions.path + " and " + transactions.path + " edited");
       return;

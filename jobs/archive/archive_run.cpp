@@ -66,7 +66,8 @@ void Archive::releaseObjects() {
 
 void Archive::archiveCustomers() {
   m_sArchiveLocation = getRootPath() + "\\" +
-                       OrvaneUtilities::NormalizeFolderPath(getParameter("DataFileRelativePath")) + "\\Archives";
+                       OrvaneUtilities::NormalizeFolderPath(getParameter("DataFileRelativePath")) +
+                       "\\Archives";
   if (m_sArchiveLocation.empty()) {
     log("Archive Location could not be retrieved.");
     log("Archiving process failed");
@@ -82,8 +83,8 @@ void Archive::archiveCustomers() {
   m_sRunTime = OrvaneUtilities::GetTimestampText();
 
   auto customers = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-  customers->Open(selectionOfCustomers(), m_cnConnection, ADODB::CursorType::Keyset, ADODB::LockType::ReadOnly,
-                  ADODB::kOptionsUnspecified);
+  customers->Open(selectionOfCustomers(), m_cnConnection, ADODB::CursorType::Keyset,
+                  ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);
   std::int64_t count = 0;
   std::vector<std::vector<automation::Variant>> rows;
   if (!customers->Eof()) {
@@ -113,7 +114,8 @@ void Archive::archiveCustomers() {
 
 ADODB::Statement Archive::selectionOfCustomers() const {
   ADODB::Statement selection =
-      "select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from QUESTIONHISTORY where "
+      "select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
+      "QUESTIONHISTORY where "
       "dateadd(d,";
   selection += ADODB::SqlValue(m_lArchiveAfterDays);
   selection += ",ENDSTATUSTIME)<";
