@@ -1,0 +1,15 @@
+#include "platform/scripting/memory/registration.hpp"
+
+#include <memory>
+
+#include "platform/scripting/dictionary/registration.hpp"
+#include "platform/scripting/memory/file_system_object.hpp"
+
+namespace Scripting::memory {
+
+void RegisterClasses(automation::ClassTable& classes, const MemoryDiskPtr& disk) {
+  classes.Register(kFileSystemObjectProgId, [disk] { return std::make_shared<MemoryFileSystem>(disk); });
+  RegisterDictionary(classes);
+}
+
+}  // namespace Scripting::memory
