@@ -66,14 +66,22 @@ class IcuLocale : public Locale {
   std::string FromCodePage(std::string_view bytes) const override { return codePage_.ToUtf8(bytes); }
 
   std::string ToLower(std::string_view utf8) const override {
-    icu::UnicodeString text =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
     std::string lower;
-    text.toLower(icu::Locale::getRoot()).toUTF8String(lower);
+    Utf16(utf8).toLower(icu::Locale::getRoot()).toUTF8String(lower);
     return lower;
   }
 
+  std::string ToUpper(std::string_view utf8) const override {
+    std::string upper;
+    Utf16(utf8).toUpper(icu::Locale::getRoot()).toUTF8String(upper);
+    return upper;
+  }
+
  private:
+  static icu::UnicodeString Utf16(std::string_view utf8) {
+    return icu::UnicodeString::fromUTF8(icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
+  }
+
   ShortDateForm shortDate_;
   CodePage codePage_;
   DateTexts dateTexts_;
