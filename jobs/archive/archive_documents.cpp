@@ -111,7 +111,7 @@ void Archive::getNextArchiveID(const DOMDocumentPtr& document) {
 }
 
 NodePtr Archive::createArchiveEntry(const DOMDocumentPtr& document) const {
-  const NodePtr entry = document->createNode(MSXML2::NodeType::Element, "Archive", "");
+  NodePtr entry = document->createNode(MSXML2::NodeType::Element, "Archive", "");
   addAttribute(document, entry, "DateArchived", OrvaneUtilities::GetTimestampText());
   addAttribute(document, entry, "ArchiveID", std::to_string(m_lNextArchiveID));
   const bool background = m_sCalledFrom == "Service";

@@ -7,31 +7,17 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/adodb/dialects/dialect.hpp"
+#include "platform/adodb/engine/column.hpp"
 #include "platform/adodb/engine/connection_string.hpp"
 #include "platform/adodb/types.hpp"
 #include "platform/automation/variant.hpp"
 
 namespace ADODB::engine {
-
-enum class ColumnType { Boolean, Integer, Decimal, Double, DateTime, Text, Binary };
-
-struct Column {
-  std::string name;  // as the statement or the table spells it
-  ColumnType type;
-  std::string baseTable;   // the table that the values come from; empty for an expression
-  std::string baseColumn;  // the column of that table; empty for an expression
-};
-
-// How rows of one table are addressed and made.
-struct TableShape {
-  std::vector<std::string> keyColumns;         // the primary key in order; empty when the table has none
-  std::optional<std::string> generatedColumn;  // the column that the database numbers by itself
-};
 
 // A forward-only, read-only result being read. At most one is alive on a session at a time.
 class Rows {
@@ -39,28 +25,37 @@ class Rows {
   virtual ~Rows() = default;
   virtual const std::vector<Column>& Columns() const = 0;
   virtual bool Next() = 0;  // false past the last row
-  // Value of a column of the current row, with the type that Column::type promises, or Null.
+  // Value of a column of the current row, or Null. By Column::type: Boolean is bool; Integer is std::int32_t
+  // where it fits, std::int64_t where it does not; Decimal is one of these for a whole number, double
+  // otherwise; Double is double; DateTime is DateTime; Text and Binary are text. A value that is stored in
+  // another form than the column declares comes as what it is.
   virtual automation::Variant Value(std::size_t column) const = 0;
 };
 
+// Values for the "?" of a statement, in order. The cursor engine gives a parameter for a column the variant
+// type that the column's ColumnType stands for (see Rows::Value), or Null.
 using Parameters = std::vector<automation::Variant>;
-
-class Dialect;
 
 class Session {
  public:
   virtual ~Session() = default;
 
-  // Raises automation::Error with the engine's message, SQLSTATE and native code on any failure.
+  // Both raise automation::Error with the engine's message, SQLSTATE and native code on any failure (see
+  // engine_error.hpp). The caller sends one statement at a time, and has let go of the Rows of the one
+  // before.
+  //
+  // A statement that yields no columns is run to its end and gives Rows without columns.
   virtual std::unique_ptr<Rows> Query(std::string_view sql, const Parameters& parameters) = 0;
-  virtual std::int64_t Execute(std::string_view sql, const Parameters& parameters) = 0;  // rows affected
+  // Rows affected; a result that the statement yields is thrown away.
+  virtual std::int64_t Execute(std::string_view sql, const Parameters& parameters) = 0;
 
-  virtual void Begin() = 0;
+  virtual void Begin() = 0;  // in the isolation level set last; ReadCommitted as opened
   virtual void Commit() = 0;
   virtual void Rollback() = 0;
   virtual void SetIsolationLevel(IsolationLevel level) = 0;
 
-  // Key and generated column of a table, by the name that Column::baseTable gave.
+  // Key and generated column of a table, by its name as a statement writes it (maybe quoted, maybe with a
+  // schema). A name that is no table (a view, ...) has an empty shape.
   virtual TableShape Describe(const std::string& table) = 0;
 
   // Makes the session fit for the next user (no open transaction, settings as after opening); false when it
@@ -75,7 +70,10 @@ class Session {
 class Provider {
  public:
   virtual ~Provider() = default;
-  virtual std::string_view Name() const = 0;  // as in "Provider=NAME" of a connection string
+  // As in "Provider=NAME" of a connection string. "MSDASQL" also serves strings without a Provider.
+  virtual std::string_view Name() const = 0;
+  // A session with read-committed isolation or stronger. The user and password of Connection::Open, when not
+  // empty, stand under "User ID" and "Password".
   virtual std::unique_ptr<Session> Connect(const ConnectionString& connectionString) = 0;
 };
 

@@ -1,0 +1,70 @@
+// How one kind of database engine writes SQL.
+//
+// The jobs' statements are written for the suite's own engine. engine/translation finds the few tokens that
+// other engines spell differently and asks the dialect for their spelling; the cursor engine asks it for the
+// statements that it composes itself. A dialect is stateless text work: it never talks to a database.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/adodb/engine/column.hpp"
+#include "platform/automation/error.hpp"
+
+namespace ADODB::engine {
+
+class Dialect {
+ public:
+  virtual ~Dialect() = default;
+
+  virtual std::string_view Name() const = 0;  // "SQLite", "PostgreSQL", ...
+
+  // --- The suite's tokens in this engine's spelling. Arguments are finished SQL of this engine. ---
+
+  // True for the suite's own engine: statements are sent as they stand and none of the next four is called.
+  virtual bool TakesTextUnchanged() const { return false; }
+  // dateadd(d,days,moment): the moment moved by whole days, fractions of a second kept.
+  virtual std::string DaysLater(std::string_view days, std::string_view moment) const = 0;
+  // isnull(value,replacement)
+  virtual std::string NullReplaced(std::string_view value, std::string_view replacement) const = 0;
+  // a + b + ... between texts; one null operand makes the result null, as the suite's engine has it.
+  virtual std::string Joined(const std::vector<std::string>& texts) const = 0;
+  // {ts '2004-07-26 09:05:03'}, and a local date-time text that is compared with a date: a literal that the
+  // engine compares with its date columns. `text` is "YYYY-MM-DD HH:MM:SS", maybe with a fraction.
+  virtual std::string Timestamp(std::string_view text) const = 0;
+
+  // --- Statements that the cursor engine composes. ---
+
+  // A name as the database spells it, quoted so that it is taken letter for letter.
+  virtual std::string QuotedName(std::string_view name) const;
+  // "SELECT " + list + rest, cut to `count` rows.
+  virtual std::string Limited(std::string_view list, std::string_view rest, std::size_t count) const;
+  // An insert with one "?" for each column that answers, as a one-row result, the values that the new row has
+  // in `returned`. Without columns it is an insert of defaults. Names are as the database spells them,
+  // `table` is as the statement wrote it.
+  virtual std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
+                                      const std::vector<std::string>& returned) const;
+  // Whether "(a,b) IN (VALUES (1,2),(3,4))" is understood, and fast for tens of thousands of rows.
+  virtual bool HasRowValueLists() const { return true; }
+
+  // --- Names and texts. ---
+
+  // The name under which a column of a result is shown, from the name that the engine reported. An engine
+  // that folds unquoted names gives the suite's upper case back here; names that the statement itself spells
+  // out in its select list are restored before by the cursor engine.
+  virtual bool FoldsNames() const { return false; }
+  virtual std::string ShownName(std::string_view reported) const { return std::string(reported); }
+
+  // Two texts of a column are equal to the database exactly when their comparison keys are equal bytes.
+  virtual std::string ComparisonKey(std::string_view text, const Column& column) const = 0;
+
+  // --- Errors. ---
+
+  // What this engine says about a statement that it cannot parse, with SQLSTATE 42000 (or the engine's own of
+  // class 42); `near` is the text where it stumbles, empty at the end of the statement.
+  virtual automation::Error SyntaxError(std::string_view near) const = 0;
+};
+
+}  // namespace ADODB::engine

@@ -1,0 +1,62 @@
+#include "platform/adodb/dialects/sqlite.hpp"
+
+#include "platform/adodb/engine/engine_error.hpp"
+#include "platform/adodb/engine/sql_tokens.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+class Sqlite : public Dialect {
+ public:
+  std::string_view Name() const override { return "SQLite"; }
+
+  std::string DaysLater(std::string_view days, std::string_view moment) const override {
+    return Call("orvane_adddays", days, moment);
+  }
+
+  std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
+    return Call("ifnull", value, replacement);
+  }
+
+  std::string Joined(const std::vector<std::string>& texts) const override {
+    std::string sql = "(";
+    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " || ") + texts[i];
+    return sql + ")";
+  }
+
+  std::string Timestamp(std::string_view text) const override { return "'" + std::string(text) + "'"; }
+
+  // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).
+  std::string ComparisonKey(std::string_view text, const Column& column) const override {
+    std::string key(text);
+    if (EqualsIgnoringAsciiCase(column.collation, "NOCASE")) {
+      for (char& c : key) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+      }
+    } else if (EqualsIgnoringAsciiCase(column.collation, "RTRIM")) {
+      while (!key.empty() && key.back() == ' ') key.pop_back();
+    }
+    return key;
+  }
+
+  automation::Error SyntaxError(std::string_view near) const override {
+    const std::string message =
+        near.empty() ? "incomplete input" : "near \"" + std::string(near) + "\": syntax error";
+    return EngineError("SQLite", message, "42000", 1);
+  }
+
+ private:
+  static std::string Call(std::string_view name, std::string_view first, std::string_view second) {
+    std::string sql(name);
+    return sql.append("(").append(first).append(",").append(second).append(")");
+  }
+};
+
+}  // namespace
+
+const Dialect& SqliteDialect() {
+  static const Sqlite dialect;
+  return dialect;
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,25 @@
+// The gate that every statement passes before it is sent.
+#pragma once
+
+#include <string_view>
+
+#include "platform/adodb/dialects/dialect.hpp"
+#include "platform/adodb/engine/sql_tokens.hpp"
+#include "platform/adodb/statement.hpp"
+
+namespace ADODB::engine {
+
+struct CheckedStatement {
+  std::string_view sql;  // into the Statement, without a ";" at its end
+  TokenList list;
+};
+
+// Raises the dialect's syntax error for
+//  - a value inside a quoted text that holds an unpaired quote or a NUL,
+//  - a value anywhere else that is not one signed decimal number,
+//  - a text, quoted name or comment that does not end, and an empty statement,
+//  - anything but blanks and comments after a ";".
+// `statement` must outlive the result.
+CheckedStatement Check(const Statement& statement, const Dialect& dialect);
+
+}  // namespace ADODB::engine
