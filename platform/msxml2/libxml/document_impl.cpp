@@ -1,0 +1,172 @@
+#include "platform/msxml2/libxml/document_impl.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <optional>
+
+#include "platform/msxml2/libxml/characters.hpp"
+#include "platform/msxml2/libxml/failure.hpp"
+#include "platform/msxml2/libxml/load.hpp"
+#include "platform/msxml2/libxml/new_node.hpp"
+#include "platform/msxml2/libxml/replace_file.hpp"
+#include "platform/msxml2/libxml/selection.hpp"
+#include "platform/msxml2/libxml/serializer.hpp"
+
+namespace MSXML2::libxml {
+namespace {
+
+// The whole file, or nothing and errno.
+std::optional<std::string> Content(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  std::string bytes;
+  struct stat status {};
+  bool complete = fstat(descriptor, &status) == 0;
+  if (complete && !S_ISREG(status.st_mode)) {
+    errno = EISDIR;
+    complete = false;
+  }
+  if (complete) bytes.resize(static_cast<std::size_t>(status.st_size));
+  for (std::size_t read = 0; complete && read < bytes.size();) {
+    const ssize_t count = ::read(descriptor, bytes.data() + read, bytes.size() - read);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) complete = false;
+    if (count == 0) bytes.resize(read);
+    if (count > 0) read += static_cast<std::size_t>(count);
+  }
+  const int code = errno;
+  close(descriptor);
+  errno = code;
+  if (!complete) return std::nullopt;
+  return bytes;
+}
+
+}  // namespace
+
+DocumentImpl::DocumentImpl(std::shared_ptr<const Scripting::local::PathResolver> paths, TreePtr tree)
+    : paths_(std::move(paths)), tree_(std::move(tree)) {}
+
+std::shared_ptr<DocumentImpl> DocumentImpl::Create(
+    std::shared_ptr<const Scripting::local::PathResolver> paths) {
+  auto document = std::make_shared<DocumentImpl>(std::move(paths), Tree::Empty());
+  document->tree_->SetDocumentObject(document);
+  return document;
+}
+
+std::shared_ptr<DocumentImpl> DocumentImpl::Over(TreePtr tree) {
+  static const Scripting::local::DriveTable kNoDrives;
+  auto document = std::make_shared<DocumentImpl>(
+      std::make_shared<const Scripting::local::PathResolver>(kNoDrives), std::move(tree));
+  document->tree_->SetDocumentObject(document);
+  return document;
+}
+
+void DocumentImpl::Become(TreePtr tree) {
+  tree_ = std::move(tree);
+  tree_->SetDocumentObject(shared_from_this());
+}
+
+bool DocumentImpl::Read(std::string bytes, const char* encoding) {
+  Loaded loaded = Load(std::make_shared<const std::string>(std::move(bytes)), encoding);
+  reason_ = std::move(loaded.reason);
+  const bool succeeded = loaded.tree != nullptr;
+  Become(succeeded ? std::move(loaded.tree) : Tree::Empty());
+  return succeeded;
+}
+
+bool DocumentImpl::load(std::string_view path) {
+  loadedFrom_.clear();
+  std::optional<std::string> bytes;
+  try {
+    const auto found = paths_->Find(path);
+    if (found) {
+      bytes = Content(found->path);
+      if (bytes) loadedFrom_ = found->path;
+      if (!bytes) reason_ = std::string(path) + ": " + std::strerror(errno);
+    } else {
+      reason_ = std::string(path) + ": " + std::strerror(ENOENT);
+    }
+  } catch (const automation::Error& error) {
+    reason_ = std::string(path) + ": " + error.Description();
+  }
+  if (!bytes) {
+    Become(Tree::Empty());
+    return false;
+  }
+  if (Read(std::move(*bytes), nullptr)) return true;
+  reason_ = std::string(path) + ": " + reason_;
+  return false;
+}
+
+bool DocumentImpl::loadXML(std::string_view text) {
+  loadedFrom_.clear();
+  return Read(std::string(text), "UTF-8");
+}
+
+void DocumentImpl::save(std::string_view path) {
+  try {
+    FileReplacement file(paths_->PlaceFor(path).path);
+    if (const std::string* source = tree_->Source(); source != nullptr && !loadedFrom_.empty()) {
+      file.Write(*source);
+    } else {
+      SerializeDocument(*tree_, [&file](std::string_view piece) { file.Write(piece); });
+    }
+    file.Commit();
+  } catch (const automation::Error& error) {
+    throw automation::Error(error.Number(), kDocumentSource, error.Description());
+  }
+}
+
+std::string DocumentImpl::xml() const {
+  std::string text;
+  SerializeDocument(*tree_, [&text](std::string_view piece) { text.append(piece); });
+  return text;
+}
+
+NodePtr DocumentImpl::documentElement() const {
+  return tree_->Wrap(xmlDocGetRootElement(tree_->Doc()));
+}
+
+NodePtr DocumentImpl::createNode(NodeType type, std::string_view name, std::string_view namespaceUri) {
+  return tree_->Wrap(NewNode(tree_->Doc(), type, name, namespaceUri));
+}
+
+void DocumentImpl::setProperty(std::string_view name, std::string_view value) {
+  if (name == "SelectionLanguage" && value != "XPath") {
+    Fail("The selection language '" + std::string(value) + "' is not known; it is always XPath.");
+  }
+}
+
+void DocumentImpl::setText(std::string_view) {
+  Fail("Text cannot stand outside the document's element.");
+}
+
+NodePtr DocumentImpl::cloneNode(bool deep) const {
+  auto clone = std::make_shared<DocumentImpl>(paths_, Tree::Empty());
+  clone->tree_->SetDocumentObject(clone);
+  if (!deep) return clone;
+  tree_->ExpandAll();
+  for (xmlNodePtr child = tree_->Doc()->children; child != nullptr; child = child->next) {
+    if (child->type == XML_DTD_NODE) continue;
+    const xmlNodePtr copy = xmlDocCopyNode(child, clone->tree_->Doc(), 1);
+    if (copy == nullptr) throw std::bad_alloc();
+    clone->tree_->Append(clone->tree_->Root(), copy);
+  }
+  clone->tree_->Doc()->standalone = tree_->Doc()->standalone;
+  return clone;
+}
+
+NodePtr DocumentImpl::selectSingleNode(std::string_view expression) const {
+  return SelectSingleNode(*tree_, tree_->Root(), expression);
+}
+
+NodeListPtr DocumentImpl::selectNodes(std::string_view expression) const {
+  return SelectNodes(*tree_, tree_->Root(), expression);
+}
+
+}  // namespace MSXML2::libxml

@@ -1,0 +1,22 @@
+#include "platform/msxml2/registration.hpp"
+
+#include <libxml/parser.h>
+#include <libxslt/xsltutils.h>
+
+#include <memory>
+
+#include "platform/msxml2/libxml/document_impl.hpp"
+#include "platform/msxml2/libxml/template_impl.hpp"
+
+namespace MSXML2 {
+
+void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
+  xmlInitParser();
+  // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
+  xsltSetGenericDebugFunc(nullptr, [](void*, const char*, ...) {});
+  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
+  classes.Register("MSXML2.DOMDocument", [paths] { return libxml::DocumentImpl::Create(paths); });
+  classes.Register("MSXML2.XSLTemplate", [] { return std::make_shared<libxml::TemplateImpl>(); });
+}
+
+}  // namespace MSXML2

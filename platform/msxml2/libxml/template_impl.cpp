@@ -1,0 +1,124 @@
+#include "platform/msxml2/libxml/template_impl.hpp"
+
+#include <libxslt/security.h>
+#include <libxslt/transform.h>
+#include <libxslt/variables.h>
+#include <libxslt/xsltutils.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <new>
+
+#include "platform/msxml2/libxml/characters.hpp"
+#include "platform/msxml2/libxml/failure.hpp"
+
+namespace MSXML2::libxml {
+namespace {
+
+// A mail takes some thousand steps. These bounds stop an endless sheet within seconds.
+constexpr unsigned long kMostTemplateSteps = 2'000'000;
+constexpr unsigned long kMostPathSteps = 200'000'000;
+constexpr int kDeepestTemplate = 1000;
+
+struct ContextFreer {
+  void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
+  void operator()(xsltSecurityPrefs* preferences) const { xsltFreeSecurityPrefs(preferences); }
+};
+
+void TakeMessage(void* context, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void TakeMessage(void* context, const char* format, ...) {
+  char buffer[2048];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(buffer, sizeof buffer, format, arguments);
+  va_end(arguments);
+  // Each further message only tells what the first one led to.
+  auto* text = static_cast<std::string*>(context);
+  if (text->size() < 4096) text->append(buffer);
+}
+
+std::string Trimmed(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text.empty() ? "The transformation failed." : text;
+}
+
+void ForbidEverything(xsltSecurityPrefs* preferences) {
+  for (const xsltSecurityOption option :
+       {XSLT_SECPREF_READ_FILE, XSLT_SECPREF_WRITE_FILE, XSLT_SECPREF_CREATE_DIRECTORY,
+        XSLT_SECPREF_READ_NETWORK, XSLT_SECPREF_WRITE_NETWORK}) {
+    xsltSetSecurityPrefs(preferences, option, xsltSecurityForbid);
+  }
+}
+
+const DocumentImpl& Own(const DOMDocumentPtr& document) {
+  if (!document) throw automation::Error(automation::ErrorNumber::ObjectRequired, kTemplateSource);
+  const auto* own = dynamic_cast<const DocumentImpl*>(document.get());
+  if (own == nullptr) throw automation::Error(automation::ErrorNumber::TypeMismatch, kTemplateSource);
+  return *own;
+}
+
+}  // namespace
+
+void TemplateImpl::setStylesheet(const DOMDocumentPtr& document) {
+  sheet_ = Compile(Own(document));
+}
+
+XSLProcessorPtr TemplateImpl::createProcessor() {
+  if (!sheet_) throw automation::Error(automation::ErrorNumber::ObjectNotSet, kTemplateSource);
+  return std::make_shared<ProcessorImpl>(sheet_);
+}
+
+void ProcessorImpl::setInput(const DOMDocumentPtr& document) {
+  Own(document);
+  input_ = document;
+}
+
+void ProcessorImpl::addParameter(std::string_view name, std::string_view value,
+                                 std::string_view namespaceUri) {
+  RequireXmlText(name, kTemplateSource);
+  RequireXmlText(value, kTemplateSource);
+  RequireXmlText(namespaceUri, kTemplateSource);
+  std::string key = namespaceUri.empty() ? std::string() : "{" + std::string(namespaceUri) + "}";
+  key += name;
+  parameters_[key] = value;
+}
+
+bool ProcessorImpl::transform() {
+  if (!input_) throw automation::Error(automation::ErrorNumber::ObjectNotSet, kTemplateSource);
+  output_.clear();
+  const TreePtr tree = Own(input_).GetTree();
+  tree->ExpandAll();
+  // The sheet may strip blanks from its input; the caller's document stays as it is.
+  const Owned<xmlDoc> input(xmlCopyDoc(tree->Doc(), 1));
+  if (!input) throw std::bad_alloc();
+  const std::unique_ptr<xsltSecurityPrefs, ContextFreer> preferences(xsltNewSecurityPrefs());
+  const std::unique_ptr<xsltTransformContext, ContextFreer> context(
+      xsltNewTransformContext(sheet_.get(), input.get()));
+  if (!preferences || !context) throw std::bad_alloc();
+  ForbidEverything(preferences.get());
+  std::string messages;
+  xsltSetCtxtSecurityPrefs(preferences.get(), context.get());
+  xsltSetTransformErrorFunc(context.get(), &messages, &TakeMessage);
+  context->maxTemplateDepth = kDeepestTemplate;
+  context->opLimit = kMostTemplateSteps;
+  context->xpathCtxt->opLimit = kMostPathSteps;
+  for (const auto& [name, value] : parameters_) {
+    if (xsltQuoteOneUserParam(context.get(), XmlChars(name.c_str()), XmlChars(value.c_str())) != 0) {
+      Fail("The parameter '" + name + "' cannot be set: " + Trimmed(messages), kTemplateSource);
+    }
+  }
+  const Owned<xmlDoc> result(
+      xsltApplyStylesheetUser(sheet_.get(), input.get(), nullptr, nullptr, nullptr, context.get()));
+  if (!result || context->state != XSLT_STATE_OK) Fail(Trimmed(messages), kTemplateSource);
+  xmlChar* text = nullptr;
+  int length = 0;
+  if (xsltSaveResultToString(&text, &length, result.get(), sheet_.get()) != 0) {
+    Fail("The result cannot be written as text.", kTemplateSource);
+  }
+  const Owned<xmlChar> owned(text);
+  output_.assign(reinterpret_cast<const char*>(text), text == nullptr ? 0 : static_cast<std::size_t>(length));
+  return true;
+}
+
+}  // namespace MSXML2::libxml

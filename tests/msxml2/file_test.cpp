@@ -1,0 +1,239 @@
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/msxml2/xml_fixture.hpp"
+
+using MSXML2::DOMDocumentPtr;
+
+namespace {
+
+class XmlFileTest : public orvane_test::XmlTest {};
+
+TEST_F(XmlFileTest, LoadsAndSavesByBackslashPathsWithoutRegardToCase) {
+  WriteFile("Jdoe_SR.xml", "<a/>");
+  const DOMDocumentPtr document = NewDocument();
+  ASSERT_TRUE(document->load(Path("JDOE_sr.XML")));
+  document->documentElement()->setText("x");
+  document->save(Path("jdoe_sr.xml"));
+  EXPECT_EQ(ReadFile("Jdoe_SR.xml"), "<a>x</a>\n");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(XmlFileTest, ADocumentThatWasNotChangedIsSavedByteForByte) {
+  const std::string odd =
+      "<?xml version='1.0' encoding='ISO-8859-1'?>\r\n<a  k='1' >\xE9\r\n<b></b></a>\r\n<!-- end -->";
+  WriteFile("a.xml", odd);
+  const DOMDocumentPtr document = NewDocument();
+  ASSERT_TRUE(document->load(Path("a.xml")));
+  EXPECT_EQ(document->selectNodes("//b")->length(), 1u);
+  EXPECT_EQ(document->documentElement()->text(), "\xC3\xA9\n");
+  document->save(Path("copy.xml"));
+  EXPECT_EQ(ReadFile("copy.xml"), odd);
+  document->documentElement()->setText("\xC3\xA9");
+  document->save(Path("copy.xml"));
+  EXPECT_EQ(ReadFile("copy.xml"),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a k=\"1\">\xC3\xA9</a>\n<!-- end -->\n");
+}
+
+TEST_F(XmlFileTest, EveryKindOfChangeIsSaved) {
+  WriteFile("a.xml", "<a k='1'><b/><c/></a>");
+  const auto changed = [&](auto&& change) {
+    const DOMDocumentPtr document = NewDocument();
+    EXPECT_TRUE(document->load(Path("a.xml")));
+    change(document);
+    document->save(Path("copy.xml"));
+    return ReadFile("copy.xml");
+  };
+  EXPECT_EQ(changed([&](auto& d) { AddElement(d, d->documentElement(), "x", ""); }),
+            "<a k=\"1\"><b/><c/><x/></a>\n");
+  EXPECT_EQ(changed([&](auto& d) { AddAttribute(d, d->documentElement(), "l", "2"); }),
+            "<a k=\"1\" l=\"2\"><b/><c/></a>\n");
+  EXPECT_EQ(changed([&](auto& d) { d->selectSingleNode("//a/@k")->setText("3"); }),
+            "<a k=\"3\"><b/><c/></a>\n");
+  EXPECT_EQ(changed([&](auto& d) { d->selectSingleNode("//c")->appendChild(d->selectSingleNode("//b")); }),
+            "<a k=\"1\"><c><b/></c></a>\n");
+  EXPECT_EQ(changed([&](auto& d) {
+              d->createNode(MSXML2::NodeType::Element, "b", "")->appendChild(d->selectSingleNode("//b"));
+            }),
+            "<a k=\"1\"><c/></a>\n");
+}
+
+TEST_F(XmlFileTest, AMissingOrUnreadableFileIsNotLoaded) {
+  const DOMDocumentPtr document = Parsed("<old/>");
+  EXPECT_FALSE(document->load(Path("none.xml")));
+  EXPECT_EQ(document->parseErrorReason(), Path("none.xml") + ": No such file or directory");
+  EXPECT_EQ(document->documentElement(), nullptr);
+  EXPECT_FALSE(document->load(folder_));
+  EXPECT_FALSE(document->load(""));
+}
+
+TEST_F(XmlFileTest, SavingKeepsThePermissionsAndFollowsLinks) {
+  WriteFile("real.xml", "<a/>");
+  chmod(NativePath("real.xml").c_str(), 0640);
+  ASSERT_EQ(symlink("real.xml", NativePath("link.xml").c_str()), 0);
+  Parsed("<b/>")->save(Path("link.xml"));
+  EXPECT_EQ(ReadFile("real.xml"), "<b/>\n");
+  EXPECT_TRUE(std::filesystem::is_symlink(NativePath("link.xml")));
+  struct stat status {};
+  ASSERT_EQ(stat(NativePath("real.xml").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST_F(XmlFileTest, AReadOnlyFileIsRefusedAndStays) {
+  WriteFile("a.xml", "<old/>");
+  chmod(NativePath("a.xml").c_str(), 0444);
+  const automation::Error error = ErrorOf([&] { Parsed("<new/>")->save(Path("a.xml")); });
+  EXPECT_EQ(error.Number(), 70);
+  EXPECT_EQ(error.Description(), "Permission denied");
+  EXPECT_EQ(ReadFile("a.xml"), "<old/>");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(XmlFileTest, AMissingFolderIs76AndAFolderInTheWay70) {
+  EXPECT_EQ(ErrorOf([&] { Parsed("<a/>")->save(Path("none\\a.xml")); }).Number(), 76);
+  std::filesystem::create_directory(NativePath("folder"));
+  EXPECT_EQ(ErrorOf([&] { Parsed("<a/>")->save(Path("folder")); }).Number(), 70);
+}
+
+TEST_F(XmlFileTest, ANameTooLongIsRefused) {
+  EXPECT_EQ(ErrorOf([&] { Parsed("<a/>")->save(Path(std::string(300, 'x'))); }).Number(), 52);
+  EXPECT_EQ(FilesInFolder(), 0u);
+  const std::string longest(255, 'y');
+  Parsed("<a/>")->save(Path(longest));
+  EXPECT_EQ(ReadFile(longest), "<a/>\n");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(XmlFileTest, WhatAKilledProcessLeftBehindIsTakenOver) {
+  WriteFile(".a.xml.saving", "<half");
+  Parsed("<a/>")->save(Path("a.xml"));
+  EXPECT_EQ(ReadFile("a.xml"), "<a/>\n");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+// Runs `action` in a child process and answers the number of the error that it raised; 0 for none.
+template <class Prepare, class Action>
+int ErrorInChild(Prepare&& prepare, Action&& action) {
+  const pid_t child = fork();
+  if (child == 0) {
+    if (!prepare()) _exit(255);
+    try {
+      action();
+    } catch (const automation::Error& error) {
+      _exit(error.Number() & 0x7F);
+    } catch (...) {
+      _exit(254);
+    }
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+TEST_F(XmlFileTest, AFullDiskIs61AndLeavesTheOldFileAndNoLitter) {
+  WriteFile("a.xml", "<old/>");
+  const DOMDocumentPtr document = Parsed("<a/>");
+  document->documentElement()->setText(std::string(1'000'000, 'x'));
+  const auto limitFileSize = [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{300'000, 300'000};
+    return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+  };
+  EXPECT_EQ(ErrorInChild(limitFileSize, [&] { document->save(Path("a.xml")); }), 61);
+  EXPECT_EQ(ReadFile("a.xml"), "<old/>");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(XmlFileTest, AFolderOrFileOfSomebodyElseIs70) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs the right to become another user";
+  WriteFile("a.xml", "<old/>");
+  chmod(folder_.c_str(), 0755);
+  const auto becomeNobody = [] { return setgid(65534) == 0 && setuid(65534) == 0; };
+  EXPECT_EQ(ErrorInChild(becomeNobody, [&] { Parsed("<a/>")->save(Path("a.xml")); }), 70);
+  EXPECT_EQ(ErrorInChild(becomeNobody, [&] { Parsed("<a/>")->save(Path("b.xml")); }), 70);
+  chmod(folder_.c_str(), 0777);
+  EXPECT_EQ(ErrorInChild(becomeNobody, [&] { Parsed("<a/>")->save(Path("a.xml")); }), 70);
+  EXPECT_EQ(ReadFile("a.xml"), "<old/>");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+class MalformedTest : public XmlFileTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(MalformedTest, IsNotLoadedAndTheReasonIsTold) {
+  const DOMDocumentPtr document = Parsed("<old/>");
+  EXPECT_FALSE(document->loadXML(GetParam()));
+  EXPECT_NE(document->parseErrorReason(), "");
+  EXPECT_EQ(document->documentElement(), nullptr);
+  WriteFile("a.xml", GetParam());
+  EXPECT_FALSE(document->load(Path("a.xml")));
+  EXPECT_THAT(document->parseErrorReason(), testing::StartsWith(Path("a.xml") + ": "));
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, MalformedTest,
+                         testing::Values("", " ", "text", "<a>", "<a></b>", "<a/><b/>", "<a k=1/>",
+                                         "<a>&none;</a>", "<a>\x01</a>", "<a>\xFF</a>", "<a>&#1;</a>", "<a",
+                                         "<p:a/>", "<a k='' k=''/>"));
+
+TEST_F(XmlFileTest, TheReasonNamesLineAndColumn) {
+  const DOMDocumentPtr document = NewDocument();
+  EXPECT_FALSE(document->loadXML("<a>\n<b></c></a>"));
+  EXPECT_EQ(document->parseErrorReason(),
+            "Line 2, column 8: Opening and ending tag mismatch: b line 2 and c");
+}
+
+TEST_F(XmlFileTest, NothingOutsideTheDocumentIsRead) {
+  WriteFile("secret.txt", "SECRET");
+  WriteFile("secret.dtd", "<!ENTITY e 'SECRET'>");
+  for (const std::string& text :
+       {"<!DOCTYPE a [<!ENTITY e SYSTEM 'file://" + NativePath("secret.txt") + "'>]><a>&e;</a>",
+        "<!DOCTYPE a [<!ENTITY % p SYSTEM 'file://" + NativePath("secret.dtd") + "'>%p;]><a>&e;</a>",
+        "<!DOCTYPE a SYSTEM 'file://" + NativePath("secret.dtd") + "'><a>&e;</a>"}) {
+    const DOMDocumentPtr document = NewDocument();
+    document->loadXML(text);
+    EXPECT_EQ(document->text().find("SECRET"), std::string::npos) << text;
+    EXPECT_EQ(document->xml().find("SECRET</"), std::string::npos) << text;
+  }
+}
+
+TEST_F(XmlFileTest, EntitiesOfTheDocumentItselfAreUnderstoodButNotWithoutMeasure) {
+  EXPECT_EQ(Parsed("<!DOCTYPE a [<!ENTITY e 'text'>]><a>&e;</a>")->documentElement()->text(), "text");
+  std::string bomb = "<!DOCTYPE a [<!ENTITY e0 'xxxxxxxxxx'>";
+  for (int i = 1; i < 12; ++i) {
+    bomb += "<!ENTITY e" + std::to_string(i) + " '";
+    for (int j = 0; j < 10; ++j) bomb += "&e" + std::to_string(i - 1) + ";";
+    bomb += "'>";
+  }
+  bomb += "]><a>&e11;</a>";
+  EXPECT_FALSE(NewDocument()->loadXML(bomb));
+  EXPECT_FALSE(NewDocument()->loadXML("<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>"));
+}
+
+TEST_F(XmlFileTest, TextsFarAboveTenMegabytesAreLoaded) {
+  const std::string text(25'000'000, 'x');
+  const DOMDocumentPtr document = Parsed("<a/>");
+  document->documentElement()->setText(text);
+  document->save(Path("a.xml"));
+  ASSERT_TRUE(document->load(Path("a.xml"))) << document->parseErrorReason();
+  EXPECT_EQ(document->documentElement()->text(), text);
+}
+
+TEST_F(XmlFileTest, ElementsCannotLieInsideEachOtherWithoutMeasure) {
+  const auto nested = [](int depth) {
+    std::string text;
+    for (int i = 0; i < depth; ++i) text += "<a>";
+    for (int i = 0; i < depth; ++i) text += "</a>";
+    return text;
+  };
+  EXPECT_TRUE(NewDocument()->loadXML(nested(1000)));
+  const DOMDocumentPtr document = NewDocument();
+  EXPECT_FALSE(document->loadXML(nested(1001)));
+  EXPECT_EQ(document->parseErrorReason(), "The elements lie deeper inside each other than 1000.");
+  EXPECT_FALSE(document->loadXML(nested(200'000)));
+}
+
+}  // namespace
