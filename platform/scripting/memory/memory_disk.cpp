@@ -69,6 +69,12 @@ void MemoryDisk::AddDrive(char letter) {
   drives_.try_emplace(DriveLetter(std::string{letter, ':'}), NewFolder({}));
 }
 
+void MemoryDisk::MapDrive(char letter, std::string_view folder) {
+  const NodePtr node = Locate(folder).node;
+  if (!node || !node->isFolder) Raise(ErrorNumber::PathNotFound);
+  drives_[DriveLetter(std::string{letter, ':'})] = node;
+}
+
 MemoryDisk::Position MemoryDisk::Locate(std::string_view path) const {
   if (path.empty()) Raise(ErrorNumber::InvalidProcedureCall);
   if (path.find('\0') != std::string_view::npos) Raise(ErrorNumber::BadFileName);
@@ -157,7 +163,10 @@ std::string MemoryDisk::Bytes(std::string_view path) const {
 std::vector<std::string> MemoryDisk::Paths() const {
   std::vector<std::string> paths;
   Collect(*root_, "", paths);
-  for (const auto& [letter, folder] : drives_) Collect(*folder, std::string{letter, ':'}, paths);
+  // A drive that stands for a folder of the tree has been listed with it.
+  for (const auto& [letter, folder] : drives_) {
+    if (folder->name.empty()) Collect(*folder, std::string{letter, ':'}, paths);
+  }
   return paths;
 }
 

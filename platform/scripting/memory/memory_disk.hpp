@@ -38,6 +38,8 @@ class MemoryDisk {
   void AddFolder(std::string_view path);
   void AddFile(std::string_view path, std::string bytes = {}, automation::DateTime accessed = {});
   void AddDrive(char letter);
+  // The drive's root is this folder, which exists.
+  void MapDrive(char letter, std::string_view folder);
 
   void SetAccessed(std::string_view path, automation::DateTime accessed);
   // A read-only item: deleting it without force, or opening it for writing, is refused with 70.
