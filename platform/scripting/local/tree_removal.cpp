@@ -108,8 +108,8 @@ class TreeRemoval {
     struct stat status {};
     Check(fstatat(current_.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0);
     if (S_ISDIR(status.st_mode)) {
-      Enter(Descriptor(openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)),
-            std::move(name));
+      Descriptor child(openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+      Enter(std::move(child), std::move(name));
       return;
     }
     if (!force_ && IsReadOnly(status)) Raise(ErrorNumber::PermissionDenied);

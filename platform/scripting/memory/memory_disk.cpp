@@ -49,8 +49,9 @@ NodePtr Child(const Node& folder, const std::string& name) {
 
 void Collect(const Node& folder, const std::string& path, std::vector<std::string>& paths) {
   for (const auto& [name, node] : folder.children) {
-    paths.push_back(path + "\\" + name);
-    Collect(*node, paths.back(), paths);
+    const std::string child = path + "\\" + name;
+    paths.push_back(child);
+    Collect(*node, child, paths);
   }
 }
 
@@ -105,8 +106,9 @@ MemoryDisk::Position MemoryDisk::Locate(std::string_view path) const {
 NodePtr MemoryDisk::MakeFolders(const std::vector<std::string>& parts, NodePtr start) const {
   NodePtr folder = std::move(start);
   for (const std::string& part : parts) {
-    NodePtr next = Child(*folder, part);
-    if (!next) next = folder->children.emplace(part, NewFolder(part)).first->second;
+    NodePtr& place = folder->children[part];
+    if (!place) place = NewFolder(part);
+    NodePtr next = place;
     if (!next->isFolder) Raise(ErrorNumber::PathNotFound);
     folder = std::move(next);
   }

@@ -2,8 +2,8 @@
 // for the failures that a real machine shows only by accident.
 //
 // Paths are those of job code ("\suite\Data\HTML\a.htm", "/suite", "C:\Data"); relative ones start at the
-// root. The test's own calls below take names without regard to case too, and raise 53 or 76 for what is not
-// there.
+// root. The test's own calls below find items without regard to case too, and raise 53 or 76 for what is not
+// there; what they add has exactly the names given.
 #pragma once
 
 #include <map>

@@ -1,0 +1,464 @@
+// The contract of FileSystemObject, on the machine's file tree and on the tree in memory.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/scripting/expect_error.hpp"
+#include "tests/scripting/file_system_machine.hpp"
+#include "tests/support/test_runtime.hpp"
+
+namespace orvane_test {
+namespace {
+
+using automation::DateTime;
+using Scripting::IOMode;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct MachineKind {
+  std::string name;
+  std::function<std::unique_ptr<FileSystemMachine>()> make;
+};
+
+class FileSystemConformanceTest : public testing::TestWithParam<MachineKind> {
+ protected:
+  std::string Full(std::string_view path) const { return machine_->Root() + "\\" + std::string(path); }
+
+  std::vector<std::string> FileNames(std::string_view path) const {
+    std::vector<std::string> names;
+    for (const Scripting::FilePtr& file : files_->GetFolder(Full(path))->Files())
+      names.push_back(file->Name());
+    return names;
+  }
+  std::vector<std::string> FolderNames(std::string_view path) const {
+    std::vector<std::string> names;
+    for (const Scripting::FolderPtr& folder : files_->GetFolder(Full(path))->SubFolders()) {
+      names.push_back(folder->Name());
+    }
+    return names;
+  }
+
+  TestRuntime runtime_;
+  std::unique_ptr<FileSystemMachine> machine_ = GetParam().make();
+  Scripting::FileSystemObjectPtr files_ = machine_->NewFileSystem();
+};
+
+INSTANTIATE_TEST_SUITE_P(Machines, FileSystemConformanceTest,
+                         testing::Values(MachineKind{"Local", &NewLocalMachine},
+                                         MachineKind{"Memory", &NewMemoryMachine}),
+                         [](const auto& machine) { return machine.param.name; });
+
+// Existence
+// ------------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, TellsFilesFromFolders) {
+  machine_->AddFile("Data\\a.txt", "x");
+  EXPECT_TRUE(files_->FileExists(Full("Data\\a.txt")));
+  EXPECT_FALSE(files_->FolderExists(Full("Data\\a.txt")));
+  EXPECT_TRUE(files_->FolderExists(Full("Data")));
+  EXPECT_FALSE(files_->FileExists(Full("Data")));
+  EXPECT_FALSE(files_->FileExists(Full("Data\\b.txt")));
+  EXPECT_FALSE(files_->FolderExists(Full("Nothing\\here")));
+}
+
+TEST_P(FileSystemConformanceTest, TakesBothSeparatorsDoubledOnesAndOneAtTheEnd) {
+  machine_->AddFile("Data\\HTML\\a.htm", "");
+  EXPECT_TRUE(files_->FileExists(Full("Data/HTML\\a.htm")));
+  EXPECT_TRUE(files_->FileExists(Full("\\Data\\\\HTML//a.htm")));
+  EXPECT_TRUE(files_->FolderExists(Full("Data\\HTML\\")));
+  EXPECT_TRUE(files_->FolderExists(Full("Data\\HTML/")));
+}
+
+TEST_P(FileSystemConformanceTest, TakesAPathThatEndsInASeparatorForNoFile) {
+  machine_->AddFile("a.txt", "");
+  EXPECT_FALSE(files_->FileExists(Full("a.txt\\")));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(Full("a.txt\\")); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("a.txt\\"), true); }), 53);
+  EXPECT_TRUE(machine_->Exists("a.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, AnswersFalseForAnEmptyPathAndRaisesOnItElsewhere) {
+  EXPECT_FALSE(files_->FileExists(""));
+  EXPECT_FALSE(files_->FolderExists(""));
+  EXPECT_FALSE(files_->DriveExists(""));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(""); }), 5);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFolder(""); }), 5);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(""); }), 5);
+}
+
+TEST_P(FileSystemConformanceTest, RefusesANameWithANulCharacterAsABadName) {
+  machine_->AddFile("a", "");
+  const std::string path = Full("a") + std::string(1, '\0') + "b";
+  EXPECT_FALSE(files_->FileExists(path));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(path, false); }), 52);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(path, true); }), 52);
+  EXPECT_TRUE(machine_->Exists("a"));
+}
+
+// Names without regard to case
+// -----------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, FindsEveryPartOfAPathWithoutRegardToCase) {
+  machine_->AddFile("Data\\CHAT\\Session.TXT", "hello");
+  EXPECT_TRUE(files_->FileExists(Full("data\\chat\\session.txt")));
+  EXPECT_EQ(files_->GetFile(Full("DATA\\Chat\\SESSION.txt"))->Name(), "Session.TXT");
+  EXPECT_EQ(files_->GetFolder(Full("data\\chat\\"))->Name(), "CHAT");
+}
+
+TEST_P(FileSystemConformanceTest, PrefersTheExactNameToOneOfOtherCase) {
+  machine_->AddFile("CHAT\\upper", "");
+  machine_->AddFile("chat\\lower", "");
+  EXPECT_THAT(FileNames("CHAT"), ElementsAre("upper"));
+  EXPECT_THAT(FileNames("chat"), ElementsAre("lower"));
+  EXPECT_THAT(FileNames("Chat"), ElementsAre("upper")) << "of several the first in byte order";
+}
+
+TEST_P(FileSystemConformanceTest, DeletesAndOverwritesTheFileOfOtherCase) {
+  machine_->AddFile("One.txt", "old");
+  files_->CreateTextFile(Full("ONE.TXT"), true)->Close();
+  EXPECT_EQ(machine_->Bytes("One.txt"), "");
+  EXPECT_FALSE(machine_->Exists("ONE.TXT"));
+  files_->DeleteFile(Full("one.TXT"), false);
+  EXPECT_FALSE(machine_->Exists("One.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, KeepsTheCaseOfNewNamesInsideAFolderOfOtherCase) {
+  machine_->AddFolder("DATA");
+  files_->CreateFolder(Full("data\\Archives"));
+  EXPECT_TRUE(machine_->Exists("DATA\\Archives"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(Full("Data\\ARCHIVES")); }), 58);
+}
+
+// Drives
+// ---------------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, KnowsItsDrivesInEverySpelling) {
+  for (const char* drive : {"X", "x", "X:", "x:", "X:\\", "X:/any/where", "X:\\no such folder"}) {
+    EXPECT_TRUE(files_->DriveExists(drive)) << drive;
+  }
+  for (const char* drive : {"Q", "Q:", "Q:\\Data", "suite", "1", ":", " "}) {
+    EXPECT_FALSE(files_->DriveExists(drive)) << drive;
+  }
+}
+
+TEST_P(FileSystemConformanceTest, TakesTheRootOfAnAbsolutePathForADrive) {
+  EXPECT_TRUE(files_->DriveExists("/suite/home/Archives"));
+  EXPECT_TRUE(files_->DriveExists("\\suite"));
+  EXPECT_TRUE(files_->FolderExists("/"));
+  EXPECT_TRUE(files_->FolderExists("\\"));
+}
+
+TEST_P(FileSystemConformanceTest, WorksOnADriveAsOnItsFolder) {
+  machine_->AddFile("drive\\Data\\a.txt", "");
+  EXPECT_TRUE(files_->FileExists("X:\\Data\\a.txt"));
+  EXPECT_TRUE(files_->FileExists("x:/data/A.TXT"));
+  EXPECT_TRUE(files_->FolderExists("X:"));
+  EXPECT_TRUE(files_->FolderExists("X:/"));
+  EXPECT_EQ(files_->GetFile("x:/data/A.TXT")->Path(), "X:\\Data\\a.txt");
+  EXPECT_EQ(files_->GetFolder("X:\\")->Path(), "X:\\");
+  files_->CreateFolder("X:\\Logs");
+  EXPECT_TRUE(machine_->Exists("drive\\Logs"));
+}
+
+TEST_P(FileSystemConformanceTest, NeverLeavesADriveUpwards) {
+  machine_->AddFile("secret.txt", "");
+  machine_->AddFile("drive\\secret.txt", "");
+  files_->DeleteFile("X:\\..\\..\\secret.txt", false);
+  EXPECT_TRUE(machine_->Exists("secret.txt"));
+  EXPECT_FALSE(machine_->Exists("drive\\secret.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, FindsNothingOnAnUnknownDrive) {
+  EXPECT_FALSE(files_->FolderExists("Q:\\"));
+  EXPECT_FALSE(files_->FileExists("Q:\\a.txt"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile("Q:\\a.txt"); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFolder("Q:\\a"); }), 76);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder("Q:\\a"); }), 76);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile("Q:\\a.txt", true); }), 76);
+}
+
+// Listings
+// -------------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, ListsDirectChildrenInOrderOfName) {
+  for (const char* path : {"f\\b.txt", "f\\a.txt", "f\\Z", "f\\sub\\inner.txt", "f\\other\\x"}) {
+    machine_->AddFile(path, "");
+  }
+  EXPECT_THAT(FileNames("f"), ElementsAre("Z", "a.txt", "b.txt"));
+  EXPECT_THAT(FolderNames("f"), ElementsAre("other", "sub"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFolder(Full("g")); }), 76);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFolder(Full("f\\Z")); }), 76);
+}
+
+TEST_P(FileSystemConformanceTest, AsksTheDiskAtEachListing) {
+  machine_->AddFolder("f");
+  const Scripting::FolderPtr folder = files_->GetFolder(Full("f"));
+  EXPECT_THAT(folder->Files(), IsEmpty());
+  machine_->AddFile("f\\new", "");
+  EXPECT_EQ(folder->Files().size(), 1U);
+  files_->DeleteFolder(Full("f"), false);
+  EXPECT_EQ(ErrorNumberOf([&] { folder->Files(); }), 76);
+}
+
+TEST_P(FileSystemConformanceTest, TellsWhatItKnowsAboutAFile) {
+  const DateTime accessed =
+      DateTime::FromParts({.year = 2004, .month = 3, .day = 5, .hour = 7, .minute = 4, .second = 9});
+  machine_->AddFile("Data\\a.txt", "12345");
+  machine_->SetAccessed("Data\\a.txt", accessed);
+  const Scripting::FilePtr file = files_->GetFile(Full("data\\A.TXT"));
+  EXPECT_EQ(file->Name(), "a.txt");
+  EXPECT_EQ(file->Path(), Full("Data\\a.txt"));
+  EXPECT_EQ(file->Size(), 5);
+  EXPECT_EQ(file->DateLastAccessed(), accessed);
+}
+
+TEST_P(FileSystemConformanceTest, TellsAFoldersLastAccessBeforeListingIt) {
+  const DateTime accessed =
+      DateTime::FromParts({.year = 2003, .month = 12, .day = 31, .hour = 23, .minute = 59});
+  machine_->AddFolder("SRATTACHMENTS\\17Q");
+  machine_->SetAccessed("SRATTACHMENTS\\17Q", accessed);
+  const Scripting::FolderPtr folder = files_->GetFolder(Full("SRATTACHMENTS"))->SubFolders().at(0);
+  EXPECT_EQ(folder->DateLastAccessed(), accessed);
+  EXPECT_EQ(folder->Path(), Full("SRATTACHMENTS\\17Q"));
+}
+
+TEST_P(FileSystemConformanceTest, RaisesWhenAFileIsGoneSinceTheListing) {
+  machine_->AddFile("f\\a", "");
+  const Scripting::FilePtr file = files_->GetFolder(Full("f"))->Files().at(0);
+  files_->DeleteFile(Full("f\\a"), false);
+  EXPECT_EQ(file->Name(), "a");
+  EXPECT_EQ(ErrorNumberOf([&] { file->DateLastAccessed(); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { file->Size(); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { file->OpenAsTextStream(IOMode::ForReading); }), 53);
+}
+
+// Folders
+// --------------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, CreatesOneLevelOnly) {
+  EXPECT_EQ(files_->CreateFolder(Full("OrvLog"))->Path(), Full("OrvLog"));
+  EXPECT_TRUE(machine_->Exists("OrvLog"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(Full("a\\b")); }), 76);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(Full("OrvLog")); }), 58);
+  files_->CreateFolder(Full("Other\\"));
+  EXPECT_TRUE(machine_->Exists("Other"));
+}
+
+TEST_P(FileSystemConformanceTest, CreatesNoFolderInPlaceOfAFileOrInsideOne) {
+  machine_->AddFile("a", "");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(Full("a")); }), 58);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(Full("a\\b")); }), 76);
+}
+
+TEST_P(FileSystemConformanceTest, DeletesAFolderWithEverythingInside) {
+  for (const char* path : {"17Q\\a.txt", "17Q\\sub\\deep\\b.txt", "18Q\\c.txt"}) machine_->AddFile(path, "x");
+  machine_->AddFolder("17Q\\empty");
+  files_->DeleteFolder(Full("17Q"), false);
+  EXPECT_FALSE(machine_->Exists("17Q"));
+  EXPECT_TRUE(machine_->Exists("18Q\\c.txt"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(Full("17Q"), false); }), 76);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(Full("18Q\\c.txt"), true); }), 76);
+  EXPECT_TRUE(machine_->Exists("18Q\\c.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, StopsDeletingAFolderAtAReadOnlyFile) {
+  for (const char* path : {"f\\a", "f\\b", "f\\c"}) machine_->AddFile(path, "");
+  machine_->SetReadOnly("f\\b");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(Full("f"), false); }), 70);
+  EXPECT_FALSE(machine_->Exists("f\\a"));
+  EXPECT_TRUE(machine_->Exists("f\\b"));
+  EXPECT_TRUE(machine_->Exists("f\\c"));
+  files_->DeleteFolder(Full("f"), true);
+  EXPECT_FALSE(machine_->Exists("f"));
+}
+
+TEST_P(FileSystemConformanceTest, KeepsAReadOnlyFolderUnlessForced) {
+  machine_->AddFile("f\\inner\\a", "");
+  machine_->SetReadOnly("f\\inner");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(Full("f\\inner"), false); }), 70);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(Full("f"), false); }), 70);
+  EXPECT_TRUE(machine_->Exists("f\\inner\\a"));
+  files_->DeleteFolder(Full("f"), true);
+  EXPECT_FALSE(machine_->Exists("f"));
+}
+
+// Deleting files
+// -------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, DeletesOneFile) {
+  machine_->AddFile("a", "");
+  machine_->AddFile("b", "");
+  files_->DeleteFile(Full("a"), false);
+  EXPECT_FALSE(machine_->Exists("a"));
+  EXPECT_TRUE(machine_->Exists("b"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("a"), false); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("no\\a"), false); }), 53);
+}
+
+TEST_P(FileSystemConformanceTest, DeletesNoFolderAsAFile) {
+  machine_->AddFolder("HTML");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("HTML"), true); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("HTML\\"), true); }), 53);
+  EXPECT_TRUE(machine_->Exists("HTML"));
+}
+
+TEST_P(FileSystemConformanceTest, RefusesAReadOnlyFileUnlessForced) {
+  machine_->AddFile("a", "");
+  machine_->SetReadOnly("a");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("a"), false); }), 70);
+  EXPECT_TRUE(machine_->Exists("a"));
+  files_->DeleteFile(Full("a"), true);
+  EXPECT_FALSE(machine_->Exists("a"));
+}
+
+TEST_P(FileSystemConformanceTest, TakesWildcardsInNamesLiterally) {
+  for (const char* path : {"f\\*", "f\\a", "f\\?", "f\\[ab]"}) machine_->AddFile(path, "");
+  files_->DeleteFile(Full("f\\*"), false);
+  EXPECT_THAT(FileNames("f"), ElementsAre("?", "[ab]", "a"));
+  files_->DeleteFile(Full("f\\?"), false);
+  files_->DeleteFile(Full("f\\[ab]"), false);
+  EXPECT_THAT(FileNames("f"), ElementsAre("a"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(Full("f\\*"), false); }), 53);
+}
+
+TEST_P(FileSystemConformanceTest, DeletesFilesOfEveryNameThatAListingGives) {
+  const std::string longest(255, 'n');
+  for (const std::string& name :
+       {std::string("it's"), std::string("a b "), std::string(" a"), std::string("gr\xC3\xBC\xC3\x9F"),
+        std::string("a:b"), std::string("x:y.txt"), std::string("..."), std::string("\xE6\x97\xA5"),
+        longest}) {
+    machine_->AddFile("f\\" + name, "");
+  }
+  const std::vector<std::string> names = FileNames("f");
+  EXPECT_EQ(names.size(), 9U);
+  for (const std::string& name : names) files_->DeleteFile(Full("f\\" + name), false);
+  EXPECT_THAT(FileNames("f"), IsEmpty());
+}
+
+TEST_P(FileSystemConformanceTest, KeepsTheBlankAtTheEndOfAName) {
+  machine_->AddFile("Data \\a", "");
+  EXPECT_TRUE(files_->FolderExists(Full("Data \\")));
+  EXPECT_FALSE(files_->FolderExists(Full("Data\\")));
+}
+
+// Text files
+// -----------------------------------------------------------------------------------------------------
+
+TEST_P(FileSystemConformanceTest, CreatesATextFileAndOverwritesItOnlyWhenTold) {
+  Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), false);
+  stream->WriteLine("one");
+  stream->Write("two");
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), "one\r\ntwo");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("a.txt"), false); }), 58);
+  EXPECT_EQ(machine_->Bytes("a.txt"), "one\r\ntwo");
+  files_->CreateTextFile(Full("a.txt"), true)->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), "");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("no\\a.txt"), true); }), 76);
+}
+
+TEST_P(FileSystemConformanceTest, AppendsToAFileOrCreatesIt) {
+  for (const char* line : {"first", "second"}) {
+    const Scripting::TextStreamPtr stream = files_->OpenTextFile(Full("log.txt"), IOMode::ForAppending, true);
+    stream->WriteLine(line);
+    stream->Close();
+  }
+  EXPECT_EQ(machine_->Bytes("log.txt"), "first\r\nsecond\r\n");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->OpenTextFile(Full("none.txt"), IOMode::ForAppending, false); }), 53);
+  EXPECT_FALSE(machine_->Exists("none.txt"));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->OpenTextFile(Full("no\\log.txt"), IOMode::ForAppending, true); }),
+            76);
+}
+
+TEST_P(FileSystemConformanceTest, AppendsThroughAFileObject) {
+  machine_->AddFile("log.txt", "old\r\n");
+  const Scripting::TextStreamPtr stream =
+      files_->GetFile(Full("LOG.txt"))->OpenAsTextStream(IOMode::ForAppending);
+  stream->Write("new\r\n");
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("log.txt"), "old\r\nnew\r\n");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(Full("missing.txt")); }), 53);
+}
+
+TEST_P(FileSystemConformanceTest, EmptiesAFileOpenedForWriting) {
+  machine_->AddFile("a.txt", "a long old text");
+  const Scripting::TextStreamPtr stream = files_->OpenTextFile(Full("a.txt"), IOMode::ForWriting, false);
+  stream->Write("new");
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), "new");
+}
+
+TEST_P(FileSystemConformanceTest, ReadsAWholeFileOnceAndRaisesAtItsEnd) {
+  machine_->AddFile("a.txt", "one\r\ntwo");
+  const Scripting::TextStreamPtr stream = files_->OpenTextFile(Full("a.txt"), IOMode::ForReading, false);
+  EXPECT_EQ(stream->ReadAll(), "one\r\ntwo");
+  EXPECT_EQ(ErrorNumberOf([&] { stream->ReadAll(); }), 62);
+  machine_->AddFile("empty.txt", "");
+  const Scripting::TextStreamPtr empty = files_->OpenTextFile(Full("empty.txt"), IOMode::ForReading, false);
+  EXPECT_EQ(ErrorNumberOf([&] { empty->ReadAll(); }), 62);
+}
+
+TEST_P(FileSystemConformanceTest, WritesInTheCodePageOfTheLocale) {
+  const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), true);
+  stream->WriteLine("M\xC3\xBCller");  // the test locale's page is ASCII
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), "M?ller\r\n");
+}
+
+TEST_P(FileSystemConformanceTest, RefusesTheWrongDirectionAndAClosedStream) {
+  machine_->AddFile("a.txt", "text");
+  const Scripting::TextStreamPtr reader = files_->OpenTextFile(Full("a.txt"), IOMode::ForReading, false);
+  EXPECT_EQ(ErrorNumberOf([&] { reader->Write("x"); }), 54);
+  EXPECT_EQ(ErrorNumberOf([&] { reader->WriteLine("x"); }), 54);
+  const Scripting::TextStreamPtr writer = files_->OpenTextFile(Full("a.txt"), IOMode::ForAppending, false);
+  EXPECT_EQ(ErrorNumberOf([&] { writer->ReadAll(); }), 54);
+  writer->Close();
+  writer->Close();
+  EXPECT_EQ(ErrorNumberOf([&] { writer->Write("x"); }), 91);
+  EXPECT_EQ(machine_->Bytes("a.txt"), "text");
+}
+
+TEST_P(FileSystemConformanceTest, WritesWhatIsLeftWhenAStreamIsDropped) {
+  files_->CreateTextFile(Full("a.txt"), true)->Write("left over");
+  EXPECT_EQ(machine_->Bytes("a.txt"), "left over");
+}
+
+TEST_P(FileSystemConformanceTest, RefusesToWriteAReadOnlyFile) {
+  machine_->AddFile("a.txt", "kept");
+  machine_->SetReadOnly("a.txt");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("a.txt"), true); }), 70);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->OpenTextFile(Full("a.txt"), IOMode::ForAppending, true); }), 70);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(Full("a.txt"))->OpenAsTextStream(IOMode::ForWriting); }), 70);
+  EXPECT_EQ(machine_->Bytes("a.txt"), "kept");
+  EXPECT_EQ(files_->OpenTextFile(Full("a.txt"), IOMode::ForReading, false)->ReadAll(), "kept");
+}
+
+TEST_P(FileSystemConformanceTest, OpensNoFolderAsATextFile) {
+  machine_->AddFolder("f");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->OpenTextFile(Full("f"), IOMode::ForAppending, true); }), 70);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("f"), true); }), 70);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("f"), false); }), 58);
+}
+
+TEST_P(FileSystemConformanceTest, RefusesANameThatIsTooLongAsABadName) {
+  const std::string path = Full(std::string(256, 'n'));
+  EXPECT_FALSE(files_->FileExists(path));
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(path); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(path, false); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(path, true); }), 52);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(path); }), 52);
+}
+
+TEST_P(FileSystemConformanceTest, NeedsALocaleToWriteText) {
+  runtime_.runtime.locale = nullptr;
+  machine_->AddFile("a.txt", "kept");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("a.txt"), true); }), 91);
+  EXPECT_EQ(machine_->Bytes("a.txt"), "kept");
+}
+
+}  // namespace
+}  // namespace orvane_test
