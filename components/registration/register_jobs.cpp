@@ -5,6 +5,7 @@
 #include "jobs/archive/archive.hpp"
 #include "jobs/cleanup/clean_up.hpp"
 #include "jobs/dormant/dormant_user_expiry.hpp"
+#include "jobs/solve/solve_on_no_response.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -20,6 +21,7 @@ void RegisterJobs(automation::ClassTable& classes) {
   Register<Archive>(classes, kArchiveProgId);
   Register<DormantUserExpiry>(classes, kDormantUserExpiryProgId);
   Register<CleanUp>(classes, kCleanUpProgId);
+  Register<SolveOnNoResponseJob>(classes, kSolveOnNoResponseProgId);
 }
 
 }  // namespace OrvaneProcess

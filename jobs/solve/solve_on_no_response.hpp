@@ -54,8 +54,23 @@ class SolveOnNoResponseJob : public Job {
  private:
   friend class orvane_test::SolveOnNoResponsePeer;
 
-  // The pass.
+  // What the rows of one pass share.
+  struct Pass {
+    std::int32_t backend = 0;
+    std::int32_t conclusionHours = 0;
+    std::int32_t reminderHours = 0;
+    automation::DateTime now;  // one moment for every comparison
+    ADODB::ConnectionPtr connection;
+    ADODB::RecordsetPtr reminders;
+    ADODB::RecordsetPtr question;  // one object for the question of every due row
+  };
+
+  // The pass. The steps that raise are those that the pass itself traps.
   void HandleSolveOnNoResponse();
+  static void ReadTimes(Pass& pass);
+  void VisitReminders(Pass& pass);
+  void Conclude(Pass& pass, std::int32_t questionId);
+  void Remind(Pass& pass, std::int32_t questionId);
   void WriteRunLog(std::int16_t kind);  // 1 the start banner, 2 the stop line; raises what goes wrong
 
   // One mail: template, document, page, delivery. Mail ids are keys of EMAIL.

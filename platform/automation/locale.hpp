@@ -38,8 +38,9 @@ class Locale {
   virtual std::string ToCodePage(std::string_view utf8) const = 0;
   virtual std::string FromCodePage(std::string_view bytes) const = 0;
 
-  // The text in lower case, by Unicode's rules.
+  // The text in lower case, or in upper case, by Unicode's rules.
   virtual std::string ToLower(std::string_view utf8) const = 0;
+  virtual std::string ToUpper(std::string_view utf8) const = 0;
 };
 
 }  // namespace automation

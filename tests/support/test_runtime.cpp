@@ -134,6 +134,14 @@ std::string FakeLocale::ToLower(std::string_view utf8) const {
   return lower;
 }
 
+std::string FakeLocale::ToUpper(std::string_view utf8) const {
+  std::string upper(utf8);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
 automation::ObjectPtr FakeObjectContext::CreateInstance(std::string_view progId) {
   created.emplace_back(progId);
   if (answersNull) return nullptr;

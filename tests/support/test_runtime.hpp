@@ -50,6 +50,7 @@ class FakeLocale : public automation::Locale {
   std::string ToCodePage(std::string_view utf8) const override;
   std::string FromCodePage(std::string_view bytes) const override;
   std::string ToLower(std::string_view utf8) const override;
+  std::string ToUpper(std::string_view utf8) const override;
 };
 
 // Counts votes and creations; creates through the runtime's class table.

@@ -9,11 +9,16 @@
 #include "platform/msxml2/libxml/template_impl.hpp"
 
 namespace MSXML2 {
+namespace {
+
+void Ignore(void*, const char*, ...) {}
+
+}  // namespace
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
   xmlInitParser();
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
-  xsltSetGenericDebugFunc(nullptr, [](void*, const char*, ...) {});
+  xsltSetGenericDebugFunc(nullptr, &Ignore);
   const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
   classes.Register("MSXML2.DOMDocument", [paths] { return libxml::DocumentImpl::Create(paths); });
   classes.Register("MSXML2.XSLTemplate", [] { return std::make_shared<libxml::TemplateImpl>(); });

@@ -1,0 +1,27 @@
+// Makes the folders and files of a new suite.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/suite_home.hpp"
+
+namespace orvane_host {
+
+// Whether the place is free: it does not exist, or it is an empty folder.
+bool IsFree(const SuiteHome& home);
+
+// Folders, site configuration, directory and style sheets. The embedded databases are made as empty files.
+// Raises std::filesystem::filesystem_error or std::system_error.
+void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::string_view catalogue);
+
+// Removes what MakeSuiteFiles and whoever came after it have put into the place, and the place itself when
+// `madeHome`. Raises nothing.
+void RemoveSuiteFiles(const SuiteHome& home, bool madeHome);
+
+// The text of a site configuration file.
+std::string SiteConfigurationText(std::string_view database, std::string_view catalogue);
+
+void WriteFile(const std::filesystem::path& file, std::string_view content);
+
+}  // namespace orvane_host

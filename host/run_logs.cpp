@@ -1,0 +1,115 @@
+#include "host/run_logs.hpp"
+
+#include <array>
+#include <charconv>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace orvane_host {
+namespace {
+
+namespace fs = std::filesystem;
+using Day = std::array<int, 3>;  // year, month, day
+
+// "2004_7_26.txt" behind the prefix; nothing for a name that is no run log of the job.
+std::optional<Day> DayOf(const JobInfo& job, std::string_view name) {
+  constexpr std::string_view kExtension = ".txt";
+  if (name.size() < job.logPrefix.size() + kExtension.size()) return std::nullopt;
+  if (name.substr(0, job.logPrefix.size()) != job.logPrefix) return std::nullopt;
+  if (name.substr(name.size() - kExtension.size()) != kExtension) return std::nullopt;
+  name = name.substr(job.logPrefix.size(), name.size() - job.logPrefix.size() - kExtension.size());
+
+  Day day{};
+  const char* next = name.data();
+  const char* const end = name.data() + name.size();
+  for (std::size_t part = 0; part < day.size(); ++part) {
+    if (part > 0 && (next == end || *next++ != '_')) return std::nullopt;
+    const auto [rest, error] = std::from_chars(next, end, day[part]);
+    if (error != std::errc{}) return std::nullopt;
+    next = rest;
+  }
+  return next == end ? std::optional(day) : std::nullopt;
+}
+
+// The job's run logs by day.
+std::map<Day, fs::path> LogFiles(const fs::path& folder, const JobInfo& job) {
+  std::map<Day, fs::path> files;
+  std::error_code failed;
+  for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end; entry.increment(failed)) {
+    const std::optional<Day> day = DayOf(job, entry->path().filename().string());
+    if (day) files.emplace(*day, entry->path());
+  }
+  return files;
+}
+
+void ForEachLine(const fs::path& file, std::uintmax_t from,
+                 const std::function<void(std::string_view)>& use) {
+  std::ifstream stream(file, std::ios::binary);
+  stream.seekg(static_cast<std::streamoff>(from));
+  std::string line;
+  while (std::getline(stream, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    use(line);
+  }
+}
+
+}  // namespace
+
+RunLogWatch::RunLogWatch(std::filesystem::path folder, const JobInfo& job)
+    : folder_(std::move(folder)), job_(job) {
+  for (const auto& [day, file] : LogFiles(folder_, job_)) {
+    std::error_code failed;
+    const std::uintmax_t size = fs::file_size(file, failed);
+    sizes_[file] = failed ? 0 : size;
+  }
+}
+
+bool RunLogWatch::SawStopLine() const {
+  bool seen = false;
+  for (const auto& [day, file] : LogFiles(folder_, job_)) {
+    const auto before = sizes_.find(file);
+    ForEachLine(file, before == sizes_.end() ? 0 : before->second,
+                [this, &seen](std::string_view line) { seen = seen || StopTime(job_, line).has_value(); });
+  }
+  return seen;
+}
+
+std::vector<LoggedRun> LastRuns(const std::filesystem::path& folder, const JobInfo& job, std::size_t count) {
+  struct Event {
+    bool isStart;
+    std::string time;
+  };
+  std::vector<Event> events;
+  std::size_t starts = 0;
+  const std::map<Day, fs::path> files = LogFiles(folder, job);
+  for (auto file = files.rbegin(); file != files.rend() && starts < count; ++file) {
+    std::vector<Event> ofDay;
+    ForEachLine(file->second, 0, [&](std::string_view line) {
+      if (auto start = StartTime(job, line)) {
+        ofDay.push_back({true, std::move(*start)});
+        ++starts;
+      } else if (auto stop = StopTime(job, line)) {
+        ofDay.push_back({false, std::move(*stop)});
+      }
+    });
+    events.insert(events.begin(), std::make_move_iterator(ofDay.begin()),
+                  std::make_move_iterator(ofDay.end()));
+  }
+
+  std::vector<LoggedRun> runs;
+  for (Event& event : events) {
+    if (event.isStart) {
+      runs.push_back({std::move(event.time), std::nullopt});
+    } else if (!runs.empty() && !runs.back().stopped) {
+      runs.back().stopped = std::move(event.time);
+    }
+  }
+  if (runs.size() > count) runs.erase(runs.begin(), runs.end() - static_cast<std::ptrdiff_t>(count));
+  return runs;
+}
+
+}  // namespace orvane_host

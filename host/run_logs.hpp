@@ -1,0 +1,40 @@
+// Reads the run logs that the jobs write: whether a run ended, and which runs there were.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/job_table.hpp"
+
+namespace orvane_host {
+
+// One job's run logs as they are before a run, to tell afterwards what the run added.
+class RunLogWatch {
+ public:
+  RunLogWatch(std::filesystem::path folder, const JobInfo& job);
+
+  // Whether the job's stop line is among what was added since. A run across midnight adds to two files; a
+  // file that is new counts from its beginning.
+  bool SawStopLine() const;
+
+ private:
+  const std::filesystem::path folder_;
+  const JobInfo& job_;
+  std::map<std::filesystem::path, std::uintmax_t> sizes_;
+};
+
+struct LoggedRun {
+  std::string started;                 // the time as the job wrote it
+  std::optional<std::string> stopped;  // nothing: unfinished
+};
+
+// The job's last runs, at most `count`, the oldest of them first. A stop line ends the latest run that was
+// still open; a start line after an open run leaves that one unfinished.
+std::vector<LoggedRun> LastRuns(const std::filesystem::path& folder, const JobInfo& job, std::size_t count);
+
+}  // namespace orvane_host

@@ -1,0 +1,91 @@
+// The fields of a mail: from its template, its recipient and the case it is about.
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "common/connections.hpp"
+#include "common/error_reporting.hpp"
+#include "common/localized_text.hpp"
+#include "common/parameters.hpp"
+#include "common/text_helpers.hpp"
+#include "jobs/solve/known_user.hpp"
+#include "jobs/solve/solve_on_no_response.hpp"
+#include "platform/automation/runtime.hpp"
+
+namespace OrvaneProcess {
+namespace {
+
+constexpr std::string_view kConclusionMail = "10";
+constexpr int kShortDate = 1;
+
+std::string UpperCaseHexadecimal(std::int32_t number) {
+  char digits[9];
+  std::snprintf(digits, sizeof digits, "%X", static_cast<unsigned int>(number));
+  return digits;
+}
+
+// Hour, minute and second without leading zeros, as mails have always written them.
+std::string PlainTime(const automation::DateTimeParts& parts) {
+  return std::to_string(parts.hour) + ":" + std::to_string(parts.minute) + ":" + std::to_string(parts.second);
+}
+
+}  // namespace
+
+void SolveOnNoResponseJob::getMailData() {
+  ADODB::ConnectionPtr connection;
+  ADODB::RecordsetPtr mail;
+  try {
+    const automation::DateTime now = automation::Now();
+    const automation::DateTime today = now.DatePart();
+    const std::string timeStamp = PlainTime(now.Parts());
+
+    connection = OrvaneUtilities::GetOrvaneConnection();
+    mail = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+    ADODB::Statement sql = "Select * from EMAIL where Mail_Id=";
+    sql += ADODB::SqlValue(m_sMailID);
+    mail->Open(sql, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
+               ADODB::kOptionsUnspecified);
+    if (!mail->Eof()) {
+      const automation::Variant& html = mail->Value("Mail_HTML_File");
+      m_bHTMLMail = !html.IsNull() && automation::ToBoolean(html);
+      m_sBody = GetDataLabelDesc(mail->Value("MAIL_BODY"), m_lLanguageID);
+      m_sFrom = automation::ToTextOrEmpty(mail->Value("Mail_From"));
+      m_sSubject = GetDataLabelDesc(mail->Value("Mail_Subject"), m_lLanguageID) + " (" + m_sCaseID + ") ";
+      m_sXSLPath = automation::ToTextOrEmpty(mail->Value("Mail_Path_XSL"));
+      m_sHyperlink = automation::ToTextOrEmpty(mail->Value("Mail_Hyperlink"));
+    }
+    OrvaneUtilities::CloseRecordset(mail);
+    OrvaneUtilities::CloseConnection(connection);
+
+    std::int32_t mailLanguage = 0;
+    if (m_bProspect) {
+      mailLanguage = automation::ToInt32(OrvaneUtilities::GetDefaultLanguage());
+    } else {
+      const VnMembership::UserPtr user = KnownUser(m_sOriginator);
+      m_sRecipient = user->EMailAddress();
+      mailLanguage = user->LanguageID();
+    }
+    m_sGreeting = GetSalutation(m_sOriginator);
+
+    // The digit 0 after the hexadecimal id belongs to the web site's link format.
+    m_sHyperlink += "s.asp?Q=" + UpperCaseHexadecimal(automation::ToInt32(m_sCaseID)) + "0\r\n";
+    m_sBody += "\r\n\r\n" + m_sHyperlink;
+
+    if (m_sMailID != kConclusionMail) {
+      const std::string hours = OrvaneUtilities::GetParamValue("Conclusion_Time");
+      // The day comes from midnight plus the hours, the time of day is the present one.
+      const automation::DateTime conclusionDate = automation::AddHours(today, automation::ToInt32(hours));
+      std::string notice = "\r\n\r\n" + OrvaneUtilities::GetI18NText("LBLQX3463", mailLanguage);
+      notice += OrvaneUtilities::GetDateText(conclusionDate, kShortDate, mailLanguage) + " " + timeStamp;
+      notice += "\t  (" + OrvaneUtilities::GetI18NText("LBLQX3478", mailLanguage) + hours + " ";
+      notice += OrvaneUtilities::GetI18NText("LBLQX3470", mailLanguage) + ")\r\n";
+      m_sBody += notice;
+    }
+  } catch (...) {
+    OrvaneUtilities::CloseRecordset(mail);
+    OrvaneUtilities::CloseConnection(connection);
+    OrvaneUtilities::ReportHandledError("OrvaneProcess.SolveOnNoResponse.getMailData");
+  }
+}
+
+}  // namespace OrvaneProcess

@@ -1,0 +1,75 @@
+#include "suite/outbox/outbox.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string>
+#include <system_error>
+
+#include "platform/automation/error.hpp"
+
+namespace suite {
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+int OpenForAppending(const std::filesystem::path& file) {
+  return open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0640);
+}
+
+// 0 or errno.
+int WriteAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return fdatasync(descriptor) == 0 ? 0 : errno;
+}
+
+int Append(const std::filesystem::path& file, std::string_view line) {
+  int opened = OpenForAppending(file);
+  if (opened < 0 && errno == ENOENT) {
+    mkdir(file.parent_path().c_str(), 0777);
+    opened = OpenForAppending(file);
+  }
+  if (opened < 0) return errno;
+  const Descriptor descriptor(opened);
+  struct stat before {};
+  if (flock(opened, LOCK_EX) != 0 || fstat(opened, &before) != 0) return errno;
+  const int failure = WriteAll(opened, line);
+  // Half a line would spoil the one behind it. What the cut itself does is secondary to the failure.
+  if (failure != 0 && ftruncate(opened, before.st_size) != 0) return failure;
+  return failure;
+}
+
+}  // namespace
+
+void AppendToOutbox(const std::filesystem::path& file, std::string_view line, std::string_view errorSource) {
+  const int failure = Append(file, line);
+  if (failure == 0) return;
+  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
+                          std::string(errorSource),
+                          file.string() + ": " + std::generic_category().message(failure));
+}
+
+}  // namespace suite
