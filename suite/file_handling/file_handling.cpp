@@ -1,0 +1,224 @@
+#include "suite/file_handling/file_handling.hpp"
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <utility>
+
+#include "components/interfaces/file_handling.hpp"
+#include "components/interfaces/log.hpp"
+#include "platform/automation/error.hpp"
+#include "platform/automation/runtime.hpp"
+#include "suite/file_handling/folder_store.hpp"
+#include "suite/file_handling/ftp_store.hpp"
+#include "suite/file_handling/item_name.hpp"
+#include "suite/paths/native_path.hpp"
+
+namespace OrvCommonMTS {
+namespace {
+
+constexpr std::size_t kFailuresNamed = 3;
+
+std::string_view FolderOf(FolderKind kind) {
+  switch (kind) {
+    case FolderKind::QuestionFolders:
+    case FolderKind::OldAttachmentFiles:
+      return "SRATTACHMENTS";
+    case FolderKind::Dispatch:
+      return "DispatchFiles";
+    case FolderKind::TempAttachments:
+      return "tempAttachments";
+    case FolderKind::Archives:
+      return "Archives";
+    case FolderKind::Chat:
+      return "CHAT";
+  }
+  throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kErrorSource);
+}
+
+// The files that this process is working on. Kept in memory: a process that dies leaves no mark behind that
+// would keep the next one from fetching the newest copy.
+class InUseMarks {
+ public:
+  void Set(std::string_view name, bool inUse) {
+    const std::lock_guard lock(mutex_);
+    if (inUse) {
+      names_.emplace(name);
+    } else {
+      names_.erase(std::string(name));
+    }
+  }
+  bool IsSet(std::string_view name) const {
+    const std::lock_guard lock(mutex_);
+    return names_.count(std::string(name)) > 0;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::set<std::string> names_;
+};
+
+// What could not be dealt with in a list of items, to be told in one error.
+class Failures {
+ public:
+  void Add(const std::string& name, const automation::Error& error) {
+    if (count_++ < kFailuresNamed) texts_ += (texts_.empty() ? "" : "; ") + name + ": " + error.Description();
+  }
+  void RaiseIfAny(std::size_t items) const {
+    if (count_ == 0) return;
+    throw ItemFailure(std::to_string(count_) + " of " + std::to_string(items) +
+                      " items could not be deleted: " + texts_ + (count_ > kFailuresNamed ? "; ..." : ""));
+  }
+
+ private:
+  std::size_t count_ = 0;
+  std::string texts_;
+};
+
+class SharedFiles : public FileHandling {
+ public:
+  SharedFiles(FileHandlingOptions options, std::shared_ptr<InUseMarks> marks)
+      : options_(std::move(options)), marks_(std::move(marks)) {}
+
+  bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
+    RequireBareName(name);
+    const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
+    std::unique_ptr<SharedStore> store;
+    for (const automation::Variant& number : kinds) {
+      const std::string_view folder = FolderOf(static_cast<FolderKind>(automation::ToInt16(number)));
+      if (ExistsHere(folder, name)) return true;
+      if (shared.empty()) continue;
+      if (!store) store = OpenStore(shared);
+      if (store->FileExists(folder, std::string(name))) return true;
+    }
+    return false;
+  }
+
+  void SetInUse(std::string_view name, std::int16_t state) override { marks_->Set(name, state != 0); }
+
+  void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
+                 std::int16_t) override {
+    RequireBareName(name);
+    // A file that only this server has stays as it is.
+    OpenStore(ftpPath)->Fetch(FolderOf(kind), std::string(name), suite::NativePath(fullPath, "/"));
+  }
+
+  bool IsInUse(std::string_view name) override { return marks_->IsSet(name); }
+
+  void StoreFile(std::string_view fullPath, FolderKind kind) override {
+    const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
+    if (shared.empty()) return;
+    const std::string name = NameParts(fullPath).back();
+    RequireBareName(name);
+    OpenStore(shared)->Store(suite::NativePath(fullPath, "/"), FolderOf(kind), name);
+  }
+
+  automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
+                                      FolderKind kind) override {
+    if (kind != FolderKind::Dispatch && kind != FolderKind::TempAttachments && kind != FolderKind::Chat) {
+      throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kErrorSource);
+    }
+    std::int32_t deleted = 0;
+    // No keep period is no licence to delete what the other servers are working with.
+    if (keepMinutes <= 0) return deleted;
+
+    const std::unique_ptr<SharedStore> store = OpenStore(path);
+    const auto keptSince = std::chrono::system_clock::now() - std::chrono::minutes(keepMinutes);
+    const std::vector<StoredFile> files = store->Files(FolderOf(kind));
+    Failures failures;
+    for (const StoredFile& file : files) {
+      if (file.lastUsed >= keptSince) continue;
+      try {
+        if (store->DeleteFile(FolderOf(kind), {file.name})) ++deleted;
+      } catch (const ItemFailure& failure) {
+        failures.Add(file.name, failure);
+      }
+    }
+    failures.RaiseIfAny(files.size());
+    return deleted;
+  }
+
+  automation::Variant DeleteListedItems(std::string_view path, const automation::Variant& names,
+                                        FolderKind kind) override {
+    const bool wholeFolders = kind == FolderKind::QuestionFolders;
+    if (!wholeFolders && kind != FolderKind::Chat && kind != FolderKind::OldAttachmentFiles) {
+      throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kErrorSource);
+    }
+    const auto* list = std::get_if<std::shared_ptr<const automation::VariantArray>>(&names.Get());
+    if (list == nullptr) throw automation::Error(automation::ErrorNumber::TypeMismatch, kErrorSource);
+
+    std::int32_t deleted = 0;
+    std::unique_ptr<SharedStore> store;
+    Failures failures;
+    for (const automation::Variant& item : **list) {
+      const std::string name = automation::ToTextOrEmpty(item);
+      if (name.empty()) continue;  // callers size their arrays before they know what they will hold
+      const std::size_t parts = kind == FolderKind::OldAttachmentFiles ? 2 : 1;
+      if (const std::optional<std::string> problem = NameProblem(name, parts)) {
+        WriteRefusal(name, *problem, kind);
+        continue;
+      }
+      if (!store) store = OpenStore(path);
+      try {
+        const bool gone = wholeFolders ? store->DeleteTree(FolderOf(kind), name)
+                                       : store->DeleteFile(FolderOf(kind), NameParts(name));
+        if (gone) ++deleted;
+      } catch (const ItemFailure& failure) {
+        failures.Add(name, failure);
+      }
+    }
+    failures.RaiseIfAny((*list)->size());
+    return deleted;
+  }
+
+ private:
+  std::unique_ptr<SharedStore> OpenStore(std::string_view path) const {
+    if (path.empty()) {
+      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+                              "The path of the shared folders is empty.");
+    }
+    if (IsFtpAddress(path)) return OpenFtpStore(ParseFtpAddress(path), options_.timeouts);
+    return OpenFolderStore(path);
+  }
+
+  bool ExistsHere(std::string_view folder, std::string_view name) const {
+    if (!options_.dataRoot) return false;
+    const std::filesystem::path root = suite::NativePath(options_.dataRoot(), "/");
+    std::error_code failed;
+    return std::filesystem::is_regular_file(
+        suite::NativePath(std::string(folder) + "/" + std::string(name), root), failed);
+  }
+
+  // A caller that goes on as if the file did not exist would make it anew, over the shared one.
+  static void RequireBareName(std::string_view name) {
+    if (const std::optional<std::string> problem = NameProblem(name, 1)) {
+      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
+                              "The name \"" + std::string(name) + "\" is refused: " + *problem + ".");
+    }
+  }
+
+  static void WriteRefusal(const std::string& name, const std::string& problem, FolderKind kind) {
+    automation::Variant ignored;
+    automation::CreateObject<Vantrel::Log>(Vantrel::kLogProgId)
+        ->WriteLogEntry(kErrorSource,
+                        std::string(kErrorSource) + ".DeleteListedItems refused the name \"" + name +
+                            "\" in " + std::string(FolderOf(kind)) + ": " + problem + ".",
+                        0, ignored);
+  }
+
+  FileHandlingOptions options_;
+  std::shared_ptr<InUseMarks> marks_;
+};
+
+}  // namespace
+
+void RegisterFileHandling(automation::ClassTable& classes, FileHandlingOptions options) {
+  classes.Register(kFileHandlingProgId,
+                   [options = std::move(options), marks = std::make_shared<InUseMarks>()] {
+                     return std::make_shared<SharedFiles>(options, marks);
+                   });
+}
+
+}  // namespace OrvCommonMTS

@@ -1,0 +1,134 @@
+#include "suite/file_handling/folder_store.hpp"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+#include "suite/paths/native_path.hpp"
+
+namespace OrvCommonMTS {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::chrono::system_clock::time_point TimePoint(const timespec& time) {
+  return std::chrono::system_clock::time_point(
+      std::chrono::duration_cast<std::chrono::system_clock::duration>(
+          std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec)));
+}
+
+class FolderStore : public SharedStore {
+ public:
+  explicit FolderStore(fs::path root) : root_(std::move(root)) {}
+
+  std::vector<StoredFile> Files(std::string_view folder) override {
+    std::vector<StoredFile> files;
+    const fs::path path = FolderPath(folder);
+    std::error_code failed;
+    fs::directory_iterator entry(path, failed);
+    if (failed == std::errc::no_such_file_or_directory) return files;
+    for (const fs::directory_iterator end; !failed && entry != end; entry.increment(failed)) {
+      struct stat status {};
+      if (lstat(entry->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+      files.push_back({entry->path().filename().string(),
+                       std::max(TimePoint(status.st_mtim), TimePoint(status.st_atim))});
+    }
+    if (failed) throw Failure(path, failed);
+    return files;
+  }
+
+  bool DeleteFile(std::string_view folder, const std::vector<std::string>& parts) override {
+    fs::path path = FolderPath(folder) / parts.front();
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+      // What lies behind a link is not this folder's.
+      if (fs::is_symlink(Status(path))) throw ItemFailure(path.string() + " is a link");
+      path /= parts[i];
+    }
+    const fs::file_status status = Status(path);
+    if (!fs::exists(status)) return false;
+    if (fs::is_directory(status)) throw ItemFailure(path.string() + " is a folder");
+    return Remove(path);
+  }
+
+  bool DeleteTree(std::string_view folder, const std::string& name) override {
+    const fs::path path = FolderPath(folder) / name;
+    if (!fs::exists(Status(path))) return false;
+    std::error_code failed;
+    fs::remove_all(path, failed);  // removes links as links
+    if (failed) throw ItemFailure(path.string() + ": " + failed.message());
+    return true;
+  }
+
+  bool FileExists(std::string_view folder, const std::string& name) override {
+    std::error_code failed;
+    return fs::is_regular_file(FolderPath(folder) / name, failed);
+  }
+
+  bool Fetch(std::string_view folder, const std::string& name, const fs::path& target) override {
+    if (!FileExists(folder, name)) return false;
+    Replace(FolderPath(folder) / name, target);
+    return true;
+  }
+
+  void Store(const fs::path& source, std::string_view folder, const std::string& name) override {
+    const fs::path path = FolderPath(folder);
+    std::error_code failed;
+    fs::create_directory(path, failed);
+    if (failed) throw Failure(path, failed);
+    Replace(source, path / name);
+  }
+
+ private:
+  static fs::file_status Status(const fs::path& path) {
+    std::error_code failed;
+    const fs::file_status status = fs::symlink_status(path, failed);
+    if (status.type() == fs::file_type::none) throw ItemFailure(path.string() + ": " + failed.message());
+    return status;
+  }
+
+  static bool Remove(const fs::path& path) {
+    std::error_code failed;
+    const bool removed = fs::remove(path, failed);
+    if (failed) throw ItemFailure(path.string() + ": " + failed.message());
+    return removed;
+  }
+
+  static automation::Error Failure(const fs::path& path, const std::error_code& code) {
+    return {static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource,
+            path.string() + ": " + code.message()};
+  }
+
+  // A reader of `target` sees the old file or the new one, never a half.
+  static void Replace(const fs::path& source, const fs::path& target) {
+    const fs::path part = target.string() + ".part";
+    std::error_code failed;
+    fs::copy_file(source, part, fs::copy_options::overwrite_existing, failed);
+    if (!failed) fs::rename(part, target, failed);
+    if (failed) {
+      std::error_code ignored;
+      fs::remove(part, ignored);
+      throw Failure(target, failed);
+    }
+  }
+
+  fs::path FolderPath(std::string_view folder) const { return suite::NativePath(folder, root_); }
+
+  fs::path root_;
+};
+
+}  // namespace
+
+std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
+  const fs::path root = suite::NativePath(path, "/");
+  std::error_code failed;
+  const bool absolute = !path.empty() && (path.front() == '/' || path.front() == '\\');
+  if (!absolute || !fs::is_directory(root, failed)) {
+    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+                            "The shared folder " + std::string(path) + " does not exist.");
+  }
+  return std::make_unique<FolderStore>(root);
+}
+
+}  // namespace OrvCommonMTS

@@ -1,0 +1,14 @@
+// A shared place that is mounted as a folder of this machine.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "suite/file_handling/shared_store.hpp"
+
+namespace OrvCommonMTS {
+
+// `path` as the suite writes it ("\" or "/"). Raises 76 when it is no absolute path to an existing folder.
+std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path);
+
+}  // namespace OrvCommonMTS

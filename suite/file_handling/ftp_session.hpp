@@ -1,0 +1,53 @@
+// One control connection to an FTP server, on libcurl.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "suite/file_handling/ftp_address.hpp"
+
+namespace OrvCommonMTS {
+
+struct FtpTimeouts {
+  std::chrono::seconds connect{30};
+  std::chrono::seconds reply{60};  // the longest silence of the server, in a reply as in a transfer
+};
+
+struct FtpReply {
+  int code = 0;      // 250 and the like
+  std::string text;  // the last line of the reply, code included
+  bool Succeeded() const { return code >= 200 && code < 400; }
+};
+
+// Paths are absolute ones of the server and hold no control character. A connection that cannot be made, is
+// refused or breaks raises an error with the server's name and libcurl's message, never with the password.
+class FtpSession {
+ public:
+  FtpSession(const FtpAddress& address, const FtpTimeouts& timeouts);
+  ~FtpSession();
+
+  // The root folder of the address, as an absolute path of the server.
+  const std::string& Root() const;
+  // Whether the server lists folders by MLSD.
+  bool HasMachineListing() const;
+
+  // Sends one command and waits for its reply, whatever that says.
+  FtpReply Command(const std::string& command);
+
+  // The answer to `command` (LIST, MLSD) in a folder; nothing when the folder cannot be entered or listed.
+  std::optional<std::string> List(const std::string& folder, const std::string& command);
+
+  // False when the server does not give the file out. `target` is written from its beginning.
+  bool Download(const std::string& path, const std::filesystem::path& target);
+  void Upload(const std::filesystem::path& source, const std::string& path);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace OrvCommonMTS

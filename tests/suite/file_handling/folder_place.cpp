@@ -1,0 +1,5 @@
+#include "tests/suite/file_handling/shared_place.hpp"
+
+std::vector<std::string> orvane_test::KindsOfPlace() {
+  return {"folder"};
+}

@@ -1,0 +1,147 @@
+// FTP servers that refuse, vanish, hang up and stay silent.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "platform/automation/error.hpp"
+#include "tests/servers/server_state.hpp"
+#include "tests/suite/file_handling/shared_place.hpp"
+
+namespace orvane_test {
+namespace {
+
+namespace fs = std::filesystem;
+using OrvCommonMTS::FolderKind;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+constexpr std::int32_t kCurlNumbers = -2147220992;  // plus libcurl's own number
+
+automation::Error Failure(const Farm& farm, const std::string& path,
+                          const std::vector<std::string>& names = {"x"}, FolderKind kind = FolderKind::Chat) {
+  try {
+    farm.Handling()->DeleteListedItems(path, automation::VariantArray(names.begin(), names.end()), kind);
+  } catch (const automation::Error& error) {
+    EXPECT_EQ(error.Source(), "OrvCommonMTS.FileHandling");
+    EXPECT_THAT(error.Description(), Not(HasSubstr("farm-secret")));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("p@ss")));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("%40")));
+    return error;
+  }
+  return {0, "", "no error"};
+}
+
+std::string Replaced(std::string text, const std::string& what, const std::string& with) {
+  const std::size_t at = text.find(what);
+  if (at == std::string::npos) throw std::runtime_error(what + " is not in the text");
+  return text.replace(at, what.size(), with);
+}
+
+TEST(FtpFailureTest, AWrongPasswordIsToldByTheServersAnswer) {
+  for (const auto& [server, password] : {std::pair{"vsftpd", "farm-secret"}, {"pyftpd", "p%40ss%3Aw%2Frd"}}) {
+    Farm farm(server);
+    farm.place.AddFile("CHAT/x");
+    const automation::Error error = Failure(farm, Replaced(farm.place.FtpPath(), password, "wrong-one"));
+    EXPECT_EQ(error.Number(), kCurlNumbers + 67) << server;
+    EXPECT_THAT(error.Description(), StartsWith("FTP server 127.0.0.1:"));
+    EXPECT_THAT(error.Description(), HasSubstr("Access denied: 530"));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("wrong-one")));
+    EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/x"));
+  }
+}
+
+TEST(FtpFailureTest, AServerThatIsDownIsToldByName) {
+  Farm farm("vsftpd");
+  std::string down;
+  {
+    const Server server = Server::StartOwn("vsftpd");
+    down = server.Setting("url");
+  }
+  const automation::Error error = Failure(farm, down);
+  EXPECT_EQ(error.Number(), kCurlNumbers + 7);
+  EXPECT_THAT(error.Description(), HasSubstr("Failed to connect"));
+}
+
+TEST(FtpFailureTest, AConnectionThatIsCutOffEndsTheCallAtOnce) {
+  Farm farm("pyftpd");
+  farm.place.AddFile("CHAT/first");
+  farm.place.AddFile("CHAT/hang-up");
+  farm.place.AddFile("CHAT/last");
+  const automation::Error error = Failure(farm, farm.place.FtpPath(), {"first", "hang-up", "last"});
+  EXPECT_LT(error.Number(), 0);
+  EXPECT_THAT(error.Description(), StartsWith("FTP server 127.0.0.1:"));
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/hang-up", "CHAT/last"));
+}
+
+TEST(FtpFailureTest, AServerThatStaysSilentIsGivenUp) {
+  Farm farm("pyftpd", {.connect = std::chrono::seconds(5), .reply = std::chrono::seconds(2)});
+  farm.place.AddFile("CHAT/stay-silent");
+  const auto start = std::chrono::steady_clock::now();
+  const automation::Error error = Failure(farm, farm.place.FtpPath(), {"stay-silent"});
+  EXPECT_EQ(error.Number(), kCurlNumbers + 28);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+TEST(FtpFailureTest, ADownloadThatBreaksOffLeavesTheOldCopy) {
+  Farm farm("pyftpd");
+  farm.place.AddFile("Archives/break-off.xml", std::string(100000, 'n'));
+  const fs::path target = farm.data.Write("Archives/break-off.xml", "old");
+  EXPECT_THROW(farm.Handling()->FetchFile(farm.place.FtpPath(), "break-off.xml", target.string(),
+                                          FolderKind::Archives, 10),
+               automation::Error);
+  EXPECT_EQ(TemporaryFolder::Read(target), "old");
+  EXPECT_FALSE(fs::exists(target.string() + ".part"));
+}
+
+TEST(FtpFailureTest, AFileThatTheServerKeepsBackIsNotTakenForAMissingOne) {
+  Farm farm("vsftpd");
+  farm.place.AddFile("Archives/secret.xml");
+  fs::permissions(farm.place.Root() / "Archives/secret.xml", fs::perms::none);
+  const fs::path target = farm.data.Write("Archives/secret.xml", "old");
+  EXPECT_THROW(farm.Handling()->FetchFile(farm.place.FtpPath(), "secret.xml", target.string(),
+                                          FolderKind::Archives, 10),
+               automation::Error);
+  EXPECT_EQ(TemporaryFolder::Read(target), "old");
+}
+
+TEST(FtpFailureTest, WhatTheServerRefusesToDeleteIsReportedWithItsAnswer) {
+  for (const char* server : {"vsftpd", "pyftpd"}) {
+    Farm farm(server);
+    farm.place.AddFile("SRATTACHMENTS/17A/kept.txt");
+    farm.place.AddFile("SRATTACHMENTS/18A/gone.txt");
+    const fs::path barred = farm.place.Root() / "SRATTACHMENTS/17A";
+    fs::permissions(barred, static_cast<fs::perms>(0555));
+    const automation::Error error = Failure(farm, farm.place.FtpPath(), {"17A\\kept.txt", "18A\\gone.txt"},
+                                            FolderKind::OldAttachmentFiles);
+    EXPECT_EQ(error.Number(), 75);
+    EXPECT_THAT(error.Description(), HasSubstr("1 of 2 items could not be deleted: 17A\\kept.txt: 550 "));
+    EXPECT_FALSE(fs::exists(farm.place.Root() / "SRATTACHMENTS/18A/gone.txt"));
+    fs::permissions(barred, fs::perms::all);
+  }
+}
+
+TEST(FtpFailureTest, ACommandCannotBeSmuggledInByAName) {
+  Farm farm("vsftpd");
+  farm.place.AddFile("Archives/precious.xml");
+  farm.place.AddFile("CHAT/x");
+  const std::string name = "x\r\nDELE " + (farm.place.Root() / "Archives/precious.xml").string();
+  EXPECT_EQ(farm.Handling()->DeleteListedItems(farm.place.FtpPath(), automation::VariantArray{name},
+                                               FolderKind::Chat),
+            automation::Variant(0));
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("Archives/", "Archives/precious.xml", "CHAT/", "CHAT/x"));
+  ASSERT_EQ(farm.runtime.log->size(), 1u);
+  EXPECT_THAT(farm.runtime.log->front().message, HasSubstr("it holds a control character"));
+}
+
+TEST(FtpFailureTest, AnEmptyPathIsAnError) {
+  Farm farm("vsftpd");
+  const automation::Error error = Failure(farm, "");
+  EXPECT_EQ(error.Number(), 76);
+  EXPECT_EQ(error.Description(), "The path of the shared folders is empty.");
+}
+
+}  // namespace
+}  // namespace orvane_test
