@@ -1,5 +1,5 @@
 -- The suite's catalogue database for SQL Server 2019 or newer. The collation tells upper from lower case,
--- as the other engines do.
+-- as the other engines do; DATETIME2 reads an ISO date whatever the date order of the session.
 
 -- Settings of the catalogue.
 CREATE TABLE FAQPARAMETER (
