@@ -1,0 +1,62 @@
+#include "platform/adodb/dialects/postgresql.hpp"
+
+#include "platform/adodb/engine/engine_error.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+class PostgreSql : public Dialect {
+ public:
+  std::string_view Name() const override { return "PostgreSQL"; }
+
+  std::string DaysLater(std::string_view days, std::string_view moment) const override {
+    std::string sql = "(";
+    return sql.append(moment).append(" + (").append(days).append(") * interval '1 day')");
+  }
+
+  std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
+    std::string sql = "coalesce(";
+    return sql.append(value).append(",").append(replacement).append(")");
+  }
+
+  std::string Joined(const std::vector<std::string>& texts) const override {
+    std::string sql = "(";
+    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " || ") + texts[i];
+    return sql + ")";
+  }
+
+  // A typed literal: its meaning does not hang on the session's DateStyle.
+  std::string Timestamp(std::string_view text) const override {
+    return "timestamp '" + std::string(text) + "'";
+  }
+
+  // The engine folds unquoted names to lower case, the suite's names are in upper case. A name with an
+  // upper-case letter was quoted when it was made, and stands as it is.
+  bool FoldsNames() const override { return true; }
+  std::string ShownName(std::string_view reported) const override {
+    std::string shown(reported);
+    for (char& c : shown) {
+      if (c >= 'A' && c <= 'Z') return std::string(reported);
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return shown;
+  }
+
+  // The engine's collations order texts, but only equal bytes are equal to it.
+  std::string ComparisonKey(std::string_view text, const Column&) const override { return std::string(text); }
+
+  automation::Error SyntaxError(std::string_view near) const override {
+    const std::string message = near.empty() ? "ERROR: syntax error at end of input"
+                                             : "ERROR: syntax error at or near \"" + std::string(near) + "\"";
+    return EngineError("MSDASQL", message, "42601", 1);
+  }
+};
+
+}  // namespace
+
+const Dialect& PostgreSqlDialect() {
+  static const PostgreSql dialect;
+  return dialect;
+}
+
+}  // namespace ADODB::engine

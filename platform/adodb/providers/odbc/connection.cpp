@@ -1,0 +1,258 @@
+#include "platform/adodb/providers/odbc/connection.hpp"
+
+#include <array>
+#include <utility>
+
+#include "platform/adodb/engine/engine_error.hpp"
+#include "platform/adodb/engine/sql_tokens.hpp"
+#include "platform/automation/error.hpp"
+
+namespace ADODB::odbc {
+namespace {
+
+// Enough for the statements that a job repeats; a server holds resources for each.
+constexpr std::size_t kMostPrepared = 24;
+// A longer text is hardly ever sent twice.
+constexpr std::size_t kLongestPreparedText = 4096;
+
+class ResultRows : public engine::Rows {
+ public:
+  explicit ResultRows(std::shared_ptr<Statement> statement) : statement_(std::move(statement)) {}
+  // Nothing stays open behind a result that is let go, read to its end or not.
+  ~ResultRows() override { statement_->CloseCursor(); }
+
+  const std::vector<engine::Column>& Columns() const override { return statement_->Columns(); }
+  bool Next() override { return !statement_->Columns().empty() && statement_->Fetch(); }
+  automation::Variant Value(std::size_t column) const override { return statement_->Value(column); }
+
+ private:
+  std::shared_ptr<Statement> statement_;
+};
+
+std::uintptr_t OdbcLevel(IsolationLevel level) {
+  switch (level) {
+    case IsolationLevel::ReadUncommitted:
+      return SQL_TXN_READ_UNCOMMITTED;
+    case IsolationLevel::ReadCommitted:
+      return SQL_TXN_READ_COMMITTED;
+    case IsolationLevel::RepeatableRead:
+      return SQL_TXN_REPEATABLE_READ;
+    case IsolationLevel::Serializable:
+      return SQL_TXN_SERIALIZABLE;
+  }
+  return SQL_TXN_READ_COMMITTED;
+}
+
+// Whether a statement reads or writes rows and nothing else: such a one leaves a session's settings alone.
+bool KeepsSettings(std::string_view sql) {
+  const std::size_t start = sql.find_first_not_of(" \t\r\n(");
+  if (start == std::string_view::npos) return true;
+  std::string_view word = sql.substr(start);
+  word = word.substr(0, word.find_first_of(" \t\r\n(*"));
+  for (const char* keyword : {"select", "insert", "update", "delete", "with"}) {
+    if (engine::EqualsIgnoringAsciiCase(word, keyword)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Connection::Connection(const EnvironmentHandle& environment, const std::string& driverString) {
+  SQLHANDLE raw = nullptr;
+  if (!Succeeded(SQLAllocHandle(SQL_HANDLE_DBC, environment.Get(), &raw))) {
+    Raise(ReadDiagnostics(SQL_HANDLE_ENV, environment.Get()));
+  }
+  handle_ = ConnectionHandle(raw);
+  constexpr std::uintptr_t kLoginSeconds = 15;
+  SQLSetConnectAttrW(raw, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(kLoginSeconds), 0);
+  WideText wide = ToWide(driverString);
+  Check(SQLDriverConnectW(raw, nullptr, wide.data(), static_cast<SQLSMALLINT>(wide.size()), nullptr, 0,
+                          nullptr, SQL_DRIVER_NOPROMPT));
+  try {
+    std::array<SQLWCHAR, 128> name{};
+    SQLSMALLINT bytes = 0;
+    Check(SQLGetInfoW(raw, SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(sizeof name), &bytes));
+    const std::string dbms = ToUtf8(name.data(), static_cast<std::size_t>(bytes) / sizeof(SQLWCHAR));
+    engine_ = EngineOfDbms(dbms);
+    dialect_ = DialectOf(engine_);
+    if (dialect_ == nullptr) {
+      Raise({.sqlState = "HY000",
+             .nativeCode = 0,
+             .message = "No SQL dialect is known for the engine " + dbms});
+    }
+    SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
+    const std::string setUp = SessionSetUp(engine_);
+    if (!setUp.empty()) Statement(handle_, lost_).ExecuteDirect(setUp);
+  } catch (...) {
+    SQLDisconnect(raw);
+    throw;
+  }
+}
+
+Connection::~Connection() {
+  prepared_.clear();
+  if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK);
+  SQLDisconnect(handle_.Get());
+}
+
+void Connection::Check(SQLRETURN status) {
+  if (Succeeded(status)) return;
+  const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, handle_.Get());
+  lost_ = lost_ || MeansConnectionLost(diagnostics);
+  Raise(diagnostics);
+}
+
+void Connection::SetAttribute(SQLINTEGER attribute, std::uintptr_t value) {
+  Check(SQLSetConnectAttrW(handle_.Get(), attribute, reinterpret_cast<SQLPOINTER>(value), 0));
+}
+
+// Each procedure of a job opens a connection and sets its level, which is the same as before nearly always:
+// the database is told only of a change, and only when a statement follows.
+void Connection::ApplyIsolationLevel() {
+  if (isolationLevel_ == appliedIsolationLevel_ || inTransaction_) return;
+  SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(isolationLevel_));
+  appliedIsolationLevel_ = isolationLevel_;
+}
+
+Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Parameters& parameters) {
+  ApplyIsolationLevel();
+  settingsKept_ = settingsKept_ && KeepsSettings(sql);
+  if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
+  auto statement = std::make_shared<Statement>(handle_, lost_);
+  if (parameters.empty()) {
+    statement->ExecuteDirect(sql);
+  } else {
+    statement->Prepare(sql);
+    statement->Execute(parameters);
+  }
+  return statement;
+}
+
+Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const engine::Parameters& parameters) {
+  auto found = prepared_.begin();
+  while (found != prepared_.end() && found->first != sql) ++found;
+  if (found != prepared_.end()) {
+    prepared_.splice(prepared_.begin(), prepared_, found);
+  } else {
+    auto statement = std::make_shared<Statement>(handle_, lost_);
+    statement->Prepare(sql);
+    prepared_.emplace_front(std::string(sql), std::move(statement));
+    if (prepared_.size() > kMostPrepared) prepared_.pop_back();
+  }
+  try {
+    prepared_.front().second->Execute(parameters);
+  } catch (...) {
+    // The plan may be at fault (a table has changed since); the next attempt starts anew.
+    prepared_.pop_front();
+    throw;
+  }
+  return prepared_.front().second;
+}
+
+std::unique_ptr<engine::Rows> Connection::Query(std::string_view sql, const engine::Parameters& parameters) {
+  StatementPtr statement = Run(sql, parameters);
+  auto rows = std::make_unique<ResultRows>(statement);
+  AddCollations(statement->Columns());
+  return rows;
+}
+
+std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters& parameters) {
+  const StatementPtr statement = Run(sql, parameters);
+  const std::int64_t affected = statement->AffectedRows();
+  statement->CloseCursor();
+  return affected;
+}
+
+void Connection::Begin() {
+  if (inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
+  ApplyIsolationLevel();
+  SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF);
+  inTransaction_ = true;
+}
+
+void Connection::Commit() {
+  EndTransaction(SQL_COMMIT);
+}
+void Connection::Rollback() {
+  EndTransaction(SQL_ROLLBACK);
+}
+
+void Connection::EndTransaction(SQLSMALLINT completion) {
+  if (!inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
+  inTransaction_ = false;
+  try {
+    Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), completion));
+  } catch (...) {
+    // A commit that failed may have left the transaction open.
+    SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK);
+    if (!Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT,
+                                      reinterpret_cast<SQLPOINTER>(std::uintptr_t{SQL_AUTOCOMMIT_ON}), 0))) {
+      lost_ = true;
+    }
+    throw;
+  }
+  SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_ON);
+}
+
+void Connection::SetIsolationLevel(IsolationLevel level) {
+  isolationLevel_ = level;
+}
+
+engine::TableShape Connection::Describe(const std::string& table) {
+  return LookUp(table).shape;
+}
+
+const Connection::Table& Connection::LookUp(const std::string& table) {
+  const auto known = tables_.find(table);
+  if (known != tables_.end()) return known->second;
+  const MetadataQuery query = TableQuery(engine_, table);
+  Table found;
+  std::map<std::int32_t, std::string> key;
+  const StatementPtr statement = RunPrepared(query.sql, query.parameters);
+  const ResultRows closer(statement);
+  statement->Columns();
+  while (statement->Fetch()) {
+    const std::string column = automation::ToText(statement->Value(0));
+    const std::int32_t place = automation::ToInt32(statement->Value(1));
+    if (place > 0) key[place] = column;
+    if (automation::ToBoolean(statement->Value(2))) found.shape.generatedColumn = column;
+    found.collations[column] = automation::ToText(statement->Value(3));
+  }
+  for (auto& [place, column] : key) found.shape.keyColumns.push_back(std::move(column));
+  return tables_.emplace(table, std::move(found)).first->second;
+}
+
+// Only MariaDB's columns come in collations that see two different texts as equal by default.
+void Connection::AddCollations(std::vector<engine::Column>& columns) {
+  if (engine_ != Engine::MariaDb) return;
+  for (engine::Column& column : columns) {
+    if (column.type != engine::ColumnType::Text || column.baseTable.empty() || !column.collation.empty())
+      continue;
+    const Table& table = LookUp(dialect_->QuotedName(column.baseTable));
+    const auto found = table.collations.find(column.baseColumn);
+    if (found != table.collations.end()) column.collation = found->second;
+  }
+}
+
+bool Connection::Reset() {
+  if (inTransaction_ && !lost_) {
+    try {
+      Rollback();
+    } catch (const automation::Error&) {
+      return false;
+    }
+  }
+  isolationLevel_ = IsolationLevel::ReadCommitted;
+  return !lost_ && settingsKept_;
+}
+
+bool Connection::Ping() {
+  try {
+    Statement(handle_, lost_).ExecuteDirect("SELECT 1");
+    return true;
+  } catch (const automation::Error&) {
+    return false;
+  }
+}
+
+}  // namespace ADODB::odbc

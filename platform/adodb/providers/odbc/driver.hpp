@@ -1,0 +1,39 @@
+// What is particular to one ODBC driver or to the engine behind it. Everything else of this provider serves
+// all.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/adodb/dialects/dialect.hpp"
+#include "platform/adodb/engine/connection_string.hpp"
+#include "platform/adodb/engine/provider.hpp"
+
+namespace ADODB::odbc {
+
+enum class Engine { PostgreSql, MariaDb, SqlServer, Other };
+
+// From the name or the file of a driver; "Other" when it does not tell.
+Engine EngineOfDriver(std::string_view driver);
+// From what an open connection says about itself (SQL_DBMS_NAME).
+Engine EngineOfDbms(std::string_view dbmsName);
+
+// The string for the driver: "Provider" left out, "User ID" and "Password" under the names that drivers read,
+// and the options that this system relies on wherever the given string does not set them itself.
+engine::ConnectionString ForDriver(const engine::ConnectionString& given, Engine engine);
+
+// A statement that a new connection runs first; empty for none.
+std::string SessionSetUp(Engine engine);
+
+// Null for an engine that is not known.
+const engine::Dialect* DialectOf(Engine engine);
+
+// A query that yields one row for each column of a table: its name, its place in the primary key (0: none), 1
+// when the database numbers it, and the name of its collation. `table` is a name as a statement writes it.
+struct MetadataQuery {
+  const char* sql;
+  engine::Parameters parameters;
+};
+MetadataQuery TableQuery(Engine engine, std::string_view table);
+
+}  // namespace ADODB::odbc

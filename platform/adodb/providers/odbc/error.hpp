@@ -1,0 +1,29 @@
+// A driver's diagnostics as run-time errors.
+#pragma once
+
+#include <sql.h>
+
+#include <cstdint>
+#include <string>
+
+namespace ADODB::odbc {
+
+struct Diagnostics {
+  std::string sqlState;
+  std::int32_t nativeCode = 0;
+  std::string message;  // every record of the handle, on one line
+};
+
+Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle);
+
+// Whether the connection is of no further use after a failure with these diagnostics.
+bool MeansConnectionLost(const Diagnostics& diagnostics);
+
+// Raises the failure as automation::Error with the engine's message, SQLSTATE and native code.
+[[noreturn]] void Raise(const Diagnostics& diagnostics);
+
+inline bool Succeeded(SQLRETURN status) {
+  return status == SQL_SUCCESS || status == SQL_SUCCESS_WITH_INFO;
+}
+
+}  // namespace ADODB::odbc

@@ -1,0 +1,99 @@
+#include "platform/adodb/providers/odbc/statement.hpp"
+
+#include <array>
+
+namespace ADODB::odbc {
+
+Statement::Statement(const ConnectionHandle& connection, bool& connectionLost)
+    : connectionLost_(connectionLost) {
+  SQLHANDLE raw = nullptr;
+  if (!Succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection.Get(), &raw))) {
+    const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, connection.Get());
+    connectionLost_ = connectionLost_ || MeansConnectionLost(diagnostics);
+    Raise(diagnostics);
+  }
+  handle_ = StatementHandle(raw);
+}
+
+void Statement::Check(SQLRETURN status) {
+  if (Succeeded(status)) return;
+  const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_STMT, handle_.Get());
+  connectionLost_ = connectionLost_ || MeansConnectionLost(diagnostics);
+  Raise(diagnostics);
+}
+
+void Statement::Prepare(std::string_view sql) {
+  WideText wide = ToWide(sql);
+  Check(SQLPrepareW(handle_.Get(), wide.data(), static_cast<SQLINTEGER>(wide.size())));
+}
+
+void Statement::Execute(const engine::Parameters& parameters) {
+  // The buffers are bound by address, so there are as many as there will ever be before the first is bound.
+  if (parameters_.size() < parameters.size()) parameters_ = std::vector<ParameterBuffer>(parameters.size());
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    Check(parameters_[i].Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), parameters[i]));
+  }
+  TakeResult(SQLExecute(handle_.Get()));
+}
+
+void Statement::ExecuteDirect(std::string_view sql) {
+  WideText wide = ToWide(sql);
+  described_ = false;
+  TakeResult(SQLExecDirectW(handle_.Get(), wide.data(), static_cast<SQLINTEGER>(wide.size())));
+}
+
+void Statement::TakeResult(SQLRETURN status) {
+  affectedRows_ = 0;
+  if (status == SQL_NO_DATA) return;  // a delete or update that met no row, as some drivers put it
+  Check(status);
+  SQLLEN count = 0;
+  Check(SQLRowCount(handle_.Get(), &count));
+  if (count > 0) affectedRows_ = count;
+}
+
+std::vector<engine::Column>& Statement::Columns() {
+  if (described_) return columns_;
+  SQLSMALLINT count = 0;
+  Check(SQLNumResultCols(handle_.Get(), &count));
+  columns_.clear();
+  for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(count); ++number) {
+    SQLLEN type = 0;
+    Check(SQLColAttributeW(handle_.Get(), number, SQL_DESC_CONCISE_TYPE, nullptr, 0, nullptr, &type));
+    engine::Column column;
+    column.name = ColumnText(number, SQL_DESC_LABEL);
+    column.type = TypeOf(static_cast<SQLSMALLINT>(type));
+    column.baseTable = ColumnText(number, SQL_DESC_BASE_TABLE_NAME);
+    if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
+    columns_.push_back(std::move(column));
+  }
+  row_.resize(columns_.size());
+  described_ = true;
+  return columns_;
+}
+
+std::string Statement::ColumnText(SQLUSMALLINT column, SQLUSMALLINT field) {
+  std::array<SQLWCHAR, 256> text{};
+  SQLSMALLINT bytes = 0;
+  const SQLRETURN status = SQLColAttributeW(handle_.Get(), column, field, text.data(),
+                                            static_cast<SQLSMALLINT>(sizeof text), &bytes, nullptr);
+  if (!Succeeded(status)) return {};  // a driver need not know where a column comes from
+  std::size_t length = 0;
+  while (length < text.size() && text[length] != 0) ++length;
+  return ToUtf8(text.data(), length);
+}
+
+bool Statement::Fetch() {
+  const SQLRETURN status = SQLFetch(handle_.Get());
+  if (status == SQL_NO_DATA) return false;
+  Check(status);
+  for (std::size_t i = 0; i < row_.size(); ++i) {
+    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, buffer_, row_[i]));
+  }
+  return true;
+}
+
+void Statement::CloseCursor() {
+  SQLFreeStmt(handle_.Get(), SQL_CLOSE);
+}
+
+}  // namespace ADODB::odbc

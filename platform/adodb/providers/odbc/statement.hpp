@@ -1,0 +1,54 @@
+// One ODBC statement: prepared or direct, its parameters, and the result that it is reading.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/adodb/engine/column.hpp"
+#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/providers/odbc/error.hpp"
+#include "platform/adodb/providers/odbc/handle.hpp"
+#include "platform/adodb/providers/odbc/parameter.hpp"
+#include "platform/adodb/providers/odbc/result_column.hpp"
+
+namespace ADODB::odbc {
+
+class Statement {
+ public:
+  // `connectionLost` becomes true when a failure means that the connection is gone; it must outlive the
+  // statement.
+  Statement(const ConnectionHandle& connection, bool& connectionLost);
+
+  void Prepare(std::string_view sql);
+  // Runs the prepared statement with values for its "?". All of these raise the engine's failure.
+  void Execute(const engine::Parameters& parameters);
+  void ExecuteDirect(std::string_view sql);
+
+  // The columns of the result, empty when there is none. They are asked for once in a statement's life: its
+  // text and so its columns stay the same.
+  std::vector<engine::Column>& Columns();
+
+  bool Fetch();  // false past the last row
+  automation::Variant Value(std::size_t column) const { return row_[column]; }
+
+  std::int64_t AffectedRows() const { return affectedRows_; }
+  void CloseCursor();
+
+ private:
+  void Check(SQLRETURN status);
+  void TakeResult(SQLRETURN status);
+  std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
+
+  StatementHandle handle_;
+  bool& connectionLost_;
+  std::vector<ParameterBuffer> parameters_;
+  bool described_ = false;
+  std::vector<engine::Column> columns_;
+  std::vector<automation::Variant> row_;
+  WideText buffer_;
+  std::int64_t affectedRows_ = 0;
+};
+
+}  // namespace ADODB::odbc
