@@ -1,0 +1,53 @@
+#include "host/composition.hpp"
+
+#include <gtest/gtest.h>
+
+#include "host/init/suite_files.hpp"
+#include "platform/automation/runtime.hpp"
+#include "tests/support/temporary_folder.hpp"
+
+namespace {
+
+TEST(CompositionTest, KnowsEverythingThatTheJobsCreate) {
+  orvane_test::TemporaryFolder folder;
+  const orvane_host::SuiteHome home(folder.Path() / "home");
+  orvane_host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x", "Provider=SQLite;Data Source=db\\y");
+  automation::Runtime runtime;
+  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+  ASSERT_NE(runtime.locale, nullptr);
+  const automation::RuntimeScope scope(runtime);
+  for (const char* progId : {"OrvaneProcess.Archive",
+                             "OrvaneProcess.CleanUp",
+                             "OrvaneProcess.DormantUserExpiry",
+                             "OrvaneProcess.SolveOnNoResponse",
+                             "ADODB.Connection",
+                             "ADODB.Recordset",
+                             "ADODB.Command",
+                             "MSXML2.DOMDocument",
+                             "CDO.Message",
+                             "Scripting.FileSystemObject",
+                             "Scripting.Dictionary",
+                             "Vantrel.Configuration",
+                             "Vantrel.Log",
+                             "VnMembership.User",
+                             "OrvCommonMTS.FileHandling",
+                             "OrvCommon.LoadXSLs",
+                             "OrvCommon.SqlConversion",
+                             "OrvaneProcessMTS.SolveOnNoResponse",
+                             "OrvaneBackendA.Calls",
+                             "OrvaneBackendB.Calls",
+                             "OrvServiceRequest.Question",
+                             "OrvServiceRequest.Prospect",
+                             "{358D4659-648D-403F-8807-B3C2A7F9BFD4}",
+                             "{79AC3288-D049-4571-B8E0-58D199F42F54}",
+                             "ECatalog.ProductCategory",
+                             "ECatalog.Product",
+                             "ECatalog.FAQCategory"}) {
+    EXPECT_TRUE(runtime.classes.Contains(progId)) << progId;
+    if (runtime.classes.Contains(progId)) {
+      EXPECT_NE(automation::CreateObject(progId), nullptr) << progId;
+    }
+  }
+}
+
+}  // namespace

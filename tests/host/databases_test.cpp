@@ -1,0 +1,46 @@
+#include "host/init/databases.hpp"
+
+#include <gtest/gtest.h>
+
+#include "host/init/embedded.hpp"
+#include "platform/automation/error.hpp"
+
+namespace {
+
+using orvane_host::Engine;
+using orvane_host::EngineOf;
+
+TEST(EngineOfTest, KnowsTheProviderAndTheDrivers) {
+  EXPECT_EQ(EngineOf("Provider=SQLite;Data Source=x"), Engine::SQLite);
+  EXPECT_EQ(EngineOf("provider=sqlite;data source=x"), Engine::SQLite);
+  EXPECT_EQ(EngineOf("Driver={PostgreSQL Unicode};Server=h"), Engine::PostgreSQL);
+  EXPECT_EQ(EngineOf("Driver=/usr/lib/odbc/psqlodbcw.so"), Engine::PostgreSQL);
+  EXPECT_EQ(EngineOf("DRIVER={MariaDB Unicode};Server=h"), Engine::MariaDB);
+  EXPECT_EQ(EngineOf("Driver={ODBC Driver 18 for SQL Server};Server=h"), Engine::SQLServer);
+  EXPECT_EQ(EngineOf("Driver=FreeTDS;Server=h"), Engine::SQLServer);
+}
+
+TEST(EngineOfTest, RefusesWhatItCannotTell) {
+  try {
+    EngineOf("DSN=somewhere");
+    FAIL() << "took a DSN for an engine";
+  } catch (const automation::Error& error) {
+    EXPECT_EQ(error.Number(), 3001);
+    EXPECT_EQ(error.Description(),
+              "The connection string names neither Provider=SQLite nor a Driver of PostgreSQL, MariaDB or "
+              "SQL Server");
+  }
+}
+
+TEST(EmbeddedFilesTest, TheSchemasOfAllEnginesAreInTheProgram) {
+  for (const char* name : {"sqlite", "postgresql", "mariadb", "sqlserver"}) {
+    const std::string base = std::string("schema/") + name;
+    EXPECT_NE(orvane_host::EmbeddedFile(base + ".sql").find("CREATE TABLE PARAMETERS"),
+              std::string_view::npos);
+    EXPECT_NE(orvane_host::EmbeddedFile(base + "-ecatalog.sql").find("CREATE TABLE FAQPARAMETER"),
+              std::string_view::npos);
+  }
+  EXPECT_EQ(orvane_host::EmbeddedFile("schema/none.sql"), "");
+}
+
+}  // namespace

@@ -1,0 +1,106 @@
+#include "host/run_logs.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "tests/support/temporary_folder.hpp"
+
+namespace {
+
+using orvane_host::FindJob;
+using orvane_host::JobInfo;
+using orvane_host::LastRuns;
+using orvane_host::LoggedRun;
+using orvane_host::RunLogWatch;
+
+constexpr std::string_view kRuler = "*****************************************************\r\n";
+
+class RunLogsTest : public testing::Test {
+ protected:
+  void Append(const std::string& day, std::string_view text) {
+    std::ofstream stream(folder_.Path() / ("OrvCleanUpSvc_log_" + day + ".txt"),
+                         std::ios::binary | std::ios::app);
+    stream << text;
+  }
+  void Start(const std::string& day, const std::string& time) {
+    Append(day, std::string(kRuler) + "Orvane NTService Log \r\n" + std::string(kRuler) +
+                    "Clean Up - NTService Started at : " + time + "\r\n");
+  }
+  void Stop(const std::string& day, const std::string& time) {
+    Append(day, " NTService Stopped at : " + time + "\r\n" + std::string(kRuler));
+  }
+
+  std::string Runs(std::size_t count = 10) {
+    std::string text;
+    for (const LoggedRun& run : LastRuns(folder_.Path(), job_, count)) {
+      text += run.started + "-" + run.stopped.value_or("?") + " ";
+    }
+    return text;
+  }
+
+  orvane_test::TemporaryFolder folder_;
+  const JobInfo& job_ = *FindJob("CleanUp");
+};
+
+TEST_F(RunLogsTest, SeesAStopLineThatWasAddedSince) {
+  Start("2004_7_26", "a");
+  Stop("2004_7_26", "b");
+  const RunLogWatch watch(folder_.Path(), job_);
+  EXPECT_FALSE(watch.SawStopLine());
+  Start("2004_7_26", "c");
+  EXPECT_FALSE(watch.SawStopLine());
+  Stop("2004_7_26", "d");
+  EXPECT_TRUE(watch.SawStopLine());
+}
+
+TEST_F(RunLogsTest, FollowsARunAcrossMidnight) {
+  const RunLogWatch watch(folder_.Path(), job_);
+  Start("2004_12_31", "a");
+  EXPECT_FALSE(watch.SawStopLine());
+  Stop("2005_1_1", "b");
+  EXPECT_TRUE(watch.SawStopLine());
+}
+
+TEST_F(RunLogsTest, AnotherJobsStopLineDoesNotCount) {
+  const RunLogWatch watch(folder_.Path(), job_);
+  folder_.Write("OrvDormantUserExpirySvc_log_2004_7_26.txt", " NTService Stopped at : x\r\n");
+  folder_.Write("OrvCleanUpSvc_log_2004_7_26.txt.bak", " NTService Stopped at : x\r\n");
+  folder_.Write("OrvCleanUpSvc_log_2004_7.txt", " NTService Stopped at : x\r\n");
+  EXPECT_FALSE(watch.SawStopLine());
+}
+
+TEST_F(RunLogsTest, AMissingFolderHoldsNoRuns) {
+  const RunLogWatch watch(folder_.Path() / "none", job_);
+  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_TRUE(LastRuns(folder_.Path() / "none", job_, 5).empty());
+}
+
+TEST_F(RunLogsTest, ListsFinishedAndUnfinishedRuns) {
+  Start("2004_7_26", "1");
+  Stop("2004_7_26", "2");
+  Start("2004_7_26", "3");
+  Start("2004_7_26", "4");
+  Stop("2004_7_26", "5");
+  Start("2004_7_26", "6");
+  EXPECT_EQ(Runs(), "1-2 3-? 4-5 6-? ");
+}
+
+TEST_F(RunLogsTest, OrdersDaysByTheCalendar) {
+  Start("2004_10_2", "3");
+  Stop("2004_10_2", "4");
+  Start("2004_9_30", "1");
+  Stop("2004_10_1", "2");
+  EXPECT_EQ(Runs(), "1-2 3-4 ");
+}
+
+TEST_F(RunLogsTest, ShowsOnlyTheLastOnes) {
+  for (int day = 1; day <= 9; ++day) {
+    Start("2004_7_" + std::to_string(day), std::to_string(day) + "a");
+    Stop("2004_7_" + std::to_string(day), std::to_string(day) + "b");
+  }
+  EXPECT_EQ(Runs(3), "7a-7b 8a-8b 9a-9b ");
+}
+
+}  // namespace
