@@ -1,12 +1,14 @@
 #include "host/composition.hpp"
 
+#include <map>
 #include <string>
 #include <utility>
 
-#include "common/connections.hpp"
-#include "common/parameters.hpp"
 #include "components/registration/register_jobs.hpp"
+#include "host/data_folder.hpp"
+#include "host/site_settings.hpp"
 #include "platform/locale/icu_locale.hpp"
+#include "platform/msxml2/registration.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
 #include "suite/configuration/configuration.hpp"
@@ -18,39 +20,34 @@
 namespace orvane_host {
 namespace {
 
-// The files that the suite's servers share: its data folder here, and the place that PARAMETERS names on a
-// web farm.
-OrvCommonMTS::FileHandlingOptions SharedFiles() {
-  OrvCommonMTS::FileHandlingOptions options;
-  options.dataRoot = [] {
-    return OrvaneUtilities::GetInstallDirectory() + "\\" +
-           OrvaneUtilities::GetParamValue("DataFileRelativePath");
-  };
-  options.sharedPath = [] {
-    const std::string farm = OrvaneUtilities::GetParamValue("Webfarm Implemented");
-    const bool implemented = !farm.empty() && automation::ToBoolean(farm);
-    return implemented ? OrvaneUtilities::GetParamValue("FTPPath") : std::string();
-  };
-  return options;
+void RegisterPlatform(automation::Runtime& runtime, const Vantrel::SiteFile& site) {
+  automation::ClassTable& classes = runtime.classes;
+  const std::map<char, std::string> drives = Drives(site);
+  runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+  Scripting::local::RegisterClasses(classes, drives);
+  MSXML2::RegisterClasses(classes, {.drives = drives});
+}
+
+void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
+                        Vantrel::LogListener listener) {
+  Vantrel::RegisterConfiguration(classes, home.Path());
+  Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
+  OrvCommon::RegisterSqlConversion(classes);
+  OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
+                                               .sharedPath = &SharedPath,
+                                               .timeouts = {}});
+  OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
+  OrvaneBackend::RegisterBackendCalls(classes, home.Path());
+  OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
 }
 
 }  // namespace
 
-void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile&,
+void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                    Vantrel::LogListener listener) {
-  automation::ClassTable& classes = runtime.classes;
-  OrvaneProcess::RegisterJobs(classes);
-
-  runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-  Scripting::local::RegisterClasses(classes);
-
-  Vantrel::RegisterConfiguration(classes, home.Path());
-  Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
-  OrvCommon::RegisterSqlConversion(classes);
-  OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
-  OrvCommonMTS::RegisterFileHandling(classes, SharedFiles());
-  OrvaneBackend::RegisterBackendCalls(classes, home.Path());
-  OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
+  RegisterPlatform(runtime, site);
+  RegisterComponents(runtime.classes, home, std::move(listener));
+  OrvaneProcess::RegisterJobs(runtime.classes);
 }
 
 }  // namespace orvane_host

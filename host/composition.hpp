@@ -9,8 +9,8 @@
 namespace orvane_host {
 
 // Fills the runtime with everything that the jobs of this suite can create. The machine-wide settings in
-// `site` (mail transport, directory) count as they are now; connection strings are read again when the file
-// changes.
+// `site` (drives, mail transport) count as they are now, and one that means nothing raises
+// Vantrel::kUnreadableFile; connection strings and the directory account are read again when they are needed.
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                    Vantrel::LogListener listener);
 

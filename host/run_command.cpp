@@ -19,20 +19,20 @@
 namespace orvane_host {
 namespace {
 
-struct ErrorLogEntry {
-  std::string source;
-  std::string message;
-};
-
 class JobRunner {
  public:
   JobRunner(const SuiteHome& home, const Console& console) : home_(home), console_(console) {}
 
-  // Runs the job in a runtime of its own, as a service of its own would; false when it left no stop line.
-  bool Run(const JobInfo& job, const Vantrel::SiteFile& site) {
+  // Hears of every entry that the job being run makes in the error log.
+  Vantrel::LogListener Listener() {
+    return [this](std::string_view, std::string_view message) { entries_.emplace_back(message); };
+  }
+
+  // False when the job left no stop line.
+  bool Run(const JobInfo& job, automation::Runtime& runtime) {
     const RunLogWatch watch(home_.Logs(), job);
     const auto start = std::chrono::steady_clock::now();
-    const std::string failure = Call(job, site);
+    const std::string failure = Call(job, runtime);
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
 
     const bool stopped = watch.SawStopLine();
@@ -49,12 +49,8 @@ class JobRunner {
 
  private:
   // What escaped the job, which should be nothing.
-  std::string Call(const JobInfo& job, const Vantrel::SiteFile& site) {
+  static std::string Call(const JobInfo& job, automation::Runtime& runtime) {
     try {
-      automation::Runtime runtime;
-      RegisterSuite(runtime, home_, site, [this](std::string_view source, std::string_view message) {
-        entries_.push_back({std::string(source), std::string(message)});
-      });
       const automation::RuntimeScope scope(runtime);
       automation::CreateObject<OrvaneProcess::Job>(job.progId)->Run();
       return {};
@@ -68,7 +64,7 @@ class JobRunner {
   void PrintEntries(const JobInfo& job) {
     constexpr std::size_t kMostShown = 20;
     for (std::size_t i = 0; i < entries_.size() && i < kMostShown; ++i) {
-      console_.err << "warning: " << job.progId << ": " << OneLine(entries_[i].message) << '\n';
+      console_.err << "warning: " << job.progId << ": " << OneLine(entries_[i]) << '\n';
     }
     if (entries_.size() > kMostShown) {
       console_.err << "warning: " << job.progId << ": " << entries_.size() - kMostShown << " more in "
@@ -95,7 +91,7 @@ class JobRunner {
 
   const SuiteHome& home_;
   const Console& console_;
-  std::vector<ErrorLogEntry> entries_;
+  std::vector<std::string> entries_;
   bool sawErrors_ = false;
 };
 
@@ -117,16 +113,18 @@ int RunJobs(const Arguments& arguments, const Console& console) {
   const SuiteHome home(arguments.home);
   JobRunner runner(home, console);
   bool allStopped = true;
-  try {
-    // Read for each job: an operator may change the configuration while a long job runs.
-    for (const JobInfo* job : jobs) {
+  for (const JobInfo* job : jobs) {
+    // A runtime of its own for each job, as each would have in a service of its own.
+    automation::Runtime runtime;
+    try {
       const Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
       site.Connection("Orvane", "Orvane");
-      allStopped = runner.Run(*job, site) && allStopped;
+      RegisterSuite(runtime, home, site, runner.Listener());
+    } catch (const automation::Error& error) {
+      console.err << "orvane-host: " << error.Description() << '\n';
+      return kConfiguration;
     }
-  } catch (const automation::Error& error) {
-    console.err << "orvane-host: " << error.Description() << '\n';
-    return kConfiguration;
+    allStopped = runner.Run(*job, runtime) && allStopped;
   }
   if (!allStopped) return kUnfinished;
   return arguments.strict && runner.SawErrors() ? kErrorsLogged : kOk;

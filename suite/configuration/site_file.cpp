@@ -188,4 +188,12 @@ std::optional<std::string> SiteFile::FindValue(std::string_view section, std::st
   return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::map<std::string, std::string> SiteFile::Values(std::string_view section) const {
+  std::map<std::string, std::string> values;
+  for (const auto& [names, value] : values_) {
+    if (names.first == section) values.emplace(names.second, value);
+  }
+  return values;
+}
+
 }  // namespace Vantrel

@@ -37,6 +37,9 @@ class SiteFile {
   // The value of a key, or nothing when the file does not hold it.
   std::optional<std::string> FindValue(std::string_view section, std::string_view key) const;
 
+  // Every key of a section with its value; empty for a section that is not there.
+  std::map<std::string, std::string> Values(std::string_view section) const;
+
   const std::filesystem::path& Path() const { return path_; }
 
  private:

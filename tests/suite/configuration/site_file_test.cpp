@@ -64,6 +64,15 @@ TEST_F(SiteFileTest, ReadsValuesWithoutTheBlanksAroundThem) {
   EXPECT_EQ(file.FindValue("NOSUCHSECTION", "LDAPRoot"), std::nullopt);
 }
 
+TEST_F(SiteFileTest, ListsASection) {
+  const SiteFile file = Read(
+      "<siteConfiguration><section name=\"DRIVES\"><key name=\"D\">/mnt/d</key><key "
+      "name=\"Q\">/q</key></section>"
+      "<section name=\"DRIVESX\"><key name=\"E\">/e</key></section></siteConfiguration>");
+  EXPECT_EQ(file.Values("DRIVES"), (std::map<std::string, std::string>{{"D", "/mnt/d"}, {"Q", "/q"}}));
+  EXPECT_TRUE(file.Values("NONE").empty());
+}
+
 TEST_F(SiteFileTest, NamesTheKeyThatIsMissing) {
   const SiteFile file = Read(kWhole);
   try {

@@ -1,0 +1,16 @@
+// Where a suite's files lie, as its own settings say at the moment of asking.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace orvane_host {
+
+// The data folder, by the parameter DataFileRelativePath.
+std::string DataFolder(const std::filesystem::path& home);
+
+// The place that the servers of a web farm share, by the parameters "Webfarm Implemented" and FTPPath; empty
+// without a web farm.
+std::string SharedPath();
+
+}  // namespace orvane_host
