@@ -160,6 +160,288 @@ TEST_P(OdbcProviderTest, SwitchesBetweenNullAndValuesInOnePreparedStatement) {
   }
 }
 
+TEST_P(OdbcProviderTest, CarriesTextsOfTenMegabytesUnharmed) {
+  MakeTable();
+  const std::string longText = TypeOfEngine("LONGTEXT", "`LONGTEXT`");
+  std::string text;
+  for (int i = 0; text.size() < 10'000'000; ++i) text += "Zeile " + std::to_string(i) + " é € 🙂\r\n";
+  session_->Execute("INSERT INTO SAMPLE (ID, " + longText + ") VALUES (?, ?)", {std::int32_t{1}, text});
+  // Compared without printing ten megabytes when it goes wrong.
+  const Variant read = Single("SELECT " + longText + " FROM SAMPLE");
+  EXPECT_EQ(automation::ToText(read).size(), text.size());
+  EXPECT_TRUE(automation::ToText(read) == text);
+}
+
+TEST_P(OdbcProviderTest, ReadsTextsOfEverySizeAroundItsPieces) {
+  MakeTable();
+  const std::string longText = TypeOfEngine("LONGTEXT", "`LONGTEXT`");
+  for (const std::size_t size : {0u, 1u, 2046u, 2047u, 2048u, 2049u, 4094u, 4095u, 4096u, 70'000u}) {
+    for (const char* end : {"x", "🙂"}) {  // the latter may fall apart at the end of a piece
+      const std::string text = std::string(size, 'a') + end;
+      session_->Execute("DELETE FROM SAMPLE", {});
+      session_->Execute("INSERT INTO SAMPLE (ID, " + longText + ") VALUES (?, ?)", {std::int32_t{1}, text});
+      EXPECT_TRUE(Single("SELECT " + longText + " FROM SAMPLE") == Variant(text)) << size << end;
+    }
+  }
+}
+
+TEST_P(OdbcProviderTest, TakesTextsOfAStatementAsTheyStand) {
+  EXPECT_EQ(Single("SELECT 'C:\\Data\\ ends with \\'"), Variant("C:\\Data\\ ends with \\"));
+  EXPECT_EQ(Single("SELECT 'it''s {ts \"here\"}; is it ? 🙂 é'"),
+            Variant("it's {ts \"here\"}; is it ? 🙂 é"));
+  EXPECT_EQ(Single("SELECT ''"), Variant(""));
+}
+
+TEST_P(OdbcProviderTest, GivesTheKeyOfAnInsertedRow) {
+  MakeTable();
+  const char* sql = "INSERT INTO SAMPLE (NUMBER) VALUES (?) RETURNING ID";
+  const std::int32_t first = automation::ToInt32(Single(sql, {std::int32_t{1}}));
+  const std::int32_t second = automation::ToInt32(Single(sql, {std::int32_t{2}}));
+  EXPECT_NE(first, second);
+  EXPECT_EQ(Single("SELECT NUMBER FROM SAMPLE WHERE ID = ?", {second}), Variant(std::int32_t{2}));
+}
+
+TEST_P(OdbcProviderTest, CountsTheRowsThatAStatementMeets) {
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (ID, NUMBER) VALUES (1, 5), (2, 5), (3, 6)", {});
+  EXPECT_EQ(session_->Execute("DELETE FROM SAMPLE WHERE ID = ?", {std::int32_t{99}}), 0);
+  EXPECT_EQ(session_->Execute("DELETE FROM SAMPLE WHERE ID = 99", {}), 0);
+  EXPECT_EQ(
+      session_->Execute("UPDATE SAMPLE SET NUMBER = ? WHERE NUMBER = ?", {std::int32_t{5}, std::int32_t{5}}),
+      2)
+      << "an update that changes nothing still meets its rows";
+  EXPECT_EQ(session_->Execute("DELETE FROM SAMPLE", {}), 3);
+}
+
+TEST_P(OdbcProviderTest, GivesRowsWithoutColumnsForAStatementThatYieldsNone) {
+  MakeTable();
+  const auto rows = session_->Query("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  EXPECT_TRUE(rows->Columns().empty());
+  EXPECT_FALSE(rows->Next());
+}
+
+TEST_P(OdbcProviderTest, LeavesNothingOpenBehindAResultThatIsLetGoHalfRead) {
+  MakeTable();
+  for (int i = 0; i < 3; ++i) session_->Execute("INSERT INTO SAMPLE (NUMBER) VALUES (?)", {std::int32_t{i}});
+  for (int round = 0; round < 2; ++round) {
+    const auto rows =
+        session_->Query("SELECT ID FROM SAMPLE WHERE NUMBER >= ? ORDER BY ID", {std::int32_t{0}});
+    EXPECT_TRUE(rows->Next());
+  }
+  EXPECT_EQ(session_->Execute("DELETE FROM SAMPLE", {}), 3);
+}
+
+TEST_P(OdbcProviderTest, TellsTheEnginesMessageStateAndCode) {
+  const automation::Error error = ErrorOf([&] { session_->Execute("SELECT * FROM NO_SUCH_TABLE", {}); });
+  EXPECT_EQ(error.Number(), ADODB::engine::kNoSuchTable);
+  EXPECT_THAT(error.Description(), testing::ContainsRegex("[nN][oO]_[sS][uU][cC][hH]_[tT][aA][bB][lL][eE]"));
+  EXPECT_EQ(error.SqlState(), TypeOfEngine("42P01", "42S02"));
+  if (!OnPostgreSql()) {
+    EXPECT_EQ(error.NativeCode(), 1146);
+  }
+  EXPECT_THAT(error.Description(), testing::Not(HasSubstr("\n")));
+
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  const automation::Error duplicate =
+      ErrorOf([&] { session_->Execute("INSERT INTO SAMPLE (ID) VALUES (?)", {std::int32_t{1}}); });
+  EXPECT_EQ(duplicate.Number(), ADODB::engine::kConstraintViolation);
+
+  const automation::Error syntax = ErrorOf([&] { session_->Query("SELEKT 1", {}); });
+  EXPECT_EQ(syntax.Number(), ADODB::engine::kStatementFailure);
+}
+
+TEST_P(OdbcProviderTest, RefusesTextThatIsNotUtf8) {
+  MakeTable();
+  const automation::Error error = ErrorOf(
+      [&] { session_->Execute("INSERT INTO SAMPLE (SHORTTEXT) VALUES (?)", {std::string("caf\xE9")}); });
+  EXPECT_EQ(error.SqlState(), "22021");
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{0}));
+}
+
+TEST_P(OdbcProviderTest, RefusesATextThatDoesNotFit) {
+  MakeTable();
+  ErrorOf([&] { session_->Execute("INSERT INTO SAMPLE (SHORTTEXT) VALUES (?)", {std::string(300, 'x')}); });
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{0}));
+}
+
+TEST_P(OdbcProviderTest, GoesOnAfterAFailedStatement) {
+  MakeTable();
+  const char* sql = "INSERT INTO SAMPLE (ID) VALUES (?)";
+  session_->Execute(sql, {std::int32_t{1}});
+  ErrorOf([&] { session_->Execute(sql, {std::int32_t{1}}); });
+  EXPECT_EQ(session_->Execute(sql, {std::int32_t{2}}), 1);
+
+  session_->Begin();
+  session_->Execute(sql, {std::int32_t{3}});
+  ErrorOf([&] { session_->Execute(sql, {std::int32_t{3}}); });
+  session_->Commit();
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{3}));
+}
+
+TEST_P(OdbcProviderTest, CommitsAndRollsBack) {
+  MakeTable();
+  session_->Begin();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  session_->Rollback();
+  session_->Begin();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (2)", {});
+  session_->Commit();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (3)", {});
+  const auto other = database_.Connect();
+  const auto rows = other->Query("SELECT ID FROM SAMPLE ORDER BY ID", {});
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant(std::int32_t{2}));
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant(std::int32_t{3}));
+  EXPECT_FALSE(rows->Next());
+}
+
+TEST_P(OdbcProviderTest, TellsKeyColumnsInTheirOrderAndTheGeneratedOne) {
+  MakeTable();
+  const auto sample = session_->Describe("SAMPLE");
+  EXPECT_THAT(sample.keyColumns, ElementsAre(TypeOfEngine("id", "ID")));
+  EXPECT_EQ(sample.generatedColumn, TypeOfEngine("id", "ID"));
+
+  session_->Execute(
+      "CREATE TABLE PAIRS (A INTEGER NOT NULL, B INTEGER NOT NULL, C INTEGER, PRIMARY KEY (C, A))", {});
+  const auto pairs = session_->Describe("pairs");
+  EXPECT_THAT(pairs.keyColumns, ElementsAre(TypeOfEngine("c", "C"), TypeOfEngine("a", "A")));
+  EXPECT_EQ(pairs.generatedColumn, std::nullopt);
+
+  session_->Execute("CREATE TABLE KEYLESS (A INTEGER)", {});
+  EXPECT_TRUE(session_->Describe("KEYLESS").keyColumns.empty());
+  session_->Execute("CREATE VIEW SHOWN AS SELECT ID FROM SAMPLE", {});
+  EXPECT_TRUE(session_->Describe("SHOWN").keyColumns.empty());
+  EXPECT_TRUE(session_->Describe("NOWHERE").keyColumns.empty());
+}
+
+TEST_P(OdbcProviderTest, DescribesATableByAQuotedNameWithItsSchema) {
+  MakeTable();
+  const std::string schema =
+      automation::ToText(Single(TypeOfEngine("SELECT current_schema()::text", "SELECT database()")));
+  const auto& dialect = session_->GetDialect();
+  const auto shape = session_->Describe(dialect.QuotedName(schema) + "." + dialect.QuotedName("sample"));
+  EXPECT_THAT(shape.keyColumns, ElementsAre(TypeOfEngine("id", "ID")));
+}
+
+TEST_P(OdbcProviderTest, ComesBackCleanFromItsUser) {
+  MakeTable();
+  session_->SetIsolationLevel(ADODB::IsolationLevel::Serializable);
+  session_->Begin();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  EXPECT_TRUE(session_->Ping());
+  // The table was made on this very session, which is more than a pooled one may have done.
+  EXPECT_FALSE(session_->Reset());
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{0}));
+
+  const auto fresh = database_.Connect();
+  fresh->SetIsolationLevel(ADODB::IsolationLevel::Serializable);
+  fresh->Begin();
+  fresh->Execute("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  EXPECT_TRUE(fresh->Reset());
+  const auto level = fresh->Query(TypeOfEngine("SHOW transaction_isolation", "SELECT @@tx_isolation"), {});
+  ASSERT_TRUE(level->Next());
+  EXPECT_THAT(automation::ToText(level->Value(0)), testing::AnyOf("read committed", "READ-COMMITTED"));
+}
+
+TEST_P(OdbcProviderTest, IsNotUsedAgainOnceAStatementMayHaveChangedItsSettings) {
+  session_->Execute(TypeOfEngine("SET datestyle = 'German'", "SET @@session.sql_mode = ''"), {});
+  EXPECT_FALSE(session_->Reset());
+}
+
+TEST_P(OdbcProviderTest, RunsInReadCommittedIsolationUnlessToldOtherwise) {
+  const char* level = TypeOfEngine("SHOW transaction_isolation", "SELECT @@tx_isolation");
+  EXPECT_THAT(automation::ToText(Single(level)), testing::AnyOf("read committed", "READ-COMMITTED"));
+  session_->SetIsolationLevel(ADODB::IsolationLevel::Serializable);
+  EXPECT_THAT(automation::ToText(Single(level)), testing::AnyOf("serializable", "SERIALIZABLE"));
+}
+
+TEST_P(OdbcProviderTest, IsDeadOnceTheServerHasEndedIt) {
+  const Variant id = Single(TypeOfEngine("SELECT pg_backend_pid()", "SELECT connection_id()"));
+  database_.Execute(OnPostgreSql() ? "SELECT pg_terminate_backend(" + automation::ToText(id) + ")"
+                                   : "KILL " + automation::ToText(id));
+  ErrorOf([&] { Single("SELECT 1"); });
+  EXPECT_FALSE(session_->Reset());
+  EXPECT_FALSE(session_->Ping());
+}
+
+TEST_P(OdbcProviderTest, SetsTheDriverOptionsThatTheStringLeavesOpen) {
+  if (OnPostgreSql()) {
+    EXPECT_EQ(Single("SHOW jit"), Variant("off"));
+    EXPECT_EQ(Single("SHOW datestyle"), Variant("ISO, MDY"));
+  } else {
+    EXPECT_THAT(automation::ToText(Single("SELECT @@sql_mode")),
+                testing::AllOf(HasSubstr("STRICT_TRANS_TABLES"), HasSubstr("NO_BACKSLASH_ESCAPES"),
+                               HasSubstr("PIPES_AS_CONCAT"), HasSubstr("ANSI_QUOTES")));
+    EXPECT_EQ(Single("SELECT @@character_set_client"), Variant("utf8mb4"));
+  }
+}
+
+TEST_P(OdbcProviderTest, LeavesAnOptionToTheStringThatGivesIt) {
+  const std::string option = OnPostgreSql() ? ";ConnSettings=SET+jit%3Don" : ";INITSTMT={SET @own = 1}";
+  const auto session = ADODB::odbc::MakeProvider()->Connect(
+      ADODB::engine::ConnectionString::Parse(database_.ConnectionString() + option));
+  const auto rows = session->Query(TypeOfEngine("SHOW jit", "SELECT concat('', @own)"), {});
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant(TypeOfEngine("on", "1")));
+}
+
+TEST_P(OdbcProviderTest, TakesUserAndPasswordOfConnectionOpen) {
+  auto text = ADODB::engine::ConnectionString::Parse(database_.ConnectionString());
+  text.Set("User ID", *text.Value("UID"));
+  text.Set("Password", *text.Value("PWD"));
+  text.Remove("UID");
+  text.Remove("PWD");
+  EXPECT_TRUE(ADODB::odbc::MakeProvider()->Connect(text)->Ping());
+}
+
+TEST_P(OdbcProviderTest, ReportsAWrongPassword) {
+  auto text = ADODB::engine::ConnectionString::Parse(database_.ConnectionString());
+  text.Set("PWD", "wrong");
+  const automation::Error error = ErrorOf([&] { ADODB::odbc::MakeProvider()->Connect(text); });
+  EXPECT_THAT(error.Description(), testing::AnyOf(HasSubstr("password authentication failed for user"),
+                                                  HasSubstr("Access denied for user")));
+}
+
+TEST_P(OdbcProviderTest, ReportsARefusedConnection) {
+  auto text = ADODB::engine::ConnectionString::Parse(database_.ConnectionString());
+  text.Set("Port", "1");
+  const automation::Error error = ErrorOf([&] { ADODB::odbc::MakeProvider()->Connect(text); });
+  EXPECT_THAT(error.SqlState(), testing::AnyOf("08001", "HY000"));
+  EXPECT_THAT(error.Description(),
+              testing::AnyOf(HasSubstr("Connection refused"), HasSubstr("Can't connect to server")));
+}
+
+TEST_P(OdbcProviderTest, ReportsADatabaseThatIsNotThere) {
+  auto text = ADODB::engine::ConnectionString::Parse(database_.ConnectionString());
+  text.Set("Database", "nowhere");
+  const automation::Error error = ErrorOf([&] { ADODB::odbc::MakeProvider()->Connect(text); });
+  EXPECT_THAT(error.Description(), HasSubstr("nowhere"));
+}
+
+TEST(MariaDbProviderTest, ReadsZeroDatesAsNull) {
+  const orvane_test::ServerDatabase database("mariadb");
+  const auto session = database.Connect();
+  session->Execute("CREATE TABLE OLD (ID INTEGER PRIMARY KEY, MOMENT DATETIME)", {});
+  session->Execute("INSERT INTO OLD VALUES (1, '0000-00-00 00:00:00'), (2, '2004-07-26 00:00:00')", {});
+  const auto rows = session->Query("SELECT MOMENT FROM OLD ORDER BY ID", {});
+  ASSERT_TRUE(rows->Next());
+  EXPECT_TRUE(rows->Value(0).IsNull());
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant(Moment(2004, 7, 26, 0, 0, 0)));
+}
+
+TEST(OdbcDriverTest, ReportsADriverThatIsNotInstalled) {
+  try {
+    ADODB::odbc::MakeProvider()->Connect(
+        ADODB::engine::ConnectionString::Parse("Driver={No Such Driver};Server=x"));
+    FAIL() << "nothing was raised";
+  } catch (const automation::Error& error) {
+    EXPECT_THAT(error.Description(), HasSubstr("No Such Driver"));
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Servers, OdbcProviderTest,
                          testing::Values(std::string("postgresql"), std::string("mariadb")),
                          [](const testing::TestParamInfo<std::string>& server) { return server.param; });
