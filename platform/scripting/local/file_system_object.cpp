@@ -99,17 +99,21 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
   if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);
-  if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
+  resolver_.Removing(found->path, [&found] {
+    if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
+  });
 }
 
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found)) Raise(ErrorNumber::PathNotFound);
-  if (S_ISLNK(found->status.st_mode)) {
-    if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-  } else {
-    RemoveTree(found->path, force);
-  }
+  resolver_.Removing(found->path, [&found, force] {
+    if (!S_ISLNK(found->status.st_mode)) {
+      RemoveTree(found->path, force);
+    } else if (unlink(found->path.c_str()) != 0) {
+      RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    }
+  });
 }
 
 std::string LocalFileSystem::GetParentFolderName(std::string_view path) const {

@@ -1,12 +1,11 @@
 #include "platform/scripting/local/path_resolver.hpp"
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/scripting/local/native_name.hpp"
@@ -18,10 +17,6 @@ namespace {
 
 using automation::ErrorNumber;
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 bool IsMissing(int code) {
   return code == ENOENT || code == ENOTDIR || code == ENAMETOOLONG;
 }
@@ -31,6 +26,12 @@ std::string Joined(std::string_view folder, std::string_view name) {
   if (!path.empty() && path.back() != '/') path += '/';
   path += name;
   return path;
+}
+
+std::pair<std::string_view, std::string_view> FolderAndName(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos || slash == 0) return {{}, path};
+  return {path.substr(0, slash), path.substr(slash + 1)};
 }
 
 std::vector<std::string> Parts(std::string_view path) {
@@ -58,23 +59,6 @@ std::string WithinRoot(std::string_view rest) {
   std::string path;
   for (const std::string& part : kept) path = Joined(path, part);
   return path;
-}
-
-// The name in `folder` that equals `name` but for case; of several the first in byte order.
-std::optional<std::string> NameIgnoringCase(const std::string& folder, const std::string& name) {
-  const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.empty() ? "." : folder.c_str()));
-  if (!listing) {
-    if (IsMissing(errno)) return std::nullopt;
-    RaiseSystemError(errno, ErrorNumber::PathNotFound);
-  }
-  const std::string wanted = FoldedName(ShownName(name));
-  std::optional<std::string> best;
-  while (const dirent* entry = readdir(listing.get())) {
-    const std::string_view candidate = entry->d_name;
-    if (best && candidate >= *best) continue;
-    if (FoldedName(ShownName(candidate)) == wanted) best = candidate;
-  }
-  return best;
 }
 
 }  // namespace
@@ -111,7 +95,19 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   Found found{std::move(*native), {}};
   if (lstat(found.path.c_str(), &found.status) == 0) return found;
   if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-  return FindIgnoringCase(found.path, path);
+
+  const auto [folder, name] = FolderAndName(found.path);
+  if (!folder.empty() && folder == askedFolder_ && lstat(askedFolder_.c_str(), &found.status) != 0 &&
+      IsMissing(errno)) {
+    Found sibling{Joined(foundFolder_, name), {}};
+    if (lstat(sibling.path.c_str(), &sibling.status) == 0) return sibling;
+  }
+  std::optional<Found> other = FindIgnoringCase(found.path, path);
+  if (other) {
+    askedFolder_ = folder;
+    foundFolder_ = FolderAndName(other->path).first;
+  }
+  return other;
 }
 
 std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, std::string_view path) const {
@@ -128,7 +124,7 @@ std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, s
     std::string next = Joined(found.path, part);
     if (lstat(next.c_str(), &found.status) != 0) {
       if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-      const std::optional<std::string> name = NameIgnoringCase(found.path, part);
+      const std::optional<std::string> name = names_.Find(found.path, part);
       if (!name) return std::nullopt;
       next = Joined(found.path, *name);
       if (lstat(next.c_str(), &found.status) != 0) return std::nullopt;

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/scripting/local/folder_names.hpp"
+
 namespace Scripting::local {
 
 // Drive letters ("C") and the folders that they stand for.
@@ -19,6 +21,7 @@ struct Found {
   struct stat status;  // of the item itself, a link not followed
 };
 
+// Not to be shared between threads.
 class PathResolver {
  public:
   // Letters may be given in either case; the folders are absolute paths of the operating system.
@@ -41,6 +44,12 @@ class PathResolver {
   };
   Place PlaceFor(std::string_view path) const;
 
+  // Calls `remove`, which takes the item at the operating system's path away.
+  template <class Remove>
+  void Removing(const std::string& native, const Remove& remove) {
+    names_.Removing(native, remove);
+  }
+
   bool DriveExists(std::string_view drive) const;
 
   // `native` as job code writes it, drive letters put back as `like` has them; absolute.
@@ -50,6 +59,10 @@ class PathResolver {
   std::optional<Found> FindIgnoringCase(const std::string& native, std::string_view path) const;
 
   DriveTable drives_;
+  mutable FolderNames names_;
+  // The folder last found under another spelling than asked for: a sweep asks for one item after the other.
+  mutable std::string askedFolder_;
+  mutable std::string foundFolder_;
 };
 
 }  // namespace Scripting::local

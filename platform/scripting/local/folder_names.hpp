@@ -1,0 +1,59 @@
+// The names in folders, found without regard to case.
+//
+// A sweep may ask a folder of a hundred thousand entries for fifty thousand names that are not there; reading
+// the folder for each of them would take hours. So the names of a large folder are kept for as long as the
+// folder's own time stamps say that nothing came or went.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Scripting::local {
+
+class FolderNames {
+ public:
+  // The name in `folder` that equals `name` but for case, as the disk has it; of several the first in byte
+  // order. Nothing when there is none or no such folder; 70 when the folder may not be read.
+  std::optional<std::string> Find(const std::string& folder, const std::string& name);
+
+  // Calls `remove`, which takes the item at `path` away, and keeps up with what that does to its folder. A
+  // name that somebody else adds within the same tick of the disk's clock may stay unknown in other spellings
+  // than its own until the folder changes again.
+  template <class Remove>
+  void Removing(const std::string& path, const Remove& remove) {
+    const std::optional<std::size_t> known = BeforeRemoval(path);
+    remove();
+    if (known) AfterRemoval(path, *known);
+  }
+
+ private:
+  struct Stamp {
+    dev_t device = 0;
+    ino_t inode = 0;
+    timespec modified{};
+    timespec changed{};
+  };
+  struct Folder {
+    std::string path;
+    Stamp stamp;
+    std::unordered_map<std::string, std::vector<std::string>> names;  // by folded name, in byte order
+  };
+
+  static std::optional<Stamp> StampOf(const std::string& folder);
+  static bool Same(const Stamp& one, const Stamp& other);
+  static Folder Read(const std::string& path);
+
+  const Folder* Known(const std::string& folder);
+  std::optional<std::size_t> BeforeRemoval(const std::string& path);
+  void AfterRemoval(const std::string& path, std::size_t known);
+
+  std::vector<Folder> folders_;  // a handful
+};
+
+}  // namespace Scripting::local
