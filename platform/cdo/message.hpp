@@ -10,15 +10,18 @@ namespace CDO {
 
 class Message : public automation::Object {
  public:
-  // One address each; a line break in an address or in the subject raises 5 in send().
+  // One address each, alone or as "Name <address>". send() raises 5 for a line break or another control
+  // character in an address or in the subject, and for an address that could be taken for several.
   virtual void setFrom(std::string_view address) = 0;
   virtual void setTo(std::string_view address) = 0;
   virtual void setSubject(std::string_view subject) = 0;
-  virtual void setMimeFormatted(bool value) = 0;
+  virtual void setMimeFormatted(bool value) = 0;  // every mail is MIME; kept without effect
   virtual void setTextBody(std::string_view text) = 0;
   // The file's content at this moment; 53 when it is missing.
   virtual void AddAttachment(std::string_view path) = 0;
   // Hands the mail to the transport; raises with the transport's own message when it does not take it.
+  // Without a recipient it raises -2147220980, without a sender -2147220979, for a server that cannot be
+  // reached -2147220973, and -2147220975 with the server's answer for whatever else the server does not do.
   virtual void send() = 0;
 };
 using MessagePtr = std::shared_ptr<Message>;

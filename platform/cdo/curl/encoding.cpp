@@ -1,0 +1,147 @@
+#include "platform/cdo/curl/encoding.hpp"
+
+#include <cstdint>
+
+namespace CDO::curl {
+namespace {
+
+constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char kHex[] = "0123456789ABCDEF";
+constexpr std::size_t kLine = 76;
+
+std::uint32_t Byte(char c) {
+  return static_cast<unsigned char>(c);
+}
+
+void AppendBase64(std::string& out, std::string_view bytes) {
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::size_t count = bytes.size() - i;
+    const std::uint32_t group = Byte(bytes[i]) << 16 | (count > 1 ? Byte(bytes[i + 1]) << 8 : 0U) |
+                                (count > 2 ? Byte(bytes[i + 2]) : 0U);
+    out += kBase64[group >> 18];
+    out += kBase64[group >> 12 & 63U];
+    out += count > 1 ? kBase64[group >> 6 & 63U] : '=';
+    out += count > 2 ? kBase64[group & 63U] : '=';
+  }
+}
+
+void AppendHex(std::string& out, char mark, char c) {
+  out += mark;
+  out += kHex[Byte(c) >> 4];
+  out += kHex[Byte(c) & 15U];
+}
+
+// The longest beginning of `text` of at most `limit` bytes that does not cut a UTF-8 character in two.
+std::size_t WholeCharacters(std::string_view text, std::size_t limit) {
+  if (text.size() <= limit) return text.size();
+  std::size_t end = limit;
+  while (end > 0 && (Byte(text[end]) & 0xC0U) == 0x80U) --end;
+  return end > 0 ? end : limit;
+}
+
+}  // namespace
+
+bool IsPlainAscii(std::string_view text) {
+  for (const char c : text) {
+    if (c < ' ' || c > '~') return false;
+  }
+  return true;
+}
+
+std::string Base64Lines(std::string_view bytes) {
+  constexpr std::size_t kBytesPerLine = kLine / 4 * 3;
+  std::string out;
+  out.reserve(bytes.size() / kBytesPerLine * (kLine + 2) + kLine + 2);
+  for (std::size_t i = 0; i < bytes.size(); i += kBytesPerLine) {
+    AppendBase64(out, bytes.substr(i, kBytesPerLine));
+    out += "\r\n";
+  }
+  return out;
+}
+
+std::string QuotedPrintable(std::string_view text) {
+  std::string out;
+  std::size_t column = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text.substr(i, 2) == "\r\n") {
+      out += "\r\n";
+      column = 0;
+      ++i;
+      continue;
+    }
+    const char c = text[i];
+    const bool atLineEnd = i + 1 == text.size() || text.substr(i + 1, 2) == "\r\n";
+    const bool blank = c == ' ' || c == '\t';
+    const bool plain = blank ? !atLineEnd : (c > ' ' && c <= '~' && c != '=');
+    const std::size_t width = plain ? 1 : 3;
+    if (column + width > kLine - 1) {
+      out += "=\r\n";
+      column = 0;
+    }
+    if (plain) {
+      out += c;
+    } else {
+      AppendHex(out, '=', c);
+    }
+    column += width;
+  }
+  return out;
+}
+
+std::string HeaderText(std::string_view utf8) {
+  constexpr std::size_t kLongestPlain = 900;
+  if (IsPlainAscii(utf8) && utf8.size() <= kLongestPlain && utf8.find("=?") == std::string_view::npos) {
+    return std::string(utf8);
+  }
+  constexpr std::size_t kBytesPerWord = 42;  // 56 characters of base64; 12 more for the word's frame
+  std::string out;
+  while (!utf8.empty()) {
+    const std::size_t count = WholeCharacters(utf8, kBytesPerWord);
+    if (!out.empty()) out += "\r\n ";
+    out += "=?utf-8?B?";
+    AppendBase64(out, utf8.substr(0, count));
+    out += "?=";
+    utf8.remove_prefix(count);
+  }
+  return out;
+}
+
+std::string HeaderParameter(std::string_view name, std::string_view utf8) {
+  std::string out = ";\r\n " + std::string(name);
+  constexpr std::size_t kLongestQuoted = 200;
+  if (IsPlainAscii(utf8) && utf8.size() <= kLongestQuoted) {
+    out += "=\"";
+    for (const char c : utf8) {
+      if (c == '"' || c == '\\') out += '\\';
+      out += c;
+    }
+    return out + "\"";
+  }
+  out += "*=utf-8''";
+  for (const char c : utf8) {
+    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                       c == '-' || c == '.' || c == '_';
+    if (plain) {
+      out += c;
+    } else {
+      AppendHex(out, '%', c);
+    }
+  }
+  return out;
+}
+
+std::string WithCrLf(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 32);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' || text[i] == '\n') {
+      if (text.substr(i, 2) == "\r\n") ++i;
+      out += "\r\n";
+    } else {
+      out += text[i];
+    }
+  }
+  return out;
+}
+
+}  // namespace CDO::curl

@@ -1,0 +1,34 @@
+// "CDO.Message": collects the parts of a mail and hands it to a transport.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "platform/cdo/curl/mime.hpp"
+#include "platform/cdo/curl/transport.hpp"
+#include "platform/cdo/message.hpp"
+#include "platform/scripting/local/path_resolver.hpp"
+
+namespace CDO::curl {
+
+class MessageImpl final : public Message {
+ public:
+  MessageImpl(std::shared_ptr<Transport> transport,
+              std::shared_ptr<const Scripting::local::PathResolver> paths)
+      : transport_(std::move(transport)), paths_(std::move(paths)) {}
+
+  void setFrom(std::string_view address) override { mail_.from = address; }
+  void setTo(std::string_view address) override { mail_.to = address; }
+  void setSubject(std::string_view subject) override { mail_.subject = subject; }
+  void setMimeFormatted(bool) override {}
+  void setTextBody(std::string_view text) override { mail_.body = text; }
+  void AddAttachment(std::string_view path) override;
+  void send() override;
+
+ private:
+  std::shared_ptr<Transport> transport_;
+  std::shared_ptr<const Scripting::local::PathResolver> paths_;
+  Mail mail_;
+};
+
+}  // namespace CDO::curl

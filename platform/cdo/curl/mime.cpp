@@ -1,0 +1,187 @@
+#include "platform/cdo/curl/mime.hpp"
+
+#include <cstdlib>
+
+#include "platform/automation/error.hpp"
+#include "platform/cdo/curl/encoding.hpp"
+#include "platform/cdo/curl/failure.hpp"
+
+namespace CDO::curl {
+namespace {
+
+bool HasControlCharacter(std::string_view text) {
+  for (const char c : text) {
+    if ((c >= 0 && c < ' ') || c == '\x7F') return true;
+  }
+  return false;
+}
+
+void RequireHeaderText(std::string_view text) {
+  if (HasControlCharacter(text))
+    throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kSource);
+}
+
+// Raises for what could be read as several addresses, or as anything but the mailbox that the envelope names.
+void RequireAddress(std::string_view address) {
+  RequireHeaderText(address);
+  const std::string_view bare = BareAddress(address);
+  const bool plain =
+      !bare.empty() && IsPlainAscii(bare) && bare.find_first_of(" <>,;:()[]\\\"") == std::string_view::npos;
+  const bool named = bare.size() != address.size();
+  const std::string_view name = named ? address.substr(0, address.rfind('<')) : std::string_view();
+  if (!plain || name.find_first_of("<>") != std::string_view::npos) {
+    throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kSource);
+  }
+}
+
+std::string AddressField(std::string_view address) {
+  const std::string_view bare = BareAddress(address);
+  if (bare.size() == address.size()) return std::string(address);
+  std::string_view name = address.substr(0, address.rfind('<'));
+  while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+  while (!name.empty() && name.front() == ' ') name.remove_prefix(1);
+  if (name.size() >= 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
+  if (name.empty()) return "<" + std::string(bare) + ">";
+  std::string shown;
+  if (IsPlainAscii(name)) {
+    shown = "\"";
+    for (const char c : name) {
+      if (c == '"' || c == '\\') shown += '\\';
+      shown += c;
+    }
+    shown += '"';
+  } else {
+    shown = HeaderText(name);
+  }
+  return shown + " <" + std::string(bare) + ">";
+}
+
+std::string DateField(std::time_t time) {
+  static constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  static constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  std::tm local{};
+  localtime_r(&time, &local);
+  const long offset = local.tm_gmtoff / 60;
+  const auto two = [](long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+  return std::string(kDays[local.tm_wday]) + ", " + std::to_string(local.tm_mday) + " " +
+         kMonths[local.tm_mon] + " " + std::to_string(local.tm_year + 1900) + " " + two(local.tm_hour) + ":" +
+         two(local.tm_min) + ":" + two(local.tm_sec) + (offset < 0 ? " -" : " +") +
+         two(std::labs(offset) / 60) + two(std::labs(offset) % 60);
+}
+
+struct EncodedText {
+  std::string_view charset;
+  std::string_view encoding;
+  std::string text;
+};
+
+EncodedText EncodedBody(std::string_view body) {
+  const std::string text = WithCrLf(body);
+  std::size_t foreign = 0;
+  std::size_t longest = 0;
+  std::size_t lineStart = 0;
+  bool controls = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] < 0) ++foreign;
+    if (text[i] == '\n') lineStart = i + 1;
+    if (i - lineStart > longest) longest = i - lineStart;
+    if (text[i] >= 0 && text[i] < ' ' && text[i] != '\t' && text[i] != '\r' && text[i] != '\n')
+      controls = true;
+  }
+  constexpr std::size_t kLongestLine = 900;
+  if (foreign == 0 && !controls && longest <= kLongestLine) return {"us-ascii", "7bit", text};
+  // Text of another script would triple in size as quoted-printable, and stay as unreadable as in base64.
+  if (foreign > text.size() / 4) return {"utf-8", "base64", Base64Lines(text)};
+  return {"utf-8", "quoted-printable", QuotedPrintable(text)};
+}
+
+void AppendText(std::string& out, std::string_view body) {
+  const EncodedText encoded = EncodedBody(body);
+  out += "Content-Type: text/plain; charset=" + std::string(encoded.charset) + "\r\n";
+  out += "Content-Transfer-Encoding: " + std::string(encoded.encoding) + "\r\n\r\n";
+  out += encoded.text;
+}
+
+void AppendAttachment(std::string& out, const Attachment& attachment) {
+  out += "Content-Type: " + std::string(MediaType(attachment.name)) +
+         HeaderParameter("name", attachment.name) + "\r\n";
+  out += "Content-Transfer-Encoding: base64\r\n";
+  out += "Content-Disposition: attachment" + HeaderParameter("filename", attachment.name) + "\r\n\r\n";
+  out += Base64Lines(attachment.content);
+}
+
+}  // namespace
+
+std::string_view BareAddress(std::string_view address) {
+  const std::size_t open = address.rfind('<');
+  if (open == std::string_view::npos || address.back() != '>') return address;
+  return address.substr(open + 1, address.size() - open - 2);
+}
+
+std::string_view MediaType(std::string_view fileName) {
+  static constexpr struct {
+    std::string_view extension;
+    std::string_view type;
+  } kTypes[] = {{".htm", "text/html"},
+                {".html", "text/html"},
+                {".txt", "text/plain"},
+                {".log", "text/plain"},
+                {".csv", "text/csv"},
+                {".xml", "application/xml"},
+                {".pdf", "application/pdf"},
+                {".zip", "application/zip"},
+                {".gz", "application/gzip"},
+                {".jpg", "image/jpeg"},
+                {".jpeg", "image/jpeg"},
+                {".png", "image/png"},
+                {".gif", "image/gif"},
+                {".bmp", "image/bmp"},
+                {".doc", "application/msword"},
+                {".rtf", "application/rtf"},
+                {".xls", "application/vnd.ms-excel"}};
+  std::string lower(fileName);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  const std::size_t dot = lower.rfind('.');
+  if (dot != std::string::npos) {
+    for (const auto& [extension, type] : kTypes) {
+      if (std::string_view(lower).substr(dot) == extension) return type;
+    }
+  }
+  return "application/octet-stream";
+}
+
+std::string Compose(const Mail& mail, const Stamp& stamp) {
+  if (mail.to.empty()) throw automation::Error(kNoRecipient, kSource, std::string(kNoRecipientText));
+  if (mail.from.empty()) throw automation::Error(kNoSender, kSource, std::string(kNoSenderText));
+  RequireAddress(mail.from);
+  RequireAddress(mail.to);
+  RequireHeaderText(mail.subject);
+
+  std::string out = "Date: " + DateField(stamp.time) + "\r\n";
+  out += "Message-ID: <" + stamp.unique + "@" + stamp.host + ">\r\n";
+  out += "From: " + AddressField(mail.from) + "\r\n";
+  out += "To: " + AddressField(mail.to) + "\r\n";
+  out += "Subject: " + HeaderText(mail.subject) + "\r\n";
+  out += "MIME-Version: 1.0\r\n";
+  if (mail.attachments.empty()) {
+    AppendText(out, mail.body);
+    return out;
+  }
+  // "=_" stands in neither encoding, and the unique part in no plain text that was written before it was
+  // drawn.
+  const std::string boundary = "=_" + stamp.unique;
+  out += "Content-Type: multipart/mixed; boundary=\"" + boundary + "\"\r\n\r\n";
+  out += "--" + boundary + "\r\n";
+  AppendText(out, mail.body);
+  for (const Attachment& attachment : mail.attachments) {
+    out += "\r\n--" + boundary + "\r\n";
+    AppendAttachment(out, attachment);
+  }
+  out += "\r\n--" + boundary + "--\r\n";
+  return out;
+}
+
+}  // namespace CDO::curl

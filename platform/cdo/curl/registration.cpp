@@ -1,0 +1,22 @@
+#include "platform/cdo/registration.hpp"
+
+#include <curl/curl.h>
+
+#include <memory>
+
+#include "platform/cdo/curl/message_impl.hpp"
+#include "platform/cdo/curl/transport.hpp"
+
+namespace CDO {
+
+void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  const std::shared_ptr<curl::Transport> transport = settings.sendUsing == SendUsing::Pickup
+                                                         ? curl::MakePickupTransport(settings)
+                                                         : curl::MakeSmtpTransport(settings);
+  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
+  classes.Register("CDO.Message",
+                   [transport, paths] { return std::make_shared<curl::MessageImpl>(transport, paths); });
+}
+
+}  // namespace CDO
