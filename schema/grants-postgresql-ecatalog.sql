@@ -1,0 +1,9 @@
+-- What the jobs may do in the catalogue database on PostgreSQL, and nothing else.
+-- Run by the owner of the tables, in that database. The account is made before, with
+-- CREATE ROLE orvane_jobs LOGIN PASSWORD '...'.
+
+GRANT USAGE ON SCHEMA public TO orvane_jobs;
+GRANT SELECT ON FAQPARAMETER TO orvane_jobs;
+GRANT SELECT ON FAQCATEGORY TO orvane_jobs;
+GRANT SELECT ON PRODUCTCATEGORY TO orvane_jobs;
+GRANT SELECT ON PRODUCT TO orvane_jobs;

@@ -1,0 +1,22 @@
+-- What the jobs may do in the suite's own database on PostgreSQL, and nothing else.
+-- Run by the owner of the tables, in that database. The account is made before, with
+-- CREATE ROLE orvane_jobs LOGIN PASSWORD '...'.
+
+GRANT USAGE ON SCHEMA public TO orvane_jobs;
+GRANT SELECT ON PARAMETERS TO orvane_jobs;
+GRANT SELECT, DELETE, UPDATE (PENDINGQUESTIONS) ON PROSPECT TO orvane_jobs;
+GRANT DELETE ON PREVIEW TO orvane_jobs;
+GRANT SELECT, DELETE, UPDATE (Q_STATUS) ON QUESTIONS TO orvane_jobs;
+GRANT SELECT, DELETE ON QUESTIONHISTORY TO orvane_jobs;
+GRANT SELECT, INSERT, DELETE ON TRANSACTIONS TO orvane_jobs;
+GRANT SELECT, DELETE ON DATAFILES TO orvane_jobs;
+GRANT SELECT ON CHATSESSIONS TO orvane_jobs;
+GRANT SELECT, DELETE, UPDATE (T2_DATE) ON REMINDER TO orvane_jobs;
+GRANT SELECT ON EMAIL TO orvane_jobs;
+GRANT SELECT ON I18NTEXT TO orvane_jobs;
+GRANT SELECT ON DATALABEL TO orvane_jobs;
+GRANT SELECT ON SITE TO orvane_jobs;
+GRANT SELECT ON PRODUCT TO orvane_jobs;
+GRANT SELECT ON OBJECT TO orvane_jobs;
+GRANT SELECT ON PROBLEM TO orvane_jobs;
+GRANT SELECT ON PRIORITY TO orvane_jobs;
