@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,10 @@ class Session {
   // Key and generated column of a table, by its name as a statement writes it (maybe quoted, maybe with a
   // schema). A name that is no table (a view, ...) has an empty shape.
   virtual TableShape Describe(const std::string& table) = 0;
+
+  // A number that differs after any committed change to the database, by this session or another; nothing
+  // when the engine has no cheap way to tell.
+  virtual std::optional<std::int64_t> ChangeMark() { return std::nullopt; }
 
   // Makes the session fit for the next user (no open transaction, settings as after opening); false when it
   // is dead and must be thrown away.

@@ -1,9 +1,9 @@
 #include "platform/adodb/engine/translation.hpp"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "platform/adodb/engine/engine_error.hpp"
+#include "platform/adodb/engine/iso_date_time.hpp"
 #include "platform/adodb/engine/or_chain.hpp"
 #include "platform/automation/runtime.hpp"
 
@@ -12,14 +12,6 @@ namespace {
 
 constexpr std::size_t kLongChain = 100;
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
-std::string IsoText(automation::DateTime value) {
-  const automation::DateTimeParts parts = value.Parts();
-  char buffer[80];
-  std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d %02d:%02d:%02d", parts.year, parts.month, parts.day,
-                parts.hour, parts.minute, parts.second);
-  return buffer;
-}
 
 // The characters of a quoted text.
 std::string Unquoted(std::string_view token) {

@@ -1,0 +1,12 @@
+// SQL functions that the SQLite dialect counts on.
+#pragma once
+
+#include <sqlite3.h>
+
+namespace ADODB::sqlite {
+
+// orvane_adddays(days, moment): the stored date-time `moment` moved by whole days, in the stored form again;
+// NULL for NULL and for a value that is no date.
+void RegisterFunctions(sqlite3* database);
+
+}  // namespace ADODB::sqlite

@@ -1,0 +1,166 @@
+#include "platform/adodb/providers/sqlite/statement.hpp"
+
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+#include "platform/adodb/engine/iso_date_time.hpp"
+#include "platform/adodb/providers/sqlite/error.hpp"
+#include "platform/adodb/providers/sqlite/values.hpp"
+
+namespace ADODB::sqlite {
+namespace {
+
+constexpr std::size_t kCachedStatements = 32;
+constexpr std::size_t kLongestCachedText = 4096;
+
+int BindOne(sqlite3_stmt* statement, int place, const automation::Variant& value) {
+  return std::visit(
+      [&](const auto& held) -> int {
+        using Held = std::decay_t<decltype(held)>;
+        const auto bindText = [&](std::string_view text) {
+          return sqlite3_bind_text64(statement, place, text.data(), text.size(), SQLITE_TRANSIENT,
+                                     SQLITE_UTF8);
+        };
+        if constexpr (std::is_same_v<Held, automation::EmptyValue> ||
+                      std::is_same_v<Held, automation::NullValue>) {
+          return sqlite3_bind_null(statement, place);
+        } else if constexpr (std::is_same_v<Held, double>) {
+          return sqlite3_bind_double(statement, place, held);
+        } else if constexpr (std::is_arithmetic_v<Held>) {
+          return sqlite3_bind_int64(statement, place, held ? static_cast<std::int64_t>(held) : 0);
+        } else if constexpr (std::is_same_v<Held, automation::DateTime>) {
+          return bindText(engine::IsoText(held));
+        } else if constexpr (std::is_same_v<Held, std::string>) {
+          return bindText(held);
+        } else {
+          throw automation::Error(automation::ErrorNumber::TypeMismatch);
+        }
+      },
+      value.Get());
+}
+
+std::string TextOrEmpty(const char* text) {
+  return text == nullptr ? std::string() : std::string(text);
+}
+
+std::string CollationOf(sqlite3* database, const engine::Column& column) {
+  if (column.baseTable.empty()) return {};
+  const char* collation = nullptr;
+  sqlite3_table_column_metadata(database, nullptr, column.baseTable.c_str(), column.baseColumn.c_str(),
+                                nullptr, &collation, nullptr, nullptr, nullptr);
+  return TextOrEmpty(collation);
+}
+
+}  // namespace
+
+Prepared::Prepared(sqlite3* database, std::string_view sql) : database_(database) {
+  if (sql.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+    throw ErrorOf(SQLITE_TOOBIG, "string or blob too big");
+  }
+  sqlite3_stmt* statement = nullptr;
+  const int code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()),
+                                      SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+  statement_.reset(statement);
+  if (code != SQLITE_OK) throw ErrorOf(database, code);
+  if (statement == nullptr) throw ErrorOf(SQLITE_ERROR, "incomplete input");
+}
+
+void Prepared::Bind(const engine::Parameters& parameters) {
+  // An unbound "?" would silently count as NULL.
+  if (sqlite3_bind_parameter_count(statement_.get()) != static_cast<int>(parameters.size())) {
+    throw ErrorOf(SQLITE_ERROR, "the statement and its parameters do not match in number");
+  }
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    const int code = BindOne(statement_.get(), static_cast<int>(i) + 1, parameters[i]);
+    if (code != SQLITE_OK) throw ErrorOf(database_, code);
+  }
+}
+
+bool Prepared::Step() {
+  const int code = sqlite3_step(statement_.get());
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  automation::Error error = ErrorOf(database_, code);
+  Reset();
+  throw error;
+}
+
+void Prepared::Reset() noexcept {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
+}
+
+const std::vector<engine::Column>& Prepared::Columns() {
+  const int prepared = sqlite3_stmt_status(statement_.get(), SQLITE_STMTSTATUS_REPREPARE, 0);
+  if (prepared == describedAt_) return columns_;
+  columns_.clear();
+  for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i) {
+    engine::Column column;
+    column.name = TextOrEmpty(sqlite3_column_name(statement_.get(), i));
+    column.type = TypeOfDeclaration(TextOrEmpty(sqlite3_column_decltype(statement_.get(), i)));
+    column.baseTable = TextOrEmpty(sqlite3_column_table_name(statement_.get(), i));
+    column.baseColumn = TextOrEmpty(sqlite3_column_origin_name(statement_.get(), i));
+    column.collation = CollationOf(database_, column);
+    columns_.push_back(std::move(column));
+  }
+  describedAt_ = prepared;
+  return columns_;
+}
+
+automation::Variant Prepared::Value(std::size_t column) const {
+  return ReadValue(statement_.get(), static_cast<int>(column), columns_[column]);
+}
+
+std::unique_ptr<Prepared> StatementCache::Take(std::string_view sql) {
+  const auto found = bySql_.find(sql);
+  if (found == bySql_.end()) return std::make_unique<Prepared>(database_, sql);
+  std::unique_ptr<Prepared> statement = std::move(found->second->statement);
+  const auto entry = found->second;
+  bySql_.erase(found);
+  entries_.erase(entry);
+  return statement;
+}
+
+void StatementCache::GiveBack(std::string_view sql, std::unique_ptr<Prepared> statement) {
+  statement->Reset();
+  if (sql.size() > kLongestCachedText || bySql_.contains(sql)) return;
+  entries_.push_front({std::string(sql), std::move(statement)});
+  bySql_.emplace(entries_.front().sql, entries_.begin());
+  if (entries_.size() > kCachedStatements) {
+    bySql_.erase(entries_.back().sql);
+    entries_.pop_back();
+  }
+}
+
+StatementRows::StatementRows(StatementCache& cache, std::string_view sql,
+                             const engine::Parameters& parameters)
+    : cache_(cache), sql_(sql), statement_(cache.Take(sql)) {
+  // The first row is fetched at once: what the engine has against the statement is said here, and a schema
+  // that changed since the statement was prepared is taken in before the columns are looked at.
+  statement_->Bind(parameters);
+  hasRow_ = statement_->Step();
+  statement_->Columns();
+}
+
+StatementRows::~StatementRows() {
+  statement_->Reset();
+  try {
+    cache_.GiveBack(sql_, std::move(statement_));
+  } catch (...) {
+    // Not kept prepared, then.
+  }
+}
+
+bool StatementRows::Next() {
+  if (first_) {
+    first_ = false;
+  } else if (hasRow_) {
+    hasRow_ = statement_->Step();
+  }
+  // A finished statement holds no lock, even while its rows object lives on.
+  if (!hasRow_) statement_->Reset();
+  return hasRow_;
+}
+
+}  // namespace ADODB::sqlite
