@@ -1,0 +1,83 @@
+#include "platform/adodb/engine/connection_impl.hpp"
+
+#include "platform/adodb/engine/recordset_impl.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+[[noreturn]] void Raise(automation::ErrorNumber number) {
+  throw automation::Error(number, "ADODB.Connection");
+}
+
+}  // namespace
+
+ConnectionImpl::~ConnectionImpl() {
+  if (link_) link_->Close();
+}
+
+const std::shared_ptr<Link>& ConnectionImpl::GetLink() const {
+  if (!link_) Raise(automation::ErrorNumber::ObjectClosed);
+  return link_;
+}
+
+void ConnectionImpl::Open(std::string_view connectionString, std::string_view user, std::string_view password,
+                          int /*options*/) {
+  if (link_) Raise(automation::ErrorNumber::ObjectOpen);
+  link_ = std::make_shared<Link>(pool_, pool_->Acquire(connectionString, user, password));
+  level_ = IsolationLevel::ReadCommitted;
+}
+
+void ConnectionImpl::Close() {
+  GetLink();
+  // The pool rolls back what is still open.
+  link_->Close();
+  link_.reset();
+}
+
+ObjectState ConnectionImpl::State() const {
+  return link_ ? ObjectState::Open : ObjectState::Closed;
+}
+
+void ConnectionImpl::SetIsolationLevel(IsolationLevel level) {
+  GetLink()->GetSession().SetIsolationLevel(level);
+  level_ = level;
+}
+
+RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* recordsAffected, int options) {
+  const std::shared_ptr<Link>& link = GetLink();
+  const Translation translation = Prepare(statement, link->GetSession());
+  const bool wantsRows = options == kOptionsUnspecified || (options & kExecuteNoRecords) == 0;
+  if (wantsRows && YieldsRows(translation.statements.front())) {
+    auto records = std::make_shared<RecordsetImpl>();
+    records->OpenTranslated(statement, translation, link, CursorType::ForwardOnly, LockType::ReadOnly);
+    if (recordsAffected != nullptr) *recordsAffected = -1;
+    return records;
+  }
+  const std::int64_t affected = Run(*link, translation);
+  if (recordsAffected != nullptr) *recordsAffected = affected;
+  return nullptr;
+}
+
+void ConnectionImpl::BeginTrans() {
+  Link& link = *GetLink();
+  if (link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
+  link.GetSession().Begin();
+  link.inTransaction = true;
+}
+
+void ConnectionImpl::CommitTrans() {
+  Link& link = *GetLink();
+  if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
+  // A commit that fails leaves the transaction for the caller to roll back.
+  link.GetSession().Commit();
+  link.inTransaction = false;
+}
+
+void ConnectionImpl::RollbackTrans() {
+  Link& link = *GetLink();
+  if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
+  link.inTransaction = false;
+  link.GetSession().Rollback();
+}
+
+}  // namespace ADODB::engine

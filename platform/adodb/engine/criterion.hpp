@@ -1,0 +1,20 @@
+// The search conditions of Find and Filter: "NAME='text'", "NAME=12".
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/automation/variant.hpp"
+
+namespace ADODB::engine {
+
+struct Criterion {
+  std::string column;         // without brackets
+  automation::Variant value;  // a text or a number
+};
+
+// Raises 3001 for anything but one equality of a column with a text in single quotes or a number. A quote
+// inside the text is written twice.
+Criterion ParseCriterion(std::string_view text);
+
+}  // namespace ADODB::engine

@@ -1,0 +1,55 @@
+#include "platform/adodb/engine/link.hpp"
+
+#include <exception>
+
+#include "platform/adodb/engine/checked_statement.hpp"
+
+namespace ADODB::engine {
+
+Session& Link::GetSession() const {
+  if (!lease_.session) throw automation::Error(automation::ErrorNumber::ObjectClosed, "ADODB.Connection");
+  return *lease_.session;
+}
+
+void Link::Close() noexcept {
+  if (lease_.session) pool_->GiveBack(std::move(lease_));
+  lease_ = {};
+  inTransaction = false;
+}
+
+Translation Prepare(const Statement& statement, const Session& session) {
+  const Dialect& dialect = session.GetDialect();
+  return Translate(Check(statement, dialect), dialect);
+}
+
+std::int64_t Run(Link& link, const Translation& translation) {
+  Session& session = link.GetSession();
+  if (translation.statements.size() == 1) return session.Execute(translation.statements.front(), {});
+  const bool ownTransaction = !link.inTransaction;
+  if (ownTransaction) session.Begin();
+  std::int64_t affected = 0;
+  try {
+    for (const std::string& piece : translation.statements) affected += session.Execute(piece, {});
+    if (ownTransaction) session.Commit();
+  } catch (...) {
+    const std::exception_ptr failure = std::current_exception();
+    try {
+      if (ownTransaction) session.Rollback();
+    } catch (const std::exception&) {
+      // The first failure is the one to tell.
+    }
+    std::rethrow_exception(failure);
+  }
+  return affected;
+}
+
+bool YieldsRows(std::string_view sql) {
+  for (const std::string_view word : {"select", "with", "values", "pragma", "explain", "show"}) {
+    std::size_t at = sql.find_first_not_of(" \t\r\n(");
+    if (at != std::string_view::npos && EqualsIgnoringAsciiCase(sql.substr(at, word.size()), word))
+      return true;
+  }
+  return false;
+}
+
+}  // namespace ADODB::engine

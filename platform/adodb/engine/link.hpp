@@ -1,0 +1,43 @@
+// What a connection and the record sets opened on it share: the session while it is open.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "platform/adodb/engine/pool.hpp"
+#include "platform/adodb/engine/translation.hpp"
+#include "platform/adodb/statement.hpp"
+
+namespace ADODB::engine {
+
+class Link {
+ public:
+  Link(std::shared_ptr<Pool> pool, Pool::Lease lease) : pool_(std::move(pool)), lease_(std::move(lease)) {}
+  ~Link() { Close(); }
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+
+  bool IsOpen() const { return lease_.session != nullptr; }
+  Session& GetSession() const;  // 3704 when it is closed
+
+  // Gives the session back to the pool; record sets on it are closed by that.
+  void Close() noexcept;
+
+  bool inTransaction = false;
+
+ private:
+  std::shared_ptr<Pool> pool_;
+  Pool::Lease lease_;
+};
+
+// Checks and translates the statement. Several pieces come out only for a DELETE.
+Translation Prepare(const Statement& statement, const Session& session);
+
+// Runs a statement whose rows are not wanted; pieces run in one transaction. Rows affected.
+std::int64_t Run(Link& link, const Translation& translation);
+
+// Whether the text is one that yields rows, by its first word.
+bool YieldsRows(std::string_view sql);
+
+}  // namespace ADODB::engine

@@ -1,0 +1,105 @@
+#include "platform/adodb/engine/pool.hpp"
+
+#include <utility>
+
+#include "platform/adodb/engine/engine_error.hpp"
+#include "platform/adodb/engine/sql_tokens.hpp"
+
+namespace ADODB::engine {
+
+struct Pool::Target {
+  std::shared_ptr<Provider> provider;
+  ConnectionString text;
+  std::deque<Idle> idle;    // the one used last at the back
+  bool suspicious = false;  // a session died: the idle ones must answer before they are used
+};
+
+Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
+    : providers_(std::move(providers)), clock_(std::move(clock)) {}
+
+std::shared_ptr<Provider> Pool::ProviderOf(ConnectionString& text) const {
+  // A string that names no provider is an ODBC one.
+  const std::string name = text.Value("Provider").value_or("MSDASQL");
+  for (const std::shared_ptr<Provider>& provider : providers_) {
+    if (!EqualsIgnoringAsciiCase(provider->Name(), name)) continue;
+    text.Remove("Provider");
+    return provider;
+  }
+  throw automation::Error(kProviderNotFound, "ADODB.Connection",
+                          "Provider cannot be found. It may not be properly installed.");
+}
+
+std::shared_ptr<Pool::Target> Pool::TargetOf(std::string_view connectionString, std::string_view user,
+                                             std::string_view password) {
+  std::string key(connectionString);
+  if (!user.empty() || !password.empty()) key.append(1, '\0').append(user).append(1, '\0').append(password);
+  {
+    const std::lock_guard lock(mutex_);
+    if (const auto found = targets_.find(key); found != targets_.end()) return found->second;
+  }
+  auto target = std::make_shared<Target>();
+  target->text = ConnectionString::Parse(connectionString);
+  if (!user.empty()) target->text.Set("User ID", std::string(user));
+  if (!password.empty()) target->text.Set("Password", std::string(password));
+  target->provider = ProviderOf(target->text);
+  const std::lock_guard lock(mutex_);
+  return targets_.emplace(std::move(key), std::move(target)).first->second;
+}
+
+Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view user,
+                          std::string_view password) {
+  std::shared_ptr<Target> target = TargetOf(connectionString, user, password);
+  const auto now = clock_();
+  std::deque<Idle> expired;  // closed outside the lock
+  for (;;) {
+    Idle candidate;
+    bool mustAnswer = false;
+    {
+      const std::lock_guard lock(mutex_);
+      while (!target->idle.empty() && now - target->idle.front().since > kCloseAfter) {
+        expired.push_back(std::move(target->idle.front()));
+        target->idle.pop_front();
+      }
+      if (target->idle.empty()) break;
+      candidate = std::move(target->idle.back());
+      target->idle.pop_back();
+      mustAnswer = target->suspicious || now - candidate.since > kPingAfter;
+      if (target->idle.empty()) target->suspicious = false;
+    }
+    if (!mustAnswer || candidate.session->Ping()) return {std::move(candidate.session), std::move(target)};
+    const std::lock_guard lock(mutex_);
+    target->suspicious = !target->idle.empty();
+  }
+  std::unique_ptr<Session> session = target->provider->Connect(target->text);
+  return {std::move(session), std::move(target)};
+}
+
+void Pool::GiveBack(Lease lease) noexcept {
+  if (!lease.session) return;
+  std::unique_ptr<Session> surplus;
+  try {
+    const bool usable = lease.session->Reset();
+    const std::lock_guard lock(mutex_);
+    std::deque<Idle>& idle = lease.target->idle;
+    if (!usable) {
+      lease.target->suspicious = !idle.empty();
+      return;
+    }
+    if (idle.size() >= kMostIdle) {
+      surplus = std::move(idle.front().session);
+      idle.pop_front();
+    }
+    idle.push_back({std::move(lease.session), clock_()});
+  } catch (...) {
+    // Whatever went wrong with it, the session is not used again.
+  }
+}
+
+std::size_t Pool::IdleCount() const {
+  const std::lock_guard lock(mutex_);
+  std::size_t count = 0;
+  for (const auto& [key, target] : targets_) count += target->idle.size();
+  return count;
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,64 @@
+// Physical connections kept for the next user.
+//
+// Jobs open a connection in every procedure; opening a physical one each time would cost more than the work.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/adodb/engine/provider.hpp"
+
+namespace ADODB::engine {
+
+// Safe to use from several threads; a session belongs to one user from Acquire to GiveBack.
+class Pool {
+ public:
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  static constexpr std::size_t kMostIdle = 8;              // of one connection string
+  static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
+  static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
+
+  explicit Pool(std::vector<std::shared_ptr<Provider>> providers,
+                Clock clock = &std::chrono::steady_clock::now);
+
+  struct Target;  // a connection string with its user
+  struct Lease {
+    std::unique_ptr<Session> session;
+    std::shared_ptr<Target> target;
+  };
+
+  // A session that is ready for use: an idle one, or a new one. 3706 when no provider serves the string.
+  Lease Acquire(std::string_view connectionString, std::string_view user, std::string_view password);
+
+  // Takes the session back. A dead one is thrown away, and its idle companions must answer before they are
+  // used.
+  void GiveBack(Lease lease) noexcept;
+
+  std::size_t IdleCount() const;
+
+ private:
+  struct Idle {
+    std::unique_ptr<Session> session;
+    std::chrono::steady_clock::time_point since;
+  };
+
+  std::shared_ptr<Target> TargetOf(std::string_view connectionString, std::string_view user,
+                                   std::string_view password);
+  std::shared_ptr<Provider> ProviderOf(ConnectionString& text) const;
+
+  const std::vector<std::shared_ptr<Provider>> providers_;
+  const Clock clock_;
+  mutable std::mutex mutex_;
+  std::unordered_map<std::string, std::shared_ptr<Target>> targets_;
+};
+
+}  // namespace ADODB::engine

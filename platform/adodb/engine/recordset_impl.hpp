@@ -1,0 +1,121 @@
+// The record set that stands behind ADODB::Recordset for every provider.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/adodb/engine/keyed_rows.hpp"
+#include "platform/adodb/engine/link.hpp"
+#include "platform/adodb/engine/row_source.hpp"
+#include "platform/adodb/engine/row_writer.hpp"
+#include "platform/adodb/engine/value_index.hpp"
+#include "platform/adodb/recordset.hpp"
+
+namespace ADODB::engine {
+
+class RecordsetImpl;
+
+class FieldImpl : public Field {
+ public:
+  FieldImpl(RecordsetImpl& owner, std::size_t place, std::string name)
+      : owner_(owner), place_(place), name_(std::move(name)) {}
+  const std::string& Name() const override { return name_; }
+  const automation::Variant& Value() const override;
+  void SetValue(const automation::Variant& value) override;
+
+ private:
+  RecordsetImpl& owner_;
+  std::size_t place_;
+  std::string name_;
+};
+
+class RecordsetImpl : public Recordset, private Fields {
+ public:
+  void SetCursorLocation(CursorLocation location) override;
+  void SetMaxRecords(std::int64_t count) override;
+  void Open(const Statement& statement, const ConnectionPtr& connection, CursorType cursorType,
+            LockType lockType, int options) override;
+  void Close() override;
+  ObjectState State() const override;
+  bool Bof() const override;
+  bool Eof() const override;
+  void MoveFirst() override;
+  void MoveNext() override;
+  std::int64_t RecordCount() const override;
+  ADODB::Fields& Fields() override;
+  void AddNew() override;
+  void Update() override;
+  void Delete(Affect affect) override;
+  void Find(std::string_view criterion) override;
+  void SetFilter(std::string_view criterion) override;
+  std::vector<std::vector<automation::Variant>> GetRows() override;
+
+  // Opens the set on a statement that is already translated.
+  void OpenTranslated(const Statement& statement, const Translation& translation, std::shared_ptr<Link> link,
+                      CursorType cursorType, LockType lockType);
+
+  const automation::Variant& ValueOf(std::size_t column);
+  void SetValueOf(std::size_t column, const automation::Variant& value);
+
+ private:
+  std::size_t Count() const override;
+  Field& Item(std::string_view name) override;
+  Field& Item(std::size_t index) override;
+
+  void RequireOpen() const;
+  void RequireClosed() const;
+  void RequireCurrent();
+  RowWriter& Writer();
+  void Reset();
+  void NameFields(const Statement& statement, const Dialect& dialect);
+
+  bool Exists() const;
+  std::size_t Ordinal() const { return filter_ ? (*filter_)[place_] : place_; }
+  bool IsDeleted(std::size_t ordinal) const { return ordinal < deleted_.size() && deleted_[ordinal]; }
+  const Row* RowAt(std::size_t ordinal) const;
+  void Settle() const;
+  void GoTo(std::size_t place, bool fromFront);
+  void FinishEdit();
+  const ValueIndex& IndexOf(std::size_t column, bool again);
+  automation::Variant Wanted(const std::string& name, const automation::Variant& value, std::size_t& column);
+
+  CursorLocation location_ = CursorLocation::Server;
+  std::size_t mostRows_ = 0;
+
+  std::shared_ptr<Link> link_;  // null while closed
+  CursorType type_ = CursorType::ForwardOnly;
+  std::unique_ptr<RowSource> source_;
+  KeyedRows* keyed_ = nullptr;  // the source, when it is one
+  std::unique_ptr<RowWriter> writer_;
+  std::vector<FieldImpl> fields_;
+
+  // The place is an ordinal, or one in the filter's list. A move only notes where to go; what is there is
+  // looked at when somebody asks, so that a search that starts from the front need not fetch the front.
+  mutable std::size_t place_ = 0;
+  mutable bool settled_ = false;
+  mutable bool eof_ = true;
+  mutable bool bof_ = true;
+  bool fromFront_ = true;
+  bool currentGone_ = false;          // the current record was deleted here
+  mutable const Row* row_ = nullptr;  // the current record, once fetched
+
+  std::optional<std::vector<std::uint32_t>> filter_;
+  std::vector<bool> deleted_;
+  std::size_t deletedCount_ = 0;
+
+  bool adding_ = false;
+  bool editing_ = false;
+  Changes changes_;
+  Row edited_;  // what the current record looks like with its changes
+
+  struct Index {
+    ValueIndex values;
+    std::optional<std::int64_t> mark;
+  };
+  std::map<std::size_t, Index> indexes_;  // by column
+};
+
+}  // namespace ADODB::engine

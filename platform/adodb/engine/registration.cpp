@@ -1,0 +1,17 @@
+#include "platform/adodb/registration.hpp"
+
+#include "platform/adodb/engine/command_impl.hpp"
+#include "platform/adodb/engine/connection_impl.hpp"
+#include "platform/adodb/engine/recordset_impl.hpp"
+
+namespace ADODB {
+
+void RegisterClasses(automation::ClassTable& classes,
+                     std::vector<std::shared_ptr<engine::Provider>> providers) {
+  auto pool = std::make_shared<engine::Pool>(std::move(providers));
+  classes.Register("ADODB.Connection", [pool] { return std::make_shared<engine::ConnectionImpl>(pool); });
+  classes.Register("ADODB.Recordset", [] { return std::make_shared<engine::RecordsetImpl>(); });
+  classes.Register("ADODB.Command", [] { return std::make_shared<engine::CommandImpl>(); });
+}
+
+}  // namespace ADODB
