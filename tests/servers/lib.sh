@@ -87,6 +87,17 @@ server_remove() {
   rm -f "$state"
 }
 
+# Where the server's folder is made: in memory, when there is plenty and nothing needs to outlive a power cut.
+server_place() {
+  local free
+  free=$(df --output=avail /dev/shm 2>/dev/null | tail -n 1)
+  if [ -z "$durable" ] && [ -z "${TMPDIR:-}" ] && [ -w /dev/shm ] && [ "${free:-0}" -gt 2000000 ]; then
+    echo /dev/shm
+  else
+    echo "${TMPDIR:-/tmp}"
+  fi
+}
+
 server_main() {
   local action=${1:?start, halt, kill, resume or stop}
   state=${2:?the state file}
@@ -98,7 +109,7 @@ server_main() {
     start)
       [ ! -e "$state" ] || server_remove
       mkdir -p "$(dirname "$state")"
-      folder=$(mktemp -d "${TMPDIR:-/tmp}/orvane-$server_name.XXXXXX")
+      folder=$(mktemp -d "$(server_place)/orvane-$server_name.XXXXXX")
       [ "$(id -u)" -ne 0 ] || chown "$server_account" "$folder"
       port=$(free_port)
       # Written before the server runs, so that "stop" finds what a failing start leaves behind.

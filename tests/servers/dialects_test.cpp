@@ -1,0 +1,160 @@
+// The jobs' statements in each engine's SQL, without a server.
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "platform/adodb/dialects/mariadb.hpp"
+#include "platform/adodb/dialects/postgresql.hpp"
+#include "platform/adodb/dialects/sqlserver.hpp"
+#include "platform/adodb/engine/checked_statement.hpp"
+#include "platform/adodb/engine/translation.hpp"
+#include "tests/servers/job_statements.hpp"
+#include "tests/support/test_runtime.hpp"
+
+namespace {
+
+using ADODB::engine::Column;
+using ADODB::engine::Dialect;
+using testing::ElementsAre;
+
+std::vector<std::string> Translated(const std::string& sql, const Dialect& dialect) {
+  const ADODB::Statement statement = ADODB::SqlFragment(sql);
+  return ADODB::engine::Translate(ADODB::engine::Check(statement, dialect), dialect).statements;
+}
+
+class DialectTest : public testing::Test {
+ protected:
+  orvane_test::TestRuntime runtime_;
+  const Dialect& postgresql_ = ADODB::engine::PostgreSqlDialect();
+  const Dialect& mariadb_ = ADODB::engine::MariaDbDialect();
+  const Dialect& sqlserver_ = ADODB::engine::SqlServerDialect();
+};
+
+TEST_F(DialectTest, SendsEveryStatementToSqlServerAsItStands) {
+  for (const auto& statement : orvane_test::JobStatements()) {
+    EXPECT_THAT(Translated(statement.sql, sqlserver_), ElementsAre(statement.sql)) << statement.name;
+  }
+}
+
+TEST_F(DialectTest, LeavesStatementsWithoutTheSuitesTokensAloneButForBlanksAtTheEnd) {
+  for (const auto& statement : orvane_test::JobStatements()) {
+    const bool hasTokens =
+        statement.sql.find("{ts") != std::string::npos || statement.sql.find("dateadd") != std::string::npos;
+    if (hasTokens) continue;
+    std::string expected = statement.sql;
+    while (expected.ends_with(' ')) expected.pop_back();
+    EXPECT_THAT(Translated(statement.sql, postgresql_), ElementsAre(expected)) << statement.name;
+    EXPECT_THAT(Translated(statement.sql, mariadb_), ElementsAre(expected)) << statement.name;
+  }
+}
+
+TEST_F(DialectTest, WritesTheArchiveSelectionForPostgreSql) {
+  EXPECT_THAT(
+      Translated("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
+                 "QUESTIONHISTORY where dateadd(d,30,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}",
+                 postgresql_),
+      ElementsAre(
+          "select distinct ((Q_ORIGINATOR || coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
+          "QUESTIONHISTORY where (ENDSTATUSTIME + (30) * interval '1 day')<timestamp '2004-07-26 09:05:03'"));
+}
+
+TEST_F(DialectTest, WritesTheArchiveSelectionForMariaDb) {
+  EXPECT_THAT(
+      Translated("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
+                 "QUESTIONHISTORY where dateadd(d,30,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}",
+                 mariadb_),
+      ElementsAre(
+          "select distinct (concat(Q_ORIGINATOR,coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
+          "QUESTIONHISTORY where (ENDSTATUSTIME + interval (30) day)<timestamp'2004-07-26 09:05:03'"));
+}
+
+TEST_F(DialectTest, ReadsALocalDateTimeTextAsTheRunsLocaleWritesIt) {
+  const std::string condition = "delete from QUESTIONHISTORY where dateadd(d,-5,ENDSTATUSTIME)<'";
+  const std::string postgresql =
+      "delete from QUESTIONHISTORY where (ENDSTATUSTIME + (-5) * interval '1 day')<timestamp '2004-07-08 "
+      "09:05:03'";
+  EXPECT_THAT(Translated(condition + "7-8-2004 09:05:03'", postgresql_), ElementsAre(postgresql));
+  runtime_.locale->dayFirst = true;
+  EXPECT_THAT(Translated(condition + "8-7-2004 09:05:03'", postgresql_), ElementsAre(postgresql));
+  EXPECT_THAT(Translated(condition + "2004-7-8 09:05:03'", postgresql_), ElementsAre(postgresql));
+  EXPECT_THAT(Translated(condition + "8-7-2004 09:05:03'", mariadb_),
+              ElementsAre("delete from QUESTIONHISTORY where (ENDSTATUSTIME + interval (-5) "
+                          "day)<timestamp'2004-07-08 09:05:03'"));
+}
+
+TEST_F(DialectTest, LeavesTokensInsideTextsAlone) {
+  for (const Dialect* dialect : {&postgresql_, &mariadb_, &sqlserver_}) {
+    const std::string sql = "select 'isnull(a,b) {ts ''x''} + dateadd(d,1,c)' from PARAMETERS";
+    EXPECT_THAT(Translated(sql, *dialect), ElementsAre(sql)) << dialect->Name();
+  }
+}
+
+TEST_F(DialectTest, ComposesInsertsThatAnswerWithTheNewRow) {
+  EXPECT_EQ(postgresql_.InsertReturning("T", {"a", "b"}, {"id"}),
+            "INSERT INTO T (\"a\",\"b\") VALUES (?,?) RETURNING \"id\"");
+  EXPECT_EQ(postgresql_.InsertReturning("T", {}, {"id"}), "INSERT INTO T DEFAULT VALUES RETURNING \"id\"");
+  EXPECT_EQ(mariadb_.InsertReturning("T", {"A", "B"}, {"ID", "A"}),
+            "INSERT INTO T (`A`,`B`) VALUES (?,?) RETURNING `ID`,`A`");
+  EXPECT_EQ(mariadb_.InsertReturning("T", {}, {"ID"}), "INSERT INTO T () VALUES () RETURNING `ID`");
+  EXPECT_EQ(sqlserver_.InsertReturning("T", {"A", "B"}, {"ID", "A"}),
+            "INSERT INTO T ([A],[B]) OUTPUT INSERTED.[ID],INSERTED.[A] VALUES (?,?)");
+  EXPECT_EQ(sqlserver_.InsertReturning("T", {}, {"ID"}), "INSERT INTO T OUTPUT INSERTED.[ID] DEFAULT VALUES");
+}
+
+TEST_F(DialectTest, CutsResultsToANumberOfRows) {
+  EXPECT_EQ(postgresql_.Limited("a", " FROM T", 5), "SELECT a FROM T LIMIT 5");
+  EXPECT_EQ(mariadb_.Limited("a", " FROM T", 5), "SELECT a FROM T LIMIT 5");
+  EXPECT_EQ(sqlserver_.Limited("a", " FROM T", 5), "SELECT TOP (5) a FROM T");
+}
+
+TEST_F(DialectTest, QuotesNamesThatHoldTheQuoteItself) {
+  EXPECT_EQ(postgresql_.QuotedName("a\"b"), "\"a\"\"b\"");
+  EXPECT_EQ(mariadb_.QuotedName("a`b"), "`a``b`");
+  EXPECT_EQ(sqlserver_.QuotedName("a]b"), "[a]]b]");
+}
+
+TEST_F(DialectTest, ShowsNamesThatPostgreSqlFoldedInUpperCase) {
+  EXPECT_EQ(postgresql_.ShownName("q_originator"), "Q_ORIGINATOR");
+  EXPECT_EQ(postgresql_.ShownName("Quoted"), "Quoted");
+  EXPECT_EQ(mariadb_.ShownName("Mail_Id"), "Mail_Id");
+}
+
+TEST_F(DialectTest, ComparesTextsAsTheColumnsCollationDoes) {
+  const auto same = [](const Dialect& dialect, const char* collation, const char* left, const char* right) {
+    Column column;
+    column.collation = collation;
+    return dialect.ComparisonKey(left, column) == dialect.ComparisonKey(right, column);
+  };
+  EXPECT_FALSE(same(postgresql_, "", "a", "A"));
+  EXPECT_FALSE(same(postgresql_, "", "a", "a "));
+
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_nopad_bin", "a", "A"));
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_nopad_bin", "a", "a "));
+  EXPECT_TRUE(same(mariadb_, "utf8mb4_bin", "a", "a "));
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_bin", "a", "A"));
+  EXPECT_TRUE(same(mariadb_, "utf8mb4_general_ci", "Éa ", "eA"));
+  EXPECT_TRUE(same(mariadb_, "utf8mb4_general_ci", "ДОМ", "дом"));
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_general_nopad_ci", "a ", "a"));
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_general_ci", "a", "b"));
+  EXPECT_FALSE(same(mariadb_, "utf8mb4_general_ci", "×", "÷"));
+
+  EXPECT_FALSE(same(sqlserver_, "Latin1_General_100_BIN2", "a", "A"));
+  EXPECT_TRUE(same(sqlserver_, "Latin1_General_100_BIN2", "a", "a "));
+  EXPECT_TRUE(same(sqlserver_, "SQL_Latin1_General_CP1_CI_AS", "É", "é"));
+  EXPECT_FALSE(same(sqlserver_, "SQL_Latin1_General_CP1_CI_AS", "E", "é"));
+}
+
+TEST_F(DialectTest, RefusesABrokenStatementInTheEnginesOwnWords) {
+  const automation::Error postgresql = postgresql_.SyntaxError("'jd");
+  EXPECT_EQ(postgresql.Description(), "ERROR: syntax error at or near \"'jd\"");
+  EXPECT_EQ(postgresql.SqlState(), "42601");
+  const automation::Error mariadb = mariadb_.SyntaxError("'jd");
+  EXPECT_EQ(mariadb.Description(),
+            "You have an error in your SQL syntax; check the manual that corresponds to your MariaDB server "
+            "version "
+            "for the right syntax to use near ''jd' at line 1");
+  EXPECT_EQ(mariadb.NativeCode(), 1064);
+  EXPECT_EQ(sqlserver_.SyntaxError("'jd").Description(), "Incorrect syntax near ''jd'.");
+}
+
+}  // namespace
