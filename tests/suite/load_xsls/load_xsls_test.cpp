@@ -1,0 +1,49 @@
+#include "suite/load_xsls/load_xsls.hpp"
+
+#include "components/interfaces/load_xsls.hpp"
+#include "tests/msxml2/xml_fixture.hpp"
+
+namespace {
+
+class LoadXSLsTest : public orvane_test::XmlTest {
+ protected:
+  LoadXSLsTest() { OrvCommon::RegisterLoadXSLs(runtime_.runtime.classes); }
+  static OrvCommon::LoadXSLsPtr Loader() {
+    return automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId);
+  }
+  automation::Error LoadError(std::string_view name) {
+    return ErrorOf([&] { Loader()->LoadOrvaneTemplate(Path(name), "answer"); });
+  }
+};
+
+TEST_F(LoadXSLsTest, LoadsASheetThatMakesProcessors) {
+  WriteFile("Answer.xsl",
+            "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+            "<xsl:output method='text'/><xsl:template match='/'>made</xsl:template></xsl:stylesheet>");
+  const auto processor = Loader()->LoadOrvaneTemplate(Path("answer.xsl"), "answer")->createProcessor();
+  processor->setInput(Parsed("<a/>"));
+  ASSERT_TRUE(processor->transform());
+  EXPECT_EQ(processor->output(), "made");
+}
+
+TEST_F(LoadXSLsTest, AMissingSheetIsNamed) {
+  const automation::Error error = LoadError("none.xsl");
+  EXPECT_EQ(error.Number(), -2147467259);
+  EXPECT_EQ(error.Source(), "OrvCommon.LoadXSLs");
+  EXPECT_EQ(error.Description(),
+            "The style sheet could not be loaded: " + Path("none.xsl") + ": No such file or directory");
+}
+
+TEST_F(LoadXSLsTest, AMalformedSheetIsNamed) {
+  WriteFile("bad.xsl", "<xsl:stylesheet>");
+  EXPECT_THAT(LoadError("bad.xsl").Description(),
+              testing::StartsWith("The style sheet could not be loaded: " + Path("bad.xsl") + ": "));
+}
+
+TEST_F(LoadXSLsTest, WhatIsNoSheetIsNamed) {
+  WriteFile("page.xsl", "<html/>");
+  EXPECT_THAT(LoadError("page.xsl").Description(),
+              testing::StartsWith("The style sheet could not be used: " + Path("page.xsl") + ": "));
+}
+
+}  // namespace
