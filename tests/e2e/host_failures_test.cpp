@@ -1,0 +1,182 @@
+// What an operator meets when a suite is not as it should be.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/e2e/hand_made_suite.hpp"
+#include "tests/e2e/host_process.hpp"
+
+namespace {
+
+using orvane_test::Database;
+using orvane_test::DateText;
+using orvane_test::HandMadeSuite;
+using orvane_test::Outcome;
+using orvane_test::RunHost;
+using Strings = std::vector<std::string>;
+
+constexpr const char* kJob = "OrvaneProcess.DormantUserExpiry";
+
+class HostFailuresTest : public testing::Test {
+ protected:
+  void MakeDatabase() {
+    Database database(suite_.DatabaseFile());
+    database.Execute(
+        "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(50), PARAM_VALUE VARCHAR(50));"
+        "CREATE TABLE PROSPECT (NAME TEXT PRIMARY KEY, LASTVISITEDTIME DATETIME, PENDINGQUESTIONS INTEGER);"
+        "INSERT INTO PARAMETERS VALUES ('MAXDORMANCYTIME', '30');"
+        "INSERT INTO PROSPECT VALUES ('away', '" +
+        DateText(-400L * 86'400) + "', 0)");
+  }
+  Strings Left() { return Database(suite_.DatabaseFile()).Rows("SELECT NAME FROM PROSPECT"); }
+  Outcome Run() { return RunHost({"run", "--home", suite_.Home().string(), kJob}); }
+  std::string SiteFile() const { return (suite_.Home() / "config/siteConfiguration.xml").string(); }
+
+  HandMadeSuite suite_;
+};
+
+TEST_F(HostFailuresTest, AnUnknownJobIsAUsageErrorWithThePlatformsText) {
+  const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), kJob, "OrvaneProcess.Dispatch"});
+  EXPECT_EQ(outcome.exitCode, 64);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: OrvaneProcess.Dispatch: ActiveX component can't create object (429); \"orvane-host "
+            "list\" "
+            "shows the jobs\n");
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_FALSE(std::filesystem::exists(suite_.Logs()));  // nothing ran, not even the job that is known
+}
+
+TEST_F(HostFailuresTest, AWrongCommandLineIsAUsageError) {
+  const Outcome outcome = RunHost({"run", kJob});
+  EXPECT_EQ(outcome.exitCode, 64);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: no installation directory: give --home HOME or set ORVANE_HOME\n"
+            "Try \"orvane-host --help\".\n");
+}
+
+TEST_F(HostFailuresTest, TheHomeMayComeFromTheEnvironment) {
+  MakeDatabase();
+  EXPECT_EQ(RunHost({"run", "dormantuserexpiry"}, {{"ORVANE_HOME", suite_.Home().string()}}).exitCode, 0);
+  EXPECT_EQ(Left(), Strings{});
+}
+
+TEST_F(HostFailuresTest, AMissingConfigurationIsNamed) {
+  std::filesystem::remove(SiteFile());
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: " + SiteFile() +
+                ": cannot be read: No such file or directory; expected the site configuration of a "
+                "suite\n");
+}
+
+TEST_F(HostFailuresTest, AMalformedConfigurationIsShownByFileAndLine) {
+  suite_.Folder().Write("home/config/siteConfiguration.xml",
+                        "<siteConfiguration>\n<product name=\"Orvane\">\n</section>\n</siteConfiguration>\n");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: " + SiteFile() +
+                ":3: Opening and ending tag mismatch: product line 2 and section; expected well-formed "
+                "XML\n");
+  EXPECT_FALSE(std::filesystem::exists(suite_.Logs()));
+}
+
+TEST_F(HostFailuresTest, AMisspeltElementIsShownByFileAndLine) {
+  suite_.Folder().Write("home/config/siteConfiguration.xml",
+                        "<siteConfiguration>\n  <produkt name=\"Orvane\"/>\n</siteConfiguration>\n");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: " + SiteFile() + ":2: found <produkt>; expected <product> or <section>\n");
+}
+
+TEST_F(HostFailuresTest, AConfigurationWithoutTheSuitesDatabaseIsRefused) {
+  suite_.Folder().Write("home/config/siteConfiguration.xml", "<siteConfiguration/>\n");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err,
+            "orvane-host: " + SiteFile() + ": product \"Orvane\" has no connection \"Orvane\"\n");
+}
+
+TEST_F(HostFailuresTest, ALogFolderThatCannotBeMadeEndsTheJobBeforeItsWork) {
+  MakeDatabase();
+  suite_.Folder().Write("OrvLog", "a file in the place of the folder");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_EQ(Left(), Strings{"away"});
+}
+
+TEST_F(HostFailuresTest, AMissingDatabaseIsReportedAndNotMade) {
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_FALSE(std::filesystem::exists(suite_.DatabaseFile()));
+  ASSERT_EQ(suite_.ErrorLog().size(), 1U);
+  EXPECT_NE(suite_.ErrorLog()[0].find("unable to open database file"), std::string::npos)
+      << suite_.ErrorLog()[0];
+  EXPECT_NE(outcome.err.find("warning: OrvaneProcess.DormantUserExpiry: "), std::string::npos) << outcome.err;
+}
+
+TEST_F(HostFailuresTest, ADamagedDatabaseIsLeftAlone) {
+  const std::string damaged(8192, 'x');
+  suite_.Folder().Write("home/db/orvane.sqlite", damaged);
+  EXPECT_EQ(Run().exitCode, 70);
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(suite_.DatabaseFile()), damaged);
+}
+
+TEST_F(HostFailuresTest, AReadOnlyDatabaseKeepsItsRows) {
+  MakeDatabase();
+  suite_.GiveAway();
+  std::filesystem::permissions(suite_.DatabaseFile(), std::filesystem::perms(0444));
+  std::filesystem::permissions(suite_.DatabaseFile().parent_path(), std::filesystem::perms(0555));
+  const Outcome outcome = orvane_test::RunHostUnprivileged({"run", "--home", suite_.Home().string(), kJob});
+  EXPECT_EQ(outcome.exitCode, 70);
+  std::filesystem::permissions(suite_.DatabaseFile().parent_path(), std::filesystem::perms(0755));
+  EXPECT_EQ(Left(), Strings{"away"});
+}
+
+TEST_F(HostFailuresTest, ALockedDatabaseEndsTheJobWithoutItsStopLine) {
+  MakeDatabase();
+  Database holder(suite_.DatabaseFile());
+  holder.Execute("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 70);
+  holder.Execute("ROLLBACK");
+  EXPECT_EQ(holder.Rows("SELECT NAME FROM PROSPECT"), Strings{"away"});
+}
+
+TEST_F(HostFailuresTest, OneUnfinishedJobDoesNotKeepTheNextFromRunning) {
+  MakeDatabase();
+  Database(suite_.DatabaseFile()).Execute("DELETE FROM PARAMETERS");
+  const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "DormantUserExpiry", "CleanUp"});
+  EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_NE(outcome.out.find("OrvaneProcess.CleanUp: finished"), std::string::npos) << outcome.out;
+}
+
+TEST_F(HostFailuresTest, StatusShowsFinishedAndUnfinishedRuns) {
+  MakeDatabase();
+  ASSERT_EQ(Run().exitCode, 0);
+  Database(suite_.DatabaseFile()).Execute("DELETE FROM PARAMETERS");
+  ASSERT_EQ(Run().exitCode, 70);
+  const Outcome outcome = RunHost({"status", "--home", suite_.Home().string()});
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_EQ(orvane_test::WithoutTimes(outcome.out),
+            "OrvaneProcess.Archive\n  no run logged\n"
+            "OrvaneProcess.CleanUp\n  no run logged\n"
+            "OrvaneProcess.DormantUserExpiry\n"
+            "  started <time>  stopped <time>\n"
+            "  started <time>  unfinished\n"
+            "OrvaneProcess.SolveOnNoResponse\n  no run logged\n");
+}
+
+TEST_F(HostFailuresTest, ListShowsTheProgIds) {
+  const Outcome outcome = RunHost({"list"});
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_EQ(outcome.out,
+            "OrvaneProcess.Archive\nOrvaneProcess.CleanUp\nOrvaneProcess.DormantUserExpiry\n"
+            "OrvaneProcess.SolveOnNoResponse\n");
+}
+
+}  // namespace
