@@ -71,7 +71,7 @@ TEST_F(DormantUserExpiryTest, DrawsTheLineToTheSecond) {
   const std::time_t base = std::time(nullptr);
   const auto name = [](long second) { return std::to_string(1000 + second); };
   for (long second = -20; second <= 40; ++second) {
-    AddProspect(name(second), DateText(base - std::time(nullptr) + second - 90 * kDay), "0");
+    AddProspect(name(second), orvane_test::DateAt(base + second - 90 * kDay), "0");
   }
   const std::time_t before = std::time(nullptr);
   ASSERT_EQ(Run().exitCode, 0);

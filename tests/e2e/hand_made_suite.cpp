@@ -104,7 +104,10 @@ void HandMadeSuite::GiveAway() const {
 }
 
 std::string DateText(long seconds) {
-  const std::time_t moment = std::time(nullptr) + seconds;
+  return DateAt(std::time(nullptr) + seconds);
+}
+
+std::string DateAt(std::time_t moment) {
   std::tm parts{};
   gmtime_r(&moment, &parts);
   char text[32];

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -52,7 +53,9 @@ class HandMadeSuite {
   TemporaryFolder folder_;
 };
 
-// The local time in UTC as the databases keep it, moved by `seconds` from now.
+// A moment in UTC, the time zone that the program runs in here, as the databases keep it; now moved by
+// `seconds`.
+std::string DateAt(std::time_t moment);
 std::string DateText(long seconds);
 
 // A log with its times, "7-26-2004 09:05:03", replaced by "<time>".
