@@ -7,6 +7,7 @@
 #include "components/registration/register_jobs.hpp"
 #include "host/data_folder.hpp"
 #include "host/site_settings.hpp"
+#include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/local/registration.hpp"
@@ -14,18 +15,20 @@
 #include "suite/configuration/configuration.hpp"
 #include "suite/escalation/escalation.hpp"
 #include "suite/file_handling/file_handling.hpp"
+#include "suite/load_xsls/load_xsls.hpp"
 #include "suite/service_request/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
 
 namespace orvane_host {
 namespace {
 
-void RegisterPlatform(automation::Runtime& runtime, const Vantrel::SiteFile& site) {
+void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site) {
   automation::ClassTable& classes = runtime.classes;
   const std::map<char, std::string> drives = Drives(site);
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
   Scripting::local::RegisterClasses(classes, drives);
   MSXML2::RegisterClasses(classes, {.drives = drives});
+  CDO::RegisterClasses(classes, MailSettings(site, home));
 }
 
 void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
@@ -36,6 +39,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
   OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
                                                .sharedPath = &SharedPath,
                                                .timeouts = {}});
+  OrvCommon::RegisterLoadXSLs(classes);
   OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
   OrvaneBackend::RegisterBackendCalls(classes, home.Path());
   OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
@@ -45,7 +49,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
 
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                    Vantrel::LogListener listener) {
-  RegisterPlatform(runtime, site);
+  RegisterPlatform(runtime, home, site);
   RegisterComponents(runtime.classes, home, std::move(listener));
   OrvaneProcess::RegisterJobs(runtime.classes);
 }

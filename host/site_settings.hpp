@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+#include "host/suite_home.hpp"
+#include "platform/cdo/registration.hpp"
 #include "suite/configuration/site_file.hpp"
 
 namespace orvane_host {
@@ -12,5 +14,15 @@ namespace orvane_host {
 // Section DRIVES: drive letters and the folders of this machine that they stand for. The section may be
 // missing.
 std::map<char, std::string> Drives(const Vantrel::SiteFile& site);
+
+// Section CDO, how mail leaves this machine:
+//   sendusing                  1 pickup folder, 2 SMTP; as the section itself it may be missing, which is 1
+//   smtpserverpickupdirectory  for 1; relative to the installation; mail\pickup when missing
+//   smtpserver                 for 2: host name or address; may not be empty then
+//   smtpserverport             25 when missing
+//   smtptls                    none (when missing), starttls or smtps
+//   smtpcertificatefile        trusted authorities in PEM form; the machine's own when missing or empty
+//   sendusername, sendpassword the login; none when missing or empty
+CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home);
 
 }  // namespace orvane_host

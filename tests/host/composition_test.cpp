@@ -16,13 +16,26 @@ TEST(CompositionTest, KnowsEverythingThatTheJobsCreate) {
   orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
   ASSERT_NE(runtime.locale, nullptr);
   const automation::RuntimeScope scope(runtime);
-  for (const char* progId :
-       {"OrvaneProcess.Archive", "OrvaneProcess.CleanUp", "OrvaneProcess.DormantUserExpiry",
-        "OrvaneProcess.SolveOnNoResponse", "MSXML2.DOMDocument", "Scripting.FileSystemObject",
-        "Scripting.Dictionary", "Vantrel.Configuration", "Vantrel.Log", "OrvCommonMTS.FileHandling",
-        "OrvCommon.SqlConversion", "OrvaneProcessMTS.SolveOnNoResponse", "OrvaneBackendA.Calls",
-        "OrvaneBackendB.Calls", "OrvServiceRequest.Question", "OrvServiceRequest.Prospect",
-        "{358D4659-648D-403F-8807-B3C2A7F9BFD4}", "{79AC3288-D049-4571-B8E0-58D199F42F54}"}) {
+  for (const char* progId : {"OrvaneProcess.Archive",
+                             "OrvaneProcess.CleanUp",
+                             "OrvaneProcess.DormantUserExpiry",
+                             "OrvaneProcess.SolveOnNoResponse",
+                             "MSXML2.DOMDocument",
+                             "CDO.Message",
+                             "OrvCommon.LoadXSLs",
+                             "Scripting.FileSystemObject",
+                             "Scripting.Dictionary",
+                             "Vantrel.Configuration",
+                             "Vantrel.Log",
+                             "OrvCommonMTS.FileHandling",
+                             "OrvCommon.SqlConversion",
+                             "OrvaneProcessMTS.SolveOnNoResponse",
+                             "OrvaneBackendA.Calls",
+                             "OrvaneBackendB.Calls",
+                             "OrvServiceRequest.Question",
+                             "OrvServiceRequest.Prospect",
+                             "{358D4659-648D-403F-8807-B3C2A7F9BFD4}",
+                             "{79AC3288-D049-4571-B8E0-58D199F42F54}"}) {
     EXPECT_TRUE(runtime.classes.Contains(progId)) << progId;
     if (runtime.classes.Contains(progId)) {
       EXPECT_NE(automation::CreateObject(progId), nullptr) << progId;
