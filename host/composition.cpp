@@ -7,6 +7,9 @@
 #include "components/registration/register_jobs.hpp"
 #include "host/data_folder.hpp"
 #include "host/site_settings.hpp"
+#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/registration.hpp"
 #include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
@@ -27,6 +30,7 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   const std::map<char, std::string> drives = Drives(site);
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
   Scripting::local::RegisterClasses(classes, drives);
+  ADODB::RegisterClasses(classes, {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()});
   MSXML2::RegisterClasses(classes, {.drives = drives});
   CDO::RegisterClasses(classes, MailSettings(site, home));
 }

@@ -31,17 +31,13 @@ class SuiteMaker {
     const Engine engine = EngineOf(database_);
     const Engine catalogueEngine = EngineOf(catalogue_);
     MakeSuiteFiles(home_, database_, catalogue_);
-    // The provider opens databases and does not make them: a wrong path must not become an empty suite.
-    if (embedded_) {
-      WriteFile(home_.Path() / "db" / "orvane.sqlite", "");
-      WriteFile(home_.Path() / "db" / "ecatalog.sqlite", "");
-    }
-
     automation::Runtime runtime;
     RegisterSuite(runtime, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()), nullptr);
     const automation::RuntimeScope scope(runtime);
-    const ADODB::ConnectionPtr suite = OpenDatabase(database_);
-    const ADODB::ConnectionPtr catalogue = OpenDatabase(catalogue_);
+    // Jobs open databases and never make them: a wrong path must not become an empty suite.
+    const std::string creation = embedded_ ? ";Mode=ReadWriteCreate" : "";
+    const ADODB::ConnectionPtr suite = OpenDatabase(database_ + creation);
+    const ADODB::ConnectionPtr catalogue = OpenDatabase(catalogue_ + creation);
     MakeSuiteTables(engine, suite);
     MakeCatalogueTables(catalogueEngine, catalogue);
     FillSuite(suite);

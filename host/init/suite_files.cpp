@@ -115,7 +115,7 @@ void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::strin
   WriteFile(home.Directory(), kDirectory);
   // Both hold a password.
   chmod((home.Path() / "config").c_str(), 0750);
-  for (const char* sheet : {"reminder.xsl", "conclusion.xsl"}) {
+  for (const char* sheet : {"reminder.xsl", "conclusion.xsl", "mail_page.xsl"}) {
     WriteFile(home.Path() / "Orvane" / "Mail" / "Sheets" / sheet,
               EmbeddedFile("demo/sheets/" + std::string(sheet)));
   }

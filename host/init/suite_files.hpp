@@ -11,8 +11,8 @@ namespace orvane_host {
 // Whether the place is free: it does not exist, or it is an empty folder.
 bool IsFree(const SuiteHome& home);
 
-// Folders, site configuration, directory and style sheets. The embedded databases are made as empty files.
-// Raises std::filesystem::filesystem_error or std::system_error.
+// Folders, site configuration, directory and style sheets. Raises std::filesystem::filesystem_error or
+// std::system_error.
 void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::string_view catalogue);
 
 // Removes what MakeSuiteFiles and whoever came after it have put into the place, and the place itself when
