@@ -16,6 +16,10 @@ using ADODB::RecordsetPtr;
 using automation::Variant;
 using JournalPtr = std::shared_ptr<AdodbJournal>;
 
+void BeforeStatement(const JournalPtr& journal, const std::string& sql) {
+  if (journal->beforeStatement) journal->beforeStatement(sql);
+}
+
 void Step(const JournalPtr& journal, std::string_view name) {
   if (journal->before) journal->before(name);
 }
@@ -143,6 +147,7 @@ class WatchedRecordset : public ADODB::Recordset {
   void Open(const ADODB::Statement& statement, const ConnectionPtr& connection, ADODB::CursorType cursorType,
             ADODB::LockType lockType, int options) override {
     Step(journal_, "Recordset.Open");
+    BeforeStatement(journal_, statement.ToString());
     journal_->recordsets.push_back(
         {statement.ToString(), cursorType, lockType, options, maxRecords_, location_});
     actual_->Open(statement, ActualOf(connection), cursorType, lockType, options);
@@ -219,6 +224,7 @@ RecordsetPtr Wrapped(const JournalPtr& journal, RecordsetPtr actual) {
 RecordsetPtr WatchedConnection::Execute(const ADODB::Statement& statement, std::int64_t* recordsAffected,
                                         int options) {
   Step(journal_, "Connection.Execute");
+  BeforeStatement(journal_, statement.ToString());
   journal_->executed.push_back(statement.ToString());
   return Wrapped(journal_, actual_->Execute(statement, recordsAffected, options));
 }
@@ -237,6 +243,7 @@ class WatchedCommand : public ADODB::Command {
   }
   RecordsetPtr Execute(std::int64_t* recordsAffected, int options) override {
     Step(journal_, "Command.Execute");
+    BeforeStatement(journal_, text_);
     journal_->executed.push_back(text_);
     return Wrapped(journal_, actual_->Execute(recordsAffected, options));
   }

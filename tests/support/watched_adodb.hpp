@@ -35,6 +35,8 @@ struct AdodbJournal {
   // Called with the name of each step ("Connection.Open", "Recordset.MoveNext", "Field.Value", ...) before it
   // is taken; what it raises is what the step raises.
   std::function<void(std::string_view step)> before;
+  // Called with each text before it is opened or executed; what it raises is what that raises.
+  std::function<void(const std::string& sql)> beforeStatement;
   // Replaces the record count that record sets report.
   std::function<std::int64_t(std::int64_t actual)> recordCount;
 };

@@ -1,0 +1,216 @@
+// Where the files lie, what they are called, and what happens when the folder cannot be made.
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "tests/archive/archive_fixture.hpp"
+
+namespace orvane_test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using ArchiveFilesTest = ArchiveTest;
+
+TEST_F(ArchiveFilesTest, ACustomerWithAPartnerNumberHasItInTheNames) {
+  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_jdoe_SR.xml"));
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_jdoe_trans.xml"));
+}
+
+TEST_F(ArchiveFilesTest, PartnerNumberZeroMeansNone) {
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_jdoe_SR.xml"));
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_jdoe_trans.xml"));
+}
+
+TEST_F(ArchiveFilesTest, ACustomerWhomTheDirectoryDoesNotKnowHasNoPartnerNumber) {
+  suite.directory->people.clear();
+  suite.AddRequest(1, "gone");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_gone_SR.xml"));
+  EXPECT_EQ(suite.test.log->front().message,
+            "OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).");
+}
+
+TEST_F(ArchiveFilesTest, AProspectCarriesThePartnerNumberOfTheCustomerBefore) {
+  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.AddRequest(1, "jdoe");
+  suite.AddProspectRequest(2, "zoe@example.org");  // sorts after jdoe in the selection
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_zoe@example.org_SR.xml"));
+}
+
+TEST_F(ArchiveFilesTest, ThePartnerNumberCarriesOverToTheNextRunOfTheSameObject) {
+  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.AddRequest(1, "jdoe");
+  OrvaneProcess::Archive archive;
+  archive.Run();
+  suite.AddProspectRequest(2, "ann@example.org");
+
+  archive.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_ann@example.org_SR.xml"));
+}
+
+TEST_F(ArchiveFilesTest, AProspectOfAFreshObjectHasNone) {
+  suite.AddProspectRequest(2, "ann@example.org");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_ann@example.org_SR.xml"));
+}
+
+TEST_F(ArchiveFilesTest, AProspectIsNotLookedUpAsAnOwner) {
+  suite.AddProspectRequest(2, "ann@example.org");
+  suite.Execute("update QUESTIONHISTORY set REGISTEREDDATE = null");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.directory->calls, IsEmpty());
+}
+
+TEST_F(ArchiveFilesTest, MembershipIsReadFromTheSiteConfigurationBelowTheRoot) {
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.test.configuration->loadedFiles,
+              Contains(suite.home.string() + "\\config\\SiteConfiguration.xml"));
+}
+
+TEST_F(ArchiveFilesTest, MissingLevelsOfTheFolderAreMadeOneByOne) {
+  suite.SetParameter("DataFileRelativePath", "deep/er/Data/");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.home / "deep" / "er" / "Data" / "Archives" / "NoBP_jdoe_SR.xml"));
+}
+
+TEST_F(ArchiveFilesTest, AMissingDriveSkipsAllCustomersWithOneReason) {
+  suite.faults->driveExists = [](const std::string&) { return false; };
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.LogMessages(),
+              ElementsAre("Archiving Process started by NTService",
+                          "Creation of Archive Folder " + suite.home.string() + "\\Data\\Archives" +
+                              " or questions and transactions folder under this folder failed .",
+                          "Reason : Invalid drive mentioned", "Archiving Process ended."));
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY order by Q_ID"), ElementsAre("1", "2"));
+}
+
+TEST_F(ArchiveFilesTest, TheDriveIsThePartBeforeTheFirstColon) {
+  std::string asked;
+  suite.faults->driveExists = [&](const std::string& drive) {
+    asked = drive;
+    return false;
+  };
+  suite.SetParameter("DataFileRelativePath", "a:b");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_EQ(asked, suite.home.string() + "\\a");
+}
+
+TEST_F(ArchiveFilesTest, AFailedCreationRemovesWhatIsThereOfTheFolder) {
+  suite.faults->onCreateFolder = [this](const std::string& path) {
+    if (path.find("Archives") == std::string::npos) return;
+    std::filesystem::create_directories(suite.archives / "questions");
+    std::filesystem::create_directories(suite.archives / "transactions");
+    throw automation::Error(automation::ErrorNumber::PermissionDenied);
+  };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_FALSE(std::filesystem::exists(suite.archives));
+  EXPECT_THAT(suite.LogMessages(), Contains("Reason : Permission denied"));
+}
+
+TEST_F(ArchiveFilesTest, TheNextRunTriesTheFolderAgain) {
+  suite.faults->driveExists = [](const std::string&) { return false; };
+  suite.AddRequest(1, "jdoe");
+  OrvaneProcess::Archive archive;
+  archive.Run();
+  suite.faults->driveExists = nullptr;
+
+  archive.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+}
+
+TEST_F(ArchiveFilesTest, AnOwnerThatWouldLeaveTheFolderKeepsItsRows) {
+  std::filesystem::create_directories(suite.home / "Data");
+  const std::vector<std::string> owners = {"../../evil@example.org", "..\\..\\evil@example.org",
+                                           "a/b@example.org", "tab\there@example.org"};
+  int id = 0;
+  for (const std::string& owner : owners) suite.AddProspectRequest(++id, owner);
+
+  suite.Run();
+
+  EXPECT_EQ(suite.Rows("select Q_ID from QUESTIONHISTORY").size(), owners.size());
+  for (const std::string& owner : owners) {
+    EXPECT_THAT(suite.LogMessages(),
+                Contains("Questions XML file " + suite.ArchivePath("NoBP_" + owner + "_SR.xml") +
+                         " could not be created/loaded"));
+  }
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(suite.folder.Path())) {
+    EXPECT_EQ(entry.path().filename().string().find("evil"), std::string::npos) << entry.path();
+  }
+  EXPECT_THAT(suite.test.log->size(), 0U);
+}
+
+TEST_F(ArchiveFilesTest, AnOwnerWithAnApostropheKeepsItsRows) {
+  suite.AddProspectRequest(1, "o''hara@example.org");  // doubled for the insert only
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Editing of Archive file " + suite.ArchivePath("NoBP_o'hara@example.org_SR.xml") +
+                       " failed1"));
+}
+
+TEST_F(ArchiveFilesTest, ANameTooLongForTheDiskKeepsItsRows) {
+  const std::string owner = std::string(300, 'x') + "@example.org";
+  suite.AddProspectRequest(1, owner);
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Questions XML file " + suite.ArchivePath("NoBP_" + owner + "_SR.xml") +
+                       " could not be created/loaded"));
+}
+
+TEST_F(ArchiveFilesTest, DotsAndNonAsciiLettersAreOrdinaryNames) {
+  suite.AddProspectRequest(1, "..");
+  suite.AddProspectRequest(2, "müller@example.org");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_.._SR.xml"));
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_müller@example.org_SR.xml"));
+}
+
+}  // namespace
+}  // namespace orvane_test

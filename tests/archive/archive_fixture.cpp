@@ -1,0 +1,251 @@
+#include "tests/archive/archive_fixture.hpp"
+
+#include <sstream>
+
+#include "components/interfaces/file_handling.hpp"
+#include "components/interfaces/sql_conversion.hpp"
+#include "platform/adodb/connection.hpp"
+#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/recordset.hpp"
+#include "platform/adodb/registration.hpp"
+#include "platform/automation/runtime.hpp"
+#include "platform/msxml2/registration.hpp"
+#include "platform/scripting/dictionary/registration.hpp"
+#include "platform/scripting/local/registration.hpp"
+#include "suite/sql_conversion/sql_conversion.hpp"
+
+namespace orvane_test {
+namespace {
+
+using automation::ClassTable;
+
+const char* const kSuiteDatabase = "Provider=SQLite;Data Source=orvane.sqlite;Mode=ReadWriteCreate";
+const char* const kCatalogue = "Provider=SQLite;Data Source=ecatalog.sqlite;Mode=ReadWriteCreate";
+
+// One disk: existence is asked of the archive folder, everything else is only remembered.
+class FakeFileHandling : public OrvCommonMTS::FileHandling {
+ public:
+  FakeFileHandling(std::shared_ptr<FileHandlingState> state, std::filesystem::path archives)
+      : state_(std::move(state)), archives_(std::move(archives)) {}
+
+  bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
+    std::string list;
+    for (const automation::Variant& kind : kinds)
+      list += (list.empty() ? "" : ",") + automation::ToText(kind);
+    Call("FileExists(" + std::string(name) + ",[" + list + "])");
+    return std::filesystem::exists(archives_ / name);
+  }
+  void SetInUse(std::string_view name, std::int16_t state) override {
+    Call("SetInUse(" + std::string(name) + "," + std::to_string(state) + ")");
+  }
+  void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath,
+                 OrvCommonMTS::FolderKind kind, std::int16_t mode) override {
+    Call("FetchFile(" + std::string(ftpPath) + "," + std::string(name) + "," + std::string(fullPath) + "," +
+         std::to_string(static_cast<int>(kind)) + "," + std::to_string(mode) + ")");
+  }
+  bool IsInUse(std::string_view name) override {
+    Call("IsInUse(" + std::string(name) + ")");
+    return state_->inUse;
+  }
+  void StoreFile(std::string_view fullPath, OrvCommonMTS::FolderKind kind) override {
+    Call("StoreFile(" + std::string(fullPath) + "," + std::to_string(static_cast<int>(kind)) + ")");
+  }
+  automation::Variant DeleteAgedFiles(std::string_view, std::int32_t, OrvCommonMTS::FolderKind) override {
+    return Unexpected();
+  }
+  automation::Variant DeleteListedItems(std::string_view, const automation::Variant&,
+                                        OrvCommonMTS::FolderKind) override {
+    return Unexpected();
+  }
+
+ private:
+  void Call(std::string call) {
+    const bool fails = !state_->failingMember.empty() && call.rfind(state_->failingMember, 0) == 0;
+    state_->calls.push_back(std::move(call));
+    if (fails) throw automation::Error(-2147467259, "OrvCommonMTS.FileHandling", "not reachable");
+  }
+  static automation::Variant Unexpected() {
+    throw std::logic_error("the archive job never deletes shared files");
+  }
+
+  std::shared_ptr<FileHandlingState> state_;
+  std::filesystem::path archives_;
+};
+
+// Connections of the test's own go to the real classes, past the journal.
+std::shared_ptr<ClassTable> RealDatabases(const std::filesystem::path& folder) {
+  auto classes = std::make_shared<ClassTable>();
+  ADODB::RegisterClasses(*classes, {ADODB::sqlite::MakeProvider(folder)});
+  return classes;
+}
+
+}  // namespace
+
+ArchiveSuite::ArchiveSuite()
+    : home(folder.Path() / "suite" / "home"),
+      archives(home / "Data" / "Archives"),
+      databases(RealDatabases(folder.Path())),
+      journal(RegisterWatchedAdodb(test.runtime.classes, databases)) {
+  std::filesystem::create_directories(home);
+  ClassTable& classes = test.runtime.classes;
+
+  auto scripting = std::make_shared<ClassTable>();
+  Scripting::local::RegisterClasses(*scripting);
+  classes.Register("Scripting.FileSystemObject", [scripting, faults = faults] {
+    return MakeFaulty(
+        automation::As<Scripting::FileSystemObject>(scripting->Create("Scripting.FileSystemObject")), faults);
+  });
+  Scripting::RegisterDictionary(classes);
+
+  auto xml = std::make_shared<ClassTable>();
+  MSXML2::RegisterClasses(*xml);
+  classes.Register("MSXML2.DOMDocument", [xml, faults = faults] {
+    return MakeFaulty(automation::As<MSXML2::DOMDocument>(xml->Create("MSXML2.DOMDocument")), faults);
+  });
+
+  classes.Register(OrvCommonMTS::kFileHandlingProgId, [state = fileHandling, archives = archives] {
+    return std::make_shared<FakeFileHandling>(state, archives);
+  });
+  OrvCommon::RegisterSqlConversion(classes);
+
+  ConfigurationState& configuration = *test.configuration;
+  configuration.rootPath = configuration.installDir = home.string();
+  configuration.connectionStrings = {{{"Orvane", "Orvane"}, kSuiteDatabase},
+                                     {{"VnServer", "ECatalog"}, kCatalogue}};
+  configuration.values = {{{"MEMBERSHIP", "MemScriptUser"}, "cn=orvane"},
+                          {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
+                          {{"MEMBERSHIP", "LDAPRoot"}, ""},
+                          {{"COMMONPARAMETERS", "DEFAULTLANGUAGE"}, "1033"}};
+  directory->people["jdoe"] = {};
+  directory->people["zoe"] = {};
+  directory->people["ann"] = {};
+
+  RunScript(kSuiteDatabase, ORVANE_SCHEMA_FOLDER "/sqlite.sql");
+  RunScript(kCatalogue, ORVANE_SCHEMA_FOLDER "/sqlite-ecatalog.sql");
+  SetParameter("DataFileRelativePath", "Data");
+  SetParameter("ArchiveAfter", "1");
+  SetParameter("Webfarm Implemented", "False");
+  ExecuteCatalogue("insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values (3, 'Printers')");
+  ExecuteCatalogue("insert into PRODUCT (PRODUCTID, PRODUCTDESCRIPTION) values (40, 'Laser 40')");
+  ExecuteCatalogue("insert into FAQCATEGORY (FAQCATEGORYID, FAQCATEGORYDESCRIPTION) values (5, 'Paper jam')");
+}
+
+void ArchiveSuite::RunScript(const std::string& connectionString, const std::filesystem::path& file) {
+  std::istringstream lines(TemporaryFolder::Read(file));
+  std::string statement;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("--", 0) == 0) continue;
+    statement += line + "\n";
+    if (line.empty() || line.back() != ';') continue;
+    ExecuteOn(connectionString, statement);
+    statement.clear();
+  }
+}
+
+void ArchiveSuite::ExecuteOn(const std::string& connectionString, const std::string& sql) {
+  const auto connection = automation::As<ADODB::Connection>(databases->Create("ADODB.Connection"));
+  connection->Open(connectionString, "", "", ADODB::kOptionsUnspecified);
+  connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kExecuteNoRecords);
+  connection->Close();
+}
+
+void ArchiveSuite::Execute(const std::string& sql) {
+  ExecuteOn(kSuiteDatabase, sql);
+}
+void ArchiveSuite::ExecuteCatalogue(const std::string& sql) {
+  ExecuteOn(kCatalogue, sql);
+}
+
+std::vector<std::string> ArchiveSuite::Rows(const std::string& sql) {
+  const auto connection = automation::As<ADODB::Connection>(databases->Create("ADODB.Connection"));
+  connection->Open(kSuiteDatabase, "", "", ADODB::kOptionsUnspecified);
+  const auto records = automation::As<ADODB::Recordset>(databases->Create("ADODB.Recordset"));
+  records->Open(ADODB::SqlFragment(sql), connection, ADODB::CursorType::ForwardOnly,
+                ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);
+  std::vector<std::string> rows;
+  for (; !records->Eof(); records->MoveNext()) {
+    std::string row;
+    for (std::size_t i = 0; i < records->Fields().Count(); ++i) {
+      const automation::Variant& value = records->Value(i);
+      row += (i == 0 ? "" : "|") + (value.IsNull() ? "NULL" : automation::ToText(value));
+    }
+    rows.push_back(row);
+  }
+  records->Close();
+  connection->Close();
+  return rows;
+}
+
+void ArchiveSuite::SetParameter(const std::string& name, const std::string& value) {
+  Execute("delete from PARAMETERS where PARAM_NAME = '" + name + "'");
+  Execute("insert into PARAMETERS (PARAM_NAME, PARAM_VALUE) values ('" + name + "', '" + value + "')");
+}
+
+void ArchiveSuite::AddRequest(int id, const std::string& originator, const std::string& ended) {
+  Execute("insert into QUESTIONHISTORY (Q_ID, Q_STATUS, Q_ORIGINATOR, PROSPECT, ENDSTATUSTIME) values (" +
+          std::to_string(id) + ", 185, '" + originator + "', 0, '" + ended + "')");
+}
+
+void ArchiveSuite::AddProspectRequest(int id, const std::string& emailID, const std::string& ended) {
+  Execute(
+      "insert into QUESTIONHISTORY (Q_ID, Q_STATUS, Q_ORIGINATOR, PROSPECT, EMAILID, ENDSTATUSTIME) values "
+      "(" +
+      std::to_string(id) + ", 185, 'zz-prospect', 1, '" + emailID + "', '" + ended + "')");
+}
+
+void ArchiveSuite::AddTransaction(int requestId, const std::string& name) {
+  std::string quoted;
+  for (const char c : name) quoted += c == '\'' ? "''" : std::string(1, c);
+  Execute("insert into TRANSACTIONS (Q_ID, T_NAME) values (" + std::to_string(requestId) + ", '" + quoted +
+          "')");
+}
+
+void ArchiveSuite::Run() {
+  OrvaneProcess::Archive().Run();
+}
+
+std::string ArchiveSuite::RunLog() const {
+  const automation::DateTimeParts today = test.now.Parts();
+  const std::string name = "OrvArchiveSvc_log_" + std::to_string(today.year) + "_" +
+                           std::to_string(today.month) + "_" + std::to_string(today.day) + ".txt";
+  return TemporaryFolder::Read(home.parent_path() / "OrvLog" / name);
+}
+
+std::vector<std::string> ArchiveSuite::LogMessages() const {
+  const std::string afterTimestamp = "  : ";
+  std::vector<std::string> messages;
+  std::istringstream lines(RunLog());
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    const std::size_t start = line.find(afterTimestamp);
+    if (start != std::string::npos) messages.push_back(line.substr(start + afterTimestamp.size()));
+  }
+  return messages;
+}
+
+std::string ArchiveSuite::ArchivePath(const std::string& name) const {
+  return home.string() + "\\Data\\Archives\\" + name;
+}
+
+std::string ArchiveSuite::Archive(const std::string& name) const {
+  return std::filesystem::exists(archives / name) ? TemporaryFolder::Read(archives / name) : std::string();
+}
+
+MSXML2::DOMDocumentPtr ArchiveSuite::Document(const std::string& name) const {
+  auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+  if (!document->load(ArchivePath(name))) ADD_FAILURE() << name << ": " << document->parseErrorReason();
+  return document;
+}
+
+std::vector<std::string> ArchiveSuite::Texts(const std::string& name, const std::string& expression) const {
+  std::vector<std::string> texts;
+  if (!std::filesystem::exists(archives / name)) {
+    ADD_FAILURE() << name << " does not exist";
+    return texts;
+  }
+  const MSXML2::NodeListPtr nodes = Document(name)->selectNodes(expression);
+  for (std::size_t i = 0; i < nodes->length(); ++i) texts.push_back(nodes->item(i)->text());
+  return texts;
+}
+
+}  // namespace orvane_test

@@ -1,0 +1,276 @@
+// The purge and the undo: whatever stage fails, rows and files stay in step, and the next customer is tried.
+#include <gmock/gmock.h>
+
+#include "tests/archive/archive_fixture.hpp"
+
+namespace orvane_test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+bool Mentions(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+[[noreturn]] void Fail(const std::string& why) {
+  throw automation::Error(-2147467259, "test", why);
+}
+
+// jdoe was archived before and has a request and a transaction to archive; zoe comes after and must not
+// suffer.
+class ArchivePurgeTest : public ArchiveTest {
+ protected:
+  ArchivePurgeTest() {
+    suite.AddRequest(1, "jdoe");
+    suite.AddTransaction(1, "old");
+    suite.Run();
+    questionsBefore = suite.Archive("NoBP_jdoe_SR.xml");
+    transactionsBefore = suite.Archive("NoBP_jdoe_trans.xml");
+    suite.AddRequest(2, "jdoe");
+    suite.AddTransaction(2, "new");
+    suite.AddRequest(3, "zoe");
+    suite.AddTransaction(3, "zoe's");
+    logBefore = suite.LogMessages().size();
+  }
+
+  std::vector<std::string> NewMessages() const {
+    const std::vector<std::string> all = suite.LogMessages();
+    return {all.begin() + static_cast<std::ptrdiff_t>(logBefore), all.end()};
+  }
+
+  void ExpectJdoesRowsKeptAndZoeArchived() {
+    EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
+    EXPECT_THAT(suite.Rows("select Q_ID from TRANSACTIONS"), ElementsAre("2"));
+    EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//SR/@Q_ID"), ElementsAre("3"));
+    EXPECT_THAT(suite.Texts("NoBP_zoe_trans.xml", "//Transaction/T_NAME"), ElementsAre("zoe's"));
+    EXPECT_THAT(NewMessages(), Contains("Archive Files " + suite.ArchivePath("NoBP_zoe_SR.xml") + " and " +
+                                        suite.ArchivePath("NoBP_zoe_trans.xml") + " edited"));
+  }
+
+  void FailCommits(int count) {
+    suite.journal->before = [count](std::string_view step) mutable {
+      if (step == "Connection.CommitTrans" && count-- > 0) Fail("server closed the connection");
+    };
+  }
+
+  const std::string questionsPath = suite.ArchivePath("NoBP_jdoe_SR.xml");
+  const std::string transactionsPath = suite.ArchivePath("NoBP_jdoe_trans.xml");
+  std::string questionsBefore;
+  std::string transactionsBefore;
+  std::size_t logBefore = 0;
+};
+
+TEST_F(ArchivePurgeTest, DeletesTransactionsAndRequestsAndSaysWhichFilesWereEdited) {
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_THAT(suite.Rows("select Q_ID from TRANSACTIONS"), IsEmpty());
+  EXPECT_THAT(NewMessages(),
+              Contains("Archive Files " + questionsPath + " and " + transactionsPath + " edited"));
+}
+
+TEST_F(ArchivePurgeTest, StatementsReadAsOperatorsKnowThem) {
+  std::vector<std::string> statements;
+  suite.journal->beforeStatement = [&](const std::string& sql) { statements.push_back(sql); };
+
+  suite.Run();
+
+  const std::string condition = "dateadd(d,1,ENDSTATUSTIME)<'7-26-2004 09:05:03' and Q_ORIGINATOR='jdoe'";
+  EXPECT_THAT(
+      statements,
+      Contains("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
+               "QUESTIONHISTORY where dateadd(d,1,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}"));
+  EXPECT_THAT(statements, Contains("select * from QUESTIONHISTORY where " + condition));
+  EXPECT_THAT(statements,
+              Contains("select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where " +
+                       condition + ")"));
+  EXPECT_THAT(statements,
+              Contains("Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where " +
+                       condition + ")"));
+  EXPECT_THAT(statements, Contains("Delete from QUESTIONHISTORY where " + condition));
+  EXPECT_THAT(statements, Contains("select PARAM_VALUE from PARAMETERS where PARAM_NAME='ArchiveAfter'"));
+  EXPECT_THAT(statements,
+              Contains("select PARAMVALUE from FAQPARAMETER where PARAMNAME='ATTACHMENTSDIRECTORY'"));
+  EXPECT_THAT(statements, Contains("Select * from FAQCATEGORY"));
+  EXPECT_THAT(statements, Contains("Select CATEGORYID,CATEGORYNAME from PRODUCTCATEGORY"));
+  EXPECT_THAT(statements, Contains("Select PRODUCTID,PRODUCTDESCRIPTION from PRODUCT"));
+}
+
+TEST_F(ArchivePurgeTest, AProspectsStatementsGoByItsAddress) {
+  suite.AddProspectRequest(9, "ann@example.org");
+  std::vector<std::string> statements;
+  suite.journal->beforeStatement = [&](const std::string& sql) { statements.push_back(sql); };
+
+  suite.Run();
+
+  EXPECT_THAT(statements,
+              Contains("Delete from QUESTIONHISTORY where dateadd(d,1,ENDSTATUSTIME)<'7-26-2004 09:05:03' "
+                       "and EMAILID='ann@example.org'"));
+}
+
+TEST_F(ArchivePurgeTest, LookupsAreLoadedTwiceARun) {
+  int loads = 0;
+  suite.journal->beforeStatement = [&](const std::string& sql) {
+    loads += Mentions(sql, "from FAQCATEGORY") ? 1 : 0;
+  };
+
+  suite.Run();
+
+  EXPECT_EQ(loads, 2);
+}
+
+TEST_F(ArchivePurgeTest, AQuestionsFileThatDoesNotLoadIsLeftAsItIs) {
+  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", "<QuestionsArchive><SRs>damaged by hand");
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), "<QuestionsArchive><SRs>damaged by hand");
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Questions XML file " + questionsPath + " could not be created/loaded"));
+}
+
+TEST_F(ArchivePurgeTest, AQuestionsFileThatCannotBeSavedDeletesNothing) {
+  suite.faults->onSave = [this](const std::string& path) {
+    if (path == questionsPath) Fail("disk full");
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + questionsPath + " failed1"));
+}
+
+TEST_F(ArchivePurgeTest, ATransactionsFileThatDoesNotLoadRestoresTheQuestionsFile) {
+  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_trans.xml", "damaged");
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Transactions XML file " + transactionsPath + " could not be created/loaded "))
+      << "the blank at the end is part of the text";
+}
+
+TEST_F(ArchivePurgeTest, ATransactionsFileThatCannotBeSavedRestoresTheQuestionsFile) {
+  suite.faults->onSave = [this](const std::string& path) {
+    if (path == transactionsPath) Fail("disk full");
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + transactionsPath + " failed2"));
+}
+
+TEST_F(ArchivePurgeTest, AFailedFirstDeleteUndoesBothFiles) {
+  suite.journal->beforeStatement = [](const std::string& sql) {
+    if (Mentions(sql, "Delete from TRANSACTIONS") && Mentions(sql, "jdoe")) Fail("table is locked");
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Changes to XML files undone" + questionsPath + transactionsPath + " undone"));
+}
+
+TEST_F(ArchivePurgeTest, AFailedSecondDeleteRollsTheFirstBack) {
+  suite.journal->beforeStatement = [](const std::string& sql) {
+    if (Mentions(sql, "Delete from QUESTIONHISTORY") && Mentions(sql, "jdoe")) Fail("table is locked");
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+}
+
+TEST_F(ArchivePurgeTest, AFailedCommitRestoresTheFilesWhenTheRowsAreStillThere) {
+  FailCommits(1);
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe'"), ElementsAre("2"));
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+}
+
+TEST_F(ArchivePurgeTest, RowsThatWentMeanwhileLeaveTheEntriesAndTheLine) {
+  suite.faults->onSave = [this](const std::string& path) {
+    if (path == transactionsPath) {
+      suite.faults->onSave = nullptr;
+      suite.Execute("delete from TRANSACTIONS where Q_ID = 2");
+      suite.Execute("delete from QUESTIONHISTORY where Q_ID = 2");
+    }
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+  EXPECT_THAT(NewMessages(),
+              Contains("Archive Files " + questionsPath + " and " + transactionsPath + " edited"));
+}
+
+TEST_F(ArchivePurgeTest, AnEmptyCatalogueTableEndsTheCustomersThatNeedIt) {
+  suite.ExecuteCatalogue("delete from PRODUCTCATEGORY");
+  suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 3 where Q_ORIGINATOR = 'jdoe'");
+  suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 0 where Q_ORIGINATOR = 'zoe'");
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + questionsPath + " failed1"));
+}
+
+TEST_F(ArchivePurgeTest, AFileHandlingComponentThatFailsEndsTheStageItServes) {
+  suite.fileHandling->failingMember = "StoreFile(" + transactionsPath;
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + transactionsPath + " failed2"));
+}
+
+TEST_F(ArchivePurgeTest, FailuresAreLinesOfTheRunLogOnly) {
+  suite.faults->onSave = [this](const std::string& path) {
+    if (path == questionsPath) Fail("disk full");
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(*suite.test.log, IsEmpty());
+}
+
+TEST_F(ArchivePurgeTest, TheRunAfterAFailureGoesThrough) {
+  FailCommits(2);
+  suite.Run();
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+}
+
+TEST_F(ArchivePurgeTest, NoConnectionStaysOpen) {
+  suite.Run();
+
+  EXPECT_EQ(suite.journal->openConnections, 0);
+  EXPECT_EQ(suite.journal->openRecordsets, 0);
+}
+
+}  // namespace
+}  // namespace orvane_test
