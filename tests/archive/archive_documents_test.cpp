@@ -192,7 +192,7 @@ TEST_F(ArchiveDocumentsTest, SeparatorsOfTheHistoryBecomeLabels) {
 }
 
 TEST_F(ArchiveDocumentsTest, RegisteredDateIsWrittenForItsOriginatorsLocale) {
-  suite.directory->people["jdoe"] = {.locale = 1043};
+  suite.directory->people["jdoe"].locale = 1043;
   suite.AddRequest(1, "jdoe");
   suite.Execute("update QUESTIONHISTORY set REGISTEREDDATE = '2003-12-24 18:30:00'");
 

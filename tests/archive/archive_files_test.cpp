@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 using ArchiveFilesTest = ArchiveTest;
 
 TEST_F(ArchiveFilesTest, ACustomerWithAPartnerNumberHasItInTheNames) {
-  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.directory->people["jdoe"].businessPartner = 1042;
   suite.AddRequest(1, "jdoe");
 
   suite.Run();
@@ -45,7 +45,7 @@ TEST_F(ArchiveFilesTest, ACustomerWhomTheDirectoryDoesNotKnowHasNoPartnerNumber)
 }
 
 TEST_F(ArchiveFilesTest, AProspectCarriesThePartnerNumberOfTheCustomerBefore) {
-  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.directory->people["jdoe"].businessPartner = 1042;
   suite.AddRequest(1, "jdoe");
   suite.AddProspectRequest(2, "zoe@example.org");  // sorts after jdoe in the selection
 
@@ -55,7 +55,7 @@ TEST_F(ArchiveFilesTest, AProspectCarriesThePartnerNumberOfTheCustomerBefore) {
 }
 
 TEST_F(ArchiveFilesTest, ThePartnerNumberCarriesOverToTheNextRunOfTheSameObject) {
-  suite.directory->people["jdoe"] = {.businessPartner = 1042};
+  suite.directory->people["jdoe"].businessPartner = 1042;
   suite.AddRequest(1, "jdoe");
   OrvaneProcess::Archive archive;
   archive.Run();

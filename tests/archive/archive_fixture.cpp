@@ -132,28 +132,33 @@ ArchiveSuite::ArchiveSuite()
 
 void ArchiveSuite::RunScript(const std::string& connectionString, const std::filesystem::path& file) {
   std::istringstream lines(TemporaryFolder::Read(file));
-  std::string statement;
+  std::vector<std::string> statements(1);
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("--", 0) == 0) continue;
-    statement += line + "\n";
-    if (line.empty() || line.back() != ';') continue;
-    ExecuteOn(connectionString, statement);
-    statement.clear();
+    statements.back() += line + "\n";
+    if (!line.empty() && line.back() == ';') statements.emplace_back();
   }
+  statements.pop_back();
+  ExecuteOn(connectionString, statements);
 }
 
-void ArchiveSuite::ExecuteOn(const std::string& connectionString, const std::string& sql) {
+void ArchiveSuite::ExecuteOn(const std::string& connectionString,
+                             const std::vector<std::string>& statements) {
   const auto connection = automation::As<ADODB::Connection>(databases->Create("ADODB.Connection"));
   connection->Open(connectionString, "", "", ADODB::kOptionsUnspecified);
-  connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kExecuteNoRecords);
+  connection->BeginTrans();
+  for (const std::string& sql : statements) {
+    connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kExecuteNoRecords);
+  }
+  connection->CommitTrans();
   connection->Close();
 }
 
 void ArchiveSuite::Execute(const std::string& sql) {
-  ExecuteOn(kSuiteDatabase, sql);
+  ExecuteOn(kSuiteDatabase, {sql});
 }
 void ArchiveSuite::ExecuteCatalogue(const std::string& sql) {
-  ExecuteOn(kCatalogue, sql);
+  ExecuteOn(kCatalogue, {sql});
 }
 
 std::vector<std::string> ArchiveSuite::Rows(const std::string& sql) {

@@ -66,7 +66,7 @@ struct ArchiveSuite {
 
  private:
   void RunScript(const std::string& connectionString, const std::filesystem::path& file);
-  void ExecuteOn(const std::string& connectionString, const std::string& sql);
+  void ExecuteOn(const std::string& connectionString, const std::vector<std::string>& statements);
 };
 
 class ArchiveTest : public ::testing::Test {
