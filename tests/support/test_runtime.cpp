@@ -153,8 +153,10 @@ TestRuntime::TestRuntime() : scope_(runtime) {
   runtime.clock = [this] { return now; };
   runtime.classes.Register(Vantrel::kConfigurationProgId,
                            [state = configuration] { return std::make_shared<FakeConfiguration>(state); });
-  runtime.classes.Register(Vantrel::kLogProgId,
-                           [entries = log] { return std::make_shared<RecordingLog>(entries); });
+  runtime.classes.Register(Vantrel::kLogProgId, [this]() -> automation::ObjectPtr {
+    if (logFactory) return logFactory();
+    return std::make_shared<RecordingLog>(log);
+  });
 }
 
 std::shared_ptr<FakeObjectContext> TestRuntime::EnterObjectContext() {

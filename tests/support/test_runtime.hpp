@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -81,6 +82,9 @@ class TestRuntime {
   std::shared_ptr<FakeLocale> locale = std::make_shared<FakeLocale>();
   std::shared_ptr<ConfigurationState> configuration = std::make_shared<ConfigurationState>();
   std::shared_ptr<std::vector<LogEntry>> log = std::make_shared<std::vector<LogEntry>>();
+
+  // When set, makes the log component in place of the one that remembers its entries in `log`.
+  std::function<automation::ObjectPtr()> logFactory;
 
   // Runs inside a component-services context from now on.
   std::shared_ptr<FakeObjectContext> EnterObjectContext();
