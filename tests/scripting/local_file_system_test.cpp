@@ -229,6 +229,61 @@ TEST_F(LocalFileSystemTest, FindsLettersBeyondAsciiWithoutRegardToCase) {
   EXPECT_FALSE(files_->FileExists(Full("uber\\strassee.txt")));
 }
 
+class LargeFolderTest : public LocalFileSystemTest {
+ protected:
+  LargeFolderTest() {
+    for (int i = 0; i < 300; ++i) AddFile("f/" + std::to_string(i) + "Q");
+    AddFile("f/a");
+    AddFile("f/A");
+    // Old enough for its time stamp to tell every change from now on.
+    const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    utimensat(AT_FDCWD, Native("f").c_str(), times, 0);
+  }
+  bool Known(const std::string& name) const { return files_->FileExists(Full("f") + "\\" + name); }
+};
+
+TEST_F(LargeFolderTest, SeesWhatSomebodyElseAddsAndRemoves) {
+  EXPECT_TRUE(Known("17q"));
+  EXPECT_FALSE(Known("NEW"));
+  AddFile("f/new");
+  EXPECT_TRUE(Known("NEW"));
+  fs::remove(Native("f/new"));
+  fs::remove(Native("f/17Q"));
+  EXPECT_FALSE(Known("NEW"));
+  EXPECT_FALSE(Known("17q"));
+}
+
+TEST_F(LargeFolderTest, SeesWhatItDeletesItself) {
+  EXPECT_FALSE(Known("missing"));
+  files_->DeleteFile(Full("f\\17q"), false);
+  EXPECT_FALSE(Known("17q"));
+  EXPECT_TRUE(Known("18q"));
+  files_->DeleteFile(Full("f\\18Q"), false);
+  EXPECT_FALSE(Known("18q"));
+  files_->DeleteFile(Full("f\\A"), false);
+  EXPECT_TRUE(Known("A")) << "the other spelling is still there";
+  files_->DeleteFile(Full("f\\A"), false);
+  EXPECT_FALSE(Known("A"));
+}
+
+TEST_F(LargeFolderTest, SeesItsOwnNewFilesInEverySpelling) {
+  EXPECT_FALSE(Known("NEW"));
+  files_->CreateTextFile(Full("f\\new"), false)->Close();
+  EXPECT_TRUE(Known("NEW"));
+}
+
+TEST_F(LocalFileSystemTest, FindsItemAfterItemInAFolderOfOtherCase) {
+  AddFile("CHAT/one");
+  AddFile("CHAT/two");
+  files_->DeleteFile(Full("chat/one"), false);
+  files_->DeleteFile(Full("chat/TWO"), false);
+  EXPECT_THAT(FileNames("CHAT"), IsEmpty());
+  AddFile("CHAT/three");
+  AddFile("chat/four");
+  EXPECT_FALSE(files_->FileExists(Full("chat/three"))) << "the exact folder comes first";
+  EXPECT_TRUE(files_->FileExists(Full("chat/four")));
+}
+
 TEST_F(LocalFileSystemTest, ResolvesARelativePathFromTheCurrentFolder) {
   AddFile("f/A.txt");
   const fs::path before = fs::current_path();
