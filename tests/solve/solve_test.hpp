@@ -14,6 +14,7 @@
 #include "platform/scripting/memory/memory_disk.hpp"
 #include "tests/solve/sqlite_file.hpp"
 #include "tests/solve/suite_doubles.hpp"
+#include "tests/support/fake_directory.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 #include "tests/support/watched_adodb.hpp"
@@ -30,7 +31,7 @@ class SolveTest : public testing::Test {
   // Dates as in the database; empty is null.
   void AddReminder(int questionId, const std::string& t1, const std::string& t2);
   void SetParameter(const std::string& name, const std::string& value);
-  void AddLabel(const std::string& label, int locale, const std::string& text);      // I18NTEXT
+  void AddLabel(const std::string& label, int locale, const std::string& text);       // I18NTEXT
   void AddDataLabel(const std::string& textId, int locale, const std::string& text);  // DATALABEL
   void UseHtmlMails();  // both templates are rendered with answer.xsl
 
@@ -45,6 +46,7 @@ class SolveTest : public testing::Test {
   std::shared_ptr<SuiteDoubles> suite_ = std::make_shared<SuiteDoubles>();
   std::shared_ptr<Scripting::memory::MemoryDisk> disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
   std::shared_ptr<AdodbJournal> adodb_;
+  std::shared_ptr<Directory> directory_;
   OrvaneProcess::SolveOnNoResponseJob job_;
 };
 
@@ -96,11 +98,15 @@ class SolveOnNoResponsePeer {
     return job_.GetDataLabelDesc(id, locale);
   }
   std::string GetSiteDescription(const automation::Variant& key) { return job_.getSiteDescription(key); }
-  std::string GetProductDescription(const automation::Variant& key) { return job_.getProductDescription(key); }
+  std::string GetProductDescription(const automation::Variant& key) {
+    return job_.getProductDescription(key);
+  }
   std::string GetObjectDescription(const automation::Variant& object, const automation::Variant& number) {
     return job_.getObjectDescription(object, number);
   }
-  std::string GetReportedDescription(const automation::Variant& key) { return job_.getReportedDescription(key); }
+  std::string GetReportedDescription(const automation::Variant& key) {
+    return job_.getReportedDescription(key);
+  }
   std::string GetPriorityDescription(int priority) { return job_.getPriorityDescription(priority); }
   std::string GetProductCategory(int id) { return job_.GetProductCategory(id); }
   std::string GetQuestionCategory(int id) { return job_.GetQuestionCategory(id); }

@@ -4,9 +4,9 @@
 
 #include "components/interfaces/backend_calls.hpp"
 #include "components/interfaces/catalogue.hpp"
+#include "components/interfaces/configuration.hpp"
 #include "components/interfaces/escalation.hpp"
 #include "components/interfaces/load_xsls.hpp"
-#include "components/interfaces/user.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/cdo/message.hpp"
 #include "platform/scripting/file_system_object.hpp"
@@ -15,41 +15,6 @@ namespace orvane_test {
 namespace {
 
 using Doubles = std::shared_ptr<SuiteDoubles>;
-
-class DirectoryUser : public VnMembership::User {
- public:
-  explicit DirectoryUser(Doubles doubles) : doubles_(std::move(doubles)) {}
-  void setServerInfo(std::string_view) override {}
-  void BindAs(std::string_view userId, std::string_view, std::string_view) override {
-    const auto found = doubles_->people.find(std::string(userId));
-    if (found == doubles_->people.end()) {
-      throw automation::Error(1010, "VnMembership.User", "no user " + std::string(userId));
-    }
-    doubles_->Before("BindAs");
-    person_ = found->second;
-  }
-  std::int32_t LanguageID() const override { return person_.languageId; }
-  std::int32_t Locale() const override { return person_.languageId; }
-  std::string EMailAddress() const override { return person_.eMailAddress; }
-  std::string FirstName() const override { return person_.firstName; }
-  std::string LastName() const override { return person_.lastName; }
-  std::string CompanyName() const override { return person_.companyName; }
-  std::string PhoneNumber() const override { return person_.phoneNumber; }
-  std::string Modem() const override { return person_.modem; }
-  std::string Country() const override { return person_.country; }
-  std::string Position() const override { return person_.position; }
-  std::string Fax() const override { return person_.fax; }
-  std::int32_t BusinessPartnerNumber() const override { return person_.businessPartner; }
-  std::string EngineerCode() const override { return person_.engineerCode; }
-  bool SalutationFlag() const override {
-    doubles_->Before("SalutationFlag");
-    return person_.salutationFlag;
-  }
-
- private:
-  const Doubles doubles_;
-  Person person_;
-};
 
 class RecordingMessage : public CDO::Message {
  public:
@@ -60,8 +25,7 @@ class RecordingMessage : public CDO::Message {
   void setMimeFormatted(bool value) override { mail_.mimeFormatted = value; }
   void setTextBody(std::string_view text) override { mail_.textBody = text; }
   void AddAttachment(std::string_view path) override {
-    const auto files =
-        automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
+    const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
     const Scripting::FilePtr file = files->GetFile(path);
     const std::string content =
         file->Size() == 0 ? "" : file->OpenAsTextStream(Scripting::IOMode::ForReading)->ReadAll();
@@ -90,9 +54,7 @@ class RecordingProcessor : public MSXML2::XSLProcessor {
     doubles_->sheets.push_back(use_);
     return true;
   }
-  std::string output() const override {
-    return doubles_->render ? doubles_->render(use_) : use_.document;
-  }
+  std::string output() const override { return doubles_->render ? doubles_->render(use_) : use_.document; }
 
  private:
   const Doubles doubles_;
@@ -229,18 +191,21 @@ class ProductCategoryDouble : public Catalogue::ProductCategory {
  public:
   explicit ProductCategoryDouble(Doubles doubles) : doubles_(std::move(doubles)) {}
   ADODB::RecordsetPtr GetCategories(const automation::VariantArray& ids) override {
-    doubles_->events.push_back("categories(" + std::to_string(ids.size()) + ":" + automation::ToText(ids.at(0)) +
-                               ")");
+    doubles_->events.push_back("categories(" + std::to_string(ids.size()) + ":" +
+                               automation::ToText(ids.at(0)) + ")");
     doubles_->Before("GetCategories");
-    const auto configuration = automation::CreateObject<Vantrel::Configuration>(Vantrel::kConfigurationProgId);
+    const auto configuration =
+        automation::CreateObject<Vantrel::Configuration>(Vantrel::kConfigurationProgId);
     configuration->SelectProduct("Orvane", 0);
     const auto connection = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
     connection->Open(configuration->GetConnectionString("Orvane"), "", "", ADODB::kOptionsUnspecified);
-    ADODB::Statement sql = "select PROBLEM as CATEGORYID, DESCRIPTION as CATEGORYNAME from PROBLEM where PROBLEM='";
+    ADODB::Statement sql =
+        "select PROBLEM as CATEGORYID, DESCRIPTION as CATEGORYNAME from PROBLEM where PROBLEM='";
     sql += ADODB::SqlValue(automation::ToInt32(ids.at(0)));
     sql += "'";
     auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-    rows->Open(sql, connection, ADODB::CursorType::Static, ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);
+    rows->Open(sql, connection, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
+               ADODB::kOptionsUnspecified);
     return rows;
   }
 
@@ -271,7 +236,6 @@ void Register(automation::ClassTable& classes, std::string_view progId, const Do
 }  // namespace
 
 void RegisterSuiteDoubles(automation::ClassTable& classes, const Doubles& doubles) {
-  Register<DirectoryUser>(classes, VnMembership::kUserProgId, doubles);
   Register<RecordingMessage>(classes, "CDO.Message", doubles);
   Register<SheetLoader>(classes, OrvCommon::kLoadXSLsProgId, doubles);
   Register<Escalation>(classes, OrvaneProcessMTS::kSolveOnNoResponseProgId, doubles);

@@ -15,22 +15,6 @@
 
 namespace orvane_test {
 
-struct Person {
-  std::int32_t languageId = 1033;
-  std::string eMailAddress;
-  std::string firstName;
-  std::string lastName;
-  std::string companyName;
-  std::string phoneNumber;
-  std::string modem;
-  std::string country;
-  std::string position;
-  std::string fax;
-  std::int32_t businessPartner = 0;
-  std::string engineerCode;
-  bool salutationFlag = false;
-};
-
 struct SentMail {
   std::string from;
   std::string to;
@@ -49,7 +33,6 @@ struct SheetUse {
 
 // The world around one test. Steps that leave a trace elsewhere are also noted in `events`, in order.
 struct SuiteDoubles {
-  std::map<std::string, Person> people;
   std::vector<SentMail> mails;
   std::vector<SheetUse> sheets;
   std::vector<std::string> events;
@@ -61,8 +44,8 @@ struct SuiteDoubles {
 
   // What the page is; by default its document as it stands.
   std::function<std::string(const SheetUse&)> render;
-  // Called with the name of a step ("send", "transform", "UpdateCall", ...) before it is taken; what it raises
-  // is what the step raises.
+  // Called with the name of a step ("send", "transform", "UpdateCall", ...) before it is taken; what it
+  // raises is what the step raises.
   std::function<void(const std::string& step)> before;
 
   void Before(const std::string& step) const {
@@ -70,8 +53,8 @@ struct SuiteDoubles {
   }
 };
 
-// Registers VnMembership.User, CDO.Message, OrvCommon.LoadXSLs, the ERP, escalation, service-request and catalogue
-// components. Category 5 of the product catalogue is not among them: its rows come from a database.
+// Registers CDO.Message, OrvCommon.LoadXSLs, the ERP, escalation, service-request and catalogue
+// components.
 void RegisterSuiteDoubles(automation::ClassTable& classes, const std::shared_ptr<SuiteDoubles>& doubles);
 
 }  // namespace orvane_test

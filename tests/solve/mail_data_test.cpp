@@ -1,0 +1,181 @@
+#include "tests/solve/solve_test.hpp"
+
+namespace orvane_test {
+namespace {
+
+class MailDataTest : public SolveTest {
+ protected:
+  MailDataTest() {
+    AddLabel("LBLQX3463", 1033, "We conclude on ");
+    AddLabel("LBLQX3478", 1033, "after ");
+    AddLabel("LBLQX3470", 1033, "hours");
+    AddLabel("LBLQX3996", 1033, "- good day");
+  }
+  SolveOnNoResponsePeer peer_{job_};
+};
+
+TEST_F(MailDataTest, FillsTheFieldsOfAReminder) {
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_FALSE(peer_.IsHtmlMail());
+  EXPECT_EQ(peer_.From(), "help@suite.example");
+  EXPECT_EQ(peer_.Recipient(), "anna@example.org");
+  EXPECT_EQ(peer_.Subject(), "text S8 (26) ");
+  EXPECT_EQ(peer_.SheetPath(), "answer.xsl");
+  EXPECT_EQ(peer_.Greeting(), "Anna Aalto - good day");
+  EXPECT_EQ(peer_.Hyperlink(), "http://suite.example/s.asp?Q=1A0\r\n");
+  // Midnight of today plus 72 hours, and the present time of day.
+  EXPECT_EQ(peer_.Body(),
+            "text B8\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n"
+            "\r\n\r\nWe conclude on 7/29/2004[1,1033] 9:5:3\t  (after 72 hours)\r\n");
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(MailDataTest, AConclusionMailHasNoConclusionNotice) {
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Subject(), "text S10 (26) ");
+  EXPECT_EQ(peer_.Body(), "text B10\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n");
+}
+
+TEST_F(MailDataTest, HoursThatAreNoWholeDaysCountFromMidnight) {
+  SetParameter("Conclusion_Time", "30");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("We conclude on 7/27/2004 06:00:00[1,1033] 9:5:3\t  (after 30 hours)\r\n"),
+            std::string::npos)
+      << peer_.Body();
+}
+
+TEST_F(MailDataTest, TheDayIsTodaysInADayFirstLocaleToo) {
+  environment_.locale->dayFirst = true;
+  environment_.now = automation::DateTime::FromParts({.year = 2004, .month = 4, .day = 3, .hour = 14});
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("We conclude on 6/4/2004[1,1033] 14:0:0\t"), std::string::npos) << peer_.Body();
+}
+
+TEST_F(MailDataTest, TextsAreInTheUsersLanguage) {
+  directory_->people["jan"] = {.languageId = 1043, .email = "jan@example.org"};
+  AddDataLabel("S8", 1043, "Herinnering");
+  AddDataLabel("B8", 1043, "Wij wachten");
+  AddLabel("LBLQX3463", 1043, "Wij sluiten op ");
+  AddLabel("LBLQX3478", 1043, "na ");
+  AddLabel("LBLQX3470", 1043, "uur");
+  peer_.Begin(26, 8, "jan", 1043);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Subject(), "Herinnering (26) ");
+  EXPECT_EQ(peer_.Body(),
+            "Wij wachten\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n"
+            "\r\n\r\nWij sluiten op 7/29/2004[1,1043] 9:5:3\t  (na 72 uur)\r\n");
+}
+
+TEST_F(MailDataTest, AProspectIsWrittenToInTheDefaultLanguageAtTheAddressOfTheQuestion) {
+  environment_.configuration->values[{"COMMONPARAMETERS", "DEFAULTLANGUAGE"}] = "1031";
+  AddLabel("LBLQX3463", 1031, "Wir schließen am ");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.SetProspect("visitor@example.org");
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Recipient(), "visitor@example.org");
+  EXPECT_EQ(peer_.Subject(), "text S8 (26) ");  // subject and body stay in the user's
+  EXPECT_NE(peer_.Body().find("Wir schließen am 7/29/2004[1,1031] 9:5:3\t  (LBLQX347872 LBLQX3470)\r\n"),
+            std::string::npos)
+      << peer_.Body();
+}
+
+TEST_F(MailDataTest, AMissingLabelShowsItsId) {
+  database_.Run("DELETE FROM I18NTEXT");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("LBLQX34637/29/2004[1,1033] 9:5:3\t  (LBLQX347872 LBLQX3470)\r\n"),
+            std::string::npos)
+      << peer_.Body();
+}
+
+TEST_F(MailDataTest, AMissingSubjectOrBodyTextIsEmpty) {
+  database_.Run("DELETE FROM DATALABEL");
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Subject(), " (26) ");
+  EXPECT_EQ(peer_.Body(), "\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n");
+}
+
+TEST_F(MailDataTest, WithoutATemplateTheFieldsStayAndTheRestIsDone) {
+  UseHtmlMails();
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  database_.Run("DELETE FROM EMAIL");
+  directory_->people["bob"] = {.email = "bob@example.org", .firstName = "Bob", .lastName = "Bakker"};
+  peer_.Begin(27, 10, "bob", 1033);
+  peer_.GetMailData();
+  EXPECT_TRUE(peer_.IsHtmlMail());
+  EXPECT_EQ(peer_.From(), "help@suite.example");
+  EXPECT_EQ(peer_.Subject(), "text S10 (26) ");
+  EXPECT_EQ(peer_.Recipient(), "bob@example.org");
+  EXPECT_EQ(peer_.Greeting(), "Bob Bakker - good day");
+  EXPECT_EQ(peer_.Hyperlink(), "http://suite.example/s.asp?Q=1A0\r\ns.asp?Q=1B0\r\n");
+  EXPECT_EQ(peer_.Body(),
+            "text B10\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n"
+            "\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\ns.asp?Q=1B0\r\n");
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(MailDataTest, WithoutAnyTemplateAMailIsPlainAndHasALink) {
+  database_.Run("DELETE FROM EMAIL");
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_FALSE(peer_.IsHtmlMail());
+  EXPECT_EQ(peer_.From(), "");
+  EXPECT_EQ(peer_.Body(), "\r\n\r\ns.asp?Q=1A0\r\n");
+}
+
+TEST_F(MailDataTest, IdsAreWrittenInUpperCaseHexadecimal) {
+  for (const auto& [id, link] : std::vector<std::pair<int, std::string>>{
+           {0, "s.asp?Q=00\r\n"}, {255, "s.asp?Q=FF0\r\n"}, {2147483647, "s.asp?Q=7FFFFFFF0\r\n"}}) {
+    peer_.Begin(id, 10, "anna", 1033);
+    peer_.GetMailData();
+    EXPECT_EQ(peer_.Hyperlink(), "http://suite.example/" + link);
+  }
+}
+
+TEST_F(MailDataTest, AnUnknownUserLeavesTheFieldsAsFarAsTheyCame) {
+  peer_.Begin(26, 8, "ghost", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Subject(), "text S8 (26) ");
+  EXPECT_EQ(peer_.Body(), "text B8");
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).",
+                          "OrvaneProcess.SolveOnNoResponse.getMailData caught: "
+                          "Object variable or With block variable not set (91)."}));
+}
+
+TEST_F(MailDataTest, WithoutAConclusionTimeTheBodyEndsWithTheLink) {
+  database_.Run("DELETE FROM PARAMETERS WHERE PARAM_NAME = 'Conclusion_Time'");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Body(), "text B8\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n");
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.getMailData caught: Type mismatch (13)."}));
+}
+
+TEST_F(MailDataTest, NullColumnsOfATemplateAreEmptyTexts) {
+  database_.Run(
+      "UPDATE EMAIL SET Mail_HTML_File = NULL, Mail_From = NULL, Mail_Subject = NULL, MAIL_BODY = NULL, "
+      "Mail_Path_XSL = NULL, Mail_Hyperlink = NULL");
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_FALSE(peer_.IsHtmlMail());
+  EXPECT_EQ(peer_.Subject(), " (26) ");
+  EXPECT_EQ(peer_.Hyperlink(), "s.asp?Q=1A0\r\n");
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(MailDataTest, EveryConnectionIsClosed) {
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  ASSERT_FALSE(adodb_->recordsets.empty());
+  EXPECT_EQ(adodb_->recordsets[0].sql, "Select * from EMAIL where Mail_Id=8");
+  EXPECT_EQ(adodb_->openConnections, 0);
+  EXPECT_EQ(adodb_->openRecordsets, 0);
+}
+
+}  // namespace
+}  // namespace orvane_test
