@@ -224,7 +224,7 @@ TEST_F(ConclusionTest, ManyRowsAreWalkedToTheEnd) {
   job_.SolveOnNoResponse(0);
   EXPECT_EQ(Transactions().size(), 15U);
   EXPECT_EQ(suite_->mails.size(), 30U);
-  EXPECT_EQ(database_.Row("SELECT count(*), min(T2_DATE), max(T2_DATE) FROM REMINDER"),
+  EXPECT_EQ(Row("SELECT count(*), min(T2_DATE), max(T2_DATE) FROM REMINDER"),
             "15|2004-07-28 09:05:03|2004-07-28 09:05:03");
 }
 

@@ -146,7 +146,7 @@ TEST_F(MailDocumentTest, TheInstalledBaseOfAnObjectGeneration) {
     BuildInstalledBase(generation);
     // A forward-only cursor does not know its count, so a site never has its description here.
     EXPECT_EQ(InstalledBase(),
-              "<INSTALLEDBASE><SITE></SITE><SITE>AMS1</SITE><PRODUCT>The pump in the basement</PRODUCT>"
+              "<INSTALLEDBASE><SITE/><SITE>AMS1</SITE><PRODUCT>The pump in the basement</PRODUCT>"
               "<PRODUCT>OB</PRODUCT><PROBLEMCODE>Leaks</PROBLEMCODE><PROBLEMCODE>P10</PROBLEMCODE>"
               "<PROBLEMPRIORITY>Urgent</PROBLEMPRIORITY><PROBLEMPRIORITY>2</PROBLEMPRIORITY><BPNO>1042</BPNO>"
               "<CONTRACT>CT-1</CONTRACT><CONTRACT>Full service</CONTRACT><WARRANTY>W-2</WARRANTY>"
@@ -160,7 +160,7 @@ TEST_F(MailDocumentTest, TheFirstGenerationShowsItsProductAndOthersNone) {
   database_.Run("UPDATE QUESTIONS SET Q_PRODUCT = 'PUMP', Q_OBJECT = 'OB' WHERE Q_ID = 26");
   database_.Run("INSERT INTO PRODUCT VALUES ('PUMP', 'A pump')");
   BuildInstalledBase(1);
-  EXPECT_NE(InstalledBase().find("<SITE/><PRODUCT>A pump</PRODUCT><PRODUCT>PUMP</PRODUCT><PROBLEMCODE>"),
+  EXPECT_NE(InstalledBase().find("<SITE/><SITE/><PRODUCT>A pump</PRODUCT><PRODUCT>PUMP</PRODUCT><PROBLEMCODE/>"),
             std::string::npos)
       << InstalledBase();
   BuildInstalledBase(2);
@@ -176,7 +176,7 @@ TEST_F(MailDocumentTest, AFailureOfTheProblemLookupEndsTheInstalledBase) {
   database_.Run("UPDATE QUESTIONS SET Q_REPORTED = 'P10' WHERE Q_ID = 26");
   database_.Run("DROP TABLE PROBLEM");
   BuildInstalledBase(3);
-  EXPECT_EQ(InstalledBase().find("<PROBLEMCODE>"), std::string::npos);
+  EXPECT_EQ(InstalledBase(), "<INSTALLEDBASE><SITE/><SITE/><PRODUCT/><PRODUCT/></INSTALLEDBASE>");
   ASSERT_EQ(Log().size(), 1U);
   EXPECT_EQ(Log()[0].find("OrvaneProcess.SolveOnNoResponse.formInstalledBaseNodes caught: "), 0U) << Log()[0];
 }

@@ -1,4 +1,7 @@
 // One run: its log lines, its parameter, the escalation, and what a failure does to it.
+#include <algorithm>
+
+#include "platform/scripting/file_system_object.hpp"
 #include "tests/solve/solve_test.hpp"
 
 namespace orvane_test {

@@ -24,7 +24,7 @@ std::string QuotedOrNull(const std::string& text) {
 }  // namespace
 
 SolveTest::SolveTest() : database_(folder_.Path() / "orvane.sqlite") {
-  database_.RunFile(std::filesystem::path(ORVANE_SOURCE_DIR) / "schema" / "sqlite.sql");
+  database_.Run(TemporaryFolder::Read(std::filesystem::path(ORVANE_SOURCE_DIR) / "schema" / "sqlite.sql"));
 
   auto actual = std::make_shared<automation::ClassTable>();
   ADODB::RegisterClasses(*actual, {ADODB::sqlite::MakeProvider(folder_.Path())});
@@ -109,7 +109,12 @@ Texts SolveTest::Transactions() {
 }
 
 std::string SolveTest::Status(int questionId) {
-  return database_.Row("SELECT Q_STATUS FROM QUESTIONS WHERE Q_ID = " + std::to_string(questionId));
+  return Row("SELECT Q_STATUS FROM QUESTIONS WHERE Q_ID = " + std::to_string(questionId));
+}
+
+std::string SolveTest::Row(const std::string& sql) {
+  const Texts rows = database_.Rows(sql);
+  return rows.size() == 1 ? rows.front() : std::to_string(rows.size()) + " rows";
 }
 
 Texts SolveTest::Log() const {

@@ -12,9 +12,9 @@
 
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/scripting/memory/memory_disk.hpp"
-#include "tests/solve/sqlite_file.hpp"
 #include "tests/solve/suite_doubles.hpp"
 #include "tests/support/fake_directory.hpp"
+#include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 #include "tests/support/watched_adodb.hpp"
@@ -38,10 +38,11 @@ class SolveTest : public testing::Test {
   Texts Reminders();     // Q_ID|T1_DATE|T2_DATE|R_STATUS by Q_ID
   Texts Transactions();  // all columns but T_ID, by T_ID
   std::string Status(int questionId);
+  std::string Row(const std::string& sql);  // of a statement that yields one row
   Texts Log() const;  // the messages of the error log
 
   TemporaryFolder folder_;
-  SqliteFile database_;
+  SqliteDatabase database_;
   TestRuntime environment_;
   std::shared_ptr<SuiteDoubles> suite_ = std::make_shared<SuiteDoubles>();
   std::shared_ptr<Scripting::memory::MemoryDisk> disk_ = std::make_shared<Scripting::memory::MemoryDisk>();

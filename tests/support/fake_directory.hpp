@@ -17,17 +17,17 @@ namespace orvane_test {
 struct Person {
   std::int32_t languageId = 1033;
   std::int32_t locale = 1033;
-  std::string email;
-  std::string firstName;
-  std::string lastName;
-  std::string company;
-  std::string phone;
-  std::string modem;
-  std::string country;
-  std::string position;
-  std::string fax;
+  std::string email = {};
+  std::string firstName = {};
+  std::string lastName = {};
+  std::string company = {};
+  std::string phone = {};
+  std::string modem = {};
+  std::string country = {};
+  std::string position = {};
+  std::string fax = {};
   std::int32_t businessPartner = 0;
-  std::string engineerCode;
+  std::string engineerCode = {};
   bool salutationFlag = false;
 };
 

@@ -11,9 +11,9 @@ namespace {
 
 }  // namespace
 
-ConnectionImpl::~ConnectionImpl() {
-  if (link_) link_->Close();
-}
+// A record set that is still open keeps the session: a component may hand its rows on and let its connection
+// go.
+ConnectionImpl::~ConnectionImpl() = default;
 
 const std::shared_ptr<Link>& ConnectionImpl::GetLink() const {
   if (!link_) Raise(automation::ErrorNumber::ObjectClosed);
