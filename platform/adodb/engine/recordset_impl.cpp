@@ -340,7 +340,9 @@ const ValueIndex& RecordsetImpl::IndexOf(std::size_t column, bool again) {
     indexes_.clear();
     deleted_.clear();
     deletedCount_ = 0;
-    place_ = keyed_->ReadAgain(place_);
+    const bool atFront = !settled_ && place_ == 0;
+    const std::size_t place = keyed_->ReadAgain(place_);
+    if (!atFront) place_ = place;
   }
   ValueIndex values(link_->GetSession().GetDialect(), source_->Columns()[column]);
   row_ = nullptr;

@@ -1,0 +1,175 @@
+// Find and Filter.
+#include "tests/adodb/conformance/conformance.hpp"
+
+namespace orvane_test {
+namespace {
+
+using ADODB::CursorType;
+using ADODB::LockType;
+using automation::Variant;
+using testing::ElementsAre;
+
+constexpr CursorType kSearchable[] = {CursorType::Keyset, CursorType::Dynamic, CursorType::Static};
+
+TEST_P(Conformance, FindsForwardFromTheCurrentRow) {
+  MakeNumbers(2000);
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Pessimistic);
+    rows->Find("NAME='n1500'");
+    EXPECT_EQ(rows->Value("ID"), Variant(1500));
+    rows->Find("NAME='n1500'");
+    EXPECT_EQ(rows->Value("ID"), Variant(1500)) << "the current row counts";
+    rows->Find("VALUE=1");
+    EXPECT_EQ(rows->Value("ID"), Variant(1501));
+    rows->Find("NAME='n3'");
+    EXPECT_TRUE(rows->Eof()) << "rows before the current one do not count";
+    EXPECT_EQ(NumberOf([&] { rows->Find("NAME='n3'"); }), 3021);
+    rows->MoveFirst();
+    rows->Find("[name] = 'n3'");
+    EXPECT_EQ(rows->Value("ID"), Variant(3));
+    rows->MoveNext();
+    EXPECT_EQ(rows->Value("ID"), Variant(4));
+  }
+}
+
+TEST_P(Conformance, FindsAgainAndAgainFromTheFirst) {
+  MakeNumbers(300);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT NAME FROM NUMBERS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  EXPECT_FALSE(rows->Bof() && rows->Eof());
+  rows->MoveFirst();
+  const auto before = faults->statements.size();
+  int found = 0;
+  for (int i = 0; i < 600; ++i) {
+    rows->Find("NAME='n" + std::to_string(i) + "'");
+    if (!rows->Eof()) ++found;
+    rows->MoveFirst();
+  }
+  EXPECT_EQ(found, 299 + 1);
+  EXPECT_LE(faults->statements.size() - before, 310u)
+      << "at most one question to the database for each missing value";
+}
+
+TEST_P(Conformance, FindsWhatWasAddedToADynamicSetMeanwhile) {
+  MakeNumbers(10);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  rows->Find("NAME='late'");
+  EXPECT_TRUE(rows->Eof());
+  engine->Run("INSERT INTO NUMBERS VALUES (0,'late',5)");
+  rows->MoveFirst();
+  rows->Find("NAME='late'");
+  ASSERT_FALSE(rows->Eof());
+  EXPECT_EQ(rows->Value("VALUE"), Variant(5));
+}
+
+TEST_P(Conformance, DoesNotFindWhatItDeletedOrChanged) {
+  MakeNumbers(10);
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->Find("NAME='n4'");
+    rows->Delete(ADODB::Affect::Current);
+    rows->MoveFirst();
+    rows->Find("NAME='n4'");
+    EXPECT_TRUE(rows->Eof());
+    rows->MoveFirst();
+    rows->Find("NAME='n5'");
+    rows->SetValue("NAME", "five");
+    rows->Update();
+    rows->MoveFirst();
+    rows->Find("NAME='n5'");
+    EXPECT_TRUE(rows->Eof());
+    rows->MoveFirst();
+    rows->Find("NAME='five'");
+    EXPECT_EQ(rows->Value("ID"), Variant(5));
+    engine->Run("INSERT INTO NUMBERS VALUES (4,'n4',1)");
+    engine->Run("UPDATE NUMBERS SET NAME = 'n5' WHERE ID = 5");
+  }
+}
+
+TEST_P(Conformance, ComparesTextsAsTheDatabaseDoes) {
+  engine->CreateTable("SESSIONS", {{"ID", ColumnKind::Key}, {"SESSIONID", ColumnKind::Text}});
+  engine->Run("INSERT INTO SESSIONS VALUES (1,'Abc')");
+  const auto connection = Connect();
+  const auto rows =
+      Open("SELECT SESSIONID FROM SESSIONS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  const auto finds = [&](const char* criterion) {
+    rows->MoveFirst();
+    rows->Find(criterion);
+    return !rows->Eof();
+  };
+  EXPECT_TRUE(finds("SESSIONID='Abc'"));
+  EXPECT_EQ(finds("SESSIONID='aBC'"), Quirk().textIgnoresCase);
+  EXPECT_EQ(finds("SESSIONID='Abc '"), Quirk().textIgnoresTrailingBlanks);
+  EXPECT_FALSE(finds("SESSIONID=' Abc'"));
+  EXPECT_FALSE(finds("SESSIONID='Ab'"));
+  EXPECT_FALSE(finds("SESSIONID=''"));
+}
+
+TEST_P(Conformance, NeverFindsANull) {
+  MakePeople();
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM PEOPLE", connection, CursorType::Static, LockType::ReadOnly);
+  rows->Find("NAME=''");
+  EXPECT_TRUE(rows->Eof());
+  rows->MoveFirst();
+  rows->Find("VISITS=0");
+  EXPECT_TRUE(rows->Eof());
+}
+
+TEST_P(Conformance, RefusesACriterionThatIsNone) {
+  MakeNumbers(3);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  for (const char* criterion : {"", "NAME", "NAME=", "NAME=n1", "NAME='O'Brien'", "NAME='x",
+                                "NAME='a' OR NAME='b'", "='a'", "NAME='a'b", "ID=1 2", "ID='x'"}) {
+    EXPECT_EQ(NumberOf([&] { rows->Find(criterion); }), 3001) << criterion;
+    if (*criterion != '\0') {
+      EXPECT_EQ(NumberOf([&] { rows->SetFilter(criterion); }), 3001) << criterion;
+    }
+  }
+  EXPECT_EQ(NumberOf([&] { rows->Find("NOSUCH='x'"); }), 3265);
+  EXPECT_EQ(rows->Value("ID"), Variant(1)) << "a refused search leaves the set where it is";
+  rows->Find("NAME='it''s'");
+  EXPECT_TRUE(rows->Eof());
+}
+
+TEST_P(Conformance, FiltersByANumber) {
+  MakeNumbers(2500);
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->SetFilter("VALUE=2");
+    int seen = 0;
+    for (; !rows->Eof(); rows->MoveNext(), ++seen) EXPECT_EQ(rows->Value("VALUE"), Variant(2));
+    EXPECT_EQ(seen, 833);
+    if (cursor != CursorType::Dynamic) {
+      EXPECT_EQ(rows->RecordCount(), 833);
+    }
+    rows->SetFilter("VALUE=7");
+    EXPECT_TRUE(rows->Bof());
+    EXPECT_TRUE(rows->Eof());
+    rows->SetFilter("ID=17");
+    EXPECT_THAT(Walk(*rows, "NAME"), ElementsAre("n17"));
+    rows->SetFilter("");
+    EXPECT_EQ(Walk(*rows, "ID").size(), 2500u);
+  }
+}
+
+TEST_P(Conformance, ChangesRowsUnderAFilter) {
+  MakeNumbers(9);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Keyset, LockType::Optimistic);
+  rows->SetFilter("VALUE=0");
+  rows->Delete(ADODB::Affect::Current);
+  EXPECT_EQ(rows->RecordCount(), 2);
+  rows->MoveNext();
+  rows->SetValue("NAME", "six");
+  rows->Update();
+  EXPECT_THAT(Rows("SELECT ID, NAME FROM NUMBERS WHERE VALUE = 0 ORDER BY ID"), ElementsAre("6|six", "9|n9"));
+}
+
+}  // namespace
+}  // namespace orvane_test
