@@ -19,6 +19,7 @@
 #include "suite/escalation/escalation.hpp"
 #include "suite/file_handling/file_handling.hpp"
 #include "suite/load_xsls/load_xsls.hpp"
+#include "suite/membership/user.hpp"
 #include "suite/service_request/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
 
@@ -40,6 +41,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
   Vantrel::RegisterConfiguration(classes, home.Path());
   Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
   OrvCommon::RegisterSqlConversion(classes);
+  VnMembership::RegisterUser(classes);
   OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
                                                .sharedPath = &SharedPath,
                                                .timeouts = {}});

@@ -25,6 +25,7 @@ TEST(CompositionTest, KnowsEverythingThatTheJobsCreate) {
                              "ADODB.Command",
                              "MSXML2.DOMDocument",
                              "CDO.Message",
+                             "VnMembership.User",
                              "OrvCommon.LoadXSLs",
                              "Scripting.FileSystemObject",
                              "Scripting.Dictionary",

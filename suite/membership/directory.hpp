@@ -1,0 +1,32 @@
+// A directory that people are looked up in: an LDIF file, or an LDAP server.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "suite/membership/entry.hpp"
+
+namespace VnMembership {
+
+// Numbers of the errors, all with the source "VnMembership.User".
+constexpr int kAccountRefused = 1101;
+constexpr int kUnknownUser = 1102;           // no person, or several, with the id
+constexpr int kDirectoryUnavailable = 1103;  // cannot be reached or read
+constexpr int kNotBound = 1104;              // an attribute is read before BindAs
+constexpr int kBadAttribute = 1105;          // a number or truth value that is none
+
+class Directory {
+ public:
+  virtual ~Directory() = default;
+  // Enters with the account and returns the one person whose uid is `userId`, below `root` (everywhere when
+  // it is empty). The id is a value, never a pattern. An empty credential is refused. Raises the errors
+  // above.
+  virtual Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
+                     std::string_view root) = 0;
+};
+
+std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file);
+
+}  // namespace VnMembership

@@ -1,0 +1,89 @@
+#include "suite/membership/user.hpp"
+
+#include <charconv>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "components/interfaces/user.hpp"
+#include "platform/automation/error.hpp"
+#include "suite/configuration/site_file.hpp"
+#include "suite/membership/directory.hpp"
+#include "suite/paths/native_path.hpp"
+
+namespace VnMembership {
+namespace {
+
+[[noreturn]] void Raise(int number, const std::string& description) {
+  throw automation::Error(number, "VnMembership.User", description);
+}
+
+class DirectoryUser : public User {
+ public:
+  void setServerInfo(std::string_view configurationFile) override {
+    const std::filesystem::path file = suite::NativePath(configurationFile, std::filesystem::current_path());
+    const Vantrel::SiteFile site = Vantrel::SiteFile::Read(file);
+    const std::string server = site.FindValue("MEMBERSHIP", "LDAPServer").value_or("");
+    root_ = site.FindValue("MEMBERSHIP", "LDAPRoot").value_or("");
+    if (!server.empty())
+      Raise(kDirectoryUnavailable, "LDAPServer: " + server + " is no directory that can be entered");
+    directory_ = OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()));
+  }
+
+  void BindAs(std::string_view userId, std::string_view bindName, std::string_view credential) override {
+    if (!directory_) Raise(kNotBound, "setServerInfo must be called before BindAs");
+    entry_ = directory_->Find(userId, bindName, credential, root_);
+  }
+
+  std::int32_t LanguageID() const override { return Number("orvaneLanguageID"); }
+  std::int32_t Locale() const override { return Number("orvaneLocale"); }
+  std::string EMailAddress() const override { return Text("mail"); }
+  std::string FirstName() const override { return Text("givenName"); }
+  std::string LastName() const override { return Text("sn"); }
+  std::string CompanyName() const override { return Text("o"); }
+  std::string PhoneNumber() const override { return Text("telephoneNumber"); }
+  std::string Modem() const override { return Text("orvaneModem"); }
+  std::string Country() const override { return Text("orvaneCountry"); }
+  std::string Position() const override { return Text("title"); }
+  std::string Fax() const override { return Text("facsimileTelephoneNumber"); }
+  std::int32_t BusinessPartnerNumber() const override { return Number("orvaneBusinessPartner"); }
+  std::string EngineerCode() const override { return Text("orvaneEngineerCode"); }
+  bool SalutationFlag() const override {
+    const std::string text = Text("orvaneSalutationFlag");
+    if (text.empty() || text == "FALSE") return false;
+    if (text == "TRUE") return true;
+    Raise(kBadAttribute, entry_->dn + ": orvaneSalutationFlag is \"" + text + "\", neither TRUE nor FALSE");
+  }
+
+ private:
+  std::string Text(std::string_view attribute) const {
+    if (!entry_) Raise(kNotBound, "BindAs must be called before an attribute is read");
+    return entry_->Value(attribute);
+  }
+
+  std::int32_t Number(std::string_view attribute) const {
+    const std::string text = Text(attribute);
+    if (text.empty()) return 0;
+    std::int32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) {
+      Raise(kBadAttribute,
+            entry_->dn + ": " + std::string(attribute) + " is \"" + text + "\", no 32-bit number");
+    }
+    return number;
+  }
+
+  std::unique_ptr<Directory> directory_;
+  std::string root_;
+  std::optional<Entry> entry_;
+};
+
+}  // namespace
+
+void RegisterUser(automation::ClassTable& classes) {
+  classes.Register(kUserProgId, [] { return std::make_shared<DirectoryUser>(); });
+}
+
+}  // namespace VnMembership
