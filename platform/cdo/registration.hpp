@@ -14,19 +14,19 @@ enum class Tls { None, StartTls, Smtps };
 // How mail leaves this machine; the same for every message of a class table.
 struct Settings {
   SendUsing sendUsing = SendUsing::Pickup;
-  std::string pickupDirectory;  // a path of Scripting.FileSystemObject; the folder must exist
+  std::string pickupDirectory = {};  // a path of Scripting.FileSystemObject; the folder must exist
 
-  std::string server;  // host name or address
+  std::string server = {};  // host name or address
   int port = 25;
-  Tls tls = Tls::None;          // StartTls is demanded, not merely tried
-  std::string certificateFile;  // trusted authorities in PEM form; empty: the machine's own
-  std::string userName;         // empty: no login
-  std::string password;
+  Tls tls = Tls::None;               // StartTls is demanded, not merely tried
+  std::string certificateFile = {};  // trusted authorities in PEM form; empty: the machine's own
+  std::string userName = {};         // empty: no login
+  std::string password = {};
   int connectSeconds = 30;   // to reach the server
   int responseSeconds = 60;  // for each of its answers
   int sendSeconds = 300;     // for one message as a whole
 
-  std::map<char, std::string> drives;  // drive letters ("C") and the folders that they stand for
+  std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
 };
 
 // All messages of the table share one connection to the server; it is kept open between them.

@@ -9,7 +9,7 @@
 namespace MSXML2 {
 
 struct Settings {
-  std::map<char, std::string> drives;  // drive letters ("C") and the folders that they stand for
+  std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
 };
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings = {});

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -48,7 +49,8 @@ void MessageImpl::AddAttachment(std::string_view path) {
   if (!found) throw automation::Error(automation::ErrorNumber::FileNotFound, kSource);
   std::ifstream file(found->path, std::ios::binary);
   std::ostringstream bytes;
-  if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(bytes << file.rdbuf()))) {
+  if (!file || !std::filesystem::is_regular_file(found->path) ||
+      (file.peek() != std::ifstream::traits_type::eof() && !(bytes << file.rdbuf()))) {
     throw automation::Error(automation::ErrorNumber::PermissionDenied, kSource);
   }
   const std::string name = found->path.substr(found->path.rfind('/') + 1);

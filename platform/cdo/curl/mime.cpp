@@ -84,8 +84,8 @@ EncodedText EncodedBody(std::string_view body) {
   bool controls = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] < 0) ++foreign;
-    if (text[i] == '\n') lineStart = i + 1;
     if (i - lineStart > longest) longest = i - lineStart;
+    if (text[i] == '\n') lineStart = i + 1;
     if (text[i] >= 0 && text[i] < ' ' && text[i] != '\t' && text[i] != '\r' && text[i] != '\n')
       controls = true;
   }

@@ -1,0 +1,145 @@
+// How the mail class takes a server that does not behave, with a scripted peer.
+#include <chrono>
+
+#include "tests/cdo/mail_fixture.hpp"
+#include "tests/cdo/scripted_peer.hpp"
+
+using orvane_test::ScriptedPeer;
+
+namespace {
+
+constexpr std::int32_t kNotSent = -2147220975;
+constexpr std::int32_t kNotConnected = -2147220973;
+const std::vector<std::string> kHealthy = {"220 hello", "250 localhost", "250 sender", "250 recipient",
+                                           "354 go on", "250 taken",     "221 bye",    "CLOSE"};
+
+class SmtpFailureTest : public orvane_test::MailTest {
+ protected:
+  void Connect(const ScriptedPeer& peer) {
+    Use({.sendUsing = CDO::SendUsing::Port,
+         .server = "127.0.0.1",
+         .port = peer.Port(),
+         .connectSeconds = 2,
+         .responseSeconds = 1,
+         .sendSeconds = 10});
+  }
+  automation::Error ErrorWith(const std::vector<std::string>& script) {
+    ScriptedPeer peer({script});
+    Connect(peer);
+    return ErrorOf([] { NewMessage()->send(); });
+  }
+};
+
+TEST_F(SmtpFailureTest, AHealthyPeerGetsTheWholeMail) {
+  ScriptedPeer peer({kHealthy});
+  Connect(peer);
+  const CDO::MessagePtr message = NewMessage("Jane <customer@example.org>");
+  message->setTextBody("line\r\n.hidden\r\n.\r\nend");
+  message->send();
+  const std::vector<std::string> lines = peer.Finish();
+  ASSERT_GE(lines.size(), 5u);
+  EXPECT_THAT(lines[0], testing::StartsWith("EHLO "));
+  EXPECT_THAT(lines[1], testing::StartsWith("MAIL FROM:<support@example.com>"));
+  EXPECT_EQ(lines[2], "RCPT TO:<customer@example.org>");
+  EXPECT_EQ(lines[3], "DATA");
+  EXPECT_THAT(lines[4], testing::EndsWith("\r\n\r\nline\r\n..hidden\r\n..\r\nend"));
+}
+
+TEST_F(SmtpFailureTest, TheServersRefusalIsTold) {
+  const automation::Error recipient =
+      ErrorWith({"220 hello", "250 localhost", "250 sender", "550 5.1.1 no such mailbox", "221 bye"});
+  EXPECT_EQ(recipient.Number(), kNotSent);
+  EXPECT_EQ(recipient.Source(), "CDO.Message");
+  EXPECT_EQ(
+      recipient.Description(),
+      "The message could not be sent to the SMTP server. The server response was 550 5.1.1 no such mailbox");
+}
+
+TEST_F(SmtpFailureTest, EveryStageOfRefusalIsAnError) {
+  EXPECT_THAT(ErrorWith({"554 not today", "CLOSE"}).Description(), testing::HasSubstr("554 not today"));
+}
+TEST_F(SmtpFailureTest, ARefusedSenderIsAnError) {
+  EXPECT_THAT(ErrorWith({"220 hello", "250 localhost", "553 who are you", "221"}).Description(),
+              testing::HasSubstr("553 who are you"));
+}
+TEST_F(SmtpFailureTest, ARefusedMailIsAnError) {
+  EXPECT_THAT(ErrorWith({"220 hello", "250 localhost", "250 ok", "250 ok", "354 go on", "552 too big", "221"})
+                  .Description(),
+              testing::HasSubstr("552 too big"));
+}
+
+class ClosingTest : public SmtpFailureTest, public testing::WithParamInterface<std::size_t> {};
+
+TEST_P(ClosingTest, AConnectionThatBreaksIsAnErrorAndNeverHangs) {
+  for (const char* how : {"CLOSE", "RESET"}) {
+    std::vector<std::string> script(kHealthy.begin(),
+                                    kHealthy.begin() + static_cast<std::ptrdiff_t>(GetParam()));
+    script.emplace_back(how);
+    runtime_.runtime.classes = automation::ClassTable();
+    const automation::Error error = ErrorWith(script);
+    EXPECT_TRUE(error.Number() == kNotSent || error.Number() == kNotConnected) << error.Number();
+    EXPECT_NE(error.Description(), "");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AfterLine, ClosingTest, testing::Range<std::size_t>(0, 6));
+
+TEST_F(SmtpFailureTest, ASilentServerEndsInATimeOut) {
+  const auto before = std::chrono::steady_clock::now();
+  const automation::Error error = ErrorWith({"220 hello", "SILENCE"});
+  EXPECT_EQ(error.Number(), kNotSent);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+}
+
+TEST_F(SmtpFailureTest, AServerThatIsDownIsToldApart) {
+  int port = 0;
+  {
+    const ScriptedPeer peer({});
+    port = peer.Port();
+  }
+  Use({.sendUsing = CDO::SendUsing::Port, .server = "127.0.0.1", .port = port, .connectSeconds = 2});
+  const automation::Error error = ErrorOf([] { NewMessage()->send(); });
+  EXPECT_EQ(error.Number(), kNotConnected);
+  EXPECT_THAT(error.Description(), testing::StartsWith("The transport failed to connect to the server. "));
+}
+
+TEST_F(SmtpFailureTest, AfterAFailureTheNextMailGoesThrough) {
+  ScriptedPeer peer({{"220 hello", "250 localhost", "250 sender", "550 no", "221 bye", "CLOSE"}, kHealthy});
+  Connect(peer);
+  EXPECT_EQ(ErrorOf([] { NewMessage()->send(); }).Number(), kNotSent);
+  EXPECT_NO_THROW(NewMessage()->send());
+}
+
+TEST_F(SmtpFailureTest, AConnectionThatWasClosedWhileIdleIsReplaced) {
+  ScriptedPeer peer({{"220 hello", "250 localhost", "250 sender", "250 recipient", "354 go on", "250 taken",
+                      "421 idle too long", "CLOSE"},
+                     kHealthy});
+  Connect(peer);
+  NewMessage()->send();
+  NewMessage("second@example.org")->send();
+  EXPECT_THAT(peer.Finish(), testing::Contains("RCPT TO:<second@example.org>"));
+}
+
+TEST_F(SmtpFailureTest, AMailThatWasHandedOverIsNeverSentAgain) {
+  ScriptedPeer peer({{"220 hello", "250 localhost", "250 sender", "250 recipient", "354 go on", "250 taken",
+                      "250 sender", "250 recipient", "354 go on", "CLOSE"},
+                     kHealthy});
+  Connect(peer);
+  NewMessage()->send();
+  EXPECT_EQ(ErrorOf([] { NewMessage("second@example.org")->send(); }).Number(), kNotSent);
+  int times = 0;
+  for (const std::string& line : peer.Finish()) times += line == "RCPT TO:<second@example.org>" ? 1 : 0;
+  EXPECT_EQ(times, 1);
+}
+
+TEST_F(SmtpFailureTest, TlsThatIsDemandedIsNotDoneWithout) {
+  ScriptedPeer peer({kHealthy});
+  Use({.sendUsing = CDO::SendUsing::Port,
+       .server = "127.0.0.1",
+       .port = peer.Port(),
+       .tls = CDO::Tls::StartTls});
+  EXPECT_EQ(ErrorOf([] { NewMessage()->send(); }).Number(), kNotConnected);
+  for (const std::string& line : peer.Finish()) EXPECT_THAT(line, testing::Not(testing::StartsWith("MAIL")));
+}
+
+}  // namespace
