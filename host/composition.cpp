@@ -15,6 +15,7 @@
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
+#include "suite/catalogue/catalogue.hpp"
 #include "suite/configuration/configuration.hpp"
 #include "suite/escalation/escalation.hpp"
 #include "suite/file_handling/file_handling.hpp"
@@ -42,6 +43,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
   Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
   OrvCommon::RegisterSqlConversion(classes);
   VnMembership::RegisterUser(classes);
+  Catalogue::RegisterCatalogue(classes);
   OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
                                                .sharedPath = &SharedPath,
                                                .timeouts = {}});
