@@ -64,6 +64,7 @@ class Archive : public Job {
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
+  bool wasCutOffWhileBeingCreated(std::string_view rootName, const std::string& path) const;
   void prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::string& path);
   void saveArchiveFile(const ArchiveFile& file);
   void editQuestionsFile(ArchiveFile& questions);
@@ -81,6 +82,7 @@ class Archive : public Job {
   void createFolderPath(std::string path);
   void deleteFolderIfExists(const std::string& path);
   void createFileIfMissing(const std::string& path);
+  static std::string firstLineOf(std::string_view rootName);
   void createArchiveFile(std::string_view rootName, const std::string& path);
 
   // Lookups and small services (archive_lookups.cpp)

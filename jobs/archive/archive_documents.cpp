@@ -68,10 +68,7 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
   bool exists = files->FileExists(BareName(file.path), archives);
   if (exists) prepareExistingFile(*files, file.path);
-  // A run that was cut off while it made the file leaves it empty, or with a root that has no children yet.
-  // Neither holds anything that could be lost, so the file is made as if it were new.
-  if (exists && m_oFileSystem->FileExists(file.path) && m_oFileSystem->GetFile(file.path)->Size() == 0)
-    exists = false;
+  if (exists && wasCutOffWhileBeingCreated(kind.root, file.path)) exists = false;
   if (!exists) createArchiveFile(kind.root, file.path);
 
   file.working = LoadDocument(file.path);
@@ -82,6 +79,21 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
     file.working->save(file.path);
   }
   file.snapshot = LoadDocument(file.path);
+}
+
+// A run that was killed while it made the file leaves a part of its first line, or nothing at all. Neither
+// holds anything that could be lost, so the file is made as if it were new. The bare root element is
+// completed below.
+bool Archive::wasCutOffWhileBeingCreated(std::string_view rootName, const std::string& path) const {
+  if (!m_oFileSystem->FileExists(path)) return false;
+  const std::string firstLine = firstLineOf(rootName) + "\r\n";
+  const Scripting::FilePtr file = m_oFileSystem->GetFile(path);
+  if (file->Size() == 0) return true;
+  if (file->Size() >= static_cast<std::int64_t>(firstLine.size())) return false;
+  const Scripting::TextStreamPtr stream = file->OpenAsTextStream(Scripting::IOMode::ForReading);
+  const std::string content = stream->ReadAll();
+  stream->Close();
+  return firstLine.compare(0, content.size(), content) == 0;
 }
 
 void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::string& path) {

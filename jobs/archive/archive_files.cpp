@@ -76,10 +76,14 @@ void Archive::createFileIfMissing(const std::string& path) {
   if (!m_oFileSystem->FileExists(path)) m_oFileSystem->CreateTextFile(path, true)->Close();
 }
 
+std::string Archive::firstLineOf(std::string_view rootName) {
+  const std::string name(rootName);
+  return "<" + name + "></" + name + ">";
+}
+
 void Archive::createArchiveFile(std::string_view rootName, const std::string& path) {
   const Scripting::TextStreamPtr stream = m_oFileSystem->CreateTextFile(path, true);
-  const std::string name(rootName);
-  stream->WriteLine("<" + name + "></" + name + ">");
+  stream->WriteLine(firstLineOf(rootName));
   stream->Close();
 }
 
