@@ -1,0 +1,63 @@
+#include "bench/support/bench_suite.hpp"
+
+#include <stdlib.h>
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "bench/support/sqlite_file.hpp"
+#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/registration.hpp"
+#include "platform/locale/icu_locale.hpp"
+#include "platform/scripting/local/registration.hpp"
+#include "suite/configuration/configuration.hpp"
+#include "suite/log/file_log.hpp"
+#include "suite/sql_conversion/sql_conversion.hpp"
+
+namespace orvane_bench {
+
+WorkFolder::WorkFolder() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "orvane-bench-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder: " + pattern);
+  path_ = pattern;
+}
+
+WorkFolder::~WorkFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::filesystem::path DatabaseOf(const std::filesystem::path& home) {
+  return home / "db" / "orvane.sqlite";
+}
+
+void MakeSuiteConfiguration(const std::filesystem::path& home, std::string_view connectionString) {
+  const std::string connection = connectionString.empty()
+                                     ? "Provider=SQLite;Data Source=" + DatabaseOf(home).string()
+                                     : std::string(connectionString);
+  std::filesystem::create_directories(home / "config");
+  std::ofstream(home / "config" / "siteConfiguration.xml")
+      << "<siteConfiguration><product name=\"Orvane\"><connection name=\"Orvane\">" << connection
+      << "</connection></product></siteConfiguration>\n";
+}
+
+void MakeSuite(const std::filesystem::path& home) {
+  MakeSuiteConfiguration(home);
+  std::filesystem::create_directories(home / "db");
+  std::ifstream schema(std::string(ORVANE_SCHEMA_FOLDER) + "/sqlite.sql");
+  std::ostringstream ddl;
+  ddl << schema.rdbuf();
+  SqliteFile(DatabaseOf(home)).Execute(ddl.str());
+}
+
+BenchSuite::BenchSuite(const std::filesystem::path& home) : scope_(runtime_) {
+  runtime_.locale = automation::MakeLocale({});
+  ADODB::RegisterClasses(runtime_.classes, {ADODB::sqlite::MakeProvider(home)});
+  Scripting::local::RegisterClasses(runtime_.classes);
+  Vantrel::RegisterConfiguration(runtime_.classes, home);
+  Vantrel::RegisterLog(runtime_.classes, home / "Vantrel.log");
+  OrvCommon::RegisterSqlConversion(runtime_.classes);
+}
+
+}  // namespace orvane_bench

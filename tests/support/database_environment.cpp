@@ -1,0 +1,39 @@
+#include "tests/support/database_environment.hpp"
+
+#include <gtest/gtest.h>
+
+#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/registration.hpp"
+
+namespace orvane_test {
+
+DatabaseEnvironment::DatabaseEnvironment(bool wal) : database(folder.Path() / "suite.sqlite", wal) {
+  auto actual = std::make_shared<automation::ClassTable>();
+  ADODB::RegisterClasses(*actual, {ADODB::sqlite::MakeProvider({})});
+  adodb = RegisterWatchedAdodb(runtime.classes, std::move(actual));
+  configuration->connectionStrings[{"Orvane", "Orvane"}] = database.ConnectionString();
+}
+
+int DatabaseEnvironment::LetEveryStepFail(const std::function<void()>& run) {
+  int calls = 0;
+  bool failed = true;
+  while (failed) {
+    ++calls;
+    failed = false;
+    int step = 0;
+    std::string failing;
+    adodb->before = [&](std::string_view name) {
+      if (++step != calls) return;
+      failed = true;
+      failing = name;
+      throw automation::Error(automation::ErrorNumber::PermissionDenied, "Injected");
+    };
+    run();
+    adodb->before = nullptr;
+    EXPECT_EQ(adodb->openConnections, 0) << "after the failure of step " << calls << ", " << failing;
+    EXPECT_EQ(adodb->openRecordsets, 0) << "after the failure of step " << calls << ", " << failing;
+  }
+  return calls;
+}
+
+}  // namespace orvane_test

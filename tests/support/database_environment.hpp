@@ -1,0 +1,29 @@
+// A test runtime on a real SQLite database, reached through watched ADO. The database is empty: each test
+// makes the tables that it needs.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "tests/support/sqlite_database.hpp"
+#include "tests/support/test_runtime.hpp"
+#include "tests/support/watched_adodb.hpp"
+
+namespace orvane_test {
+
+class DatabaseEnvironment : public TestRuntime {
+ public:
+  explicit DatabaseEnvironment(bool wal = true);
+
+  // Calls `run` again and again, letting a later step of ADO raise 70 each time, until a call comes to its
+  // end undisturbed. `run` deals with what is raised. After each call no connection and no record set may be
+  // open. The number of calls.
+  int LetEveryStepFail(const std::function<void()>& run);
+
+  TemporaryFolder folder;
+  SqliteDatabase database;
+  std::shared_ptr<AdodbJournal> adodb;
+};
+
+}  // namespace orvane_test
