@@ -138,7 +138,12 @@ TEST_F(DormantUserExpiryTest, MissingDatabaseIsReportedByTheGetterAndEndsTheRun)
   EXPECT_FALSE(std::filesystem::exists(database_.File()));
 }
 
-TEST_F(DormantUserExpiryTest, FileThatIsNoDatabaseEndsTheRun) {
+class DormantUserExpiryOnRollbackJournalTest : public DormantUserExpiryTest {
+ protected:
+  DormantUserExpiryOnRollbackJournalTest() : DormantUserExpiryTest(false) {}
+};
+
+TEST_F(DormantUserExpiryOnRollbackJournalTest, FileThatIsNoDatabaseEndsTheRun) {
   std::ofstream(database_.File(), std::ios::trunc) << std::string(4096, 'x');
   EXPECT_EQ(Expire(), kEngineFailure);
   EXPECT_EQ(Log(), kStartBanner);
@@ -146,7 +151,7 @@ TEST_F(DormantUserExpiryTest, FileThatIsNoDatabaseEndsTheRun) {
   EXPECT_NE(environment_.log->at(0).message.find("file is not a database"), std::string::npos);
 }
 
-TEST_F(DormantUserExpiryTest, DamagedTableEndsTheRunAndDeletesNothing) {
+TEST_F(DormantUserExpiryOnRollbackJournalTest, DamagedTableEndsTheRunAndDeletesNothing) {
   SetLimit("'30'");
   for (int i = 0; i < 2000; ++i) AddProspect("p" + std::to_string(i), "'1990-01-01 00:00:00'", "0");
   // The pages behind the first two are overwritten: the file still opens, the table does not read.
@@ -158,11 +163,6 @@ TEST_F(DormantUserExpiryTest, DamagedTableEndsTheRunAndDeletesNothing) {
   EXPECT_EQ(Expire(), kEngineFailure);
   EXPECT_EQ(Log(), kStartBanner);
 }
-
-class DormantUserExpiryOnRollbackJournalTest : public DormantUserExpiryTest {
- protected:
-  DormantUserExpiryOnRollbackJournalTest() : DormantUserExpiryTest(false) {}
-};
 
 TEST_F(DormantUserExpiryOnRollbackJournalTest, DatabaseThatSomeoneHoldsEndsTheRunWhenTheTimeoutIsOver) {
   SetLimit("'30'");
