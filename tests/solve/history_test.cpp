@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tests/solve/solve_test.hpp"
 
 namespace orvane_test {
@@ -99,6 +101,45 @@ TEST_F(HistoryTest, CharactersAreCountedNotBytes) {
       "2004-07-20 10:00:00.000\xC3\xA9t\xC3\xA9",
       "");
   EXPECT_EQ(Separate(), (Texts{Q("7/20/2004 10:00:00[3,1033]") + "\xC3\xA9t\xC3\xA9"}));
+}
+
+TEST_F(HistoryTest, TheDateIsTwentyThreeCharactersWhateverTheirBytes) {
+  const std::string date = "éééééééééééééééééééééé!";  // 23 characters, 45 bytes
+  SetHistory("\x01\x02\x03\x04|" + date + "text", "");
+  EXPECT_EQ(Separate(), (Texts{Q(date) + "text"}));
+}
+
+TEST_F(HistoryTest, SeparatorsAloneAreEntriesWithoutDateAndText) {
+  SetHistory("\x01\x02\x03\x04\x01\x02\x03\x04", "\x04\x03\x02\x01");
+  EXPECT_EQ(Separate(), (Texts{A(""), Q(""), Q("")}));
+  EXPECT_EQ(count_, 3);
+}
+
+TEST_F(HistoryTest, AnEntryOfTwentyFourCharactersIsAllDate) {
+  SetHistory(Post("2004-07-20 10:00:00.000", ""), "");
+  EXPECT_EQ(Separate(), (Texts{Q("7/20/2004 10:00:00[3,1033]")}));
+}
+
+TEST_F(HistoryTest, AMissingTableIsReportedAndThereAreNoEntries) {
+  database_.Run("DROP TABLE QUESTIONS");
+  EXPECT_EQ(Separate(), Texts{});
+  EXPECT_EQ(count_, 0);
+  ASSERT_EQ(Log().size(), 1U);
+  EXPECT_EQ(Log()[0].find("OrvaneProcess.SolveOnNoResponse.SeparateData caught: "), 0U) << Log()[0];
+}
+
+TEST_F(HistoryTest, TenThousandEntriesAreSortedByDate) {
+  std::string posts;
+  for (int i = 9999; i >= 0; --i) {
+    const std::string number = std::to_string(10000 + i).substr(1);
+    posts += Post("2004-07-20 10:0" + number.substr(0, 1) + ":00." + number.substr(1), number);
+  }
+  SetHistory(posts, "");
+  const Texts entries = Separate();
+  ASSERT_EQ(entries.size(), 10000U);
+  EXPECT_TRUE(std::is_sorted(entries.begin(), entries.end(), [](const std::string& a, const std::string& b) {
+    return a.substr(a.size() - 4) < b.substr(b.size() - 4);
+  }));
 }
 
 TEST_F(HistoryTest, HeadingsAreInTheOriginatorsLanguage) {

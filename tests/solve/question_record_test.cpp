@@ -51,6 +51,15 @@ TEST_F(QuestionRecordTest, AFailureToCloseIsReported) {
                           "OrvaneProcess.SolveOnNoResponse.CloseQuestionRS caught: gone (-2147467259)."}));
 }
 
+TEST_F(QuestionRecordTest, AQuestionIdThatIsNoNumberIsRefused) {
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.SetCaseId("26 or 1=1");
+  peer_.OpenQuestion();
+  EXPECT_FALSE(peer_.QuestionIsOpen());
+  ASSERT_EQ(Log().size(), 1U);
+  EXPECT_EQ(Log()[0].find("OrvaneProcess.SolveOnNoResponse.OpenQuestionRS caught: "), 0U) << Log()[0];
+}
+
 TEST_F(QuestionRecordTest, AttachmentsLieBelowTheDataFolder) {
   EXPECT_EQ(job_.GetAttachmentDirectoryName(), "\\suite\\home\\Data");
   SetParameter("DataFileRelativePath", "Data/Files/");

@@ -39,7 +39,7 @@ class SolveTest : public testing::Test {
   Texts Transactions();  // all columns but T_ID, by T_ID
   std::string Status(int questionId);
   std::string Row(const std::string& sql);  // of a statement that yields one row
-  Texts Log() const;  // the messages of the error log
+  Texts Log() const;                        // the messages of the error log
 
   TemporaryFolder folder_;
   SqliteDatabase database_;
@@ -70,6 +70,7 @@ class SolveOnNoResponsePeer {
     job_.m_bProspect = true;
     job_.m_sRecipient = recipient;
   }
+  void SetCaseId(const std::string& id) { job_.m_sCaseID = id; }
   void SetGeneration(int generation) { job_.m_lBackOfficeApplication = generation; }
   void SetReportedBy(const std::string& code) { job_.m_sReportedBy = code; }
 

@@ -14,7 +14,7 @@ DatabaseEnvironment::DatabaseEnvironment(bool wal) : database(folder.Path() / "s
   configuration->connectionStrings[{"Orvane", "Orvane"}] = database.ConnectionString();
 }
 
-int DatabaseEnvironment::LetEveryStepFail(const std::function<void()>& run) {
+int LetEveryStepFail(AdodbJournal& adodb, const std::function<void()>& run) {
   int calls = 0;
   bool failed = true;
   while (failed) {
@@ -22,16 +22,16 @@ int DatabaseEnvironment::LetEveryStepFail(const std::function<void()>& run) {
     failed = false;
     int step = 0;
     std::string failing;
-    adodb->before = [&](std::string_view name) {
+    adodb.before = [&](std::string_view name) {
       if (++step != calls) return;
       failed = true;
       failing = name;
       throw automation::Error(automation::ErrorNumber::PermissionDenied, "Injected");
     };
     run();
-    adodb->before = nullptr;
-    EXPECT_EQ(adodb->openConnections, 0) << "after the failure of step " << calls << ", " << failing;
-    EXPECT_EQ(adodb->openRecordsets, 0) << "after the failure of step " << calls << ", " << failing;
+    adodb.before = nullptr;
+    EXPECT_EQ(adodb.openConnections, 0) << "after the failure of step " << calls << ", " << failing;
+    EXPECT_EQ(adodb.openRecordsets, 0) << "after the failure of step " << calls << ", " << failing;
   }
   return calls;
 }

@@ -12,14 +12,18 @@
 
 namespace orvane_test {
 
+// Calls `run` again and again, letting a later step of ADO raise 70 each time, until a call comes to its end
+// undisturbed. `run` deals with what is raised. After each call no connection and no record set may be open.
+// The number of calls.
+int LetEveryStepFail(AdodbJournal& adodb, const std::function<void()>& run);
+
 class DatabaseEnvironment : public TestRuntime {
  public:
   explicit DatabaseEnvironment(bool wal = true);
 
-  // Calls `run` again and again, letting a later step of ADO raise 70 each time, until a call comes to its
-  // end undisturbed. `run` deals with what is raised. After each call no connection and no record set may be
-  // open. The number of calls.
-  int LetEveryStepFail(const std::function<void()>& run);
+  int LetEveryStepFail(const std::function<void()>& run) {
+    return orvane_test::LetEveryStepFail(*adodb, run);
+  }
 
   TemporaryFolder folder;
   SqliteDatabase database;

@@ -1,0 +1,79 @@
+// Nothing stays open: each procedure is run with every one of its steps on the database failing in turn.
+#include <functional>
+
+#include "tests/solve/solve_test.hpp"
+#include "tests/support/database_environment.hpp"
+
+namespace orvane_test {
+namespace {
+
+using Procedure = std::function<void(SolveOnNoResponsePeer&, OrvaneProcess::SolveOnNoResponseJob&)>;
+
+struct Case {
+  const char* name;
+  Procedure run;
+  int fewestSteps;
+};
+
+class OpenObjectsTest : public SolveTest, public testing::WithParamInterface<Case> {
+ protected:
+  OpenObjectsTest() {
+    AddLabel("LBLQX3388", 1033, "Question");
+    database_.Run("INSERT INTO SITE VALUES ('1', 'Amsterdam')");
+    database_.Run("INSERT INTO PRODUCT VALUES ('1', 'A pump')");
+    database_.Run("INSERT INTO OBJECT VALUES ('1', '1', 'The pump in the basement')");
+    database_.Run("INSERT INTO PROBLEM VALUES ('1', 'Leaks')");
+    database_.Run("INSERT INTO PRIORITY VALUES (1, 'Urgent')");
+    database_.Run(
+        "UPDATE QUESTIONS SET Q_TEXT = '\x01\x02\x03\x04 2004-07-20 10:00:00.000It leaks', A_TEXT = ''");
+  }
+  SolveOnNoResponsePeer peer_{job_};
+};
+
+TEST_P(OpenObjectsTest, NoConnectionAndNoRecordSetStaysOpenAndNothingIsRaised) {
+  const int runs = LetEveryStepFail(*adodb_, [this] {
+    peer_.Begin(26, 8, "anna", 1033);
+    EXPECT_NO_THROW(GetParam().run(peer_, job_));
+  });
+  EXPECT_GE(runs, GetParam().fewestSteps);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Procedures, OpenObjectsTest,
+    testing::Values(Case{"DataLabel", [](auto& peer, auto&) { peer.GetDataLabelDesc("S8", 1033); }, 7},
+                    Case{"Site", [](auto& peer, auto&) { peer.GetSiteDescription("1"); }, 6},
+                    Case{"Product", [](auto& peer, auto&) { peer.GetProductDescription("1"); }, 7},
+                    Case{"Object", [](auto& peer, auto&) { peer.GetObjectDescription("1", "1"); }, 7},
+                    Case{"Priority", [](auto& peer, auto&) { peer.GetPriorityDescription(1); }, 7},
+                    Case{"Salutation", [](auto& peer, auto&) { peer.GetSalutation("anna"); }, 7},
+                    Case{"History",
+                         [](auto& peer, auto&) {
+                           std::int32_t count = 0;
+                           peer.SeparateData(26, count);
+                         },
+                         15},
+                    Case{"QuestionRecord",
+                         [](auto& peer, auto&) {
+                           peer.OpenQuestion();
+                           peer.CloseQuestion();
+                         },
+                         5},
+                    Case{"AttachmentFolder", [](auto&, auto& job) { job.GetAttachmentDirectoryName(); }, 7},
+                    Case{"MailData", [](auto& peer, auto&) { peer.GetMailData(); }, 30}),
+    [](const auto& parameter) { return std::string(parameter.param.name); });
+
+TEST_F(OpenObjectsTest, TheProblemLookupRaisesAndLeavesNothingOpen) {
+  int raised = 0;
+  const int runs = LetEveryStepFail(*adodb_, [this, &raised] {
+    try {
+      EXPECT_EQ(peer_.GetReportedDescription("1"), "Leaks");
+    } catch (const automation::Error& error) {
+      EXPECT_EQ(error.Number(), 70);
+      ++raised;
+    }
+  });
+  EXPECT_EQ(raised, runs - 1);
+}
+
+}  // namespace
+}  // namespace orvane_test
