@@ -14,9 +14,10 @@ namespace MSXML2::libxml {
 class Markup {
  public:
   Markup() = default;
-  // `piece` lies inside `source`.
-  Markup(std::shared_ptr<const std::string> source, std::string_view piece)
-      : source_(std::move(source)), fromSource_(piece) {}
+  // `piece` lies inside `source`; `names` are the local names of the elements inside.
+  Markup(std::shared_ptr<const std::string> source, std::string_view piece,
+         std::set<std::string, std::less<>> names)
+      : source_(std::move(source)), fromSource_(piece), names_(std::move(names)) {}
 
   // Adds whole elements at the end; only for markup that is no view.
   void Append(std::string_view text);

@@ -3,8 +3,6 @@
 #include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
 
-#include <limits>
-
 namespace MSXML2::libxml {
 namespace {
 
@@ -53,15 +51,6 @@ void OnElement(void* context, const xmlChar* name, const xmlChar* prefix, const 
                         defaultedCount, attributes);
 }
 
-std::string Reason(const xmlParserCtxt& parser, const Watch& watch) {
-  if (watch.tooDeep)
-    return "The elements lie deeper inside each other than " + std::to_string(kDeepestElement) + ".";
-  const xmlError& error = parser.lastError;
-  if (error.code == XML_ERR_OK) return "The document is not well-formed.";
-  return "Line " + std::to_string(error.line) + ", column " + std::to_string(error.int2) + ": " +
-         Message(error);
-}
-
 Parsed ParseOnce(std::string_view text, const char* encoding, int options, Watch& watch) {
   const Owned<xmlParserCtxt> parser(xmlNewParserCtxt());
   if (!parser) return {nullptr, "Out of memory"};
@@ -72,14 +61,24 @@ Parsed ParseOnce(std::string_view text, const char* encoding, int options, Watch
   Owned<xmlDoc> doc(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr,
                                       encoding, options));
   if (!doc || parser->wellFormed == 0 || parser->nsWellFormed == 0 || watch.tooDeep)
-    return {nullptr, Reason(*parser, watch)};
+    return {nullptr, watch.tooDeep ? TooDeepReason() : PlaceAndMessage(parser->lastError)};
   return {std::move(doc), {}};
 }
 
 }  // namespace
 
+std::string TooDeepReason() {
+  return "The elements lie deeper inside each other than " + std::to_string(kDeepestElement) + ".";
+}
+
+std::string PlaceAndMessage(const xmlError& error) {
+  if (error.code == XML_ERR_OK) return "The document is not well-formed.";
+  return "Line " + std::to_string(error.line) + ", column " + std::to_string(error.int2) + ": " +
+         Message(error);
+}
+
 Parsed Parse(std::string_view text, const char* encoding) {
-  if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+  if (text.size() > kLargestDocument) {
     return {nullptr, "The document is larger than 2 GiB."};
   }
   // The library's limits are all or nothing: texts above 10 MB need them off, entities need them on.

@@ -13,6 +13,12 @@ namespace MSXML2::libxml {
 // tree.
 inline constexpr int kDeepestElement = 1000;
 
+// The library counts bytes in an int.
+inline constexpr std::size_t kLargestDocument = 0x7FFFFFFF;
+
+std::string TooDeepReason();
+std::string PlaceAndMessage(const xmlError& error);
+
 struct Parsed {
   Owned<xmlDoc> doc;   // null when the text is no well-formed document
   std::string reason;  // why, with line and column
