@@ -46,8 +46,9 @@ class Dialect {
   // `table` is as the statement wrote it.
   virtual std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
                                       const std::vector<std::string>& returned) const;
-  // Whether "(a,b) IN (VALUES (1,2),(3,4))" is understood, and fast for tens of thousands of rows.
-  virtual bool HasRowValueLists() const { return true; }
+  // What stands before the rows of "(a,b) IN (VALUES (1,2),(3,4))", in the form of it that is fast for tens
+  // of thousands of rows.
+  virtual std::string_view RowValueListStart() const { return "VALUES "; }
 
   // --- Names and texts. ---
 

@@ -55,6 +55,9 @@ class MariaDb : public Dialect {
     return sql;
   }
 
+  // After VALUES the first row's values would be names of columns, which must differ: a row (1,1) is refused.
+  std::string_view RowValueListStart() const override { return {}; }
+
   // By the end of a collation's name: "_bin" compares characters, everything else sees letters of different
   // case as equal; trailing blanks do not count unless it says "nopad". Without a name texts are compared as
   // they are.

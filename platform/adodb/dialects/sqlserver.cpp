@@ -58,8 +58,6 @@ class SqlServer : public Dialect {
     return columns.empty() ? sql + " DEFAULT VALUES" : sql + " VALUES (" + marks + ")";
   }
 
-  bool HasRowValueLists() const override { return false; }
-
   // Trailing blanks never count; a collation says "_CI" when case does not either, and the binary ones end in
   // _BIN or _BIN2.
   std::string ComparisonKey(std::string_view text, const Column& column) const override {

@@ -121,7 +121,8 @@ OrChain FindOrChain(std::string_view sql, const std::vector<Token>& tokens) {
   return chain;
 }
 
-std::string AsRowValueList(std::string_view sql, const std::vector<Token>& tokens, const OrChain& chain) {
+std::string AsRowValueList(std::string_view sql, const std::vector<Token>& tokens, const OrChain& chain,
+                           std::string_view start) {
   const TermReader reader(sql, tokens);
   std::vector<Equality> equalities;
   std::vector<std::string_view> columns;
@@ -145,7 +146,8 @@ std::string AsRowValueList(std::string_view sql, const std::vector<Token>& token
     if (i > 0) text += ',';
     text += columns[i];
   }
-  text += columns.size() > 1 ? ") IN (VALUES " : " IN (VALUES ";
+  text += columns.size() > 1 ? ") IN (" : " IN (";
+  text += start;
   text += list;
   text += ')';
   return text;

@@ -24,8 +24,9 @@ struct OrChain {
 // CASE or a subquery inside).
 OrChain FindOrChain(std::string_view sql, const std::vector<Token>& tokens);
 
-// The chain as "(A,B) IN (VALUES (1,2),...)"; empty when the terms are not all equalities between the same
-// columns and literals.
-std::string AsRowValueList(std::string_view sql, const std::vector<Token>& tokens, const OrChain& chain);
+// The chain as "(A,B) IN (VALUES (1,2),...)", with `start` in the place of "VALUES "; empty when the terms
+// are not all equalities between the same columns and literals.
+std::string AsRowValueList(std::string_view sql, const std::vector<Token>& tokens, const OrChain& chain,
+                           std::string_view start);
 
 }  // namespace ADODB::engine

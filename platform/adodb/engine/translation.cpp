@@ -276,10 +276,8 @@ Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
   const OrChain chain = tokens.size() > kLongChain ? FindOrChain(sql, tokens) : OrChain();
   if (chain.terms.size() > kLongChain) {
     const std::string head = translator.Render(0, chain.begin) + " ";
-    if (dialect.HasRowValueLists()) {
-      const std::string list = AsRowValueList(sql, tokens, chain);
-      if (!list.empty()) translation.statements.push_back(head + list);
-    }
+    const std::string list = AsRowValueList(sql, tokens, chain, dialect.RowValueListStart());
+    if (!list.empty()) translation.statements.push_back(head + list);
     if (translation.statements.empty() && Is(sql, tokens[0], "delete")) {
       for (std::size_t i = 0; i < chain.terms.size(); i += kLongChain) {
         const std::size_t last = std::min(i + kLongChain, chain.terms.size()) - 1;

@@ -241,9 +241,9 @@ TEST_P(Conformance, ShowsItsOwnChangesWhenItComesBack) {
 }
 
 TEST_P(Conformance, FollowsARowWhoseKeyItChanges) {
-  MakeNumbers(3);
   const auto connection = Connect();
   for (const CursorType cursor : {CursorType::Keyset, CursorType::Static}) {
+    MakeNumbers(3);  // anew: an engine may give rows that were updated a place behind the others
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
     rows->SetValue("ID", 10);
     rows->Update();
