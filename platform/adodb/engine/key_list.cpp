@@ -57,9 +57,12 @@ void KeyList::Set(std::size_t index, KeyView key) {
 }
 
 Row KeyList::Get(std::size_t index) const {
-  if (numeric_) return {OfNumber(numbers_[index])};
-  const char* at = bytes_.data() + offsets_[index];
   Row key;
+  if (numeric_) {
+    key.push_back(OfNumber(numbers_[index]));
+    return key;
+  }
+  const char* at = bytes_.data() + offsets_[index];
   for (std::size_t i = 0; i < width_; ++i) key.push_back(Decode(at));
   return key;
 }
