@@ -23,7 +23,9 @@ function(orvane_test name)
   target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
   set(properties LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
   if(ARG_FIXTURES)
-    list(APPEND properties FIXTURES_REQUIRED "${ARG_FIXTURES}")
+    # One property with several values: on its way through the discovery the list is unquoted four times.
+    list(JOIN ARG_FIXTURES "\\\\\\\\\\\\\\\\;" fixtures)
+    list(APPEND properties FIXTURES_REQUIRED "${fixtures}")
   endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})

@@ -160,8 +160,9 @@ TEST_F(MailDocumentTest, TheFirstGenerationShowsItsProductAndOthersNone) {
   database_.Run("UPDATE QUESTIONS SET Q_PRODUCT = 'PUMP', Q_OBJECT = 'OB' WHERE Q_ID = 26");
   database_.Run("INSERT INTO PRODUCT VALUES ('PUMP', 'A pump')");
   BuildInstalledBase(1);
-  EXPECT_NE(InstalledBase().find("<SITE/><SITE/><PRODUCT>A pump</PRODUCT><PRODUCT>PUMP</PRODUCT><PROBLEMCODE/>"),
-            std::string::npos)
+  EXPECT_NE(
+      InstalledBase().find("<SITE/><SITE/><PRODUCT>A pump</PRODUCT><PRODUCT>PUMP</PRODUCT><PROBLEMCODE/>"),
+      std::string::npos)
       << InstalledBase();
   BuildInstalledBase(2);
   EXPECT_EQ(InstalledBase().find("<PRODUCT>"), std::string::npos) << InstalledBase();

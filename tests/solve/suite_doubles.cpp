@@ -235,17 +235,25 @@ void Register(automation::ClassTable& classes, std::string_view progId, const Do
 
 }  // namespace
 
-void RegisterSuiteDoubles(automation::ClassTable& classes, const Doubles& doubles) {
+void RegisterMailDouble(automation::ClassTable& classes, const Doubles& doubles) {
   Register<RecordingMessage>(classes, "CDO.Message", doubles);
+}
+
+void RegisterCatalogueDoubles(automation::ClassTable& classes, const Doubles& doubles) {
+  Register<ProductCategoryDouble>(classes, Catalogue::kProductCategoryClass, doubles);
+  Register<ProductDouble>(classes, Catalogue::kProductClass, doubles);
+  Register<FAQCategoryDouble>(classes, Catalogue::kFAQCategoryClass, doubles);
+}
+
+void RegisterSuiteDoubles(automation::ClassTable& classes, const Doubles& doubles) {
+  RegisterMailDouble(classes, doubles);
+  RegisterCatalogueDoubles(classes, doubles);
   Register<SheetLoader>(classes, OrvCommon::kLoadXSLsProgId, doubles);
   Register<Escalation>(classes, OrvaneProcessMTS::kSolveOnNoResponseProgId, doubles);
   Register<QuestionDouble>(classes, OrvServiceRequest::kQuestionProgId, doubles);
   Register<ProspectDouble>(classes, OrvServiceRequest::kProspectProgId, doubles);
   Register<ProspectStateDouble>(classes, OrvServiceRequest::kProspectStateClass, doubles);
   Register<QuestionStateDouble>(classes, OrvServiceRequest::kQuestionStateClass, doubles);
-  Register<ProductCategoryDouble>(classes, Catalogue::kProductCategoryClass, doubles);
-  Register<ProductDouble>(classes, Catalogue::kProductClass, doubles);
-  Register<FAQCategoryDouble>(classes, Catalogue::kFAQCategoryClass, doubles);
   for (const std::string_view progId : {OrvaneBackend::kCallsAProgId, OrvaneBackend::kCallsBProgId}) {
     classes.Register(progId, [doubles, progId] { return std::make_shared<RecordingCalls>(doubles, progId); });
   }

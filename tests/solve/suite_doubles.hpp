@@ -53,8 +53,11 @@ struct SuiteDoubles {
   }
 };
 
-// Registers CDO.Message, OrvCommon.LoadXSLs, the ERP, escalation, service-request and catalogue
-// components.
+// Registers CDO.Message, OrvCommon.LoadXSLs, the ERP, escalation, service-request and catalogue components.
 void RegisterSuiteDoubles(automation::ClassTable& classes, const std::shared_ptr<SuiteDoubles>& doubles);
+
+// Registers CDO.Message and the catalogue alone.
+void RegisterMailDouble(automation::ClassTable& classes, const std::shared_ptr<SuiteDoubles>& doubles);
+void RegisterCatalogueDoubles(automation::ClassTable& classes, const std::shared_ptr<SuiteDoubles>& doubles);
 
 }  // namespace orvane_test
