@@ -19,6 +19,7 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   xmlInitParser();
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &Ignore);
+  xsltSetGenericErrorFunc(nullptr, &Ignore);
   const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
   classes.Register("MSXML2.DOMDocument", [paths] { return libxml::DocumentImpl::Create(paths); });
   classes.Register("MSXML2.XSLTemplate", [] { return std::make_shared<libxml::TemplateImpl>(); });

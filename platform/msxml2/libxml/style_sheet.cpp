@@ -22,12 +22,13 @@ namespace {
 // one sheet is compiled at a time.
 class CompilerMessages {
  public:
-  CompilerMessages() : lock_(Mutex()) {
+  CompilerMessages()
+      : lock_(Mutex()), previous_(xsltGenericError), previousContext_(xsltGenericErrorContext) {
     xsltSetGenericErrorFunc(&text_, &Take);
     xmlSetGenericErrorFunc(&text_, &Take);
   }
   ~CompilerMessages() {
-    xsltSetGenericErrorFunc(nullptr, nullptr);
+    xsltSetGenericErrorFunc(previousContext_, previous_);
     xmlSetGenericErrorFunc(nullptr, nullptr);
   }
   CompilerMessages(const CompilerMessages&) = delete;
@@ -55,6 +56,8 @@ class CompilerMessages {
   }
 
   std::lock_guard<std::mutex> lock_;
+  xmlGenericErrorFunc previous_;
+  void* previousContext_;
   std::string text_;
 };
 
