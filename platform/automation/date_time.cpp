@@ -43,7 +43,11 @@ DateTime Shift(DateTime value, std::int64_t count, std::int64_t unit) {
 
 bool DateTime::IsValid(const DateTimeParts& parts) {
   using namespace std::chrono;
-  if (parts.year < 100 || parts.year > 9999 || parts.month < 1 || parts.day < 1) return false;
+  // std::chrono keeps months and days in a byte, so larger numbers must not get there.
+  if (parts.year < 100 || parts.year > 9999 || parts.month < 1 || parts.month > 12 || parts.day < 1 ||
+      parts.day > 31) {
+    return false;
+  }
   const year_month_day date{std::chrono::year{parts.year},
                             std::chrono::month{static_cast<unsigned>(parts.month)},
                             std::chrono::day{static_cast<unsigned>(parts.day)}};

@@ -68,9 +68,15 @@ double RoundHalfToEven(double value) {
   return rounded;
 }
 
+// Before date zero the day counts backwards but its time forwards: 6 hours into the day before date zero is
+// -1.25.
 double DaysSinceDateZero(DateTime value) {
-  const std::int64_t sinceZero = value.UnixMicroseconds() - DateTime().UnixMicroseconds();
-  return static_cast<double>(sinceZero) / static_cast<double>(kMicrosecondsPerDay);
+  const DateTime midnight = value.DatePart();
+  const std::int64_t days =
+      (midnight.UnixMicroseconds() - DateTime().UnixMicroseconds()) / kMicrosecondsPerDay;
+  const double time = static_cast<double>(value.UnixMicroseconds() - midnight.UnixMicroseconds()) /
+                      static_cast<double>(kMicrosecondsPerDay);
+  return days < 0 ? static_cast<double>(days) - time : static_cast<double>(days) + time;
 }
 
 template <class Integer>
@@ -89,6 +95,7 @@ std::int64_t WholeNumber(double value) {
 }
 
 std::string TextOfDouble(double value) {
+  if (value == 0) return "0";  // minus zero included
   // Fifteen significant digits, the number of decimal digits a double always keeps.
   char buffer[40];
   const auto [end, problem] =
@@ -102,6 +109,14 @@ std::string TextOfDouble(double value) {
 }
 
 }  // namespace
+
+bool operator==(const Variant& one, const Variant& other) {
+  using ArrayPtr = std::shared_ptr<const VariantArray>;
+  const auto* array = std::get_if<ArrayPtr>(&one.value_);
+  const auto* otherArray = std::get_if<ArrayPtr>(&other.value_);
+  if (array != nullptr && otherArray != nullptr) return **array == **otherArray;
+  return one.value_ == other.value_;
+}
 
 std::string_view TypeName(const Variant& value) {
   return std::visit(Overloaded{[](EmptyValue) { return "Empty"; }, [](NullValue) { return "Null"; },
@@ -170,14 +185,15 @@ DateTime ToDateTime(const Variant& value) {
   const double days = ToDouble(value);
   constexpr double kLastDay = 2958466;   // 1 January 10000
   constexpr double kFirstDay = -657434;  // 1 January 100
-  if (!(days >= kFirstDay && days < kLastDay)) throw Error(ErrorNumber::Overflow);
   // Before date zero the fraction still counts forward from midnight.
   const double whole = std::trunc(days);
-  const double fraction = std::abs(days - whole);
-  const double inDay = std::round(fraction * 86'400'000.0) * 1000.0;
-  return DateTime::FromUnixMicroseconds(DateTime().UnixMicroseconds() +
-                                        static_cast<std::int64_t>(whole) * kMicrosecondsPerDay +
-                                        static_cast<std::int64_t>(inDay));
+  if (!(whole >= kFirstDay && whole < kLastDay)) throw Error(ErrorNumber::Overflow);
+  const double inDay = std::round(std::abs(days - whole) * 86'400'000.0) * 1000.0;
+  const std::int64_t microseconds = DateTime().UnixMicroseconds() +
+                                    static_cast<std::int64_t>(whole) * kMicrosecondsPerDay +
+                                    static_cast<std::int64_t>(inDay);
+  if (DateTime::FromUnixMicroseconds(microseconds).Parts().year > 9999) throw Error(ErrorNumber::Overflow);
+  return DateTime::FromUnixMicroseconds(microseconds);
 }
 
 std::string ToText(const Variant& value) {

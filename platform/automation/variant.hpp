@@ -54,7 +54,8 @@ class Variant {
   bool IsDate() const { return std::holds_alternative<DateTime>(value_); }
   bool IsObject() const { return std::holds_alternative<ObjectPtr>(value_); }
 
-  friend bool operator==(const Variant&, const Variant&) = default;  // same type and same value
+  // Same type and same value; arrays item by item, objects by identity.
+  friend bool operator==(const Variant& one, const Variant& other);
 
  private:
   Value value_;

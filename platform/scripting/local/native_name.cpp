@@ -79,6 +79,7 @@ std::string ShownName(std::string_view native) {
 }
 
 std::string NativeName(std::string_view shown) {
+  if (shown.find(static_cast<char>(kLead)) == std::string_view::npos) return std::string(shown);
   std::string native;
   native.reserve(shown.size());
   for (std::size_t i = 0; i < shown.size();) {
