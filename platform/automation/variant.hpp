@@ -47,6 +47,15 @@ class Variant {
 
   static Variant Null() { return Variant(NullValue{}); }
 
+  // Becomes the text, in the memory of the text that it held before where it can.
+  void SetText(std::string_view text) {
+    if (auto* held = std::get_if<std::string>(&value_)) {
+      held->assign(text);
+    } else {
+      value_.emplace<std::string>(text);
+    }
+  }
+
   const Value& Get() const { return value_; }
   bool IsEmpty() const { return std::holds_alternative<EmptyValue>(value_); }
   bool IsNull() const { return std::holds_alternative<NullValue>(value_); }

@@ -119,8 +119,11 @@ class ValueCheck {
 
 }  // namespace
 
-CheckedStatement Check(const Statement& statement, const Dialect& dialect) {
-  ValueCheck(statement, dialect).Run();
+void CheckValues(const Statement& statement, const Dialect& dialect) {
+  if (!statement.Values().empty()) ValueCheck(statement, dialect).Run();
+}
+
+CheckedStatement CheckText(const Statement& statement, const Dialect& dialect) {
   CheckedStatement checked{statement.ToString(), Tokenize(statement.ToString())};
   TokenList& list = checked.list;
   if (list.unterminated != kNone) {

@@ -16,10 +16,13 @@ struct CheckedStatement {
 
 // Raises the dialect's syntax error for
 //  - a value inside a quoted text that holds an unpaired quote or a NUL,
-//  - a value anywhere else that is not one signed decimal number,
+//  - a value anywhere else that is not one signed decimal number.
+void CheckValues(const Statement& statement, const Dialect& dialect);
+
+// Raises the dialect's syntax error for
 //  - a text, quoted name or comment that does not end, and an empty statement,
 //  - anything but blanks and comments after a ";".
 // `statement` must outlive the result.
-CheckedStatement Check(const Statement& statement, const Dialect& dialect);
+CheckedStatement CheckText(const Statement& statement, const Dialect& dialect);
 
 }  // namespace ADODB::engine

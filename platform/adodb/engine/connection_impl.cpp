@@ -45,7 +45,8 @@ void ConnectionImpl::SetIsolationLevel(IsolationLevel level) {
 
 RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* recordsAffected, int options) {
   const std::shared_ptr<Link>& link = GetLink();
-  const Translation translation = Prepare(statement, link->GetSession());
+  const auto prepared = link->Prepare(statement);
+  const Translation& translation = *prepared;
   const bool wantsRows = options == kOptionsUnspecified || (options & kExecuteNoRecords) == 0;
   if (wantsRows && YieldsRows(translation.statements.front())) {
     auto records = std::make_shared<RecordsetImpl>();

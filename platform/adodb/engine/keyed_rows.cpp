@@ -55,10 +55,15 @@ std::string KeyedRows::BehindLast(Parameters& parameters) const {
   return condition + closing;
 }
 
-Row KeyedRows::ReadRow(const Rows& rows, std::size_t count) const {
+// Rows that left the window lend their memory to those that enter it.
+Row KeyedRows::ReadRow(const Rows& rows, std::size_t count) {
   Row row;
-  row.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) row.push_back(rows.Value(i));
+  while (row.empty() && !spare_.empty()) {
+    row = std::move(spare_.back());
+    spare_.pop_back();
+  }
+  row.resize(count);
+  for (std::size_t i = 0; i < count; ++i) rows.Read(i, row[i]);
   return row;
 }
 
@@ -78,7 +83,7 @@ void KeyedRows::ReadPage() {
                     rows->Columns().end() - static_cast<std::ptrdiff_t>(keyNames_.size()));
   }
   windowOrdinals_.clear();
-  window_.clear();
+  spare_ = std::exchange(window_, {});
   std::size_t bytes = 0;
   while (bytes < kWindowBytes) {
     if (!rows->Next()) {
@@ -106,8 +111,10 @@ void KeyedRows::ReadRemainingKeys() {
   const std::string condition = BehindLast(parameters);
   const std::unique_ptr<Rows> rows = session.Query(
       "SELECT " + Columned("") + select_.From(condition) + " ORDER BY " + Columned(""), parameters);
+  Row key(keyNames_.size());
   while ((mostRows_ == 0 || keys_.Size() < mostRows_) && rows->Next()) {
-    PushKey(ReadRow(*rows, keyNames_.size()));
+    for (std::size_t i = 0; i < key.size(); ++i) rows->Read(i, key[i]);
+    PushKey(key);
   }
   complete_ = true;
 }
@@ -121,10 +128,18 @@ bool KeyedRows::Reach(std::size_t ordinal) {
 }
 
 const Row* KeyedRows::InWindow(std::size_t ordinal, bool& inside) const {
-  const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
-  inside = found != windowOrdinals_.end() && *found == ordinal;
-  if (!inside) return nullptr;
-  const Row& row = window_[static_cast<std::size_t>(found - windowOrdinals_.begin())];
+  inside = false;
+  if (windowOrdinals_.empty() || ordinal < windowOrdinals_.front() || ordinal > windowOrdinals_.back())
+    return nullptr;
+  // Most windows are without gaps.
+  std::size_t place = ordinal - windowOrdinals_.front();
+  if (place >= windowOrdinals_.size() || windowOrdinals_[place] != ordinal) {
+    const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
+    if (*found != ordinal) return nullptr;
+    place = static_cast<std::size_t>(found - windowOrdinals_.begin());
+  }
+  inside = true;
+  const Row& row = window_[place];
   return row.empty() ? nullptr : &row;
 }
 
@@ -202,6 +217,8 @@ void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
     for (std::size_t i = 0; i < ordinals.size(); ++i)
       places.emplace(KeyList::Bytes(keys_.Get(ordinals[i])), i);
   }
+  spare_ = std::exchange(window_, {});
+  windowOrdinals_.clear();
   std::vector<Row> window(ordinals.size());
   std::size_t bytes = 0;
   std::size_t place = 0;

@@ -49,7 +49,7 @@ class KeyedRows : public RowSource {
   void Fetch(std::vector<std::size_t> ordinals);
   std::string WindowCondition(const std::vector<std::size_t>& ordinals, Parameters& parameters) const;
   const Row* InWindow(std::size_t ordinal, bool& inside) const;
-  Row ReadRow(const Rows& rows, std::size_t count) const;
+  Row ReadRow(const Rows& rows, std::size_t count);
   KeyView KeyOf(const Row& row) const { return KeyView(row).subspan(columns_.size()); }
 
   std::shared_ptr<Link> link_;
@@ -68,6 +68,7 @@ class KeyedRows : public RowSource {
 
   std::vector<std::size_t> windowOrdinals_;  // ascending
   std::vector<Row> window_;                  // an empty row is a hole
+  std::vector<Row> spare_;                   // rows of the window before, for their memory
   std::size_t windowSize_;
 };
 

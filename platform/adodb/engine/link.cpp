@@ -6,6 +6,12 @@
 
 namespace ADODB::engine {
 
+namespace {
+
+constexpr std::string_view kRowWords[] = {"select", "with", "values", "pragma", "explain", "show"};
+
+}  // namespace
+
 Session& Link::GetSession() const {
   if (!lease_.session) throw automation::Error(automation::ErrorNumber::ObjectClosed, "ADODB.Connection");
   return *lease_.session;
@@ -17,9 +23,15 @@ void Link::Close() noexcept {
   inTransaction = false;
 }
 
-Translation Prepare(const Statement& statement, const Session& session) {
-  const Dialect& dialect = session.GetDialect();
-  return Translate(Check(statement, dialect), dialect);
+std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
+  const Dialect& dialect = GetSession().GetDialect();
+  // Values are looked at each time: the same text may have other parts inserted.
+  CheckValues(statement, dialect);
+  TranslationMemo& memo = *lease_.memo;
+  if (auto known = memo.Find(statement.ToString())) return known;
+  auto translation = std::make_shared<const Translation>(Translate(CheckText(statement, dialect), dialect));
+  memo.Keep(statement.ToString(), translation);
+  return translation;
 }
 
 std::int64_t Run(Link& link, const Translation& translation) {
@@ -44,8 +56,8 @@ std::int64_t Run(Link& link, const Translation& translation) {
 }
 
 bool YieldsRows(std::string_view sql) {
-  for (const std::string_view word : {"select", "with", "values", "pragma", "explain", "show"}) {
-    std::size_t at = sql.find_first_not_of(" \t\r\n(");
+  const std::size_t at = sql.find_first_not_of(" \t\r\n(");
+  for (const std::string_view word : kRowWords) {
     if (at != std::string_view::npos && EqualsIgnoringAsciiCase(sql.substr(at, word.size()), word))
       return true;
   }

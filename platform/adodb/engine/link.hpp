@@ -21,6 +21,9 @@ class Link {
   bool IsOpen() const { return lease_.session != nullptr; }
   Session& GetSession() const;  // 3704 when it is closed
 
+  // Checks and translates the statement. Several pieces come out only for a DELETE.
+  std::shared_ptr<const Translation> Prepare(const Statement& statement);
+
   // Gives the session back to the pool; record sets on it are closed by that.
   void Close() noexcept;
 
@@ -30,9 +33,6 @@ class Link {
   std::shared_ptr<Pool> pool_;
   Pool::Lease lease_;
 };
-
-// Checks and translates the statement. Several pieces come out only for a DELETE.
-Translation Prepare(const Statement& statement, const Session& session);
 
 // Runs a statement whose rows are not wanted; pieces run in one transaction. Rows affected.
 std::int64_t Run(Link& link, const Translation& translation);

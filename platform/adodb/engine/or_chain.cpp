@@ -83,6 +83,10 @@ bool InOrder(const std::vector<std::string_view>& columns, const std::vector<Equ
 
 }  // namespace
 
+// Words that may bind their neighbours in another way than AND and OR do.
+constexpr std::string_view kBinding[] = {"case",  "select",  "order",     "group",  "having",    "union",
+                                         "limit", "between", "returning", "except", "intersect", "not"};
+
 OrChain FindOrChain(std::string_view sql, const std::vector<Token>& tokens) {
   OrChain chain;
   std::size_t depth = 0;
@@ -102,9 +106,7 @@ OrChain FindOrChain(std::string_view sql, const std::vector<Token>& tokens) {
       found = true;
       chain.begin = termStart = i + 1;
     } else if (found) {
-      // A word in a term that is neither a name nor AND, OR may bind its neighbours in another way.
-      for (const std::string_view word : {"case", "select", "order", "group", "having", "union", "limit",
-                                          "between", "returning", "except", "intersect", "not"}) {
+      for (const std::string_view word : kBinding) {
         if (Is(sql, token, word)) return {};
       }
       if (depth == 0 && Is(sql, token, "or")) {

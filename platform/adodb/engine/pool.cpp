@@ -66,12 +66,14 @@ Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view us
       mustAnswer = target->suspicious || now - candidate.since > kPingAfter;
       if (target->idle.empty()) target->suspicious = false;
     }
-    if (!mustAnswer || candidate.session->Ping()) return {std::move(candidate.session), std::move(target)};
+    if (!mustAnswer || candidate.session->Ping()) {
+      return {std::move(candidate.session), std::move(candidate.memo), std::move(target)};
+    }
     const std::lock_guard lock(mutex_);
     target->suspicious = !target->idle.empty();
   }
   std::unique_ptr<Session> session = target->provider->Connect(target->text);
-  return {std::move(session), std::move(target)};
+  return {std::move(session), std::make_unique<TranslationMemo>(), std::move(target)};
 }
 
 void Pool::GiveBack(Lease lease) noexcept {
@@ -89,7 +91,7 @@ void Pool::GiveBack(Lease lease) noexcept {
       surplus = std::move(idle.front().session);
       idle.pop_front();
     }
-    idle.push_back({std::move(lease.session), clock_()});
+    idle.push_back({std::move(lease.session), std::move(lease.memo), clock_()});
   } catch (...) {
     // Whatever went wrong with it, the session is not used again.
   }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/engine/translation_memo.hpp"
 
 namespace ADODB::engine {
 
@@ -33,6 +34,7 @@ class Pool {
   struct Target;  // a connection string with its user
   struct Lease {
     std::unique_ptr<Session> session;
+    std::unique_ptr<TranslationMemo> memo;
     std::shared_ptr<Target> target;
   };
 
@@ -48,6 +50,7 @@ class Pool {
  private:
   struct Idle {
     std::unique_ptr<Session> session;
+    std::unique_ptr<TranslationMemo> memo;
     std::chrono::steady_clock::time_point since;
   };
 

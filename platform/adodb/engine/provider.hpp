@@ -31,6 +31,8 @@ class Rows {
   // otherwise; Double is double; DateTime is DateTime; Text and Binary are text. A value that is stored in
   // another form than the column declares comes as what it is.
   virtual automation::Variant Value(std::size_t column) const = 0;
+  // The same, put into a variant whose memory may be used again.
+  virtual void Read(std::size_t column, automation::Variant& into) const { into = Value(column); }
 };
 
 // Values for the "?" of a statement, in order. The cursor engine gives a parameter for a column the variant

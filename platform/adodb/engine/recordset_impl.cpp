@@ -48,7 +48,8 @@ void RecordsetImpl::Open(const Statement& statement, const ConnectionPtr& connec
   std::shared_ptr<Link> link = opened->GetLink();
   // Changes are written one by one; gathering them for a later batch is not offered.
   if (lockType == LockType::BatchOptimistic) Raise(ErrorNumber::FeatureNotAvailable);
-  const Translation translation = Prepare(statement, link->GetSession());
+  const auto prepared = link->Prepare(statement);
+  const Translation& translation = *prepared;
   if (!YieldsRows(translation.statements.front())) {
     Run(*link, translation);
     return;

@@ -13,6 +13,13 @@ namespace {
 constexpr std::size_t kLongChain = 100;
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
+// Words that begin no operand.
+constexpr std::string_view kKeywords[] = {
+    "select", "distinct", "all",    "where",  "and",   "or",    "not",   "in",    "from",   "on",
+    "by",     "values",   "then",   "else",   "when",  "case",  "end",   "as",    "having", "set",
+    "like",   "between",  "is",     "exists", "union", "order", "group", "limit", "top",    "into",
+    "insert", "update",   "delete", "any",    "some",  "join",  "escape"};
+
 // The characters of a quoted text.
 std::string Unquoted(std::string_view token) {
   std::string text;
@@ -123,11 +130,7 @@ class Translator {
   }
 
   bool IsKeyword(const Token& token) const {
-    for (const std::string_view word :
-         {"select", "distinct", "all",    "where",  "and",   "or",    "not",   "in",    "from",   "on",
-          "by",     "values",   "then",   "else",   "when",  "case",  "end",   "as",    "having", "set",
-          "like",   "between",  "is",     "exists", "union", "order", "group", "limit", "top",    "into",
-          "insert", "update",   "delete", "any",    "some",  "join",  "escape"}) {
+    for (const std::string_view word : kKeywords) {
       if (Is(sql_, token, word)) return true;
     }
     return false;

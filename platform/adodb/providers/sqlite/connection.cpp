@@ -1,6 +1,7 @@
 #include "platform/adodb/providers/sqlite/connection.hpp"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include "platform/adodb/dialects/sqlite.hpp"
@@ -76,12 +77,13 @@ std::unique_ptr<engine::Rows> Connection::Query(std::string_view sql, const engi
 }
 
 std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters& parameters) {
-  std::unique_ptr<Prepared> statement = statements_.Take(sql);
+  const StatementCache::Lease statement(statements_, sql);
   statement->Bind(parameters);
   const std::int64_t before = sqlite3_total_changes64(database_.get());
   while (statement->Step()) {
   }
-  statements_.GiveBack(sql, std::move(statement));
+  // The statement must not be seen as running by what comes next.
+  statement->Reset();
   // Changes that triggers made are not the statement's own; a statement that is none of insert, update and
   // delete leaves the count of the one before it.
   const bool changed = sqlite3_total_changes64(database_.get()) != before;
@@ -158,6 +160,10 @@ bool Connection::Reset() {
   if (sqlite3_get_autocommit(database_.get()) == 0) {
     if (sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr) != SQLITE_OK) return false;
   }
+  // A pooled session is used again and again within a moment: now and then is often enough to look.
+  const auto now = std::chrono::steady_clock::now();
+  if (now - fileSeen_ < std::chrono::seconds(1)) return true;
+  fileSeen_ = now;
   return FileIsStillThere();
 }
 

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -49,6 +50,7 @@ class Connection : public engine::Session {
   std::unique_ptr<sqlite3, Close> database_;
   StatementCache statements_;
   std::map<std::string, engine::TableShape> shapes_;  // of tables described since the last Reset
+  std::chrono::steady_clock::time_point fileSeen_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace ADODB::sqlite

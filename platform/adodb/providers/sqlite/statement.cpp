@@ -108,48 +108,44 @@ const std::vector<engine::Column>& Prepared::Columns() {
   return columns_;
 }
 
-automation::Variant Prepared::Value(std::size_t column) const {
-  return ReadValue(statement_.get(), static_cast<int>(column), columns_[column]);
+void Prepared::Read(std::size_t column, automation::Variant& into) const {
+  ReadValue(statement_.get(), static_cast<int>(column), columns_[column].type, into);
 }
 
-std::unique_ptr<Prepared> StatementCache::Take(std::string_view sql) {
-  const auto found = bySql_.find(sql);
-  if (found == bySql_.end()) return std::make_unique<Prepared>(database_, sql);
-  std::unique_ptr<Prepared> statement = std::move(found->second->statement);
-  const auto entry = found->second;
-  bySql_.erase(found);
-  entries_.erase(entry);
-  return statement;
-}
-
-void StatementCache::GiveBack(std::string_view sql, std::unique_ptr<Prepared> statement) {
-  statement->Reset();
-  if (sql.size() > kLongestCachedText || bySql_.contains(sql)) return;
-  entries_.push_front({std::string(sql), std::move(statement)});
-  bySql_.emplace(entries_.front().sql, entries_.begin());
-  if (entries_.size() > kCachedStatements) {
-    bySql_.erase(entries_.back().sql);
-    entries_.pop_back();
+StatementCache::Lease::Lease(StatementCache& cache, std::string_view sql) {
+  const auto found = cache.bySql_.find(sql);
+  if (found != cache.bySql_.end() && !found->second->inUse) {
+    cache.entries_.splice(cache.entries_.begin(), cache.entries_, found->second);
+    entry_ = &*found->second;
+  } else {
+    own_ = std::make_unique<Prepared>(cache.database_, sql);
+    if (found == cache.bySql_.end() && sql.size() <= kLongestCachedText) {
+      if (cache.entries_.size() >= kCachedStatements && !cache.entries_.back().inUse) {
+        cache.bySql_.erase(cache.entries_.back().sql);
+        cache.entries_.pop_back();
+      }
+      cache.entries_.push_front({std::string(sql), std::move(own_)});
+      entry_ = &cache.entries_.front();
+      cache.bySql_.emplace(entry_->sql, cache.entries_.begin());
+    }
   }
+  if (entry_ != nullptr) entry_->inUse = true;
+  statement_ = entry_ != nullptr ? entry_->statement.get() : own_.get();
+}
+
+StatementCache::Lease::~Lease() {
+  statement_->Reset();
+  if (entry_ != nullptr) entry_->inUse = false;
 }
 
 StatementRows::StatementRows(StatementCache& cache, std::string_view sql,
                              const engine::Parameters& parameters)
-    : cache_(cache), sql_(sql), statement_(cache.Take(sql)) {
+    : statement_(cache, sql) {
   // The first row is fetched at once: what the engine has against the statement is said here, and a schema
   // that changed since the statement was prepared is taken in before the columns are looked at.
   statement_->Bind(parameters);
   hasRow_ = statement_->Step();
   statement_->Columns();
-}
-
-StatementRows::~StatementRows() {
-  statement_->Reset();
-  try {
-    cache_.GiveBack(sql_, std::move(statement_));
-  } catch (...) {
-    // Not kept prepared, then.
-  }
 }
 
 bool StatementRows::Next() {

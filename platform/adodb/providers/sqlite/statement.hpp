@@ -29,7 +29,7 @@ class Prepared {
 
   // Valid after the first Step; a changed schema is noticed there.
   const std::vector<engine::Column>& Columns();
-  automation::Variant Value(std::size_t column) const;
+  void Read(std::size_t column, automation::Variant& into) const;
 
  private:
   sqlite3* database_;
@@ -43,15 +43,29 @@ class StatementCache {
  public:
   explicit StatementCache(sqlite3* database) : database_(database) {}
 
-  // The statement, out of the cache until it is given back.
-  std::unique_ptr<Prepared> Take(std::string_view sql);
-  void GiveBack(std::string_view sql, std::unique_ptr<Prepared> statement);
-
- private:
   struct Entry {
     std::string sql;
     std::unique_ptr<Prepared> statement;
+    bool inUse = false;
   };
+
+  // A prepared statement for one user; it goes back when the lease ends. The cache must outlive the lease.
+  class Lease {
+   public:
+    Lease(StatementCache& cache, std::string_view sql);
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    Prepared& operator*() const { return *statement_; }
+    Prepared* operator->() const { return statement_; }
+
+   private:
+    Prepared* statement_;
+    Entry* entry_ = nullptr;  // of the cache; null for a statement of the lease's own
+    std::unique_ptr<Prepared> own_;
+  };
+
+ private:
   sqlite3* database_;
   std::list<Entry> entries_;  // the one used last in front
   std::unordered_map<std::string_view, std::list<Entry>::iterator> bySql_;
@@ -61,16 +75,18 @@ class StatementCache {
 class StatementRows : public engine::Rows {
  public:
   StatementRows(StatementCache& cache, std::string_view sql, const engine::Parameters& parameters);
-  ~StatementRows() override;
 
   const std::vector<engine::Column>& Columns() const override { return statement_->Columns(); }
   bool Next() override;
-  automation::Variant Value(std::size_t column) const override { return statement_->Value(column); }
+  automation::Variant Value(std::size_t column) const override {
+    automation::Variant value;
+    Read(column, value);
+    return value;
+  }
+  void Read(std::size_t column, automation::Variant& into) const override { statement_->Read(column, into); }
 
  private:
-  StatementCache& cache_;
-  std::string sql_;
-  std::unique_ptr<Prepared> statement_;
+  StatementCache::Lease statement_;
   bool first_ = true;
   bool hasRow_ = false;
 };

@@ -36,15 +36,21 @@ std::string_view Bytes(sqlite3_stmt* statement, int place) {
   return data == nullptr ? std::string_view() : std::string_view(data, static_cast<std::size_t>(length));
 }
 
-Variant OfText(std::string_view text, ColumnType type) {
+void OfText(std::string_view text, ColumnType type, Variant& into) {
   if (type == ColumnType::DateTime) {
-    if (const auto moment = engine::ParseIso(text)) return *moment;
+    if (const auto moment = engine::ParseIso(text)) {
+      into = *moment;
+      return;
+    }
   }
   if (type == ColumnType::Boolean) {
-    if (engine::EqualsIgnoringAsciiCase(text, "true")) return true;
-    if (engine::EqualsIgnoringAsciiCase(text, "false")) return false;
+    const bool isTrue = engine::EqualsIgnoringAsciiCase(text, "true");
+    if (isTrue || engine::EqualsIgnoringAsciiCase(text, "false")) {
+      into = isTrue;
+      return;
+    }
   }
-  return text;
+  into.SetText(text);
 }
 
 }  // namespace
@@ -62,23 +68,33 @@ ColumnType TypeOfDeclaration(std::string_view declaration) {
   return ColumnType::Decimal;
 }
 
-Variant ReadValue(sqlite3_stmt* statement, int place, const engine::Column& column) {
+void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& into) {
   switch (sqlite3_column_type(statement, place)) {
     case SQLITE_NULL:
-      return Variant::Null();
+      into = Variant::Null();
+      break;
     case SQLITE_INTEGER: {
       const std::int64_t number = sqlite3_column_int64(statement, place);
-      if (column.type == ColumnType::Boolean) return number != 0;
-      if (column.type == ColumnType::Double) return static_cast<double>(number);
-      return Whole(number);
+      if (type == ColumnType::Boolean) {
+        into = number != 0;
+      } else if (type == ColumnType::Double) {
+        into = static_cast<double>(number);
+      } else {
+        into = Whole(number);
+      }
+      break;
     }
     case SQLITE_FLOAT: {
       const double number = sqlite3_column_double(statement, place);
-      if (column.type == ColumnType::Boolean) return number != 0;
-      return number;
+      if (type == ColumnType::Boolean) {
+        into = number != 0;
+      } else {
+        into = number;
+      }
+      break;
     }
     default:
-      return OfText(Bytes(statement, place), column.type);
+      OfText(Bytes(statement, place), type, into);
   }
 }
 

@@ -16,6 +16,6 @@ engine::ColumnType TypeOfDeclaration(std::string_view declaration);
 
 // The value of a column of the current row. A stored form that does not fit the declared type (a text that is
 // no date in a date column, say) comes as it is stored.
-automation::Variant ReadValue(sqlite3_stmt* statement, int place, const engine::Column& column);
+void ReadValue(sqlite3_stmt* statement, int place, engine::ColumnType type, automation::Variant& into);
 
 }  // namespace ADODB::sqlite
