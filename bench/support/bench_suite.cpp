@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "bench/support/sqlite_file.hpp"
+#include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
@@ -53,7 +54,7 @@ void MakeSuite(const std::filesystem::path& home) {
 
 BenchSuite::BenchSuite(const std::filesystem::path& home) : scope_(runtime_) {
   runtime_.locale = automation::MakeLocale({});
-  ADODB::RegisterClasses(runtime_.classes, {ADODB::sqlite::MakeProvider(home)});
+  ADODB::RegisterClasses(runtime_.classes, {ADODB::sqlite::MakeProvider(home), ADODB::odbc::MakeProvider()});
   Scripting::local::RegisterClasses(runtime_.classes);
   Vantrel::RegisterConfiguration(runtime_.classes, home);
   Vantrel::RegisterLog(runtime_.classes, home / "Vantrel.log");

@@ -57,7 +57,7 @@ bool KeepsSettings(std::string_view sql) {
 
 }  // namespace
 
-Connection::Connection(const EnvironmentHandle& environment, const std::string& driverString) {
+Connection::Connection(const EnvironmentHandle& environment, const engine::ConnectionString& text) {
   SQLHANDLE raw = nullptr;
   if (!Succeeded(SQLAllocHandle(SQL_HANDLE_DBC, environment.Get(), &raw))) {
     Raise(ReadDiagnostics(SQL_HANDLE_ENV, environment.Get()));
@@ -65,7 +65,7 @@ Connection::Connection(const EnvironmentHandle& environment, const std::string& 
   handle_ = ConnectionHandle(raw);
   constexpr std::uintptr_t kLoginSeconds = 15;
   SQLSetConnectAttrW(raw, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(kLoginSeconds), 0);
-  WideText wide = ToWide(driverString);
+  WideText wide = ToWide(text.ToString());
   Check(SQLDriverConnectW(raw, nullptr, wide.data(), static_cast<SQLSMALLINT>(wide.size()), nullptr, 0,
                           nullptr, SQL_DRIVER_NOPROMPT));
   try {
@@ -80,9 +80,10 @@ Connection::Connection(const EnvironmentHandle& environment, const std::string& 
              .nativeCode = 0,
              .message = "No SQL dialect is known for the engine " + dbms});
     }
+    textForm_ = TextFormOf(engine_, text);
     SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
     const std::string setUp = SessionSetUp(engine_);
-    if (!setUp.empty()) Statement(handle_, lost_).ExecuteDirect(setUp);
+    if (!setUp.empty()) Statement(handle_, textForm_, lost_).ExecuteDirect(setUp);
   } catch (...) {
     SQLDisconnect(raw);
     throw;
@@ -118,7 +119,7 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
   ApplyIsolationLevel();
   settingsKept_ = settingsKept_ && KeepsSettings(sql);
   if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
-  auto statement = std::make_shared<Statement>(handle_, lost_);
+  auto statement = std::make_shared<Statement>(handle_, textForm_, lost_);
   if (parameters.empty()) {
     statement->ExecuteDirect(sql);
   } else {
@@ -134,7 +135,7 @@ Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const eng
   if (found != prepared_.end()) {
     prepared_.splice(prepared_.begin(), prepared_, found);
   } else {
-    auto statement = std::make_shared<Statement>(handle_, lost_);
+    auto statement = std::make_shared<Statement>(handle_, textForm_, lost_);
     statement->Prepare(sql);
     prepared_.emplace_front(std::string(sql), std::move(statement));
     if (prepared_.size() > kMostPrepared) prepared_.pop_back();
@@ -248,7 +249,7 @@ bool Connection::Reset() {
 
 bool Connection::Ping() {
   try {
-    Statement(handle_, lost_).ExecuteDirect("SELECT 1");
+    Statement(handle_, textForm_, lost_).ExecuteDirect("SELECT 1");
     return true;
   } catch (const automation::Error&) {
     return false;

@@ -18,7 +18,7 @@ namespace ADODB::odbc {
 class Connection : public engine::Session {
  public:
   // Connects with a finished string for SQLDriverConnect. The environment must outlive the connection.
-  Connection(const EnvironmentHandle& environment, const std::string& driverString);
+  Connection(const EnvironmentHandle& environment, const engine::ConnectionString& text);
   ~Connection() override;
 
   std::unique_ptr<engine::Rows> Query(std::string_view sql, const engine::Parameters& parameters) override;
@@ -51,6 +51,7 @@ class Connection : public engine::Session {
   ConnectionHandle handle_;
   Engine engine_ = Engine::Other;
   const engine::Dialect* dialect_ = nullptr;
+  TextForm textForm_ = TextForm::Utf16;
   bool lost_ = false;         // the server or the network has ended the connection
   bool settingsKept_ = true;  // no statement has run that may have changed the session's settings
   bool inTransaction_ = false;

@@ -150,6 +150,13 @@ engine::ConnectionString ForDriver(const engine::ConnectionString& given, Engine
   return text;
 }
 
+TextForm TextFormOf(Engine engine, const engine::ConnectionString& text) {
+  // MariaDB's driver opens a converter for every single text that it is asked for as UTF-16, while it passes
+  // texts on as they came when asked for bytes, which are UTF-8 in this character set.
+  const bool utf8 = engine == Engine::MariaDb && Lower(text.Value("CHARSET").value_or("")) == "utf8mb4";
+  return utf8 ? TextForm::Utf8 : TextForm::Utf16;
+}
+
 std::string SessionSetUp(Engine engine) {
   // SQL Server reads the jobs' local date-time texts itself, so it is told the order of their parts.
   return engine == Engine::SqlServer ? "SET DATEFORMAT " + DateOrder() : std::string();

@@ -8,6 +8,7 @@
 #include "platform/adodb/dialects/dialect.hpp"
 #include "platform/adodb/engine/connection_string.hpp"
 #include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/providers/odbc/result_column.hpp"
 
 namespace ADODB::odbc {
 
@@ -21,6 +22,9 @@ Engine EngineOfDbms(std::string_view dbmsName);
 // The string for the driver: "Provider" left out, "User ID" and "Password" under the names that drivers read,
 // and the options that this system relies on wherever the given string does not set them itself.
 engine::ConnectionString ForDriver(const engine::ConnectionString& given, Engine engine);
+
+// In which form the driver, connected with this string, hands over texts at the least cost.
+TextForm TextFormOf(Engine engine, const engine::ConnectionString& text);
 
 // A statement that a new connection runs first; empty for none.
 std::string SessionSetUp(Engine engine);

@@ -1,5 +1,7 @@
 #include "platform/adodb/providers/odbc/parameter.hpp"
 
+#include <algorithm>
+
 #include "platform/automation/error.hpp"
 
 namespace ADODB::odbc {

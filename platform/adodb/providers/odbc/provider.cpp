@@ -30,7 +30,7 @@ class OdbcProvider : public engine::Provider {
   std::string_view Name() const override { return "MSDASQL"; }
 
   std::unique_ptr<engine::Session> Connect(const engine::ConnectionString& given) override {
-    return std::make_unique<Connection>(environment_, ForDriver(given, EngineBehind(given)).ToString());
+    return std::make_unique<Connection>(environment_, ForDriver(given, EngineBehind(given)));
   }
 
  private:

@@ -1,5 +1,6 @@
 #include "platform/adodb/providers/odbc/result_column.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -40,40 +41,61 @@ Variant ToDateTime(const SQL_TIMESTAMP_STRUCT& moment) {
                                           .microsecond = static_cast<int>(moment.fraction / 1000)});
 }
 
-// Texts come in pieces: the size that a driver declares for a column is no bound, nor is it always known.
-SQLRETURN ReadText(SQLHANDLE statement, SQLUSMALLINT number, WideText& buffer, Variant& value) {
+// Texts come in pieces: the size that a driver declares for a column is no bound, nor is it always known. The
+// text is left at the front of `buffer`, `filled` characters of it; false when it is Null or could not be
+// read.
+template <class Buffer>
+bool ReadPieces(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, Buffer& buffer,
+                std::size_t& filled, SQLRETURN& status) {
+  constexpr std::size_t kUnit = sizeof(typename Buffer::value_type);
   constexpr std::size_t kFirstPiece = 2048;
   constexpr std::size_t kLargestUnaskedPiece = 1 << 20;
   if (buffer.size() < kFirstPiece) buffer.resize(kFirstPiece);
-  std::size_t filled = 0;
+  filled = 0;
   for (;;) {
     const std::size_t room = buffer.size() - filled;  // one of them for the closing zero
     SQLLEN indicator = 0;
-    const SQLRETURN status = SQLGetData(statement, number, SQL_C_WCHAR, buffer.data() + filled,
-                                        static_cast<SQLLEN>(room * sizeof(SQLWCHAR)), &indicator);
-    if (status == SQL_NO_DATA && filled > 0) break;
-    if (!Succeeded(status)) return status;
-    if (indicator == SQL_NULL_DATA) {
-      value = Variant::Null();
-      return SQL_SUCCESS;
+    status = SQLGetData(statement, number, cType, buffer.data() + filled, static_cast<SQLLEN>(room * kUnit),
+                        &indicator);
+    if (status == SQL_NO_DATA && filled > 0) {
+      status = SQL_SUCCESS;
+      return true;
     }
+    if (!Succeeded(status) || indicator == SQL_NULL_DATA) return false;
     const bool known = indicator != SQL_NO_TOTAL;
-    const std::size_t rest = known ? static_cast<std::size_t>(indicator) / sizeof(SQLWCHAR) : 0;
+    const std::size_t rest = known ? static_cast<std::size_t>(indicator) / kUnit : 0;
     if (known && rest < room) {
       filled += rest;
-      break;
+      return true;
     }
     filled += room - 1;
     const std::size_t more = known ? rest - (room - 1) : std::min(buffer.size(), kLargestUnaskedPiece);
     buffer.resize(filled + more + 1);
   }
-  value = ToUtf8(buffer.data(), filled);
+}
+
+template <class Buffer>
+void GiveBackMemory(Buffer& buffer) {
   constexpr std::size_t kLargestKept = 1 << 16;
-  if (buffer.size() > kLargestKept) {
-    buffer.resize(kLargestKept);
-    buffer.shrink_to_fit();
+  if (buffer.size() <= kLargestKept) return;
+  buffer.resize(kLargestKept);
+  buffer.shrink_to_fit();
+}
+
+SQLRETURN ReadText(SQLHANDLE statement, SQLUSMALLINT number, TextForm form, TextBuffer& buffer,
+                   Variant& value) {
+  SQLRETURN status = SQL_SUCCESS;
+  std::size_t filled = 0;
+  if (form == TextForm::Utf8) {
+    if (ReadPieces(statement, number, SQL_C_CHAR, buffer.bytes, filled, status)) {
+      value = std::string(buffer.bytes, 0, filled);
+      GiveBackMemory(buffer.bytes);
+    }
+  } else if (ReadPieces(statement, number, SQL_C_WCHAR, buffer.wide, filled, status)) {
+    value = ToUtf8(buffer.wide.data(), filled);
+    GiveBackMemory(buffer.wide);
   }
-  return SQL_SUCCESS;
+  return status;
 }
 
 SQLRETURN ReadBinary(SQLHANDLE statement, SQLUSMALLINT number, Variant& value) {
@@ -129,8 +151,8 @@ ColumnType TypeOf(SQLSMALLINT sqlType) {
   }
 }
 
-SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, WideText& buffer,
-                    Variant& value) {
+SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, TextForm form,
+                    TextBuffer& buffer, Variant& value) {
   SQLRETURN status = SQL_SUCCESS;
   value = Variant::Null();
   switch (type) {
@@ -165,7 +187,7 @@ SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, W
     case ColumnType::Binary:
       return ReadBinary(statement, number, value);
     case ColumnType::Text:
-      return ReadText(statement, number, buffer, value);
+      return ReadText(statement, number, form, buffer, value);
   }
   return status;
 }

@@ -4,6 +4,8 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <string>
+
 #include "platform/adodb/engine/column.hpp"
 #include "platform/adodb/providers/odbc/unicode.hpp"
 #include "platform/automation/variant.hpp"
@@ -12,10 +14,19 @@ namespace ADODB::odbc {
 
 engine::ColumnType TypeOf(SQLSMALLINT sqlType);
 
+// How a driver hands over texts: every one as UTF-16; some as UTF-8 too, which saves the way there and back.
+enum class TextForm { Utf16, Utf8 };
+
+// Working memory for texts, kept between calls.
+struct TextBuffer {
+  WideText wide;
+  std::string bytes;
+};
+
 // Reads column `number` (from 1) of the current row into `value`, in the form that engine::Rows promises for
-// `type`. Columns are read from left to right, each once. `buffer` is working memory that is kept between
-// calls. A status other than success is for the caller to report.
-SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, engine::ColumnType type, WideText& buffer,
-                    automation::Variant& value);
+// `type`. Columns are read from left to right, each once. A status other than success is for the caller to
+// report.
+SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, engine::ColumnType type, TextForm form,
+                    TextBuffer& buffer, automation::Variant& value);
 
 }  // namespace ADODB::odbc

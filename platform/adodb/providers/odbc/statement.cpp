@@ -4,8 +4,8 @@
 
 namespace ADODB::odbc {
 
-Statement::Statement(const ConnectionHandle& connection, bool& connectionLost)
-    : connectionLost_(connectionLost) {
+Statement::Statement(const ConnectionHandle& connection, TextForm textForm, bool& connectionLost)
+    : connectionLost_(connectionLost), textForm_(textForm) {
   SQLHANDLE raw = nullptr;
   if (!Succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection.Get(), &raw))) {
     const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, connection.Get());
@@ -87,7 +87,8 @@ bool Statement::Fetch() {
   if (status == SQL_NO_DATA) return false;
   Check(status);
   for (std::size_t i = 0; i < row_.size(); ++i) {
-    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, buffer_, row_[i]));
+    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, textForm_, buffer_,
+                    row_[i]));
   }
   return true;
 }

@@ -19,7 +19,7 @@ class Statement {
  public:
   // `connectionLost` becomes true when a failure means that the connection is gone; it must outlive the
   // statement.
-  Statement(const ConnectionHandle& connection, bool& connectionLost);
+  Statement(const ConnectionHandle& connection, TextForm textForm, bool& connectionLost);
 
   void Prepare(std::string_view sql);
   // Runs the prepared statement with values for its "?". All of these raise the engine's failure.
@@ -47,7 +47,8 @@ class Statement {
   bool described_ = false;
   std::vector<engine::Column> columns_;
   std::vector<automation::Variant> row_;
-  WideText buffer_;
+  TextForm textForm_;
+  TextBuffer buffer_;
   std::int64_t affectedRows_ = 0;
 };
 

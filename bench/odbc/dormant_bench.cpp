@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+
+#include "bench/odbc/server_benches.hpp"
+#include "bench/support/bench_suite.hpp"
+#include "bench/support/child_process.hpp"
+#include "jobs/dormant/dormant_user_expiry.hpp"
+
+namespace orvane_bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kAllowedRatio = 1.3;
+constexpr double kArchiverFactor = 3;
+constexpr int kRounds = 3;
+const fs::path kArchiver = "/usr/bin/pt-archiver";
+
+void WriteKeys(const fs::path& file, std::int64_t rows) {
+  std::ofstream keys(file, std::ios::binary);
+  for (std::int64_t row = 1; row <= rows; ++row) {
+    if (IsDormantRow(row)) keys.write(reinterpret_cast<const char*>(&row), sizeof row);
+  }
+}
+
+void RequireExpired(const orvane_test::ServerDatabase& database, std::int64_t rows) {
+  std::int64_t kept = 0;
+  for (std::int64_t row = 1; row <= rows; ++row) kept += IsDormantRow(row) ? 0 : 1;
+  if (CountOf(database, "1 = 1") != kept || CountOf(database, "PROSPECTID % 10 < 3") != 0) {
+    throw std::runtime_error("the wrong rows were deleted");
+  }
+}
+
+// Purge only, one row a transaction.
+double ArchiverSeconds(const orvane_test::Server& server, const std::string& name, std::int64_t rows) {
+  const orvane_test::ServerDatabase database(server, name);
+  FillProspects(database, name, rows);
+  const auto text = ADODB::engine::ConnectionString::Parse(database.ConnectionString());
+  const auto value = [&](const char* keyword) { return text.Value(keyword).value_or(""); };
+  const RunFigures figures = RunMeasured(
+      kArchiver, {"--source",
+                  "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") +
+                      ",p=" + value("PWD") + ",D=" + value("Database") + ",t=prospect",
+                  "--purge", "--where", "LASTVISITEDTIME < '2004-01-01' AND PENDINGQUESTIONS <= 0",
+                  "--txn-size", "1", "--limit", "1000", "--no-check-charset", "--no-version-check"});
+  RequireExpired(database, rows);
+  return figures.seconds;
+}
+
+}  // namespace
+
+int RunDormantJob(const fs::path& home) {
+  const BenchSuite suite(home);
+  OrvaneProcess::DormantUserExpiry().ExpireDormantUsers();
+  return 0;
+}
+
+bool CompareDormantExpiry(const orvane_test::Server& server, const std::string& name, std::int64_t rows) {
+  const WorkFolder folder;
+  WriteKeys(folder.Path() / "keys", rows);
+  double job = 1e9;
+  double peer = 1e9;
+  for (int round = 0; round < kRounds; ++round) {
+    const orvane_test::ServerDatabase ofPeer(server, name);
+    const orvane_test::ServerDatabase ofJob(server, name);
+    FillProspects(ofPeer, name, rows);
+    FillProspects(ofJob, name, rows);
+    const fs::path home = folder.Path() / "home";
+    MakeSuiteConfiguration(home, ofJob.ConnectionString());
+    peer = std::min(peer, RunMeasured(ProgramFolder() / "peer_odbc_delete_by_key",
+                                      {ofPeer.ConnectionString(), (folder.Path() / "keys").string()})
+                              .seconds);
+    job = std::min(job, RunMeasured(ProgramFolder() / "bench_servers", {"--job", home.string()}).seconds);
+    RequireExpired(ofPeer, rows);
+    RequireExpired(ofJob, rows);
+  }
+  const double ratio = job / peer;
+  std::printf("%s: dormant user expiry, %lld rows: job %.2f s, peer %.2f s, ratio %.2f (at most %.1f)\n",
+              name.c_str(), static_cast<long long>(rows), job, peer, ratio, kAllowedRatio);
+  bool good = ratio <= kAllowedRatio;
+  if (name == "mariadb") {
+    if (fs::exists(kArchiver)) {
+      const double archiver = ArchiverSeconds(server, name, rows);
+      std::printf("%s: pt-archiver %.2f s, %.1f times the job (at least %.0f)\n", name.c_str(), archiver,
+                  archiver / job, kArchiverFactor);
+      good = good && archiver >= kArchiverFactor * job;
+    } else {
+      std::printf("%s: pt-archiver is not installed, not compared\n", name.c_str());
+    }
+  }
+  return good;
+}
+
+}  // namespace orvane_bench
