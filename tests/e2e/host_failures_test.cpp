@@ -123,6 +123,8 @@ TEST_F(HostFailuresTest, ADamagedDatabaseIsLeftAlone) {
   const std::string damaged(8192, 'x');
   suite_.Folder().Write("home/db/orvane.sqlite", damaged);
   EXPECT_EQ(Run().exitCode, 70);
+  EXPECT_EQ(suite_.ErrorLog(), Strings{"0 | SQLite | METHOD: \u240D\u240AOrvServiceRequestOrvaneUtilities."
+                                       "GetOrvaneConnection caught: file is not a database(-2147467259)."});
   EXPECT_EQ(orvane_test::TemporaryFolder::Read(suite_.DatabaseFile()), damaged);
 }
 
@@ -143,6 +145,8 @@ TEST_F(HostFailuresTest, ALockedDatabaseEndsTheJobWithoutItsStopLine) {
   holder.Execute("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE");
   const Outcome outcome = Run();
   EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_EQ(suite_.ErrorLog(), Strings{"0 | SQLite | METHOD: \u240D\u240AOrvServiceRequestOrvaneUtilities."
+                                       "GetOrvaneConnection caught: database is locked(-2147467259)."});
   holder.Execute("ROLLBACK");
   EXPECT_EQ(holder.Rows("SELECT NAME FROM PROSPECT"), Strings{"away"});
 }

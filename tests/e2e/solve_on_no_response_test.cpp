@@ -34,6 +34,8 @@ class SolveOnNoResponseTest : public testing::Test {
     database_ = std::make_unique<Database>(suite_.DatabaseFile());
     database_->Execute(
         "UPDATE EMAIL SET Mail_HTML_File = 0;"
+        "UPDATE DATALABEL SET TEXT = 'Reminded' WHERE TEXTID = 'MAIL8SUBJECT';"
+        "UPDATE DATALABEL SET TEXT = 'Concluded' WHERE TEXTID = 'MAIL10SUBJECT';"
         "UPDATE PARAMETERS SET PARAM_VALUE = '72' WHERE PARAM_NAME = 'Reminder_Time';"
         "UPDATE PARAMETERS SET PARAM_VALUE = '100' WHERE PARAM_NAME = 'Conclusion_Time'");
     AppendPerson("jdoe", "jane@x.example", "1033");
@@ -106,9 +108,8 @@ TEST_F(SolveOnNoResponseTest, EachRowMovesOnByItsOwnTimes) {
                 "SELECT Q_ID, T_NAME, T_STATUS, CENTER, T_COMMENT, USERCOMMENT, TIMESPENT FROM TRANSACTIONS "
                 "ORDER BY Q_ID"),
             (Strings{"4|LBLQX3479|160|7|LBLQX3480||0", "8|LBLQX3479|160|7|LBLQX3480||0"}));
-  EXPECT_EQ(Mails(), (Strings{"jane@x.example: Reminder: we are waiting for your reply (1) ",
-                              "jane@x.example: Your service request was concluded (4) ",
-                              "jane@x.example: Your service request was concluded (8) "}));
+  EXPECT_EQ(Mails(), (Strings{"jane@x.example: Concluded (4) ", "jane@x.example: Concluded (8) ",
+                              "jane@x.example: Reminded (1) "}));
   // The conclusion comes 100 - 72 hours after the reminder.
   EXPECT_EQ(database_->Rows("SELECT T2_DATE BETWEEN " + Date(-28 * kHour + kMinute) + " AND " +
                             Date(-28 * kHour) + " FROM REMINDER WHERE Q_ID = 1"),
@@ -133,8 +134,7 @@ TEST_F(SolveOnNoResponseTest, AProspectIsMailedAtTheAddressOfTheQuestion) {
   EXPECT_EQ(Concluded(), (Strings{"1", "2", "3"}));
   EXPECT_EQ(Waiting(), Strings{});
   // The second has no address: its mail is not sent, and nobody is told of that.
-  EXPECT_EQ(Mails(), (Strings{"jane@x.example: Your service request was concluded (3) ",
-                              "visitor@fair.example: Your service request was concluded (1) "}));
+  EXPECT_EQ(Mails(), (Strings{"jane@x.example: Concluded (3) ", "visitor@fair.example: Concluded (1) "}));
   EXPECT_EQ(suite_.ErrorLog(), Strings{});
 }
 
