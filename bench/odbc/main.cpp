@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
     const std::int64_t walked = arguments.size() < 2 ? 1'000'000 : std::atoll(argv[2]);
     bool good = true;
     for (const std::string name : {"postgresql", "mariadb"}) {
-      const orvane_test::Server server = orvane_test::Server::StartOwn(name);
+      const orvane_test::Server server = orvane_test::Server::StartOwn(name, true);
       good = ComparePool(server, name) && good;
       good = MeasureWalk(server, name, walked) && good;
       good = CompareDormantExpiry(server, name, rows) && good;
