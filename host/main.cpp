@@ -1,4 +1,5 @@
 // orvane-host: what a service manager or an operator starts.
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -35,6 +36,8 @@ int Dispatch(const orvane_host::Arguments& arguments, const orvane_host::Console
 }  // namespace
 
 int main(int count, char** words) {
+  // A peer that hangs up is an error of the one who writes to it, not the end of the program.
+  std::signal(SIGPIPE, SIG_IGN);
   const orvane_host::Console console{std::cout, std::cerr};
   try {
     return Dispatch(orvane_host::ParseArguments(std::vector<std::string>(words + 1, words + count),

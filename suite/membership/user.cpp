@@ -11,6 +11,7 @@
 #include "platform/automation/error.hpp"
 #include "suite/configuration/site_file.hpp"
 #include "suite/membership/directory.hpp"
+#include "suite/membership/ldap_directory.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace VnMembership {
@@ -20,16 +21,38 @@ namespace {
   throw automation::Error(number, "VnMembership.User", description);
 }
 
+bool StartsWith(std::string_view text, std::string_view head) {
+  return text.substr(0, head.size()) == head;
+}
+
+LdapServer ServerSettings(const Vantrel::SiteFile& site, const std::string& url) {
+  if (!StartsWith(url, "ldap://") && !StartsWith(url, "ldaps://")) {
+    Raise(kDirectoryUnavailable, site.Path().string() +
+                                     ": section \"MEMBERSHIP\", key \"LDAPServer\": found \"" + url +
+                                     "\"; expected ldap://host:port, ldaps://host:port or nothing");
+  }
+  const std::string startTls = site.FindValue("MEMBERSHIP", "LDAPStartTLS").value_or("FALSE");
+  if (startTls != "TRUE" && startTls != "FALSE") {
+    Raise(kDirectoryUnavailable, site.Path().string() +
+                                     ": section \"MEMBERSHIP\", key \"LDAPStartTLS\": found \"" + startTls +
+                                     "\"; expected TRUE or FALSE");
+  }
+  LdapServer server;
+  server.url = url;
+  server.startTls = startTls == "TRUE";
+  server.certificateFile = site.FindValue("MEMBERSHIP", "LDAPCertificateFile").value_or("");
+  return server;
+}
+
 class DirectoryUser : public User {
  public:
   void setServerInfo(std::string_view configurationFile) override {
     const std::filesystem::path file = suite::NativePath(configurationFile, std::filesystem::current_path());
     const Vantrel::SiteFile site = Vantrel::SiteFile::Read(file);
-    const std::string server = site.FindValue("MEMBERSHIP", "LDAPServer").value_or("");
     root_ = site.FindValue("MEMBERSHIP", "LDAPRoot").value_or("");
-    if (!server.empty())
-      Raise(kDirectoryUnavailable, "LDAPServer: " + server + " is no directory that can be entered");
-    directory_ = OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()));
+    const std::string server = site.FindValue("MEMBERSHIP", "LDAPServer").value_or("");
+    directory_ = server.empty() ? OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()))
+                                : OpenLdapDirectory(ServerSettings(site, server));
   }
 
   void BindAs(std::string_view userId, std::string_view bindName, std::string_view credential) override {

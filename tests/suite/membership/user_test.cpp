@@ -171,6 +171,15 @@ TEST_F(UserTest, ANumberThatIsNoneIsToldWhenItIsRead) {
             "uid=wrong,dc=site: orvaneSalutationFlag is \"perhaps\", neither TRUE nor FALSE");
 }
 
+TEST_F(UserTest, AServerThatIsNoLdapServerIsNamed) {
+  Configure("dc=site", "http://x");
+  EXPECT_EQ(
+      Failure(VnMembership::kDirectoryUnavailable, [&] { Create(); }),
+      (folder_.Path() / "home/config/siteConfiguration.xml").string() +
+          ": section \"MEMBERSHIP\", key \"LDAPServer\": found \"http://x\"; expected ldap://host:port, "
+          "ldaps://host:port or nothing");
+}
+
 TEST_F(UserTest, NothingIsKnownBeforeTheBind) {
   const auto user = Create();
   EXPECT_EQ(Failure(VnMembership::kNotBound, [&] { user->FirstName(); }),

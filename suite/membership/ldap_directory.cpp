@@ -1,0 +1,180 @@
+#include "suite/membership/ldap_directory.hpp"
+
+#include <ldap.h>
+#include <sys/time.h>
+
+#include <array>
+#include <utility>
+
+#include "platform/automation/error.hpp"
+
+namespace VnMembership {
+namespace {
+
+struct Unbind {
+  void operator()(LDAP* session) const { ldap_unbind_ext_s(session, nullptr, nullptr); }
+};
+struct FreeMessage {
+  void operator()(LDAPMessage* message) const { ldap_msgfree(message); }
+};
+struct FreeValues {
+  void operator()(berval** values) const { ldap_value_free_len(values); }
+};
+struct FreeText {
+  void operator()(char* text) const { ldap_memfree(text); }
+};
+using Session = std::unique_ptr<LDAP, Unbind>;
+
+// What a person's entry is read for; a photograph can stay where it is.
+constexpr std::array<const char*, 16> kAttributes = {"uid",
+                                                     "givenName",
+                                                     "sn",
+                                                     "cn",
+                                                     "mail",
+                                                     "o",
+                                                     "telephoneNumber",
+                                                     "title",
+                                                     "facsimileTelephoneNumber",
+                                                     "orvaneLanguageID",
+                                                     "orvaneLocale",
+                                                     "orvaneBusinessPartner",
+                                                     "orvaneEngineerCode",
+                                                     "orvaneSalutationFlag",
+                                                     "orvaneModem",
+                                                     "orvaneCountry"};
+
+[[noreturn]] void Raise(int number, const std::string& description) {
+  throw automation::Error(number, "VnMembership.User", description);
+}
+
+class LdapDirectory : public Directory {
+ public:
+  explicit LdapDirectory(LdapServer server) : server_(std::move(server)) {}
+
+  Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
+             std::string_view root) override {
+    // A bind without a name or a password succeeds on many servers, as nobody.
+    if (bindName.empty() || credential.empty()) RefuseAccount(bindName);
+    const Session session = Connect();
+    Enter(session.get(), std::string(bindName), std::string(credential));
+    if (userId.empty()) Raise(kUnknownUser, "The directory knows no user ");
+    return Search(session.get(), std::string(userId), std::string(root));
+  }
+
+ private:
+  [[noreturn]] static void RefuseAccount(std::string_view bindName) {
+    Raise(kAccountRefused, "The directory refuses the account " + std::string(bindName));
+  }
+
+  [[noreturn]] void Fail(LDAP* session, int result, const std::string& action) const {
+    std::string text = server_.url + ": " + action + ": " + ldap_err2string(result);
+    char* detail = nullptr;
+    if (session != nullptr &&
+        ldap_get_option(session, LDAP_OPT_DIAGNOSTIC_MESSAGE, &detail) == LDAP_OPT_SUCCESS &&
+        detail != nullptr) {
+      const std::unique_ptr<char, FreeText> owner(detail);
+      if (*detail != '\0') text += std::string(" (") + detail + ")";
+    }
+    Raise(kDirectoryUnavailable, text);
+  }
+
+  Session Connect() const {
+    LDAP* raw = nullptr;
+    const int result = ldap_initialize(&raw, server_.url.c_str());
+    Session session(raw);
+    if (result != LDAP_SUCCESS) Fail(raw, result, "not understood");
+
+    const int version = LDAP_VERSION3;
+    const timeval connect{server_.connectSeconds, 0};
+    const timeval answer{server_.answerSeconds, 0};
+    ldap_set_option(raw, LDAP_OPT_PROTOCOL_VERSION, &version);
+    ldap_set_option(raw, LDAP_OPT_NETWORK_TIMEOUT, &connect);
+    ldap_set_option(raw, LDAP_OPT_TIMEOUT, &answer);
+    ldap_set_option(raw, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
+    ldap_set_option(raw, LDAP_OPT_RESTART, LDAP_OPT_ON);
+
+    const int demand = LDAP_OPT_X_TLS_DEMAND;
+    const int client = 0;
+    ldap_set_option(raw, LDAP_OPT_X_TLS_REQUIRE_CERT, &demand);
+    if (!server_.certificateFile.empty()) {
+      ldap_set_option(raw, LDAP_OPT_X_TLS_CACERTFILE, server_.certificateFile.c_str());
+    }
+    const int tls = ldap_set_option(raw, LDAP_OPT_X_TLS_NEWCTX, &client);
+    if (tls != LDAP_OPT_SUCCESS) Raise(kDirectoryUnavailable, server_.url + ": TLS cannot be set up");
+    if (server_.startTls) {
+      const int started = ldap_start_tls_s(raw, nullptr, nullptr);
+      if (started != LDAP_SUCCESS) Fail(raw, started, "TLS");
+    }
+    return session;
+  }
+
+  void Enter(LDAP* session, const std::string& name, std::string credential) const {
+    berval password{credential.size(), credential.data()};
+    const int result =
+        ldap_sasl_bind_s(session, name.c_str(), LDAP_SASL_SIMPLE, &password, nullptr, nullptr, nullptr);
+    if (result == LDAP_INVALID_CREDENTIALS || result == LDAP_INVALID_DN_SYNTAX) RefuseAccount(name);
+    if (result != LDAP_SUCCESS) Fail(session, result, "bind");
+  }
+
+  Entry Search(LDAP* session, const std::string& userId, const std::string& root) const {
+    std::array<char*, kAttributes.size() + 1> attributes{};
+    std::array<std::string, kAttributes.size()> names;
+    for (std::size_t i = 0; i < kAttributes.size(); ++i) {
+      names[i] = kAttributes[i];
+      attributes[i] = names[i].data();
+    }
+    timeval limit{server_.answerSeconds, 0};
+    LDAPMessage* raw = nullptr;
+    const int result = ldap_search_ext_s(session, root.c_str(), LDAP_SCOPE_SUBTREE,
+                                         ("(uid=" + FilterValue(userId) + ")").c_str(), attributes.data(), 0,
+                                         nullptr, nullptr, &limit, 2, &raw);
+    const std::unique_ptr<LDAPMessage, FreeMessage> answer(raw);
+    const int found = raw == nullptr ? 0 : ldap_count_entries(session, raw);
+    if (result == LDAP_SIZELIMIT_EXCEEDED || found > 1) {
+      Raise(kUnknownUser, "The directory knows several users " + userId);
+    }
+    if (result == LDAP_NO_SUCH_OBJECT || (result == LDAP_SUCCESS && found == 0)) {
+      Raise(kUnknownUser, "The directory knows no user " + userId);
+    }
+    if (result != LDAP_SUCCESS) Fail(session, result, "search");
+    return Read(session, ldap_first_entry(session, raw));
+  }
+
+  static Entry Read(LDAP* session, LDAPMessage* message) {
+    Entry entry;
+    if (const std::unique_ptr<char, FreeText> dn(ldap_get_dn(session, message)); dn) entry.dn = dn.get();
+    for (const char* attribute : kAttributes) {
+      const std::unique_ptr<berval*, FreeValues> values(ldap_get_values_len(session, message, attribute));
+      for (berval** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+        entry.attributes[attribute].emplace_back((*value)->bv_val, (*value)->bv_len);
+      }
+    }
+    return entry;
+  }
+
+  const LdapServer server_;
+};
+
+}  // namespace
+
+std::string FilterValue(std::string_view value) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string result;
+  for (const char c : value) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '*' || c == '(' || c == ')' || c == '\\' || byte < 0x20) {
+      result += '\\';
+      result += kDigits[byte >> 4];
+      result += kDigits[byte & 0xF];
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
+std::unique_ptr<Directory> OpenLdapDirectory(LdapServer server) {
+  return std::make_unique<LdapDirectory>(std::move(server));
+}
+
+}  // namespace VnMembership
