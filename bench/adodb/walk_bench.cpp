@@ -81,4 +81,5 @@ int main(int argc, char** argv) {
   std::printf("walk and delete 30 %%: %.2f s, bare deletes of the same keys: %.2f s, ratio %.2f\n", ours,
               bare, ours / bare);
   std::printf("peak memory: %.1f MiB (%.1f before the walk)\n", peak, memoryBefore);
+  return ours <= 1.5 * bare && peak < 128 ? 0 : 1;
 }

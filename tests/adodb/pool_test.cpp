@@ -1,0 +1,174 @@
+#include "platform/adodb/engine/pool.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <set>
+#include <thread>
+
+#include "platform/adodb/dialects/sqlite.hpp"
+#include "platform/automation/error.hpp"
+
+namespace {
+
+using ADODB::engine::Pool;
+using namespace std::chrono_literals;
+
+struct Counters {
+  std::atomic<int> connects{0};
+  std::atomic<int> open{0};
+  std::atomic<int> pings{0};
+  std::atomic<bool> answers{true};  // to pings
+};
+
+class CountingSession : public ADODB::engine::Session {
+ public:
+  explicit CountingSession(Counters& counters) : counters_(counters) { ++counters_.open; }
+  ~CountingSession() override { --counters_.open; }
+  std::unique_ptr<ADODB::engine::Rows> Query(std::string_view, const ADODB::engine::Parameters&) override {
+    return nullptr;
+  }
+  std::int64_t Execute(std::string_view, const ADODB::engine::Parameters&) override { return 0; }
+  void Begin() override {}
+  void Commit() override {}
+  void Rollback() override {}
+  void SetIsolationLevel(ADODB::IsolationLevel) override {}
+  ADODB::engine::TableShape Describe(const std::string&) override { return {}; }
+  bool Reset() override { return !dead; }
+  bool Ping() override {
+    ++counters_.pings;
+    return counters_.answers;
+  }
+  const ADODB::engine::Dialect& GetDialect() const override { return ADODB::engine::SqliteDialect(); }
+
+  bool dead = false;
+  std::atomic<int> users{0};
+
+ private:
+  Counters& counters_;
+};
+
+class CountingProvider : public ADODB::engine::Provider {
+ public:
+  explicit CountingProvider(Counters& counters) : counters_(counters) {}
+  std::string_view Name() const override { return "Counting"; }
+  std::unique_ptr<ADODB::engine::Session> Connect(const ADODB::engine::ConnectionString& text) override {
+    ++counters_.connects;
+    EXPECT_EQ(text.Value("Provider"), std::nullopt);
+    return std::make_unique<CountingSession>(counters_);
+  }
+
+ private:
+  Counters& counters_;
+};
+
+class PoolTest : public testing::Test {
+ protected:
+  Pool::Lease Acquire(std::string_view text = "Provider=counting;A=1") { return pool->Acquire(text, "", ""); }
+
+  Counters counters;
+  std::chrono::steady_clock::time_point now{};
+  std::unique_ptr<Pool> pool = std::make_unique<Pool>(
+      std::vector<std::shared_ptr<ADODB::engine::Provider>>{std::make_shared<CountingProvider>(counters)},
+      [this] { return now; });
+};
+
+TEST_F(PoolTest, HandsOutTheSessionThatCameBackLast) {
+  auto first = Acquire();
+  auto second = Acquire();
+  const auto* last = second.session.get();
+  pool->GiveBack(std::move(first));
+  pool->GiveBack(std::move(second));
+  EXPECT_EQ(Acquire().session.get(), last);
+  EXPECT_EQ(counters.connects, 2);
+  EXPECT_EQ(counters.pings, 0);
+}
+
+TEST_F(PoolTest, KeepsConnectionStringsAndUsersApart) {
+  pool->GiveBack(Acquire());
+  pool->GiveBack(Acquire("Provider=counting;A=2"));
+  pool->GiveBack(pool->Acquire("Provider=counting;A=1", "user", "secret"));
+  EXPECT_EQ(counters.connects, 3);
+  EXPECT_EQ(pool->IdleCount(), 3u);
+}
+
+TEST_F(PoolTest, ThrowsADeadSessionAwayAndAsksItsCompanions) {
+  auto first = Acquire();
+  auto second = Acquire();
+  auto third = Acquire();
+  static_cast<CountingSession&>(*third.session).dead = true;
+  pool->GiveBack(std::move(first));
+  pool->GiveBack(std::move(second));
+  pool->GiveBack(std::move(third));
+  EXPECT_EQ(counters.open, 2);
+  counters.answers = false;
+  auto fresh = Acquire();
+  EXPECT_EQ(counters.pings, 2);
+  EXPECT_EQ(counters.connects, 4);
+  EXPECT_EQ(counters.open, 1);
+}
+
+TEST_F(PoolTest, AsksASessionThatHasBeenIdleForAWhile) {
+  pool->GiveBack(Acquire());
+  now += 3s;
+  pool->GiveBack(Acquire());
+  EXPECT_EQ(counters.pings, 1);
+  counters.answers = false;
+  now += 3s;
+  pool->GiveBack(Acquire());
+  EXPECT_EQ(counters.connects, 2);
+  EXPECT_EQ(counters.open, 1);
+}
+
+TEST_F(PoolTest, ClosesSessionsThatNobodyUses) {
+  auto first = Acquire();
+  auto second = Acquire();
+  pool->GiveBack(std::move(first));
+  pool->GiveBack(std::move(second));
+  now += 121s;
+  const auto fresh = Acquire();
+  EXPECT_EQ(counters.open, 1);
+  EXPECT_EQ(counters.pings, 0);
+}
+
+TEST_F(PoolTest, KeepsABoundedNumber) {
+  std::vector<Pool::Lease> leases;
+  for (int i = 0; i < 20; ++i) leases.push_back(Acquire());
+  for (Pool::Lease& lease : leases) pool->GiveBack(std::move(lease));
+  EXPECT_EQ(pool->IdleCount(), Pool::kMostIdle);
+  EXPECT_EQ(counters.open, 8);
+  pool.reset();
+  EXPECT_EQ(counters.open, 0);
+}
+
+TEST_F(PoolTest, SaysThatNoProviderServesAString) {
+  for (const char* text : {"Provider=Other", "Driver={PostgreSQL Unicode}"}) {
+    try {
+      Acquire(text);
+      FAIL();
+    } catch (const automation::Error& error) {
+      EXPECT_EQ(error.Number(), 3706);
+    }
+  }
+}
+
+TEST_F(PoolTest, NeverGivesOneSessionToTwoThreads) {
+  std::atomic<int> clashes{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 500; ++i) {
+        auto lease = Acquire();
+        auto& session = static_cast<CountingSession&>(*lease.session);
+        if (++session.users != 1) ++clashes;
+        session.dead = i % 50 == 49;
+        --session.users;
+        pool->GiveBack(std::move(lease));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(clashes, 0);
+}
+
+}  // namespace

@@ -1,0 +1,164 @@
+#include "platform/adodb/engine/translation.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/adodb/dialects/sqlite.hpp"
+#include "tests/support/test_runtime.hpp"
+
+namespace {
+
+using ADODB::SqlFragment;
+using ADODB::Statement;
+
+class TranslationTest : public testing::Test {
+ protected:
+  static ADODB::engine::Translation TranslateAll(std::string text) {
+    const Statement statement{SqlFragment(std::move(text))};
+    const ADODB::engine::Dialect& dialect = ADODB::engine::SqliteDialect();
+    return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect);
+  }
+  static std::string Translated(std::string text) {
+    const auto translation = TranslateAll(std::move(text));
+    EXPECT_EQ(translation.statements.size(), 1u);
+    return translation.statements.front();
+  }
+
+  orvane_test::TestRuntime runtime;
+};
+
+TEST_F(TranslationTest, CopiesEverythingElseByteForByte) {
+  for (const char* sql :
+       {"select  PARAM_VALUE from PARAMETERS where PARAM_NAME = 'a + b'", "SELECT A+B, -1 , C /* x */ FROM T",
+        "SELECT * FROM T WHERE (A) IN (1, 2) AND B LIKE 'isnull(%'", "select isnull from T",
+        "select A.isnull, B + C from T where D < '7-26-2004'",
+        "DELETE FROM T WHERE  (A = 1 AND B =1) or  (A = 2) ", "select ( ( A ) ) from T where ) ("}) {
+    std::string expected = sql;
+    while (expected.back() == ' ') expected.pop_back();
+    EXPECT_EQ(Translated(sql), expected);
+  }
+}
+
+TEST_F(TranslationTest, RewritesTheArchiveJobsSelection) {
+  EXPECT_EQ(
+      Translated("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
+                 "QUESTIONHISTORY where dateadd(d,-30,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}"),
+      "select distinct ((Q_ORIGINATOR || ifnull(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
+      "QUESTIONHISTORY where orvane_adddays(-30,ENDSTATUSTIME)<'2004-07-26 09:05:03'");
+}
+
+TEST_F(TranslationTest, ReadsALocalDateTimeTextOnlyWhereItIsComparedWithDateAdd) {
+  EXPECT_EQ(
+      Translated("select * from T where dateadd(d,1,E)<'7-26-2004 09:05:03' and Q='7-26-2004 09:05:03'"),
+      "select * from T where orvane_adddays(1,E)<'2004-07-26 09:05:03' and Q='7-26-2004 09:05:03'");
+  EXPECT_EQ(Translated("select * from T where '7-26-2004' >= dateadd(d,1,E)"),
+            "select * from T where '2004-07-26 00:00:00' >= orvane_adddays(1,E)");
+  EXPECT_EQ(Translated("select * from T where dateadd(d,1,E) <> '2004-7-6 01:02:03'"),
+            "select * from T where orvane_adddays(1,E) <> '2004-07-06 01:02:03'");
+}
+
+TEST_F(TranslationTest, ReadsTheTextInTheLocaleOfTheMoment) {
+  const std::string sql = "select * from T where dateadd(d,1,E)<'3-4-2004 00:00:01'";
+  EXPECT_TRUE(TranslateAll(sql).usesLocale);
+  EXPECT_THAT(Translated(sql), testing::HasSubstr("'2004-03-04 00:00:01'"));
+  runtime.locale->dayFirst = true;
+  EXPECT_THAT(Translated(sql), testing::HasSubstr("'2004-04-03 00:00:01'"));
+  EXPECT_FALSE(TranslateAll("select * from T where dateadd(d,1,E)<{ts '2004-01-01 00:00:00'}").usesLocale);
+}
+
+TEST_F(TranslationTest, RefusesAComparedTextThatIsNoDate) {
+  try {
+    TranslateAll("select * from T where dateadd(d,1,E)<'soon'");
+    FAIL();
+  } catch (const automation::Error& error) {
+    EXPECT_EQ(error.SqlState(), "22007");
+    EXPECT_EQ(error.Description(),
+              "Conversion failed when converting date and/or time from character string 'soon'.");
+  }
+}
+
+TEST_F(TranslationTest, RewritesTokensInsideOneAnother) {
+  EXPECT_EQ(Translated("select isnull(isnull(A,B + 'x'), dateadd(d, isnull(N,0), C)) from T"),
+            "select ifnull(ifnull(A,(B || 'x')),orvane_adddays(ifnull(N,0),C)) from T");
+  EXPECT_EQ(
+      Translated(
+          "Delete from TRANSACTIONS where Q_ID in (select Q_ID from H where dateadd(d,5,E)<'1-2-2004')"),
+      "Delete from TRANSACTIONS where Q_ID in (select Q_ID from H where orvane_adddays(5,E)<'2004-01-02 "
+      "00:00:00')");
+}
+
+TEST_F(TranslationTest, JoinsTextsOnlyWhereAnOperandIsOne) {
+  EXPECT_EQ(Translated("select A + 'x' + B from T"), "select (A || 'x' || B) from T");
+  EXPECT_EQ(Translated("select A + isnull(N,0) from T"), "select A + ifnull(N,0) from T");
+  EXPECT_EQ(Translated("select 2 * A + '3' from T"), "select 2 * A + '3' from T") << "some other arithmetic";
+  EXPECT_EQ(Translated("select A from T where B = +5"), "select A from T where B = +5");
+}
+
+TEST_F(TranslationTest, LeavesOtherCallsAlone) {
+  EXPECT_EQ(Translated("select dateadd(h,1,C), isnull(A), isnull(A,B,C) from T"),
+            "select dateadd(h,1,C), isnull(A), isnull(A,B,C) from T");
+}
+
+std::string Chain(int terms, const std::string& term) {
+  std::string text;
+  for (int i = 1; i <= terms; ++i) {
+    std::string one = term;
+    one.replace(one.find('#'), 1, std::to_string(i));
+    text += one + (i < terms ? " or " : " ");
+  }
+  return text;
+}
+
+TEST_F(TranslationTest, LeavesAShortChainAlone) {
+  const std::string sql = "DELETE FROM DATAFILES WHERE " + Chain(100, " (ID1 = # AND FILETYPE =1)");
+  EXPECT_EQ(Translated(sql) + " ", sql);
+}
+
+TEST_F(TranslationTest, MakesALongChainOfEqualitiesAList) {
+  const std::string list =
+      Translated("DELETE FROM DATAFILES WHERE " + Chain(101, " (ID1 = # AND FILETYPE =1)"));
+  EXPECT_THAT(list,
+              testing::StartsWith("DELETE FROM DATAFILES WHERE (ID1,FILETYPE) IN (VALUES (1,1),(2,1),(3,1"));
+  EXPECT_THAT(list, testing::EndsWith("),(100,1),(101,1))"));
+  const std::string texts = Translated("DELETE FROM DATAFILES WHERE " +
+                                       Chain(101, " (ID1 = # and FILENAME = 'a or''b' and  FILETYPE = -3 )"));
+  EXPECT_THAT(texts, testing::StartsWith("DELETE FROM DATAFILES WHERE (ID1,FILENAME,FILETYPE) IN (VALUES "
+                                         "(1,'a or''b',-3),(2,'a or''b',-3),"));
+  EXPECT_THAT(Translated("SELECT * FROM T WHERE " + Chain(101, "A=#")),
+              testing::StartsWith("SELECT * FROM T WHERE A IN (VALUES (1),"));
+}
+
+TEST_F(TranslationTest, PutsTheColumnsOfEveryTermInOneOrder) {
+  const std::string sql = "DELETE FROM T WHERE " + Chain(100, "(A = # AND B = 0)") + "or (b = 7 AND a = 8)";
+  const std::string list = Translated(sql);
+  EXPECT_THAT(list, testing::EndsWith(",(100,0),(8,7))"));
+}
+
+TEST_F(TranslationTest, CutsALongDeleteOfOtherConditionsIntoPieces) {
+  const auto pieces =
+      TranslateAll("DELETE FROM T WHERE " + Chain(250, "(A = # AND B < {ts '2004-01-01 00:00:00'})"));
+  ASSERT_EQ(pieces.statements.size(), 3u);
+  EXPECT_THAT(pieces.statements[0],
+              testing::StartsWith("DELETE FROM T WHERE (A = 1 AND B < '2004-01-01 00:00:00') or (A = 2 AND"));
+  EXPECT_THAT(pieces.statements[0], testing::EndsWith("or (A = 100 AND B < '2004-01-01 00:00:00')"));
+  EXPECT_THAT(pieces.statements[2], testing::StartsWith("DELETE FROM T WHERE (A = 201 AND"));
+}
+
+TEST_F(TranslationTest, DoesNotCutWhatWouldMeanSomethingElse) {
+  for (const char* term : {"(A = # AND B IN (SELECT C FROM T))", "CASE WHEN A = # or B = 1 THEN 1 END = 1",
+                           "A BETWEEN # AND 7", "NOT A = #"}) {
+    const std::string sql = "DELETE FROM T WHERE " + Chain(150, term);
+    EXPECT_EQ(Translated(sql) + " ", sql);
+  }
+  const std::string select = "SELECT * FROM T WHERE " + Chain(150, "A < #");
+  EXPECT_EQ(Translated(select) + " ", select);
+}
+
+TEST_F(TranslationTest, DoesNotTakeTermsForTheSameThatNameOtherColumns) {
+  const std::string odd = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or (A = 1 AND C = 1)";
+  EXPECT_EQ(TranslateAll(odd).statements.size(), 2u);
+  const std::string other = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or (A = 1)";
+  EXPECT_EQ(TranslateAll(other).statements.size(), 2u);
+}
+
+}  // namespace
