@@ -175,6 +175,9 @@ class SharedFiles : public FileHandling {
 
  private:
   std::unique_ptr<SharedStore> OpenStore(std::string_view path) const {
+    // Blanks around it come from the row of PARAMETERS, whose values nobody trims.
+    while (!path.empty() && path.front() == ' ') path.remove_prefix(1);
+    while (!path.empty() && path.back() == ' ') path.remove_suffix(1);
     if (path.empty()) {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
                               "The path of the shared folders is empty.");

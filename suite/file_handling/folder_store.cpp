@@ -125,8 +125,11 @@ std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
   std::error_code failed;
   const bool absolute = !path.empty() && (path.front() == '/' || path.front() == '\\');
   if (!absolute || !fs::is_directory(root, failed)) {
+    // An address of a kind that is not known could hold a password.
+    const bool address = path.find("://") != std::string_view::npos;
     throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
-                            "The shared folder " + std::string(path) + " does not exist.");
+                            address ? "The path of the shared folders is neither an FTP address nor a folder."
+                                    : "The shared folder " + std::string(path) + " does not exist.");
   }
   return std::make_unique<FolderStore>(root);
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "components/registration/register_jobs.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
-#include "platform/adodb/registration.hpp"
 #include "platform/scripting/memory/registration.hpp"
 
 namespace orvane_test {
@@ -19,13 +17,6 @@ std::string Quoted(std::string_view text) {
 }
 
 }  // namespace
-
-CleanUpEnvironment::CleanUpEnvironment() {
-  auto actual = std::make_shared<automation::ClassTable>();
-  ADODB::RegisterClasses(*actual, {ADODB::sqlite::MakeProvider({})});
-  adodb = RegisterWatchedAdodb(runtime.classes, std::move(actual));
-  configuration->connectionStrings[{"Orvane", "Orvane"}] = database.ConnectionString();
-}
 
 CleanUpTest::CleanUpTest() {
   OrvaneProcess::RegisterJobs(environment_.runtime.classes);

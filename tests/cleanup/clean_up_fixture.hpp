@@ -13,20 +13,9 @@
 #include "jobs/cleanup/clean_up.hpp"
 #include "platform/scripting/memory/memory_disk.hpp"
 #include "tests/cleanup/fake_file_handling.hpp"
-#include "tests/support/sqlite_database.hpp"
-#include "tests/support/temporary_folder.hpp"
-#include "tests/support/test_runtime.hpp"
-#include "tests/support/watched_adodb.hpp"
+#include "tests/support/database_environment.hpp"
 
 namespace orvane_test {
-
-// The runtime of a test with its database, reached through watched ADO.
-struct CleanUpEnvironment : TestRuntime {
-  CleanUpEnvironment();
-  TemporaryFolder folder;
-  SqliteDatabase database{folder.Path() / "suite.sqlite"};
-  std::shared_ptr<AdodbJournal> adodb;
-};
 
 class CleanUpTest : public testing::Test {
  protected:
@@ -72,7 +61,7 @@ class CleanUpTest : public testing::Test {
   // The statements that changed something, in order.
   const std::vector<std::string>& Executed() const { return environment_.adodb->executed; }
 
-  CleanUpEnvironment environment_;
+  DatabaseEnvironment environment_;
   Scripting::memory::MemoryDiskPtr disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
   std::shared_ptr<FileHandlingCalls> farm_;
 };
