@@ -277,10 +277,12 @@ std::optional<std::int64_t> KeyedRows::Mark() const {
   return link_->GetSession().ChangeMark();
 }
 
-bool KeyedRows::HasChanged(std::optional<std::int64_t> mark, const Column& column,
-                           const automation::Variant& value) const {
+bool KeyedRows::IsUnchanged(std::optional<std::int64_t> mark) const {
+  return mark && link_->GetSession().ChangeMark() == mark;
+}
+
+bool KeyedRows::Holds(const Column& column, const automation::Variant& value) const {
   Session& session = link_->GetSession();
-  if (mark) return session.ChangeMark() != mark;
   if (column.baseColumn.empty()) return true;
   const std::string condition =
       select_.name + "." + session.GetDialect().QuotedName(column.baseColumn) + " = ?";

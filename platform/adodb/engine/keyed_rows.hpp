@@ -31,11 +31,14 @@ class KeyedRows : public RowSource {
 
   bool IsFixed() const { return fixed_; }
 
-  // For an open set only. Mark() is what HasChanged compares with: whether the set could now hold a row whose
-  // `column` equals `value` and that the known keys lack.
+  // For an open set only.
+  // What IsUnchanged compares with: whether nobody has changed the database since, as far as the engine can
+  // tell.
   std::optional<std::int64_t> Mark() const;
-  bool HasChanged(std::optional<std::int64_t> mark, const Column& column,
-                  const automation::Variant& value) const;
+  bool IsUnchanged(std::optional<std::int64_t> mark) const;
+  // Whether the set as the database sees it now has a row whose `column` equals `value`; true when it cannot
+  // be asked.
+  bool Holds(const Column& column, const automation::Variant& value) const;
   // Forgets the keys, reads them all again, and gives the ordinal now at the key that `ordinal` had, or the
   // number of rows when it is gone.
   std::size_t ReadAgain(std::size_t ordinal);

@@ -355,6 +355,16 @@ const ValueIndex& RecordsetImpl::IndexOf(std::size_t column, bool again) {
   return indexes_.emplace(column, Index{std::move(values), mark}).first->second.values;
 }
 
+// An open set may have gained a row since its index was made. A missing value is then looked for in the
+// database itself; after many such questions it is cheaper to read the set again.
+bool RecordsetImpl::MayHaveGained(std::size_t column, const Variant& wanted) {
+  constexpr int kMostQuestions = 1000;
+  if (keyed_ == nullptr || keyed_->IsFixed()) return false;
+  Index& index = indexes_.at(column);
+  if (keyed_->IsUnchanged(index.mark)) return false;
+  return ++index.questions > kMostQuestions || keyed_->Holds(source_->Columns()[column], wanted);
+}
+
 // The value of a criterion in the type of the column that it names.
 Variant RecordsetImpl::Wanted(const std::string& name, const Variant& value, std::size_t& column) {
   for (column = 0; column < fields_.size(); ++column) {
@@ -394,10 +404,7 @@ void RecordsetImpl::Find(std::string_view text) {
     }
   };
   std::optional<std::size_t> found = search(IndexOf(column, false));
-  if (!found && keyed_ != nullptr && !keyed_->IsFixed() && !filter_ &&
-      keyed_->HasChanged(indexes_.at(column).mark, source_->Columns()[column], wanted)) {
-    found = search(IndexOf(column, true));
-  }
+  if (!found && !filter_ && MayHaveGained(column, wanted)) found = search(IndexOf(column, true));
   if (!found) {
     GoTo(filter_ ? filter_->size() : source_->KnownCount(), false);
     return;

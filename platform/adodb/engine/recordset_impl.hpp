@@ -80,6 +80,7 @@ class RecordsetImpl : public Recordset, private Fields {
   void GoTo(std::size_t place, bool fromFront);
   void FinishEdit();
   const ValueIndex& IndexOf(std::size_t column, bool again);
+  bool MayHaveGained(std::size_t column, const automation::Variant& wanted);
   automation::Variant Wanted(const std::string& name, const automation::Variant& value, std::size_t& column);
 
   CursorLocation location_ = CursorLocation::Server;
@@ -113,7 +114,8 @@ class RecordsetImpl : public Recordset, private Fields {
 
   struct Index {
     ValueIndex values;
-    std::optional<std::int64_t> mark;
+    std::optional<std::int64_t> mark;  // of the open set when it was read
+    int questions = 0;                 // put to the database since then
   };
   std::map<std::size_t, Index> indexes_;  // by column
 };

@@ -99,6 +99,17 @@ TEST_P(Conformance, ClosingAConnectionClosesItsRecordSets) {
   EXPECT_EQ(NumberOf([&] { rows->MoveNext(); }), 3704);
 }
 
+TEST_P(Conformance, ARecordSetKeepsItsConnectionAlive) {
+  MakeNumbers(2000);
+  auto connection = Connect();
+  auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Keyset, LockType::Optimistic);
+  connection.reset();
+  EXPECT_EQ(Walk(*rows, "ID").size(), 2000u);
+  rows.reset();
+  Connect();
+  EXPECT_EQ(faults->connects, 1);
+}
+
 TEST_P(Conformance, RunsACommandOnItsConnection) {
   MakeNumbers(4);
   const auto command = automation::CreateObject<ADODB::Command>("ADODB.Command");

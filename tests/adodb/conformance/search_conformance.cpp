@@ -64,6 +64,23 @@ TEST_P(Conformance, FindsWhatWasAddedToADynamicSetMeanwhile) {
   EXPECT_EQ(rows->Value("VALUE"), Variant(5));
 }
 
+TEST_P(Conformance, FindsManyMissingValuesWhileOthersWrite) {
+  MakeNumbers(10);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  for (int i = 0; i < 20; ++i) {
+    rows->MoveFirst();
+    rows->Find("NAME='missing" + std::to_string(i) + "'");
+    EXPECT_TRUE(rows->Eof());
+    engine->Run("UPDATE NUMBERS SET VALUE = " + std::to_string(i) + " WHERE ID = 3");
+  }
+  engine->Run("INSERT INTO NUMBERS VALUES (11,'missing7',0)");
+  rows->MoveFirst();
+  rows->Find("NAME='missing7'");
+  ASSERT_FALSE(rows->Eof());
+  EXPECT_EQ(rows->Value("ID"), Variant(11));
+}
+
 TEST_P(Conformance, DoesNotFindWhatItDeletedOrChanged) {
   MakeNumbers(10);
   const auto connection = Connect();
