@@ -48,9 +48,14 @@ class LdifDirectory : public Directory {
     return ParseLdif(text, file_.string());
   }
 
-  // One answer for a wrong name and a wrong password.
+  // One answer for a wrong name and a wrong password. A file in which no entry has a password keeps no
+  // accounts: whoever may read the file may read its people.
   static void CheckAccount(const std::vector<Entry>& entries, std::string_view bindName,
                            std::string_view credential) {
+    if (std::none_of(entries.begin(), entries.end(),
+                     [](const Entry& entry) { return entry.attributes.contains("userPassword"); })) {
+      return;
+    }
     const std::string name = NormalName(bindName);
     for (const Entry& entry : entries) {
       if (credential.empty() || NormalName(entry.dn) != name) continue;

@@ -139,6 +139,13 @@ TEST_F(UserTest, LooksBelowTheRootOnly) {
   EXPECT_EQ(Bind("outside")->LanguageID(), 0);
 }
 
+TEST_F(UserTest, AFileWithoutPasswordsLetsEveryAccountIn) {
+  std::string people(kPeople);
+  people.erase(0, people.find("dn: uid=jdoe"));
+  folder_.Write("home/config/directory.ldif", people);
+  EXPECT_EQ(Bind("jdoe", "cn=anybody,dc=site", "anything")->FirstName(), "Jane");
+}
+
 TEST_F(UserTest, AWrongAccountIsRefused) {
   const std::string refusal = "The directory refuses the account cn=orvane,dc=site";
   EXPECT_EQ(Failure(VnMembership::kAccountRefused, [&] { Bind("jdoe", "cn=orvane,dc=site", "wrong"); }),
