@@ -1,0 +1,204 @@
+#include "bench/mail/mail_suite.hpp"
+
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "bench/support/bench_suite.hpp"
+#include "bench/support/child_process.hpp"
+#include "bench/support/sqlite_file.hpp"
+
+namespace orvane_bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Two posts and two answers of some lines each.
+constexpr const char* kPost =
+    "since yesterday the printer in room 12 stops with error E-104.<br>I switched it off and on again.<br>"
+    "What should I do now? The paper is of the usual kind, and nothing else was changed.";
+constexpr const char* kReply =
+    "please open the rear cover and look for paper.<br>Does the light still blink?<br><br>Kind regards";
+
+std::string HistoryColumn(const char* separator, const char* text) {
+  std::string lines(text);
+  for (std::size_t at = 0; (at = lines.find("<br>", at)) != std::string::npos;) lines.replace(at, 4, "\r\n");
+  std::string column;
+  for (const char* date : {"2004-07-20 10:12:33.000", "2004-07-21 11:12:33.000"}) {
+    column += std::string("char(") + separator + ")||' " + date + lines + "'||";
+  }
+  return column + "''";
+}
+
+void ReplaceInFile(const fs::path& file, const std::string& from, const std::string& to) {
+  std::ostringstream content;
+  content << std::ifstream(file).rdbuf();
+  std::string text = content.str();
+  const std::size_t at = text.find(from);
+  if (at == std::string::npos) throw std::runtime_error(file.string() + " has no " + from);
+  text.replace(at, from.size(), to);
+  std::ofstream(file) << text;
+}
+
+bool Answers(int port) {
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const bool connected = connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  close(descriptor);
+  return connected;
+}
+
+int FreePort() {
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* plain = reinterpret_cast<sockaddr*>(&address);
+  const bool bound = bind(descriptor, plain, size) == 0 && getsockname(descriptor, plain, &size) == 0;
+  close(descriptor);
+  if (!bound) throw std::runtime_error("no free port");
+  return ntohs(address.sin_port);
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> Captions() {
+  // Of the labels in the file, those that the first lines hold are the captions.
+  std::vector<std::pair<std::string, std::string>> captions;
+  std::ifstream file(ORVANE_TEXTS);
+  for (std::string line; captions.size() < 31 && std::getline(file, line);) {
+    const std::size_t locale = line.find("\t1033\t");
+    if (locale != std::string::npos) captions.emplace_back(line.substr(0, locale), line.substr(locale + 6));
+  }
+  return captions;
+}
+
+std::string MailDocument() {
+  std::string text =
+      "<MAIL><CASEID>100001</CASEID><PRODUCTCATEGORY>Pumps</PRODUCTCATEGORY><ECPRODUCT>Pump 30</ECPRODUCT>"
+      "<FAQCATEGORIES>Installation</FAQCATEGORIES><DESCRIPTION>Printer stops with E-104</DESCRIPTION>"
+      "<QSTATUS>Answered, no reply received</QSTATUS><QSTATUS>150</QSTATUS><QAHEADER>";
+  for (const auto& [colour, entry] :
+       {std::pair("red", kPost), {"green", kReply}, {"red", kPost}, {"green", kReply}}) {
+    std::string escaped(entry);
+    for (std::size_t at = 0; (at = escaped.find("<br>", at)) != std::string::npos;)
+      escaped.replace(at, 4, "&lt;br&gt;");
+    text += std::string("<QALINE><QADATE>&lt;b&gt;&lt;font color=") + colour +
+            "&gt;Entry : 7/20/2004 10:12:33&lt;/font&gt;&lt;/b&gt;</QADATE><QATEXT>" + escaped +
+            "</QATEXT></QALINE>";
+  }
+  return text +
+         "</QAHEADER><ATTACHMENTS/><CUSTOMER><REGISTERED/><EMAIL>customer@example.org</"
+         "EMAIL><FIRSTNAME>Jane</FIRSTNAME>"
+         "<LASTNAME>Doe</LASTNAME><COMPANY>Example Ltd</COMPANY><PHONE>1</PHONE><MODEM/><COUNTRY>UK</COUNTRY>"
+         "<POSITION>Manager</POSITION><FAX/></CUSTOMER><INSTALLEDBASE><SITE>London</SITE><SITE>LON4</SITE>"
+         "<PROBLEMCODE>Leaks</PROBLEMCODE><PROBLEMCODE>P10</PROBLEMCODE><BPNO>1042</BPNO></INSTALLEDBASE></"
+         "MAIL>";
+}
+
+std::string MailBody() {
+  return "Jane Doe - good day,\r\n\r\nWe have answered your service request and have not heard from you "
+         "since.\r\n\r\n"
+         "http://support.example.com/s.asp?Q=186A10\r\n";
+}
+
+fs::path PickupFolder(const fs::path& home) {
+  return home / "mail" / "pickup";
+}
+
+void MakeDueSuite(const fs::path& home, int count, int smtpPort) {
+  RunMeasured(ProgramFolder() / "orvane-host", {"init", home.string()});
+  SqliteFile database(DatabaseOf(home));
+  const std::string rows = std::to_string(count);
+  database.Execute(
+      "BEGIN; UPDATE PARAMETERS SET PARAM_VALUE='3' WHERE PARAM_NAME='BackOfficeApplication';"
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
+      rows +
+      ") "
+      "INSERT INTO QUESTIONS "
+      "(Q_ID,Q_STATUS,Q_ORIGINATOR,PROSPECT,Q_DESC,Q_TEXT,A_TEXT,Q_PRODUCTCAT,PRODUCTID,"
+      "Q_CATEGORY,Q_PRIORITY,Q_SITE,Q_REPORTED,BP_NUMBER,CENTER) SELECT 100000+i,150,'jdoe',0,"
+      "'Printer stops with E-104'," +
+      HistoryColumn("1,2,3,4", kPost) + "," + HistoryColumn("4,3,2,1", kReply) +
+      ",0,0,0,1,'LON4','P10',1042,1 FROM n;"
+      "INSERT INTO REMINDER (Q_ID,T1_DATE,T2_DATE,R_STATUS) SELECT Q_ID,'2004-07-20 00:00:00',NULL,150 FROM "
+      "QUESTIONS;"
+      "COMMIT;");
+  if (database.Number("SELECT count(*) FROM REMINDER") != count)
+    throw std::runtime_error("no reminders were made");
+  std::ofstream(home / "config" / "directory.ldif", std::ios::app)
+      << "\ndn: uid=jdoe,cn=orvane\nobjectClass: inetOrgPerson\nuid: jdoe\ncn: Jane Doe\ngivenName: "
+         "Jane\nsn: Doe\n"
+         "mail: customer@example.org\norvaneLanguageID: 1033\norvaneLocale: 1033\norvaneSalutationFlag: "
+         "FALSE\n";
+  if (smtpPort == 0) return;
+  const fs::path configuration = home / "config" / "siteConfiguration.xml";
+  ReplaceInFile(configuration, "\"sendusing\">1", "\"sendusing\">2");
+  ReplaceInFile(configuration, "\"smtpserver\">", "\"smtpserver\">127.0.0.1");
+  ReplaceInFile(configuration, "\"smtpserverport\">25", "\"smtpserverport\">" + std::to_string(smtpPort));
+}
+
+double DatabaseSeconds(const fs::path& home, int count) {
+  SqliteFile database(DatabaseOf(home));
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 1; i <= count; ++i) {
+    const std::string id = std::to_string(100000 + i);
+    for (const auto& [label, text] : Captions()) {
+      database.Execute("SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL='" + label + "'");
+    }
+    for (const char* label :
+         {"LBLQX3658", "LBLQX3996", "LBLQX3463", "LBLQX3478", "LBLQX3470", "LBLQX3388", "LBLQX3429"}) {
+      database.Execute(std::string("SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL='") + label +
+                       "'");
+    }
+    database.Execute("SELECT * FROM EMAIL WHERE Mail_Id=8");
+    for (const char* text : {"MAIL8BODY", "MAIL8SUBJECT"}) {
+      database.Execute(std::string("SELECT TEXT FROM DATALABEL WHERE LOCALEID=1033 AND TEXTID='") + text +
+                       "'");
+    }
+    for (int question = 0; question < 3; ++question)
+      database.Execute("SELECT * FROM QUESTIONS WHERE Q_ID = " + id);
+    for (int parameter = 0; parameter < 3; ++parameter) {
+      database.Execute("SELECT PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME='Conclusion_Time'");
+    }
+    database.Execute("UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE Q_ID=" + id +
+                     " AND R_STATUS=150");
+  }
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+MailSink::MailSink() : port_(FreePort()) {
+  process_ = fork();
+  if (process_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    constexpr uid_t kNobody = 65534;
+    if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
+    const std::string address = "127.0.0.1:" + std::to_string(port_);
+    execl("/usr/bin/python3", "python3", "-m", "aiosmtpd", "-n", "-c", "aiosmtpd.handlers.Sink", "-l",
+          address.c_str(), nullptr);
+    _exit(127);
+  }
+  for (int i = 0; i < 500 && !Answers(port_); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  if (!Answers(port_)) throw std::runtime_error("the mail server did not start");
+}
+
+MailSink::~MailSink() {
+  kill(process_, SIGKILL);
+  waitpid(process_, nullptr, 0);
+}
+
+}  // namespace orvane_bench
