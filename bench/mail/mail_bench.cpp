@@ -50,7 +50,10 @@ double JobSeconds(const fs::path& home, int mails) {
 
 void WriteLoopInput(const fs::path& work) {
   std::ofstream(work / "document.xml") << orvane_bench::MailDocument();
-  std::ofstream(work / "body") << orvane_bench::MailBody();
+  std::ofstream body(work / "body");
+  for (const char c : orvane_bench::MailBody()) {
+    if (c != '\r') body << c;
+  }
   std::ofstream parameters(work / "parameters");
   for (const auto& [label, text] : orvane_bench::Captions()) parameters << label << '\t' << text << '\n';
 }

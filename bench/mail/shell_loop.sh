@@ -18,16 +18,16 @@ for ((i = 1; i <= count; i++)); do
   mail=$work/mail.eml
   [ "$way" = smtp ] || mail=$target/$i.eml
   {
-    printf 'From: support@example.com\r\nTo: customer@example.org\r\nSubject: Reminder (%d) \r\n' "$i"
-    printf 'MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary="=_next"\r\n\r\n--=_next\r\n'
-    printf 'Content-Type: text/plain; charset=us-ascii\r\n\r\n%s\r\n--=_next\r\n' "$(<"$work/body")"
-    printf 'Content-Type: text/html\r\nContent-Transfer-Encoding: base64\r\n'
-    printf 'Content-Disposition: attachment; filename="page.htm"\r\n\r\n'
+    printf 'From: support@example.com\nTo: customer@example.org\nSubject: Reminder (%d) \n' "$i"
+    printf 'MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary="=_next"\n\n--=_next\n'
+    printf 'Content-Type: text/plain; charset=us-ascii\n\n%s\n--=_next\n' "$(<"$work/body")"
+    printf 'Content-Type: text/html\nContent-Transfer-Encoding: base64\n'
+    printf 'Content-Disposition: attachment; filename="page.htm"\n\n'
     base64 "$work/page.htm"
-    printf '\r\n--=_next--\r\n'
+    printf '\n--=_next--\n'
   } >"$mail"
   if [ "$way" = smtp ]; then
-    curl -sS --url "smtp://127.0.0.1:$target" --mail-from support@example.com --mail-rcpt customer@example.org \
+    curl -sS --crlf --url "smtp://127.0.0.1:$target" --mail-from support@example.com --mail-rcpt customer@example.org \
       --upload-file "$mail"
   fi
 done

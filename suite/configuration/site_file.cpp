@@ -51,10 +51,16 @@ std::string ReadWhole(const std::filesystem::path& file) {
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) fail("cannot be read: " + std::generic_category().message(errno));
-  std::string content(kLargestFile + 1, '\0');
-  stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+  // In small steps: jobs read this file for every user that they look up, and it is a page long.
+  constexpr std::size_t kStep = 8192;
+  std::string content;
+  while (stream && content.size() <= kLargestFile) {
+    const std::size_t before = content.size();
+    content.resize(before + kStep);
+    stream.read(content.data() + before, kStep);
+    content.resize(before + static_cast<std::size_t>(stream.gcount()));
+  }
   if (stream.bad()) fail("cannot be read: " + std::generic_category().message(errno));
-  content.resize(static_cast<std::size_t>(stream.gcount()));
   if (content.size() > kLargestFile) fail("is larger than 1 MiB");
   return content;
 }

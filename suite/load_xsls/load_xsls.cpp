@@ -1,42 +1,68 @@
 #include "suite/load_xsls/load_xsls.hpp"
 
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "components/interfaces/load_xsls.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/msxml2/dom_document.hpp"
+#include "suite/load_xsls/prepared_sheets.hpp"
+#include "suite/paths/native_path.hpp"
 
 namespace OrvCommon {
 namespace {
 
+constexpr char kSource[] = "OrvCommon.LoadXSLs";
+
+MSXML2::XSLTemplatePtr Prepared(std::string_view path) {
+  const auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+  constexpr std::int32_t kNotLoaded = -2147467259;
+  if (!document->load(path)) {
+    throw automation::Error(kNotLoaded, kSource,
+                            "The style sheet could not be loaded: " + document->parseErrorReason());
+  }
+  const auto prepared = automation::CreateObject<MSXML2::XSLTemplate>("MSXML2.XSLTemplate");
+  try {
+    prepared->setStylesheet(document);
+  } catch (const automation::Error& error) {
+    throw automation::Error(
+        error.Number(), kSource,
+        "The style sheet could not be used: " + std::string(path) + ": " + error.Description());
+  }
+  return prepared;
+}
+
 class SheetLoader final : public LoadXSLs {
  public:
+  explicit SheetLoader(std::shared_ptr<PreparedSheets> sheets) : sheets_(std::move(sheets)) {}
+
   // Every sheet lies at its own path; the purpose chooses nothing.
   MSXML2::XSLTemplatePtr LoadOrvaneTemplate(std::string_view path, std::string_view) override {
-    const auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
-    constexpr std::int32_t kNotLoaded = -2147467259;
-    if (!document->load(path)) {
-      throw automation::Error(kNotLoaded, "OrvCommon.LoadXSLs",
-                              "The style sheet could not be loaded: " + document->parseErrorReason());
-    }
-    const auto prepared = automation::CreateObject<MSXML2::XSLTemplate>("MSXML2.XSLTemplate");
-    try {
-      prepared->setStylesheet(document);
-    } catch (const automation::Error& error) {
-      throw automation::Error(
-          error.Number(), "OrvCommon.LoadXSLs",
-          "The style sheet could not be used: " + std::string(path) + ": " + error.Description());
-    }
+    const std::filesystem::path file = suite::NativePath(path, std::filesystem::current_path());
+    // Taken before the sheet is read: a change in between makes the kept sheet look outdated, never current.
+    const std::optional<std::string> state = FolderState(file);
+    if (!state) return Prepared(path);
+    MSXML2::XSLTemplatePtr prepared = sheets_->Find(file.string(), *state);
+    if (prepared) return prepared;
+    prepared = Prepared(path);
+    sheets_->Keep(file.string(), *state, prepared);
     return prepared;
   }
+
+ private:
+  std::shared_ptr<PreparedSheets> sheets_;
 };
 
 }  // namespace
 
 void RegisterLoadXSLs(automation::ClassTable& classes) {
-  classes.Register(kLoadXSLsProgId, [] { return std::make_shared<SheetLoader>(); });
+  classes.Register(kLoadXSLsProgId, [sheets = std::make_shared<PreparedSheets>()] {
+    return std::make_shared<SheetLoader>(sheets);
+  });
 }
 
 }  // namespace OrvCommon

@@ -5,7 +5,9 @@
 
 namespace OrvCommon {
 
-// "OrvCommon.LoadXSLs". The current runtime must have "MSXML2.DOMDocument" and "MSXML2.XSLTemplate".
+// "OrvCommon.LoadXSLs". A sheet that was prepared before is handed out again while no file of its folder has
+// changed, since preparing takes several times as long as rendering a mail. The current runtime must have
+// "MSXML2.DOMDocument" and "MSXML2.XSLTemplate".
 void RegisterLoadXSLs(automation::ClassTable& classes);
 
 }  // namespace OrvCommon

@@ -1,5 +1,8 @@
 #include "suite/load_xsls/load_xsls.hpp"
 
+#include <chrono>
+#include <thread>
+
 #include "components/interfaces/load_xsls.hpp"
 #include "tests/msxml2/xml_fixture.hpp"
 
@@ -46,4 +49,16 @@ TEST_F(LoadXSLsTest, WhatIsNoSheetIsNamed) {
               testing::StartsWith("The style sheet could not be used: " + Path("page.xsl") + ": "));
 }
 
-}  // namespace
+class PreparedSheetTest : public LoadXSLsTest {
+ protected:
+  void WriteSheet(std::string_view name, std::string_view text, std::string_view more = {}) {
+    WriteFile(name, "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>" +
+                        std::string(more) + "<xsl:template name='" + std::string(name.substr(0, 4)) + "'>" +
+                        std::string(text) + "</xsl:template></xsl:stylesheet>");
+  }
+  std::string Output() {
+    const auto processor = Loader()->LoadOrvaneTemplate(Path("main.xsl"), "answer")->createProcessor();
+    processor->setInput(Parsed("<a/>"));
+    EXPECT_TRUE(processor->transform());
+    return processor->output();
+  }

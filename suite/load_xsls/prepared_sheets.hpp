@@ -1,0 +1,32 @@
+// Style sheets that were prepared before, for as long as their files stay as they were.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/msxml2/xsl_template.hpp"
+
+namespace OrvCommon {
+
+// The state of every file beside the sheet, which may include any of them: name, size, time of change and
+// identity. Nothing when it cannot be told, or when a file changed so lately that a further change might bear
+// the same time.
+std::optional<std::string> FolderState(const std::filesystem::path& sheet);
+
+class PreparedSheets {
+ public:
+  // The sheet as it was kept for this state; null when there is none.
+  MSXML2::XSLTemplatePtr Find(const std::string& sheet, const std::string& state) const;
+  void Keep(const std::string& sheet, const std::string& state, const MSXML2::XSLTemplatePtr& prepared);
+
+ private:
+  struct Entry {
+    std::string state;
+    MSXML2::XSLTemplatePtr prepared;
+  };
+  std::map<std::string, Entry> entries_;  // by path; a suite has a handful of sheets
+};
+
+}  // namespace OrvCommon
