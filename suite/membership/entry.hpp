@@ -22,4 +22,7 @@ struct Entry {
   std::string Value(std::string_view attribute) const;
 };
 
+// Whether one of the entry's uids is `userId`, ASCII letters compared without regard to case.
+bool HasId(const Entry& entry, std::string_view userId);
+
 }  // namespace VnMembership

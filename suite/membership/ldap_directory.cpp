@@ -4,9 +4,12 @@
 #include <sys/time.h>
 
 #include <array>
+#include <chrono>
 #include <utility>
+#include <vector>
 
 #include "platform/automation/error.hpp"
+#include "suite/membership/ldap_deadline.hpp"
 
 namespace VnMembership {
 namespace {
@@ -43,6 +46,12 @@ constexpr std::array<const char*, 16> kAttributes = {"uid",
                                                      "orvaneModem",
                                                      "orvaneCountry"};
 
+// Enough to know that several people have an id, and to look past those whose ids are merely similar.
+constexpr int kMostEntries = 20;
+
+// A session connects, agrees on TLS, enters and searches.
+constexpr int kSteps = 4;
+
 [[noreturn]] void Raise(int number, const std::string& description) {
   throw automation::Error(number, "VnMembership.User", description);
 }
@@ -55,10 +64,21 @@ class LdapDirectory : public Directory {
              std::string_view root) override {
     // A bind without a name or a password succeeds on many servers, as nobody.
     if (bindName.empty() || credential.empty()) RefuseAccount(bindName);
-    const Session session = Connect();
+    const std::chrono::seconds step(server_.answerSeconds);
+    LdapDeadline deadline(step, kSteps * step);
+    const Session session = Connect(deadline);
     Enter(session.get(), std::string(bindName), std::string(credential));
-    if (userId.empty()) Raise(kUnknownUser, "The directory knows no user ");
-    return Search(session.get(), std::string(userId), std::string(root));
+
+    std::vector<Entry> found;
+    for (const std::string& base : Bases(session.get(), std::string(root))) {
+      for (Entry& entry : People(session.get(), base, userId)) {
+        // Servers take more for equal than the suite does: blanks at the ends of an id, for one.
+        if (HasId(entry, userId)) found.push_back(std::move(entry));
+      }
+    }
+    if (found.empty()) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
+    if (found.size() > 1) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
+    return std::move(found.front());
   }
 
  private:
@@ -78,7 +98,7 @@ class LdapDirectory : public Directory {
     Raise(kDirectoryUnavailable, text);
   }
 
-  Session Connect() const {
+  Session Connect(LdapDeadline& deadline) const {
     LDAP* raw = nullptr;
     const int result = ldap_initialize(&raw, server_.url.c_str());
     Session session(raw);
@@ -92,6 +112,7 @@ class LdapDirectory : public Directory {
     ldap_set_option(raw, LDAP_OPT_TIMEOUT, &answer);
     ldap_set_option(raw, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
     ldap_set_option(raw, LDAP_OPT_RESTART, LDAP_OPT_ON);
+    if (deadline.WatchOver(raw) != LDAP_OPT_SUCCESS) Fail(raw, LDAP_LOCAL_ERROR, "time limit");
 
     const int demand = LDAP_OPT_X_TLS_DEMAND;
     const int client = 0;
@@ -112,38 +133,58 @@ class LdapDirectory : public Directory {
     berval password{credential.size(), credential.data()};
     const int result =
         ldap_sasl_bind_s(session, name.c_str(), LDAP_SASL_SIMPLE, &password, nullptr, nullptr, nullptr);
-    if (result == LDAP_INVALID_CREDENTIALS || result == LDAP_INVALID_DN_SYNTAX) RefuseAccount(name);
+    // Servers differ in what they call a name that cannot enter.
+    if (result == LDAP_INVALID_CREDENTIALS || result == LDAP_INVALID_DN_SYNTAX ||
+        result == LDAP_NO_SUCH_OBJECT || result == LDAP_INAPPROPRIATE_AUTH) {
+      RefuseAccount(name);
+    }
     if (result != LDAP_SUCCESS) Fail(session, result, "bind");
   }
 
-  Entry Search(LDAP* session, const std::string& userId, const std::string& root) const {
-    std::array<char*, kAttributes.size() + 1> attributes{};
-    std::array<std::string, kAttributes.size()> names;
-    for (std::size_t i = 0; i < kAttributes.size(); ++i) {
-      names[i] = kAttributes[i];
-      attributes[i] = names[i].data();
+  // Where to look: below the root, or without one wherever the server has entries.
+  std::vector<std::string> Bases(LDAP* session, const std::string& root) const {
+    if (!root.empty()) return {root};
+    constexpr std::array<const char*, 1> kContexts = {"namingContexts"};
+    std::vector<Entry> rootEntry = Search(session, "", LDAP_SCOPE_BASE, "(objectClass=*)", kContexts);
+    if (rootEntry.empty()) return {};
+    return std::move(rootEntry.front().attributes["namingContexts"]);
+  }
+
+  std::vector<Entry> People(LDAP* session, const std::string& base, std::string_view userId) const {
+    return Search(session, base, LDAP_SCOPE_SUBTREE, "(uid=" + FilterValue(userId) + ")", kAttributes);
+  }
+
+  // Nothing when there is no such base, or the account may not see it.
+  template <std::size_t count>
+  std::vector<Entry> Search(LDAP* session, const std::string& base, int scope, const std::string& filter,
+                            const std::array<const char*, count>& attributes) const {
+    std::array<char*, count + 1> wanted{};
+    std::array<std::string, count> names;
+    for (std::size_t i = 0; i < count; ++i) {
+      names[i] = attributes[i];
+      wanted[i] = names[i].data();
     }
     timeval limit{server_.answerSeconds, 0};
     LDAPMessage* raw = nullptr;
-    const int result = ldap_search_ext_s(session, root.c_str(), LDAP_SCOPE_SUBTREE,
-                                         ("(uid=" + FilterValue(userId) + ")").c_str(), attributes.data(), 0,
-                                         nullptr, nullptr, &limit, 2, &raw);
+    const int result = ldap_search_ext_s(session, base.c_str(), scope, filter.c_str(), wanted.data(), 0,
+                                         nullptr, nullptr, &limit, kMostEntries, &raw);
     const std::unique_ptr<LDAPMessage, FreeMessage> answer(raw);
-    const int found = raw == nullptr ? 0 : ldap_count_entries(session, raw);
-    if (result == LDAP_SIZELIMIT_EXCEEDED || found > 1) {
-      Raise(kUnknownUser, "The directory knows several users " + userId);
+    if (result == LDAP_NO_SUCH_OBJECT) return {};
+    if (result != LDAP_SUCCESS && result != LDAP_SIZELIMIT_EXCEEDED) Fail(session, result, "search");
+
+    std::vector<Entry> entries;
+    for (LDAPMessage* entry = raw == nullptr ? nullptr : ldap_first_entry(session, raw); entry != nullptr;
+         entry = ldap_next_entry(session, entry)) {
+      entries.push_back(Read(session, entry, attributes));
     }
-    if (result == LDAP_NO_SUCH_OBJECT || (result == LDAP_SUCCESS && found == 0)) {
-      Raise(kUnknownUser, "The directory knows no user " + userId);
-    }
-    if (result != LDAP_SUCCESS) Fail(session, result, "search");
-    return Read(session, ldap_first_entry(session, raw));
+    return entries;
   }
 
-  static Entry Read(LDAP* session, LDAPMessage* message) {
+  template <std::size_t count>
+  static Entry Read(LDAP* session, LDAPMessage* message, const std::array<const char*, count>& attributes) {
     Entry entry;
     if (const std::unique_ptr<char, FreeText> dn(ldap_get_dn(session, message)); dn) entry.dn = dn.get();
-    for (const char* attribute : kAttributes) {
+    for (const char* attribute : attributes) {
       const std::unique_ptr<berval*, FreeValues> values(ldap_get_values_len(session, message, attribute));
       for (berval** value = values.get(); value != nullptr && *value != nullptr; ++value) {
         entry.attributes[attribute].emplace_back((*value)->bv_val, (*value)->bv_len);

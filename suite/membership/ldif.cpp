@@ -125,17 +125,6 @@ class Reader {
 
 }  // namespace
 
-bool IgnoreCase::operator()(std::string_view left, std::string_view right) const {
-  const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                      [folded](char a, char b) { return folded(a) < folded(b); });
-}
-
-std::string Entry::Value(std::string_view attribute) const {
-  const auto found = attributes.find(attribute);
-  return found == attributes.end() || found->second.empty() ? std::string() : found->second.front();
-}
-
 std::vector<Entry> ParseLdif(std::string_view text, const std::string& name) {
   return Reader(name).Read(text);
 }

@@ -26,11 +26,7 @@ class LdifDirectory : public Directory {
     CheckAccount(entries, bindName, credential);
 
     const auto isMeant = [&](const Entry& entry) {
-      const auto ids = entry.attributes.find("uid");
-      return ids != entry.attributes.end() && LiesBelow(entry.dn, root) &&
-             std::any_of(ids->second.begin(), ids->second.end(), [&](const std::string& id) {
-               return !IgnoreCase()(id, userId) && !IgnoreCase()(userId, id);
-             });
+      return HasId(entry, userId) && LiesBelow(entry.dn, root);
     };
     const auto found = std::find_if(entries.begin(), entries.end(), isMeant);
     if (found == entries.end()) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));

@@ -40,7 +40,20 @@ LdapServer ServerSettings(const Vantrel::SiteFile& site, const std::string& url)
   LdapServer server;
   server.url = url;
   server.startTls = startTls == "TRUE";
-  server.certificateFile = site.FindValue("MEMBERSHIP", "LDAPCertificateFile").value_or("");
+  const std::string certificates = site.FindValue("MEMBERSHIP", "LDAPCertificateFile").value_or("");
+  if (!certificates.empty()) {
+    server.certificateFile = suite::NativePath(certificates, site.Path().parent_path()).string();
+  }
+  if (const std::string limit = site.FindValue("MEMBERSHIP", "LDAPTimeout").value_or(""); !limit.empty()) {
+    int seconds = 0;
+    const auto [end, error] = std::from_chars(limit.data(), limit.data() + limit.size(), seconds);
+    if (error != std::errc{} || end != limit.data() + limit.size() || seconds < 1 || seconds > 3600) {
+      Raise(kDirectoryUnavailable, site.Path().string() +
+                                       ": section \"MEMBERSHIP\", key \"LDAPTimeout\": found \"" + limit +
+                                       "\"; expected 1 to 3600 seconds");
+    }
+    server.connectSeconds = server.answerSeconds = seconds;
+  }
   return server;
 }
 
