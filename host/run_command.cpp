@@ -25,7 +25,10 @@ class JobRunner {
 
   // Hears of every entry that the job being run makes in the error log.
   Vantrel::LogListener Listener() {
-    return [this](std::string_view, std::string_view message) { entries_.emplace_back(message); };
+    return [this](std::string_view, std::string_view message) {
+      ++entryCount_;
+      if (entries_.size() < kMostShown) entries_.emplace_back(message);
+    };
   }
 
   // False when the job left no stop line.
@@ -62,17 +65,17 @@ class JobRunner {
   }
 
   void PrintEntries(const JobInfo& job) {
-    constexpr std::size_t kMostShown = 20;
-    for (std::size_t i = 0; i < entries_.size() && i < kMostShown; ++i) {
-      console_.err << "warning: " << job.progId << ": " << OneLine(entries_[i]) << '\n';
+    for (const std::string& entry : entries_) {
+      console_.err << "warning: " << job.progId << ": " << OneLine(entry) << '\n';
     }
-    if (entries_.size() > kMostShown) {
-      console_.err << "warning: " << job.progId << ": " << entries_.size() - kMostShown << " more in "
+    if (entryCount_ > entries_.size()) {
+      console_.err << "warning: " << job.progId << ": " << entryCount_ - entries_.size() << " more in "
                    << home_.ErrorLog().string() << '\n';
     }
     console_.err.flush();
-    sawErrors_ = sawErrors_ || !entries_.empty();
+    sawErrors_ = sawErrors_ || entryCount_ > 0;
     entries_.clear();
+    entryCount_ = 0;
   }
 
   static std::string OneLine(const std::string& text) {
@@ -91,7 +94,9 @@ class JobRunner {
 
   const SuiteHome& home_;
   const Console& console_;
-  std::vector<std::string> entries_;
+  static constexpr std::size_t kMostShown = 20;
+  std::vector<std::string> entries_;  // of the job being run, the first ones
+  std::size_t entryCount_ = 0;
   bool sawErrors_ = false;
 };
 

@@ -1,6 +1,7 @@
 // What an operator meets when a suite is not as it should be.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -157,6 +158,35 @@ TEST_F(HostFailuresTest, OneUnfinishedJobDoesNotKeepTheNextFromRunning) {
   const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "DormantUserExpiry", "CleanUp"});
   EXPECT_EQ(outcome.exitCode, 70);
   EXPECT_NE(outcome.out.find("OrvaneProcess.CleanUp: finished"), std::string::npos) << outcome.out;
+}
+
+TEST_F(HostFailuresTest, OnlyTheFirstWarningsArePrintedAndTheRestIsCounted) {
+  Database database(suite_.DatabaseFile());
+  std::string script =
+      "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(50), PARAM_VALUE VARCHAR(50));"
+      "INSERT INTO PARAMETERS VALUES ('DataFileRelativePath', 'Data'), ('ArchiveAfter', '1');"
+      "CREATE TABLE QUESTIONHISTORY (Q_ID INTEGER PRIMARY KEY, Q_STATUS INTEGER, Q_ORIGINATOR VARCHAR(50),"
+      " PROSPECT BIT, EMAILID VARCHAR(50), ENDSTATUSTIME DATETIME);"
+      "CREATE TABLE TRANSACTIONS (T_ID INTEGER PRIMARY KEY, Q_ID INTEGER);";
+  for (int id = 1; id <= 23; ++id) {
+    script += "INSERT INTO QUESTIONHISTORY VALUES (" + std::to_string(id) + ", 175, 'nobody" +
+              std::to_string(id) + "', 0, NULL, '2004-01-01 00:00:00');";
+  }
+  database.Execute(script);
+  Database(suite_.CatalogueFile())
+      .Execute(
+          "CREATE TABLE FAQPARAMETER (PARAMNAME VARCHAR(50), PARAMVALUE VARCHAR(50));"
+          "CREATE TABLE FAQCATEGORY (FAQCATEGORYID INTEGER, FAQCATEGORYDESCRIPTION VARCHAR(50));"
+          "CREATE TABLE PRODUCTCATEGORY (CATEGORYID INTEGER, CATEGORYNAME VARCHAR(50));"
+          "CREATE TABLE PRODUCT (PRODUCTID INTEGER, PRODUCTDESCRIPTION VARCHAR(50));");
+  const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "Archive"});
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 21) << outcome.err;
+  EXPECT_NE(outcome.err.find("warning: OrvaneProcess.Archive: 3 more in " +
+                             (suite_.Logs() / "Vantrel.log").string() + "\n"),
+            std::string::npos)
+      << outcome.err;
+  EXPECT_EQ(suite_.ErrorLog().size(), 23U);
 }
 
 TEST_F(HostFailuresTest, StatusShowsFinishedAndUnfinishedRuns) {

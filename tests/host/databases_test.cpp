@@ -43,4 +43,13 @@ TEST(EmbeddedFilesTest, TheSchemasOfAllEnginesAreInTheProgram) {
   EXPECT_EQ(orvane_host::EmbeddedFile("schema/none.sql"), "");
 }
 
+TEST(EmbeddedFilesTest, TheStyleSheetsAndTextsAreInTheProgram) {
+  for (const char* name : {"reminder", "conclusion", "mail_page"}) {
+    EXPECT_NE(orvane_host::EmbeddedFile(std::string("demo/sheets/") + name + ".xsl").find("<xsl:"),
+              std::string_view::npos)
+        << name;
+  }
+  EXPECT_NE(orvane_host::EmbeddedFile("demo/texts.tsv").find("LBLQX3120\t1033\t"), std::string_view::npos);
+}
+
 }  // namespace
