@@ -62,3 +62,27 @@ class PreparedSheetTest : public LoadXSLsTest {
     EXPECT_TRUE(processor->transform());
     return processor->output();
   }
+  // Files that changed just now are not trusted to stay as they are.
+  static void Settle() { std::this_thread::sleep_for(std::chrono::milliseconds(4100)); }
+};
+
+TEST_F(PreparedSheetTest, IsHandedOutAgainUntilAFileOfItsFolderChanges) {
+  const std::string start =
+      "<xsl:include href='part.xsl'/><xsl:output method='text'/>"
+      "<xsl:template match='/'><xsl:call-template name='part'/></xsl:template>";
+  WriteSheet("main.xsl", "", start);
+  WriteSheet("part.xsl", "one");
+  EXPECT_EQ(Output(), "one");
+  EXPECT_NE(Loader()->LoadOrvaneTemplate(Path("main.xsl"), "answer"),
+            Loader()->LoadOrvaneTemplate(Path("main.xsl"), "answer"));
+  Settle();
+  const auto kept = Loader()->LoadOrvaneTemplate(Path("main.xsl"), "answer");
+  EXPECT_EQ(Loader()->LoadOrvaneTemplate(Path("MAIN.xsl"), "other"), kept);
+  EXPECT_EQ(Output(), "one");
+  WriteSheet("part.xsl", "two");
+  EXPECT_EQ(Output(), "two");
+  WriteSheet("part.xsl", "six");
+  EXPECT_EQ(Output(), "six");
+}
+
+}  // namespace
