@@ -261,6 +261,15 @@ TEST_F(DomTest, TheFirstOfANameIsFoundAgainAfterEveryChange) {
   EXPECT_EQ(document->selectSingleNode("//x"), nullptr);
 }
 
+TEST_F(DomTest, AnIdentifierThatChangedOrWentIsNotFound) {
+  const DOMDocumentPtr document = Parsed("<a><b xml:id='one'/><c xml:id='two'/></a>");
+  EXPECT_EQ(document->selectSingleNode("id('one')")->nodeName(), "b");
+  document->selectSingleNode("//b/@xml:id")->setText("other");
+  document->documentElement()->setText("");
+  EXPECT_EQ(document->selectSingleNode("id('one')"), nullptr);
+  EXPECT_EQ(document->selectSingleNode("id('two')"), nullptr);
+}
+
 TEST_F(DomTest, AnEmptyDocumentIsNoError) {
   const DOMDocumentPtr document = NewDocument();
   EXPECT_EQ(document->documentElement(), nullptr);

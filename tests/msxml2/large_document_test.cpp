@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <random>
+#include <vector>
 
 #include "tests/msxml2/xml_fixture.hpp"
 
@@ -230,5 +232,101 @@ TEST_F(LargeDocumentTest, ARowCostsTheSameHoweverManyThereAre) {
   const double many = timeFor(20'000) / 20'000;
   EXPECT_LT(many, 3 * few);
 }
+
+// The same random steps on a document that is kept as markup and on one that cannot be, because it has a
+// document type: whatever is seen on the way and in the end is the same.
+class RandomStepsTest : public LargeDocumentTest, public testing::WithParamInterface<unsigned> {
+ protected:
+  std::string RandomContent(std::size_t size) {
+    std::string text;
+    std::vector<std::string> open;
+    while (text.size() < size) {
+      const std::string name(1, static_cast<char>('a' + random_() % 6));
+      switch (random_() % 4) {
+        case 0:
+          if (open.size() < 5) {
+            text += "<" + name + " k=\"" + std::to_string(random_() % 100) + "\">";
+            open.push_back(name);
+          }
+          break;
+        case 1:
+          if (!open.empty()) {
+            text += "</" + open.back() + ">";
+            open.pop_back();
+          }
+          break;
+        case 2:
+          text += "<" + name + "/><!-- <" + name + "> -->";
+          break;
+        default:
+          text += "some text &amp; more of it, " + std::to_string(random_() % 1000);
+      }
+    }
+    for (; !open.empty(); open.pop_back()) text += "</" + open.back() + ">";
+    return text;
+  }
+
+  // What one step shows.
+  std::string Step(const DOMDocumentPtr& document, std::vector<NodePtr>& held, unsigned kind,
+                   unsigned choice) {
+    const std::string name(1, static_cast<char>('a' + choice % 7));
+    const std::string other(1, static_cast<char>('a' + choice / 7 % 7));
+    const NodePtr first = document->selectSingleNode("//" + name);
+    if (!first) return "none";
+    try {
+      switch (kind % 8) {
+        case 0:
+          return std::to_string(document->selectNodes("//" + name)->length());
+        case 1:
+          for (int i = 0; i < 200; ++i) AddElement(document, first, other, "t" + std::to_string(i));
+          return first->text();
+        case 2:
+          first->setText(choice % 3 == 0 ? "" : "replaced");
+          return first->nodeName();
+        case 3:
+          held.push_back(first);
+          return first->text();
+        case 4:
+          if (const NodePtr target = document->selectSingleNode("//" + other)) target->appendChild(first);
+          return first->parentNode()->nodeName();
+        case 5:
+          document->documentElement()->appendChild(first->cloneNode(true));
+          return first->firstChild() ? first->firstChild()->nodeName() : "empty";
+        case 6:
+          if (!held.empty()) document->documentElement()->appendChild(held[choice % held.size()]);
+          return document->documentElement()->text();
+        default:
+          if (choice % 10 != 0) return first->parentNode()->nodeName();
+          return document->selectSingleNode("//" + name + "[last()]/..")->nodeName();
+      }
+    } catch (const automation::Error& error) {
+      return error.Description();
+    }
+  }
+
+  std::mt19937 random_{GetParam()};
+};
+
+TEST_P(RandomStepsTest, ShowTheSameWhetherMarkupIsKeptOrNot) {
+  const std::string content = "<r><x>" + RandomContent(90'000) + "</x>" + RandomContent(3000) + "<y>" +
+                              RandomContent(40'000) + "</y></r>";
+  WriteFile("kept.xml", content);
+  WriteFile("plain.xml", "<!DOCTYPE r>" + content);
+  const DOMDocumentPtr kept = LoadedFrom("kept.xml");
+  const DOMDocumentPtr plain = LoadedFrom("plain.xml");
+  std::vector<NodePtr> heldOfKept;
+  std::vector<NodePtr> heldOfPlain;
+  for (int step = 0; step < 60; ++step) {
+    const unsigned kind = static_cast<unsigned>(random_());
+    const unsigned choice = static_cast<unsigned>(random_());
+    ASSERT_EQ(Step(kept, heldOfKept, kind, choice), Step(plain, heldOfPlain, kind, choice))
+        << "step " << step;
+  }
+  const std::string type = "<!DOCTYPE r>\n";
+  ASSERT_EQ(plain->xml().substr(0, type.size()), type);
+  EXPECT_TRUE(Parsed(kept->xml())->xml() == Parsed(plain->xml().substr(type.size()))->xml());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomStepsTest, testing::Range(1U, 25U));
 
 }  // namespace

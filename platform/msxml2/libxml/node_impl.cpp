@@ -1,5 +1,7 @@
 #include "platform/msxml2/libxml/node_impl.hpp"
 
+#include <libxml/valid.h>
+
 #include <limits>
 #include <new>
 
@@ -85,6 +87,11 @@ void NodeImpl::setText(std::string_view text) {
   if (IsText(node_)) {
     xmlNodeSetContentLen(node_, chars, length);
     return;
+  }
+  if (node_->type == XML_ATTRIBUTE_NODE) {
+    // The library finds elements by an xml:id through a table that knows the old value.
+    auto* attribute = reinterpret_cast<xmlAttrPtr>(node_);
+    if (attribute->atype == XML_ATTRIBUTE_ID) xmlRemoveID(tree_->Doc(), attribute);
   }
   tree_->DiscardChildren(node_);
   if (text.empty()) return;
