@@ -1,0 +1,40 @@
+// Closed requests in bulk, and the programs that move them out of the database.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "bench/support/child_process.hpp"
+#include "tests/servers/server_database.hpp"
+
+namespace orvane_bench {
+
+struct HistorySize {
+  std::int64_t requests = 0;  // each with three transactions
+  std::int64_t customers = 0;
+};
+
+// The statements that fill a suite database with such a history; `engine` is sqlite, postgresql or mariadb.
+void FillHistory(const std::string& engine, HistorySize size,
+                 const std::function<void(const std::string&)>& execute);
+
+// A new embedded database of an installation, with the tables of a file of schema/.
+std::unique_ptr<ADODB::engine::Session> MakeDatabase(const std::filesystem::path& home,
+                                                     const std::string& file, const std::string& schema);
+
+// An installation whose suite database is the given one; the catalogue and the directory are embedded.
+void MakeArchiveSuite(const std::filesystem::path& home, const std::string& connectionString,
+                      HistorySize size);
+
+// One run of the job by orvane-host; throws when it fails.
+RunFigures RunArchiveJob(const std::filesystem::path& home);
+
+// Moves both tables to files: one row a transaction, or in bulk.
+bool PtArchiverIsInstalled();
+double PtArchiverSeconds(const orvane_test::ServerDatabase& database, const std::filesystem::path& folder,
+                         bool bulk);
+
+}  // namespace orvane_bench
