@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/automation/error.hpp"
+#include "tests/support/damage.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -187,6 +188,23 @@ TEST_F(SiteFileTest, RefusesAFileBeyondAllMeasure) {
       "<siteConfiguration><!--" + std::string(1024 * 1024, 'x') + "--></siteConfiguration>";
   EXPECT_EQ(Failure(content), (folder_.Path() / "site.xml").string() +
                                   ": is larger than 1 MiB; expected the site configuration of a suite");
+}
+
+TEST_F(SiteFileTest, DamagedTextIsReadOrRefusedWithItsPlace) {
+  const std::string file = (folder_.Path() / "site.xml").string() + ":";
+  int refused = 0;
+  for (unsigned seed = 1; seed <= 2000; ++seed) {
+    const std::string content = orvane_test::Damaged(kWhole, seed);
+    try {
+      Read(content);
+    } catch (const automation::Error& error) {
+      ++refused;
+      ASSERT_EQ(error.Number(), Vantrel::kUnreadableFile);
+      ASSERT_EQ(error.Description().compare(0, file.size(), file), 0) << error.Description();
+    }
+  }
+  EXPECT_GT(refused, 500);
+  EXPECT_LT(refused, 1990);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "platform/automation/error.hpp"
 #include "suite/membership/directory.hpp"
+#include "tests/support/damage.hpp"
 
 namespace {
 
@@ -58,6 +59,21 @@ TEST(LdifTest, SaysWhereItCannotReadOn) {
             "d.ldif:2: expected a value of its own, not a URL");
   EXPECT_EQ(Refusal("dn: a\nsn:: TcO8?\n"), "d.ldif:2: expected a value in base64");
   EXPECT_EQ(Refusal("dn: a\nsn:: TcO=bGxlcg==\n"), "d.ldif:2: expected a value in base64");
+}
+
+TEST(LdifTest, DamagedTextIsReadOrRefusedWithItsPlace) {
+  constexpr std::string_view kWhole =
+      "version: 1\n# people\ndn: uid=a,dc=x\nuid: a\ncn: Jane\n  Doe\nsn:: TcO8bGxlcg==\n\ndn:: "
+      "dWlkPWI=\nuid: b\n";
+  int refused = 0;
+  for (unsigned seed = 1; seed <= 5000; ++seed) {
+    const std::string refusal = Refusal(orvane_test::Damaged(kWhole, seed));
+    if (refusal == "accepted") continue;
+    ++refused;
+    ASSERT_EQ(refusal.compare(0, 7, "d.ldif:"), 0) << refusal;
+  }
+  EXPECT_GT(refused, 500);
+  EXPECT_LT(refused, 4900);
 }
 
 }  // namespace
