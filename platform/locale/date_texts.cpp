@@ -28,11 +28,10 @@ constexpr std::int32_t kFallbackLocaleId = 1033;
 }
 
 std::unique_ptr<icu::SimpleDateFormat> Take(icu::DateFormat* made) {
-  std::unique_ptr<icu::DateFormat> format(made);
-  auto* simple = dynamic_cast<icu::SimpleDateFormat*>(format.get());
+  const std::unique_ptr<icu::DateFormat> format(made);
+  const auto* simple = dynamic_cast<const icu::SimpleDateFormat*>(format.get());
   if (simple == nullptr) RaiseInternal("no date format for the locale");
-  format.release();
-  return std::unique_ptr<icu::SimpleDateFormat>(simple);
+  return std::unique_ptr<icu::SimpleDateFormat>(simple->clone());
 }
 
 // Date-times carry no zone and the Gregorian calendar has no beginning, for the formatter as well.
@@ -99,7 +98,8 @@ std::string PlainUtf8(const icu::UnicodeString& text) {
 
 std::string Formatted(const icu::SimpleDateFormat& format, DateTime value) {
   icu::UnicodeString text;
-  format.format(static_cast<UDate>(value.WithoutFraction().UnixMicroseconds() / 1000), text);
+  const std::int64_t milliseconds = value.WithoutFraction().UnixMicroseconds() / 1000;
+  format.format(static_cast<UDate>(milliseconds), text);
   return PlainUtf8(text);
 }
 

@@ -106,7 +106,7 @@ class Reader {
     if (start < line.text.size() && line.text[start] == '<') Refuse(line, "a value of its own, not a URL");
     if (encoded) ++start;
     while (start < line.text.size() && line.text[start] == ' ') ++start;
-    const std::string value = line.text.substr(start);
+    std::string value = line.text.substr(start);
     if (!encoded) return value;
     const std::optional<std::string> bytes = FromBase64(value);
     if (!bytes) Refuse(line, "a value in base64");

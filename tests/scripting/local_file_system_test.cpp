@@ -16,7 +16,7 @@
 #include "platform/scripting/local/file_system_object.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "tests/scripting/expect_error.hpp"
-#include "tests/scripting/temporary_folder.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "platform/scripting/local/file_system_object.hpp"
 #include "tests/scripting/file_system_machine.hpp"
-#include "tests/scripting/temporary_folder.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {
 namespace {

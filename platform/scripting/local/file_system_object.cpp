@@ -56,10 +56,9 @@ bool LocalFileSystem::DriveExists(std::string_view drive) const {
 }
 
 FilePtr LocalFileSystem::GetFile(std::string_view path) const {
-  std::optional<Found> found = resolver_.Find(path);
+  const std::optional<Found> found = resolver_.Find(path);
   if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
-  std::string shown = resolver_.ShownPath(found->path, path);
-  return MakeFile(std::move(found->path), std::move(shown));
+  return MakeFile(found->path, resolver_.ShownPath(found->path, path));
 }
 
 FolderPtr LocalFileSystem::GetFolder(std::string_view path) const {

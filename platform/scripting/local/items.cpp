@@ -173,7 +173,7 @@ bool IsReadOnly(const struct stat& status) {
   return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-FilePtr MakeFile(std::string native, std::string shown) {
+FilePtr MakeFile(const std::string& native, const std::string& shown) {
   const std::size_t slash = native.rfind('/');
   const std::string name = slash == std::string::npos ? native : native.substr(slash + 1);
   std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : native.substr(0, slash);

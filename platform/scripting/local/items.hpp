@@ -20,7 +20,7 @@ bool IsFolder(const Found& item);
 bool IsReadOnly(const struct stat& status);
 
 // `shown` is the item's path as job code writes it.
-FilePtr MakeFile(std::string native, std::string shown);
+FilePtr MakeFile(const std::string& native, const std::string& shown);
 FolderPtr MakeFolder(std::string native, std::string shown);
 
 }  // namespace Scripting::local

@@ -17,7 +17,7 @@ namespace {
 
 using automation::ErrorNumber;
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = 65'536;
 
 class FileStream : public TextStream {
  public:
