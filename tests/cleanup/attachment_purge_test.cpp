@@ -355,6 +355,19 @@ TEST_F(OldAttachmentsTest, AHeldFileEndsThePurge) {
       ElementsAre(kSource + " caught: Permission denied (70). Additional information: Permission denied"));
 }
 
+TEST_F(OldAttachmentsTest, OnAWebFarmTooNoFolderIsRemovedAfterOneWithAnotherFile) {
+  OnAWebFarm();
+  AddDataFile(17, "a", 1, kOld);
+  AddDataFile(18, "a", 1, kOld);
+  AddFile("SRATTACHMENTS/17Q/a");
+  AddFile("SRATTACHMENTS/17Q/other");
+  AddFile("SRATTACHMENTS/18Q/a");
+  Run();
+  EXPECT_TRUE(Exists("SRATTACHMENTS/17Q/other"));
+  EXPECT_TRUE(Exists("SRATTACHMENTS/18Q"));
+  EXPECT_FALSE(Exists("SRATTACHMENTS/18Q/a"));
+}
+
 TEST_F(OldAttachmentsTest, OnAWebFarmTheyAreHandedOnAndTheRowsStay) {
   OnAWebFarm();
   AddDataFile(17, "a.txt", 1, kOld);
