@@ -12,7 +12,7 @@ namespace orvane_test {
 inline std::string Damaged(std::string_view text, unsigned seed) {
   std::mt19937 random(seed);
   const auto below = [&random](std::size_t bound) { return bound == 0 ? 0 : random() % bound; };
-  constexpr std::string_view kMeaningful = "<>&;:=\"'/\\ \n\r\t#%,{}[]()*\0\xFF";
+  constexpr char kMeaningful[] = "<>&;:=\"'/\\ \n\r\t#%,{}[]()*\0\xFF";
   std::string damaged(text);
   for (std::size_t count = 1 + below(6); count > 0; --count) {
     const std::size_t at = below(damaged.size() + 1);
@@ -28,7 +28,7 @@ inline std::string Damaged(std::string_view text, unsigned seed) {
         damaged.insert(at, damaged.substr(at, length));
         break;
       default:
-        damaged.insert(at, 1, kMeaningful[below(kMeaningful.size())]);
+        damaged.insert(at, 1, kMeaningful[below(sizeof kMeaningful - 1)]);
     }
   }
   return damaged;
