@@ -126,7 +126,8 @@ CREATE TABLE REMINDER (
   R_STATUS INTEGER NOT NULL,
   PRIMARY KEY (Q_ID, R_STATUS)
 );
-CREATE INDEX REMINDER_BY_STATUS ON REMINDER (R_STATUS, Q_ID);
+-- The row number follows the status by itself, and the walk over the waiting rows goes by the row number.
+CREATE INDEX REMINDER_BY_STATUS ON REMINDER (R_STATUS);
 
 -- Mail templates; subject and body are text ids of DATALABEL.
 CREATE TABLE EMAIL (

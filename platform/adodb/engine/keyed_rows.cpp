@@ -37,11 +37,16 @@ std::string KeyedRows::Columned(const char* suffix) const {
   return list;
 }
 
-// "k1 > ? OR (k1 = ? AND (k2 > ?))"; no condition at the start.
+// "k1 > ?", or "k1 >= ? AND (k1 > ? OR (k1 = ? AND (k2 > ?)))": the first term says nothing new, but it is
+// the one by which planners enter the key's index in the middle. No condition at the start.
 std::string KeyedRows::BehindLast(Parameters& parameters) const {
   const Row& key = lastKey_;
   std::string condition;
   std::string closing;
+  if (key.size() > 1) {
+    condition = keyNames_[0] + " >= ? AND ";
+    parameters.push_back(key[0]);
+  }
   for (std::size_t i = 0; i < key.size(); ++i) {
     condition += "(" + keyNames_[i] + " > ?";
     parameters.push_back(key[i]);
