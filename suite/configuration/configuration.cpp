@@ -49,20 +49,30 @@ class CurrentSiteFile {
   std::optional<Stamp> stamp_;
 };
 
+// What all components of one installation share.
+struct Installation {
+  explicit Installation(std::filesystem::path folder)
+      : home(std::move(folder)), siteFile(SiteConfigurationPath(home)) {}
+  const std::filesystem::path home;
+  CurrentSiteFile siteFile;
+};
+
 class SiteConfiguration : public Configuration {
  public:
-  SiteConfiguration(std::filesystem::path home, std::shared_ptr<CurrentSiteFile> siteFile)
-      : home_(std::move(home)), siteFile_(std::move(siteFile)) {}
+  explicit SiteConfiguration(std::shared_ptr<Installation> installation)
+      : installation_(std::move(installation)) {}
 
-  std::string RootPath() const override { return home_.string(); }
+  std::string RootPath() const override { return installation_->home.string(); }
   void SelectProduct(std::string_view product, std::int32_t) override { product_ = product; }
   std::string GetConnectionString(std::string_view connection) override {
-    return siteFile_->Get()->Connection(product_, connection);
+    return installation_->siteFile.Get()->Connection(product_, connection);
   }
-  std::string getInstallDir() override { return home_.string(); }
+  std::string getInstallDir() override { return installation_->home.string(); }
 
-  void Load() override { loaded_ = SiteFile::Read(SiteConfigurationPath(home_)); }
-  void LoadFile(std::string_view path) override { loaded_ = SiteFile::Read(suite::NativePath(path, home_)); }
+  void Load() override { loaded_ = SiteFile::Read(SiteConfigurationPath(installation_->home)); }
+  void LoadFile(std::string_view path) override {
+    loaded_ = SiteFile::Read(suite::NativePath(path, installation_->home));
+  }
   automation::Variant GetValue(std::string_view section, std::string_view key) const override {
     if (!loaded_) {
       throw automation::Error(kNotLoaded, "Vantrel.Configuration",
@@ -72,8 +82,7 @@ class SiteConfiguration : public Configuration {
   }
 
  private:
-  const std::filesystem::path home_;
-  const std::shared_ptr<CurrentSiteFile> siteFile_;
+  const std::shared_ptr<Installation> installation_;
   std::string product_;
   std::optional<SiteFile> loaded_;
 };
@@ -90,10 +99,9 @@ std::filesystem::path SiteConfigurationPath(const std::filesystem::path& home) {
 }
 
 void RegisterConfiguration(automation::ClassTable& classes, const std::filesystem::path& home) {
-  const std::filesystem::path absolute = AbsoluteHome(home);
-  auto siteFile = std::make_shared<CurrentSiteFile>(SiteConfigurationPath(absolute));
+  auto installation = std::make_shared<Installation>(AbsoluteHome(home));
   classes.Register(kConfigurationProgId,
-                   [absolute, siteFile] { return std::make_shared<SiteConfiguration>(absolute, siteFile); });
+                   [installation] { return std::make_shared<SiteConfiguration>(installation); });
 }
 
 }  // namespace Vantrel

@@ -35,6 +35,10 @@ class Dialect {
   // engine compares with its date columns. `text` is "YYYY-MM-DD HH:MM:SS", maybe with a fraction.
   virtual std::string Timestamp(std::string_view text) const = 0;
 
+  // True where a value that is bound as a parameter is compared exactly as the same value written as a
+  // literal, whatever the column's type. An engine that types its parameters by themselves answers false.
+  virtual bool ComparesBoundValuesAsLiterals() const { return false; }
+
   // --- Statements that the cursor engine composes. ---
 
   // A name as the database spells it, quoted so that it is taken letter for letter.

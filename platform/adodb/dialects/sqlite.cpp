@@ -24,6 +24,9 @@ class Sqlite : public Dialect {
     return sql + ")";
   }
 
+  // Neither a literal nor a parameter has an affinity of its own.
+  bool ComparesBoundValuesAsLiterals() const override { return true; }
+
   std::string Timestamp(std::string_view text) const override { return "'" + std::string(text) + "'"; }
 
   // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).

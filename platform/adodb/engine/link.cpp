@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "platform/adodb/engine/bound_values.hpp"
 #include "platform/adodb/engine/checked_statement.hpp"
 
 namespace ADODB::engine {
@@ -24,13 +25,27 @@ void Link::Close() noexcept {
 }
 
 std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
-  const Dialect& dialect = GetSession().GetDialect();
   // Values are looked at each time: the same text may have other parts inserted.
-  CheckValues(statement, dialect);
-  TranslationMemo& memo = *lease_.memo;
-  if (auto known = memo.Find(statement.ToString())) return known;
+  CheckValues(statement, GetSession().GetDialect());
+  if (auto known = lease_.memo->Find(statement.ToString())) return known;
+  return Translated(statement);
+}
+
+std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement, Parameters& parameters) {
+  if (GetSession().GetDialect().ComparesBoundValuesAsLiterals()) {
+    if (std::optional<BoundStatement> bound = BindValues(statement)) {
+      parameters = std::move(bound->values);
+      if (auto known = lease_.memo->Find(bound->text)) return known;
+      return Translated(SqlFragment(std::move(bound->text)));
+    }
+  }
+  return Prepare(statement);
+}
+
+std::shared_ptr<const Translation> Link::Translated(const Statement& statement) {
+  const Dialect& dialect = GetSession().GetDialect();
   auto translation = std::make_shared<const Translation>(Translate(CheckText(statement, dialect), dialect));
-  memo.Keep(statement.ToString(), translation);
+  lease_.memo->Keep(statement.ToString(), translation);
   return translation;
 }
 

@@ -24,12 +24,18 @@ class Link {
   // Checks and translates the statement. Several pieces come out only for a DELETE.
   std::shared_ptr<const Translation> Prepare(const Statement& statement);
 
+  // The same for a statement whose rows are only read, with its values put into `parameters` where the engine
+  // takes them as well; they belong to the translation's one statement then.
+  std::shared_ptr<const Translation> PrepareRead(const Statement& statement, Parameters& parameters);
+
   // Gives the session back to the pool; record sets on it are closed by that.
   void Close() noexcept;
 
   bool inTransaction = false;
 
  private:
+  std::shared_ptr<const Translation> Translated(const Statement& statement);
+
   std::shared_ptr<Pool> pool_;
   Pool::Lease lease_;
 };

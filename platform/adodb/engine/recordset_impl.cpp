@@ -48,17 +48,21 @@ void RecordsetImpl::Open(const Statement& statement, const ConnectionPtr& connec
   std::shared_ptr<Link> link = opened->GetLink();
   // Changes are written one by one; gathering them for a later batch is not offered.
   if (lockType == LockType::BatchOptimistic) Raise(ErrorNumber::FeatureNotAvailable);
-  const auto prepared = link->Prepare(statement);
+  const bool walksByKey = cursorType == CursorType::Keyset || cursorType == CursorType::Dynamic;
+  const bool onlyRead = lockType == LockType::ReadOnly && !walksByKey;
+  Parameters parameters;
+  const auto prepared = onlyRead ? link->PrepareRead(statement, parameters) : link->Prepare(statement);
   const Translation& translation = *prepared;
   if (!YieldsRows(translation.statements.front())) {
-    Run(*link, translation);
+    Run(*link, parameters.empty() ? translation : *link->Prepare(statement));
     return;
   }
-  OpenTranslated(statement, translation, std::move(link), cursorType, lockType);
+  OpenTranslated(statement, translation, std::move(link), cursorType, lockType, parameters);
 }
 
 void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation& translation,
-                                   std::shared_ptr<Link> link, CursorType cursorType, LockType lockType) {
+                                   std::shared_ptr<Link> link, CursorType cursorType, LockType lockType,
+                                   const Parameters& parameters) {
   Reset();
   type_ = location_ == CursorLocation::Client ? CursorType::Static : cursorType;
   const std::string& sql = translation.statements.front();
@@ -84,7 +88,7 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
       }
       text += select.From({}) + (select.order.empty() ? "" : " " + select.order);
     }
-    const std::unique_ptr<Rows> rows = session.Query(text, {});
+    const std::unique_ptr<Rows> rows = session.Query(text, parameters);
     if (rows->Columns().empty()) return;
     source_ = std::make_unique<StaticRows>(*rows, keyCount, mostRows_);
   }

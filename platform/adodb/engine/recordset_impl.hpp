@@ -53,9 +53,10 @@ class RecordsetImpl : public Recordset, private Fields {
   void SetFilter(std::string_view criterion) override;
   std::vector<std::vector<automation::Variant>> GetRows() override;
 
-  // Opens the set on a statement that is already translated.
+  // Opens the set on a statement that is already translated. `parameters` are for a set that is only read,
+  // front to back or as a copy.
   void OpenTranslated(const Statement& statement, const Translation& translation, std::shared_ptr<Link> link,
-                      CursorType cursorType, LockType lockType);
+                      CursorType cursorType, LockType lockType, const Parameters& parameters = {});
 
   const automation::Variant& ValueOf(std::size_t column);
   void SetValueOf(std::size_t column, const automation::Variant& value);
