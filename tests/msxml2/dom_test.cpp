@@ -96,6 +96,14 @@ TEST_F(DomTest, AHeldPartOfDiscardedContentLivesOn) {
   EXPECT_EQ(document->selectSingleNode("//c"), nullptr);
 }
 
+TEST_F(DomTest, WhatAHeldPartHungInGoesWhenThePartMovesAway) {
+  const DOMDocumentPtr document = Parsed("<a><b><c>deep</c></b></a>");
+  const NodePtr deep = document->selectSingleNode("//c");
+  document->documentElement()->setText("");
+  document->documentElement()->appendChild(deep);
+  EXPECT_EQ(document->xml(), "<a><c>deep</c></a>\n");
+}
+
 TEST_F(DomTest, AppendingMovesANodeOfTheSameDocument) {
   const DOMDocumentPtr document = Parsed("<a><b><x/></b><c/></a>");
   const NodePtr moved = document->selectSingleNode("//x");

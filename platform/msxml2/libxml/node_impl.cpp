@@ -139,7 +139,7 @@ NodePtr AppendTo(Tree& tree, xmlNodePtr parent, const NodePtr& child) {
   } else if (IsInside(parent, node)) {
     Fail("A node cannot be appended to itself or to a node inside it.");
   } else if (node->parent != nullptr) {
-    tree.Unlink(node);
+    tree.Detach(node);
     tree.Append(parent, node);
     xmlReconciliateNs(tree.Doc(), node);  // its namespaces may be declared where it hung before
     return child;

@@ -109,6 +109,13 @@ void Tree::Unlink(xmlNodePtr node) {
   xmlUnlinkNode(node);
 }
 
+void Tree::Detach(xmlNodePtr node) {
+  xmlNodePtr top = node->parent;
+  while (top->parent != nullptr) top = top->parent;
+  Unlink(node);
+  if (top != Root()) FreeIfUnheld(top);
+}
+
 void Tree::Append(xmlNodePtr parent, xmlNodePtr child) {
   // Linked by hand: the library's own call would merge neighbouring texts and free the one that came last.
   child->parent = parent;

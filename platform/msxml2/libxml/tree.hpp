@@ -56,6 +56,8 @@ class Tree : public std::enable_shared_from_this<Tree> {
   void Append(xmlNodePtr parent, xmlNodePtr child);
   // Takes a node out of where it hangs.
   void Unlink(xmlNodePtr node);
+  // The same for a node that somebody holds: what it hung in is freed if it lived by this node alone.
+  void Detach(xmlNodePtr node);
 
   // To be called before the document changes in any other way.
   void Touch();
