@@ -1,5 +1,6 @@
 #include "platform/automation/class_table.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/automation/error.hpp"
@@ -7,19 +8,20 @@
 namespace automation {
 namespace {
 
-std::string Folded(std::string_view progId) {
-  std::string key(progId);
-  for (char& c : key) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return key;
+char Folded(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 }  // namespace
 
+bool ClassTable::LessIgnoringCase::operator()(std::string_view left, std::string_view right) const {
+  return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
+                                      [](char a, char b) { return Folded(a) < Folded(b); });
+}
+
 void ClassTable::Register(std::string_view progId, Factory factory) {
   const auto [position, inserted] =
-      entries_.try_emplace(Folded(progId), Entry{std::string(progId), std::move(factory)});
+      entries_.try_emplace(std::string(progId), Entry{std::string(progId), std::move(factory)});
   if (!inserted) {
     throw Error(static_cast<std::int32_t>(ErrorNumber::DuplicateKey), "ClassTable",
                 std::string(StandardDescription(static_cast<std::int32_t>(ErrorNumber::DuplicateKey))) +
@@ -28,13 +30,13 @@ void ClassTable::Register(std::string_view progId, Factory factory) {
 }
 
 ObjectPtr ClassTable::Create(std::string_view progId) const {
-  const auto found = entries_.find(Folded(progId));
+  const auto found = entries_.find(progId);
   if (found == entries_.end()) throw Error(ErrorNumber::CannotCreateObject, std::string(progId));
   return found->second.factory();
 }
 
 bool ClassTable::Contains(std::string_view progId) const {
-  return entries_.contains(Folded(progId));
+  return entries_.contains(progId);
 }
 
 std::vector<std::string> ClassTable::ProgIds() const {

@@ -31,7 +31,11 @@ class ClassTable {
     std::string progId;
     Factory factory;
   };
-  std::map<std::string, Entry, std::less<>> entries_;  // keyed by the lower-cased ProgID
+  struct LessIgnoringCase {
+    using is_transparent = void;
+    bool operator()(std::string_view left, std::string_view right) const;
+  };
+  std::map<std::string, Entry, LessIgnoringCase> entries_;
 };
 
 }  // namespace automation

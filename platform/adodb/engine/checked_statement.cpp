@@ -56,10 +56,19 @@ class ValueCheck {
   }
 
  private:
+  // Whether a text, a quoted name or a comment may begin with the character.
+  static bool MayOpen(char c) {
+    return c == '\'' || c == '"' || c == '`' || c == '[' || c == '-' || c == '/';
+  }
+
   enum class State { Outside, Text, Name, LineComment, BlockComment };
 
   void Fixed(std::size_t at, std::size_t end) {
     for (; at < end; ++at) {
+      if (state_ == State::Outside) {
+        while (at < end && !MayOpen(sql_[at])) ++at;
+        if (at == end) return;
+      }
       const char c = sql_[at];
       const char next = at + 1 < end ? sql_[at + 1] : '\0';
       switch (state_) {

@@ -31,8 +31,11 @@ std::shared_ptr<Provider> Pool::ProviderOf(ConnectionString& text) const {
 
 std::shared_ptr<Pool::Target> Pool::TargetOf(std::string_view connectionString, std::string_view user,
                                              std::string_view password) {
-  std::string key(connectionString);
-  if (!user.empty() || !password.empty()) key.append(1, '\0').append(user).append(1, '\0').append(password);
+  std::string withUser;
+  if (!user.empty() || !password.empty()) {
+    withUser.append(connectionString).append(1, '\0').append(user).append(1, '\0').append(password);
+  }
+  const std::string_view key = withUser.empty() ? connectionString : withUser;
   {
     const std::lock_guard lock(mutex_);
     if (const auto found = targets_.find(key); found != targets_.end()) return found->second;
@@ -43,14 +46,14 @@ std::shared_ptr<Pool::Target> Pool::TargetOf(std::string_view connectionString, 
   if (!password.empty()) target->text.Set("Password", std::string(password));
   target->provider = ProviderOf(target->text);
   const std::lock_guard lock(mutex_);
-  return targets_.emplace(std::move(key), std::move(target)).first->second;
+  return targets_.emplace(key, std::move(target)).first->second;
 }
 
 Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view user,
                           std::string_view password) {
   std::shared_ptr<Target> target = TargetOf(connectionString, user, password);
   const auto now = clock_();
-  std::deque<Idle> expired;  // closed outside the lock
+  std::vector<Idle> expired;  // closed outside the lock
   for (;;) {
     Idle candidate;
     bool mustAnswer = false;

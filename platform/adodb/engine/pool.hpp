@@ -61,7 +61,11 @@ class Pool {
   const std::vector<std::shared_ptr<Provider>> providers_;
   const Clock clock_;
   mutable std::mutex mutex_;
-  std::unordered_map<std::string, std::shared_ptr<Target>> targets_;
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  std::unordered_map<std::string, std::shared_ptr<Target>, TextHash, std::equal_to<>> targets_;
 };
 
 }  // namespace ADODB::engine

@@ -71,6 +71,7 @@ void Prepared::Bind(const engine::Parameters& parameters) {
   if (sqlite3_bind_parameter_count(statement_.get()) != static_cast<int>(parameters.size())) {
     throw ErrorOf(SQLITE_ERROR, "the statement and its parameters do not match in number");
   }
+  isBound_ = !parameters.empty();
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     const int code = BindOne(statement_.get(), static_cast<int>(i) + 1, parameters[i]);
     if (code != SQLITE_OK) throw ErrorOf(database_, code);
@@ -78,6 +79,7 @@ void Prepared::Bind(const engine::Parameters& parameters) {
 }
 
 bool Prepared::Step() {
+  running_ = true;
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
@@ -87,8 +89,10 @@ bool Prepared::Step() {
 }
 
 void Prepared::Reset() noexcept {
+  if (!running_) return;
+  running_ = false;
   sqlite3_reset(statement_.get());
-  sqlite3_clear_bindings(statement_.get());
+  if (isBound_) sqlite3_clear_bindings(statement_.get());
 }
 
 const std::vector<engine::Column>& Prepared::Columns() {

@@ -35,6 +35,8 @@ class Prepared {
   sqlite3* database_;
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
   std::vector<engine::Column> columns_;
+  bool running_ = false;
+  bool isBound_ = false;
   int describedAt_ = -1;  // number of re-preparations when columns_ were read
 };
 
