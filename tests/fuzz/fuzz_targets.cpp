@@ -1,0 +1,71 @@
+#include "tests/fuzz/fuzz_targets.hpp"
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/adodb/dialects/sqlite.hpp"
+#include "platform/adodb/engine/connection_string.hpp"
+#include "platform/adodb/engine/criterion.hpp"
+#include "platform/adodb/engine/select_shape.hpp"
+#include "platform/adodb/engine/translation.hpp"
+#include "platform/automation/error.hpp"
+#include "tests/support/test_runtime.hpp"
+
+namespace orvane_fuzz {
+namespace {
+
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+}  // namespace
+
+void SqlText(std::string_view bytes) {
+  using namespace ADODB::engine;
+  if (bytes.empty()) return;
+  orvane_test::TestRuntime runtime;
+  const std::size_t cut = static_cast<unsigned char>(bytes.front()) % bytes.size();
+  bytes.remove_prefix(1);
+  const std::size_t end = cut > bytes.size() ? bytes.size() : cut;
+  ADODB::Statement statement{ADODB::SqlFragment(std::string(bytes.substr(0, end)))};
+  statement += ADODB::SqlValue(bytes.substr(end));
+  statement += ADODB::SqlFragment("'");
+  const TokenList list = Tokenize(statement.ToString());
+  std::size_t last = 0;
+  for (const Token& token : list.tokens) {
+    Require(token.offset >= last && token.length > 0 && token.End() <= statement.ToString().size());
+    last = token.End();
+  }
+  try {
+    const Dialect& dialect = SqliteDialect();
+    CheckValues(statement, dialect);
+    const CheckedStatement checked = CheckText(statement, dialect);
+    const Translation translation = Translate(checked, dialect);
+    Require(!translation.statements.empty());
+    SelectShape shape;
+    if (ReadSelect(translation.statements.front(), shape))
+      Require(!shape.table.empty() && !shape.list.empty());
+  } catch (const automation::Error&) {
+    // Refused, as most bytes are.
+  }
+}
+
+void ConnectionString(std::string_view bytes) {
+  try {
+    const auto text = ADODB::engine::ConnectionString::Parse(bytes);
+    // What was read means the same when it is written and read again.
+    Require(ADODB::engine::ConnectionString::Parse(text.ToString()).ToString() == text.ToString());
+  } catch (const automation::Error& error) {
+    Require(error.Number() == 3001);
+  }
+}
+
+void Criterion(std::string_view bytes) {
+  try {
+    Require(!ADODB::engine::ParseCriterion(bytes).value.IsEmpty());
+  } catch (const automation::Error& error) {
+    Require(error.Number() == 3001 || error.Number() == 6);
+  }
+}
+
+}  // namespace orvane_fuzz
