@@ -1,0 +1,80 @@
+// What the ODBC provider knows about drivers, without a server.
+#include <gmock/gmock.h>
+
+#include "platform/adodb/providers/odbc/driver.hpp"
+#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/automation/error.hpp"
+#include "tests/support/test_runtime.hpp"
+
+namespace {
+
+using ADODB::engine::ConnectionString;
+using ADODB::odbc::Engine;
+using ADODB::odbc::EngineOfDriver;
+using testing::AnyOf;
+using testing::HasSubstr;
+
+std::string ForDriver(std::string_view text) {
+  const ConnectionString given = ConnectionString::Parse(text);
+  return ADODB::odbc::ForDriver(given, EngineOfDriver(given.Value("Driver").value_or(""))).ToString();
+}
+
+TEST(OdbcDriverTest, KnowsTheEnginesByTheirDrivers) {
+  EXPECT_EQ(EngineOfDriver("PostgreSQL Unicode"), Engine::PostgreSql);
+  EXPECT_EQ(EngineOfDriver("/usr/lib/x86_64-linux-gnu/odbc/psqlodbcw.so"), Engine::PostgreSql);
+  EXPECT_EQ(EngineOfDriver("MariaDB Unicode"), Engine::MariaDb);
+  EXPECT_EQ(EngineOfDriver("libmaodbc.so"), Engine::MariaDb);
+  EXPECT_EQ(EngineOfDriver("FreeTDS"), Engine::SqlServer);
+  EXPECT_EQ(EngineOfDriver("ODBC Driver 18 for SQL Server"), Engine::SqlServer);
+  EXPECT_EQ(EngineOfDriver("Something Else"), Engine::Other);
+}
+
+TEST(OdbcDriverTest, AddsTheOptionsThatThePostgreSqlDriverNeeds) {
+  EXPECT_EQ(
+      ForDriver("Provider=MSDASQL;Driver={PostgreSQL Unicode};Server=db;User ID=jobs;Password=a"),
+      "Driver=PostgreSQL Unicode;Server=db;UID=jobs;PWD=a;BoolsAsChar=0;UseDeclareFetch=0;Protocol=7.4-2;"
+      "LFConversion=0;ConnSettings=SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'");
+}
+
+TEST(OdbcDriverTest, AddsTheOptionsThatTheMariaDbDriverNeeds) {
+  EXPECT_EQ(ForDriver("Driver={MariaDB Unicode};Server=db"),
+            "Driver=MariaDB Unicode;Server=db;OPTION=2;CHARSET=utf8mb4;INITSTMT=SET SESSION sql_mode="
+            "'STRICT_TRANS_TABLES,NO_BACKSLASH_ESCAPES,PIPES_AS_CONCAT,ANSI_QUOTES'");
+}
+
+TEST(OdbcDriverTest, AddsTheOptionsThatTheSqlServerDriverNeeds) {
+  EXPECT_EQ(ForDriver("Driver=FreeTDS;Server=db"),
+            "Driver=FreeTDS;Server=db;TDS_Version=7.4;ClientCharset=UTF-8");
+}
+
+TEST(OdbcDriverTest, LeavesOptionsOfTheStringAlone) {
+  EXPECT_EQ(ForDriver("Driver={MariaDB Unicode};option=67108866;charset=latin1;InitStmt={SET @a = 1}"),
+            "Driver=MariaDB Unicode;option=67108866;charset=latin1;InitStmt=SET @a = 1");
+}
+
+TEST(OdbcDriverTest, KeepsUidAndPwdWhenBothSpellingsAreGiven) {
+  EXPECT_EQ(ForDriver("Driver=Other;UID=first;User ID=second"), "Driver=Other;UID=first");
+}
+
+// SQL Server reads the jobs' local date texts itself.
+TEST(OdbcDriverTest, TellsSqlServerTheDateOrderOfTheRunsLocale) {
+  orvane_test::TestRuntime runtime;
+  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer), "SET DATEFORMAT mdy");
+  runtime.locale->dayFirst = true;
+  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer), "SET DATEFORMAT dmy");
+  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::PostgreSql), "");
+}
+
+TEST(OdbcDriverTest, LoadsTheSqlServerDriver) {
+  try {
+    ADODB::odbc::MakeProvider()->Connect(ConnectionString::Parse(
+        "Driver={FreeTDS};Server=127.0.0.1;Port=1;Database=orvane;UID=jobs;PWD=secret"));
+    FAIL() << "nothing was raised";
+  } catch (const automation::Error& error) {
+    // The driver's own words; the driver manager would say IM002 or 01000 had it not been found.
+    EXPECT_THAT(error.SqlState(), AnyOf("08001", "08S01", "S1000", "HY000")) << error.Description();
+    EXPECT_THAT(error.Description(), HasSubstr("[FreeTDS]"));
+  }
+}
+
+}  // namespace
