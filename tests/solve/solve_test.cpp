@@ -1,6 +1,5 @@
 #include "tests/solve/solve_test.hpp"
 
-#include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/memory/registration.hpp"
@@ -24,14 +23,13 @@ std::string QuotedOrNull(const std::string& text) {
 }  // namespace
 
 SolveTest::SolveTest() : database_(folder_.Path() / "orvane.sqlite") {
-  database_.Run(TemporaryFolder::Read(std::filesystem::path(ORVANE_SOURCE_DIR) / "schema" / "sqlite.sql"));
+  database_.MakeSuiteTables();
 
   auto actual = std::make_shared<automation::ClassTable>();
-  ADODB::RegisterClasses(*actual, {ADODB::sqlite::MakeProvider(folder_.Path())});
+  ADODB::RegisterClasses(*actual, TestProviders(folder_.Path()));
   automation::ClassTable& classes = environment_.runtime.classes;
   adodb_ = RegisterWatchedAdodb(classes, std::move(actual));
-  environment_.configuration->connectionStrings[{"Orvane", "Orvane"}] =
-      "Provider=SQLite;Data Source=orvane.sqlite";
+  environment_.configuration->connectionStrings[{"Orvane", "Orvane"}] = database_.ConnectionString();
   environment_.configuration->values = {{{"MEMBERSHIP", "MemScriptUser"}, "cn=orvane"},
                                         {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
                                         {{"MEMBERSHIP", "LDAPRoot"}, ""},

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
 
 namespace orvane_test {
 
 DatabaseEnvironment::DatabaseEnvironment(bool wal) : database(folder.Path() / "suite.sqlite", wal) {
   auto actual = std::make_shared<automation::ClassTable>();
-  ADODB::RegisterClasses(*actual, {ADODB::sqlite::MakeProvider({})});
+  ADODB::RegisterClasses(*actual, TestProviders());
   adodb = RegisterWatchedAdodb(runtime.classes, std::move(actual));
   configuration->connectionStrings[{"Orvane", "Orvane"}] = database.ConnectionString();
 }

@@ -4,8 +4,10 @@
 
 #include <stdexcept>
 
+#include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
+#include "tests/support/server_backend.hpp"
 
 namespace orvane_test {
 namespace {
@@ -16,7 +18,15 @@ namespace {
 
 }  // namespace
 
+std::vector<std::shared_ptr<ADODB::engine::Provider>> TestProviders(const std::filesystem::path& folder) {
+  return {ADODB::sqlite::MakeProvider(folder), ADODB::odbc::MakeProvider()};
+}
+
 SqliteDatabase::SqliteDatabase(std::filesystem::path file, bool wal) : file_(std::move(file)) {
+  if (const std::string engine = TestEngine(); !engine.empty()) {
+    server_ = std::make_unique<ServerBackend>(engine);
+    return;
+  }
   if (sqlite3_open(file_.c_str(), &database_) != SQLITE_OK) Fail(database_, file_.string());
   sqlite3_busy_timeout(database_, 5000);
   Run(wal ? "PRAGMA journal_mode = WAL" : "PRAGMA journal_mode = DELETE");
@@ -28,12 +38,22 @@ SqliteDatabase::~SqliteDatabase() {
   sqlite3_close(database_);
 }
 
+void SqliteDatabase::MakeSuiteTables(std::string_view suffix) {
+  if (server_) return server_->RunSchemaFile(suffix);
+  for (const std::string& statement :
+       StatementsOf(std::filesystem::path(ORVANE_SOURCE_DIR "/schema") / ("sqlite" + std::string(suffix)))) {
+    Run(statement);
+  }
+}
+
 void SqliteDatabase::Run(std::string_view script) {
+  if (server_) return server_->Run(script);
   const std::string text(script);
   if (sqlite3_exec(database_, text.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) Fail(database_, script);
 }
 
 std::vector<std::string> SqliteDatabase::Rows(std::string_view sql) {
+  if (server_) return server_->Rows(sql);
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(database_, sql.data(), static_cast<int>(sql.size()), &statement, nullptr) !=
       SQLITE_OK) {
@@ -66,13 +86,15 @@ std::string SqliteDatabase::Value(std::string_view sql) {
 }
 
 std::string SqliteDatabase::ConnectionString() const {
+  if (server_) return server_->ConnectionString();
   return "Provider=SQLite;Data Source=" + file_.string();
 }
 
 SuiteDatabases::SuiteDatabases(TestRuntime& runtime, bool wal)
     : orvane(folder.Path() / "orvane.sqlite", wal), catalogue(folder.Path() / "ecatalog.sqlite", wal) {
-  const auto provider = std::make_shared<FaultyProvider>(ADODB::sqlite::MakeProvider(folder.Path()), faults);
-  ADODB::RegisterClasses(runtime.runtime.classes, {provider});
+  std::vector<std::shared_ptr<ADODB::engine::Provider>> providers = TestProviders(folder.Path());
+  for (auto& provider : providers) provider = std::make_shared<FaultyProvider>(provider, faults);
+  ADODB::RegisterClasses(runtime.runtime.classes, std::move(providers));
   runtime.configuration->connectionStrings[{"Orvane", "Orvane"}] = orvane.ConnectionString();
   runtime.configuration->connectionStrings[{"VnServer", "ECatalog"}] = catalogue.ConnectionString();
 }

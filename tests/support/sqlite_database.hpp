@@ -1,4 +1,5 @@
-// Databases for the tests of jobs: temporary SQLite files behind the ADODB classes of a TestRuntime.
+// Databases for the tests of jobs: temporary SQLite files behind the ADODB classes of a TestRuntime, or, with
+// ORVANE_TEST_ENGINE in the environment, databases on a server of the tests.
 //
 //   TestRuntime runtime;
 //   SuiteDatabases databases(runtime);
@@ -22,7 +23,12 @@ struct sqlite3;
 
 namespace orvane_test {
 
-// A database file, with a connection of the test's own beside the platform's.
+class ServerBackend;
+
+// The providers of all engines; a relative path of the embedded engine starts at `folder`.
+std::vector<std::shared_ptr<ADODB::engine::Provider>> TestProviders(const std::filesystem::path& folder = {});
+
+// A database file (or a database on a server), with a connection of the test's own beside the platform's.
 class SqliteDatabase {
  public:
   // Makes the file, in WAL mode as the suite's own databases are, or with a rollback journal.
@@ -40,11 +46,14 @@ class SqliteDatabase {
   std::string Value(std::string_view sql);
 
   std::string ConnectionString() const;
+  // Makes the tables of schema/ENGINE.sql, or with "-ecatalog.sql" those of the catalogue.
+  void MakeSuiteTables(std::string_view suffix = ".sql");
   const std::filesystem::path& File() const { return file_; }
 
  private:
   std::filesystem::path file_;
   sqlite3* database_ = nullptr;
+  std::unique_ptr<ServerBackend> server_;
 };
 
 // The suite's database and its catalogue, both empty, with the ADODB classes registered in `runtime` and both
