@@ -18,12 +18,12 @@ namespace fs = std::filesystem;
 using automation::AddDays;
 using automation::AddHours;
 
-void Write(const fs::path& file, std::string_view content, std::int64_t hoursOld) {
+void Write(const fs::path& file, std::string_view content, int hoursOld) {
   fs::create_directories(file.parent_path());
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
   stream << content;
   stream.close();
-  const std::time_t moment = std::time(nullptr) - hoursOld * 3600;
+  const std::time_t moment = std::time(nullptr) - std::time_t{hoursOld} * 3600;
   const timespec times[2] = {{moment, 0}, {moment, 0}};
   if (!stream || utimensat(AT_FDCWD, file.c_str(), times, 0) != 0) {
     throw fs::filesystem_error("cannot write", file, std::error_code(errno, std::generic_category()));

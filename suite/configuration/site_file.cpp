@@ -16,7 +16,7 @@
 namespace Vantrel {
 namespace {
 
-constexpr std::size_t kLargestFile = 1024 * 1024;
+constexpr std::size_t kLargestFile = 1U << 20;
 
 struct FreeDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
