@@ -130,6 +130,18 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
 }
 
 Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const engine::Parameters& parameters) {
+  try {
+    return RunPreparedOnce(sql, parameters);
+  } catch (const automation::Error& error) {
+    // MariaDB gives a statement up, before it has done anything, when its tables change too often meanwhile.
+    constexpr std::int32_t kNeedsPreparingAgain = 1615;
+    if (engine_ != Engine::MariaDb || error.NativeCode() != kNeedsPreparingAgain) throw;
+  }
+  return RunPreparedOnce(sql, parameters);
+}
+
+Connection::StatementPtr Connection::RunPreparedOnce(std::string_view sql,
+                                                     const engine::Parameters& parameters) {
   auto found = prepared_.begin();
   while (found != prepared_.end() && found->first != sql) ++found;
   if (found != prepared_.end()) {

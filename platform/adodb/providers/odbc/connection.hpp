@@ -44,6 +44,7 @@ class Connection : public engine::Session {
   void ApplyIsolationLevel();
   StatementPtr Run(std::string_view sql, const engine::Parameters& parameters);
   StatementPtr RunPrepared(std::string_view sql, const engine::Parameters& parameters);
+  StatementPtr RunPreparedOnce(std::string_view sql, const engine::Parameters& parameters);
   void AddCollations(std::vector<engine::Column>& columns);
   const Table& LookUp(const std::string& table);
   void EndTransaction(SQLSMALLINT completion);
