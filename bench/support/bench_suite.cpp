@@ -40,7 +40,9 @@ void MakeSuiteConfiguration(const std::filesystem::path& home, std::string_view 
   std::filesystem::create_directories(home / "config");
   std::ofstream(home / "config" / "siteConfiguration.xml")
       << "<siteConfiguration><product name=\"Orvane\"><connection name=\"Orvane\">" << connection
-      << "</connection></product></siteConfiguration>\n";
+      << "</connection></product><section name=\"MEMBERSHIP\"><key name=\"MemScriptUser\">cn=orvane</key>"
+      << "<key name=\"MemScriptCode\">secret</key><key "
+         "name=\"LDAPRoot\"></key></section></siteConfiguration>\n";
 }
 
 void MakeSuite(const std::filesystem::path& home) {
