@@ -40,11 +40,12 @@ double ArchiverSeconds(const orvane_test::Server& server, const std::string& nam
   const auto text = ADODB::engine::ConnectionString::Parse(database.ConnectionString());
   const auto value = [&](const char* keyword) { return text.Value(keyword).value_or(""); };
   const RunFigures figures = RunMeasured(
-      kArchiver, {"--source",
-                  "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") +
-                      ",p=" + value("PWD") + ",D=" + value("Database") + ",t=prospect",
-                  "--purge", "--where", "LASTVISITEDTIME < '2004-01-01' AND PENDINGQUESTIONS <= 0",
-                  "--txn-size", "1", "--limit", "1000", "--no-check-charset", "--no-version-check"});
+      kArchiver,
+      {"--source",
+       "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") + ",p=" + value("PWD") +
+           ",D=" + value("Database") + ",t=prospect",
+       "--purge", "--where", "LASTVISITEDTIME < '2004-01-01' AND PENDINGQUESTIONS <= 0", "--txn-size", "1",
+       "--limit", "1000", "--no-check-charset", "--no-safe-auto-increment", "--no-version-check"});
   RequireExpired(database, rows);
   return figures.seconds;
 }
