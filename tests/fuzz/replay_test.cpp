@@ -23,6 +23,7 @@ const char* const kSeeds[] = {
     "SESSIONID='it''s'",
     "[A]]b]=-12e5",
     "A=99999999999999999999999",
+    "A=.6.3",
     "\xFF\xFE\xC3",
 };
 

@@ -42,10 +42,14 @@ Criterion ParseCriterion(std::string_view text) {
   const std::size_t number = negative ? 3 : 2;
   if (tokens.size() != number + 1 || tokens[number].kind != TokenKind::Number) Refuse();
   const std::string digits = (negative ? "-" : "") + std::string(tokens[number].In(text));
-  if (digits.find_first_of(".eE") == std::string::npos) {
-    criterion.value = automation::ToInt64(automation::Variant(digits));
-  } else {
-    criterion.value = automation::ToDouble(automation::Variant(digits));
+  try {
+    if (digits.find_first_of(".eE") == std::string::npos) {
+      criterion.value = automation::ToInt64(automation::Variant(digits));
+    } else {
+      criterion.value = automation::ToDouble(automation::Variant(digits));
+    }
+  } catch (const automation::Error&) {
+    Refuse();  // "1.2.3", or a number beyond every type
   }
   return criterion;
 }
