@@ -68,7 +68,10 @@ TEST_P(SchemaTest, HasTheTablesColumnsAndKeysOfTheEmbeddedEngineInTheSameOrder) 
       EXPECT_EQ(schema.tables.at(name).key, table.key) << name;
     }
     EXPECT_EQ(schema.tables.size(), reference.tables.size());
-    EXPECT_EQ(schema.indexes, reference.indexes);
+    // The embedded engine walks waiting reminders by row number, the servers by the key.
+    std::set<std::string> indexes = reference.indexes;
+    if (indexes.erase("ON REMINDER (R_STATUS)") == 1) indexes.insert("ON REMINDER (R_STATUS, Q_ID)");
+    EXPECT_EQ(schema.indexes, indexes);
   }
 }
 
