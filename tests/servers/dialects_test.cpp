@@ -19,7 +19,7 @@ using testing::ElementsAre;
 
 std::vector<std::string> Translated(const std::string& sql, const Dialect& dialect) {
   const ADODB::Statement statement = ADODB::SqlFragment(sql);
-  return ADODB::engine::Translate(ADODB::engine::Check(statement, dialect), dialect).statements;
+  return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).statements;
 }
 
 class DialectTest : public testing::Test {

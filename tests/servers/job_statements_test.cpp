@@ -29,7 +29,7 @@ class JobStatementsTest : public testing::TestWithParam<std::string> {
   std::vector<std::string> Translated(const std::string& sql) const {
     const ADODB::Statement statement = ADODB::SqlFragment(sql);
     const auto& dialect = session_->GetDialect();
-    return ADODB::engine::Translate(ADODB::engine::Check(statement, dialect), dialect).statements;
+    return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).statements;
   }
 
   std::int64_t Execute(const std::string& sql) {
