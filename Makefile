@@ -30,7 +30,8 @@ format:
 lint: bootstrap
 	scripts/lint
 
-bench: bootstrap
+bench:
+	scripts/bootstrap bench
 	cmake --preset bench
 	cmake --build --preset bench -j $(BUILD_JOBS)
 	scripts/bench
