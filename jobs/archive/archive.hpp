@@ -60,7 +60,8 @@ class Archive : public Job {
   ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
   void purge(const ADODB::Statement& condition, const ArchiveFile& questions,
              const ArchiveFile& transactions);
-  bool purgeWasCommitted(const ADODB::Statement& condition) const;
+  bool purgeWasCommitted(const ADODB::Statement& deleteQuestions) const;
+  void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
@@ -98,7 +99,7 @@ class Archive : public Job {
 
   // The run log (archive_log.cpp)
   void log(const std::string& message);
-  void WriteJobLog(const std::string& message);
+  void WriteJobLog(const std::string& fileName, const std::string& message);
   std::string logFolder() const;
   std::string logFileName() const;
 
@@ -120,6 +121,8 @@ class Archive : public Job {
   ADODB::RecordsetPtr m_rsQuestions;     // the customer's QUESTIONHISTORY rows
   ADODB::RecordsetPtr m_rsTransactions;  // their TRANSACTIONS rows
   Scripting::FileSystemObjectPtr m_oFileSystem;
+  std::int64_t m_lRequestsWritten = 0;  // into the current customer's files by this run
+  std::int64_t m_lTransactionsWritten = 0;
   MSXML2::NodePtr m_oArchiveEntry;  // this run's entry, the same in both files
 
   Scripting::DictionaryPtr m_oFAQCategories;

@@ -149,6 +149,7 @@ void Archive::editQuestionsFile(ArchiveFile& questions) {
     addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
     addFieldElements(document, request);
     requests->appendChild(request);
+    ++m_lRequestsWritten;
   }
 }
 
@@ -168,6 +169,7 @@ void Archive::editTransactionsFile(ArchiveFile& transactions) {
       const NodePtr transaction = document->createNode(MSXML2::NodeType::Element, "Transaction", "");
       addFieldElements(document, transaction);
       request->appendChild(transaction);
+      ++m_lTransactionsWritten;
     }
     container->appendChild(request);
   }

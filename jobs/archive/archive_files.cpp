@@ -47,10 +47,10 @@ void Archive::createArchiveFolder() {
         // What could not be made cannot always be removed; the line below tells about the folder anyway.
       }
     }
-    log("Creation of Archive Folder " + m_sArchiveLocation +
-        " or questions and transactions folder under this folder failed .");
-    log("Reason : " + error.Description());
     m_bFolderFailed = true;
+    tryToLog("Creation of Archive Folder " + m_sArchiveLocation +
+             " or questions and transactions folder under this folder failed .");
+    tryToLog("Reason : " + error.Description());
   }
 }
 

@@ -30,12 +30,22 @@ void Restore(const MSXML2::DOMDocumentPtr& snapshot, const std::string& path) {
   }
 }
 
+// Rows that came in after the files were written would be deleted without a copy. They wait for the next run,
+// with the rest of the customer's. Fewer rows than were written is no loss: somebody else has deleted them.
+void requireWritten(std::int64_t deleted, std::int64_t written) {
+  if (deleted <= written) return;
+  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::InternalError),
+                          "OrvaneProcess.Archive",
+                          std::to_string(deleted - written) + " rows came in after the files were written");
+}
+
 }  // namespace
 
 void Archive::archiveOriginator(const std::string& originator, const std::string& emailID) {
   ArchiveFile questions;
   ArchiveFile transactions;
   ADODB::Statement condition;
+  m_lRequestsWritten = m_lTransactionsWritten = 0;
 
   const auto openRecords = [this](ADODB::RecordsetPtr& records, const ADODB::Statement& selection,
                                   ADODB::CursorType cursor, ADODB::LockType lock) {
@@ -81,17 +91,20 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
 
   const bool archived =
       Succeeds(openQuestionsFile,
-               [&] { log("Questions XML file " + questions.path + " could not be created/loaded"); }) &&
+               [&] {
+                 if (questions.path.empty()) questions.path = getArchiveFileName(kQuestionsFile.kind);
+                 tryToLog("Questions XML file " + questions.path + " could not be created/loaded");
+               }) &&
       !m_bFolderFailed &&
-      Succeeds(editQuestions, [&] { log("Editing of Archive file " + questions.path + " failed1"); }) &&
+      Succeeds(editQuestions, [&] { tryToLog("Editing of Archive file " + questions.path + " failed1"); }) &&
       Succeeds(openTransactionsFile,
                [&] {
                  Restore(questions.snapshot, questions.path);
-                 log("Transactions XML file " + transactions.path + " could not be created/loaded ");
+                 tryToLog("Transactions XML file " + transactions.path + " could not be created/loaded ");
                }) &&
       Succeeds(editTransactions, [&] {
         Restore(questions.snapshot, questions.path);
-        log("Editing of Archive file " + transactions.path + " failed2");
+        tryToLog("Editing of Archive file " + transactions.path + " failed2");
       });
   OrvaneUtilities::CloseRecordset(m_rsQuestions);
   OrvaneUtilities::CloseRecordset(m_rsTransactions);
@@ -118,61 +131,64 @@ ADODB::Statement Archive::customerCondition(const std::string& originator, const
 
 void Archive::purge(const ADODB::Statement& condition, const ArchiveFile& questions,
                     const ArchiveFile& transactions) {
+  // The transactions go first: they are found through the requests.
+  ADODB::Statement deleteTransactions =
+      "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
+  deleteTransactions += condition;
+  deleteTransactions += ")";
+  ADODB::Statement deleteQuestions = "Delete from QUESTIONHISTORY where ";
+  deleteQuestions += condition;
+
   bool committing = false;
   try {
     const auto command = automation::CreateObject<ADODB::Command>("ADODB.Command");
     command->SetActiveConnection(m_cnConnection);
-    // The transactions go first: they are found through the requests.
-    ADODB::Statement deleteTransactions =
-        "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
-    deleteTransactions += condition;
-    deleteTransactions += ")";
-    ADODB::Statement deleteQuestions = "Delete from QUESTIONHISTORY where ";
-    deleteQuestions += condition;
-
     m_cnConnection->BeginTrans();
+    std::int64_t deleted = 0;
     command->SetCommandText(deleteTransactions);
-    command->Execute(nullptr, ADODB::kExecuteNoRecords);
+    command->Execute(&deleted, ADODB::kExecuteNoRecords);
+    requireWritten(deleted, m_lTransactionsWritten);
     command->SetCommandText(deleteQuestions);
-    command->Execute(nullptr, ADODB::kExecuteNoRecords);
+    command->Execute(&deleted, ADODB::kExecuteNoRecords);
+    requireWritten(deleted, m_lRequestsWritten);
     committing = true;
     m_cnConnection->CommitTrans();
   } catch (...) {
+    bool rolledBack = true;
     try {
       m_cnConnection->RollbackTrans();
     } catch (...) {
-      // Nothing to roll back, or the connection is gone and the engine rolls back by itself.
+      rolledBack = false;  // nothing was begun, or the connection is gone and the engine rolls back by itself
     }
     // A commit that was sent but not answered may have happened. Restoring the files would then destroy the
     // only copy, so they are restored only when the rows are known to be there still.
-    if (committing && purgeWasCommitted(condition)) {
-      log("Archive Files " + questions.path + " and " + transactions.path + " edited");
+    if (committing && !rolledBack && purgeWasCommitted(deleteQuestions)) {
+      tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
       return;
     }
     Restore(questions.snapshot, questions.path);
     Restore(transactions.snapshot, transactions.path);
-    log("Changes to XML files undone" + questions.path + transactions.path + " undone");
+    tryToLog("Changes to XML files undone" + questions.path + transactions.path + " undone");
     return;
   }
-  log("Archive Files " + questions.path + " and " + transactions.path + " edited");
+  tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
 }
 
-bool Archive::purgeWasCommitted(const ADODB::Statement& condition) const {
+// The rows are asked for by deleting them and taking that back: a server that is still busy with the commit
+// holds them locked, so the answer waits until its outcome is settled.
+bool Archive::purgeWasCommitted(const ADODB::Statement& deleteQuestions) const {
   ADODB::ConnectionPtr connection;
-  ADODB::RecordsetPtr rows;
   bool gone = true;
   try {
     connection = OrvaneUtilities::GetOrvaneConnection();
-    ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
-    selection += condition;
-    rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-    rows->Open(selection, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
-               ADODB::kOptionsUnspecified);
-    gone = rows->Eof();
+    connection->BeginTrans();
+    std::int64_t stillThere = 0;
+    connection->Execute(deleteQuestions, &stillThere, ADODB::kExecuteNoRecords);
+    connection->RollbackTrans();
+    gone = stillThere < m_lRequestsWritten;
   } catch (...) {
     // Nobody can tell: keeping both copies loses nothing.
   }
-  OrvaneUtilities::CloseRecordset(rows);
   OrvaneUtilities::CloseConnection(connection);
   return gone;
 }

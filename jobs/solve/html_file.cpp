@@ -32,6 +32,8 @@ std::string PageName(const automation::DateTimeParts& parts) {
 }  // namespace
 
 void SolveOnNoResponseJob::CreateHTMLFile() {
+  // Whatever fails below, the path never leads to the page of another mail.
+  m_sHTMLFilePath.clear();
   try {
     const std::string root = OrvaneUtilities::ReplaceAll(m_sRootPath, "/", "\\");
     m_sHTMLFilePath =
@@ -39,6 +41,11 @@ void SolveOnNoResponseJob::CreateHTMLFile() {
         OrvaneUtilities::NormalizeFolderPath(OrvaneUtilities::GetParamValue("DataFileRelativePath")) +
         "\\HTML\\" + PageName(automation::Now().Parts());
     const std::string sheetPath = root + "\\Orvane\\Mail\\Sheets\\" + m_sXSLPath;
+
+    // A mail of the same second that was not sent has left its page under this name. If this one fails before
+    // it has a page of its own, the other customer's must not be found there.
+    const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
+    if (files->FileExists(m_sHTMLFilePath)) files->DeleteFile(m_sHTMLFilePath, true);
 
     const MSXML2::XSLProcessorPtr processor =
         automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId)
@@ -48,9 +55,7 @@ void SolveOnNoResponseJob::CreateHTMLFile() {
       processor->addParameter(caption, OrvaneUtilities::GetI18NText(caption, m_lLanguageID), "");
     }
 
-    const Scripting::TextStreamPtr page =
-        automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
-            ->CreateTextFile(m_sHTMLFilePath, true);
+    const Scripting::TextStreamPtr page = files->CreateTextFile(m_sHTMLFilePath, true);
     if (!m_oMailDoc) throw automation::Error(automation::ErrorNumber::ObjectNotSet);
     processor->setInput(m_oMailDoc);
     processor->transform();

@@ -5,8 +5,8 @@
 // closed, the step recorded, the ERP told, the customer mailed and the row deleted.
 //
 // No procedure lets an error out: each closes what it opened and reports to the suite's log under its own
-// source (ReportFailure), or stays silent where that is said below. Only a failure of the log itself travels
-// on, up to Run.
+// source (ReportHandledError), or stays silent where that is said below. An entry that the log does not take
+// goes to standard error.
 #pragma once
 
 #include <cstdint>

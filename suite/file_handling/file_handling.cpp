@@ -125,7 +125,10 @@ class SharedFiles : public FileHandling {
     if (keepMinutes <= 0) return deleted;
 
     const std::unique_ptr<SharedStore> store = OpenStore(path);
-    const auto keptSince = std::chrono::system_clock::now() - std::chrono::minutes(keepMinutes);
+    // In whole seconds: the longest keep period there is reaches back four thousand years.
+    const std::chrono::sys_seconds keptSince =
+        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) -
+        std::chrono::minutes(keepMinutes);
     const std::vector<StoredFile> files = store->Files(FolderOf(kind));
     Failures failures;
     for (const StoredFile& file : files) {

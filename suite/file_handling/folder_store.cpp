@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <ctime>
 #include <string>
 #include <system_error>
 
@@ -12,12 +13,6 @@ namespace OrvCommonMTS {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::chrono::system_clock::time_point TimePoint(const timespec& time) {
-  return std::chrono::system_clock::time_point(
-      std::chrono::duration_cast<std::chrono::system_clock::duration>(
-          std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec)));
-}
 
 class FolderStore : public SharedStore {
  public:
@@ -32,8 +27,9 @@ class FolderStore : public SharedStore {
     for (const fs::directory_iterator end; !failed && entry != end; entry.increment(failed)) {
       struct stat status {};
       if (lstat(entry->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-      files.push_back({entry->path().filename().string(),
-                       std::max(TimePoint(status.st_mtim), TimePoint(status.st_atim))});
+      const std::time_t lastUsed = std::max(status.st_mtim.tv_sec, status.st_atim.tv_sec);
+      files.push_back(
+          {entry->path().filename().string(), std::chrono::sys_seconds(std::chrono::seconds(lastUsed))});
     }
     if (failed) throw Failure(path, failed);
     return files;
@@ -62,8 +58,12 @@ class FolderStore : public SharedStore {
   }
 
   bool FileExists(std::string_view folder, const std::string& name) override {
+    const fs::path path = FolderPath(folder) / name;
     std::error_code failed;
-    return fs::is_regular_file(FolderPath(folder) / name, failed);
+    const fs::file_status status = fs::status(path, failed);
+    // What cannot be looked at must not be taken for missing: the caller would make it anew.
+    if (status.type() == fs::file_type::none) throw Failure(path, failed);
+    return fs::is_regular_file(status);
   }
 
   bool Fetch(std::string_view folder, const std::string& name, const fs::path& target) override {

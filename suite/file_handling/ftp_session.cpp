@@ -182,6 +182,9 @@ std::optional<std::string> FtpSession::List(const std::string& folder, const std
   const CURLcode code = state_->Perform();
   if (code == CURLE_REMOTE_ACCESS_DENIED || code == CURLE_FTP_COULDNT_RETR_FILE ||
       code == CURLE_REMOTE_FILE_NOT_FOUND) {
+    // A passing trouble of the server (4xx) says nothing about the folder.
+    const int reply = LastReply(state_->replies).code;
+    if (reply >= 400 && reply < 500) throw state_->Failure(code);
     return std::nullopt;
   }
   if (code != CURLE_OK) throw state_->Failure(code);

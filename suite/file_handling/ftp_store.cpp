@@ -61,7 +61,10 @@ class FtpStore : public SharedStore {
     const std::string path = FolderPath(folder);
     const std::optional<std::vector<ListedItem>> items =
         session_.HasMachineListing() ? MachineList(path) : List(path);
-    if (!items) return files;
+    if (!items) {
+      RequireMissing(path);
+      return files;
+    }
     for (const ListedItem& item : *items) {
       if (item.kind != ListedKind::File || HoldsControlCharacter(item.name)) continue;
       const std::optional<std::chrono::sys_seconds> modified =
@@ -161,7 +164,19 @@ class FtpStore : public SharedStore {
   const Items& Listed(const std::string& path) {
     const auto known = listed_.find(path);
     if (known != listed_.end()) return known->second;
-    return listed_.emplace(path, ByName(List(path).value_or(std::vector<ListedItem>()))).first->second;
+    const std::optional<std::vector<ListedItem>> items = List(path);
+    if (!items) RequireMissing(path);
+    return listed_.emplace(path, ByName(items.value_or(std::vector<ListedItem>()))).first->second;
+  }
+
+  // A folder that is there but gives out no listing must not be taken for an empty one: an archive would be
+  // made anew over the one that it holds.
+  void RequireMissing(const std::string& path) const {
+    const std::string& root = session_.Root();
+    const std::size_t start = root.back() == '/' ? root.size() : root.size() + 1;
+    if (path.find('/', start) == std::string::npos && Find(rootItems_, path.substr(start))) {
+      throw Failure("The FTP server does not list " + path + ", which exists.");
+    }
   }
 
   std::string FolderPath(std::string_view folder) const {

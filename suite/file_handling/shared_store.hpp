@@ -30,7 +30,7 @@ class ItemFailure : public automation::Error {
 
 struct StoredFile {
   std::string name;
-  std::chrono::system_clock::time_point lastUsed;  // the latest moment that the store knows of
+  std::chrono::sys_seconds lastUsed;  // the latest moment that the store knows of
 };
 
 class SharedStore {

@@ -1,6 +1,8 @@
 // The purge and the undo: whatever stage fails, rows and files stay in step, and the next customer is tried.
 #include <gmock/gmock.h>
 
+#include <utility>
+
 #include "tests/archive/archive_fixture.hpp"
 
 namespace orvane_test {
@@ -222,6 +224,23 @@ TEST_F(ArchivePurgeTest, RowsThatWentMeanwhileLeaveTheEntriesAndTheLine) {
   EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
   EXPECT_THAT(NewMessages(),
               Contains("Archive Files " + questionsPath + " and " + transactionsPath + " edited"));
+}
+
+TEST_F(ArchivePurgeTest, ATransactionThatComesInAfterTheFilesWereWrittenIsNotDeletedUnwritten) {
+  // The database is locked for the late writer once the purge has begun, so it comes in just before.
+  bool late = false;
+  suite.journal->before = [&](std::string_view step) {
+    if (step == "Connection.BeginTrans" && !std::exchange(late, true)) suite.AddTransaction(2, "late");
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select T_NAME from TRANSACTIONS where Q_ID = 2"), ElementsAre("new", "late"));
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe'"), ElementsAre("2"));
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Changes to XML files undone" + questionsPath + transactionsPath + " undone"));
 }
 
 TEST_F(ArchivePurgeTest, AnEmptyCatalogueTableEndsTheCustomersThatNeedIt) {

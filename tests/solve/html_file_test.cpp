@@ -81,6 +81,16 @@ TEST_F(HtmlFileTest, AMissingSheetIsReportedAndNoPageIsWritten) {
            "OrvaneProcess.SolveOnNoResponse.CreateHTMLFile caught: answer.xsl: no such file (53).", 0}}));
 }
 
+TEST_F(HtmlFileTest, APageThatAnUnsentMailOfTheSameSecondLeftIsNotTakenForThisOne) {
+  peer_.CreateHTMLFile();
+  ASSERT_TRUE(disk_->Exists(kPage));
+  suite_->before = [](const std::string& step) {
+    if (step == "LoadOrvaneTemplate") throw automation::Error(53, "OrvCommon.LoadXSLs", "no such file");
+  };
+  peer_.CreateHTMLFile();
+  EXPECT_FALSE(disk_->Exists(kPage));
+}
+
 TEST_F(HtmlFileTest, ASheetThatFailsIsReportedAndLeavesAnEmptyPage) {
   suite_->before = [](const std::string& step) {
     if (step == "transform") throw automation::Error(-2147467259, "MSXML2", "endless recursion");

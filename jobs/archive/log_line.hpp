@@ -1,0 +1,12 @@
+// What one message becomes in the archive job's run log.
+#pragma once
+
+#include <string>
+
+namespace OrvaneProcess {
+
+// The present timestamp, "  : " and the message as it is; a message of nothing but asterisks and blanks, a
+// ruler, stands without a timestamp.
+std::string ArchiveLogLine(const std::string& message);
+
+}  // namespace OrvaneProcess
