@@ -12,11 +12,17 @@ char Folded(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-}  // namespace
-
-bool ClassTable::LessIgnoringCase::operator()(std::string_view left, std::string_view right) const {
+bool AlphabeticallyLess(std::string_view left, std::string_view right) {
   return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
                                       [](char a, char b) { return Folded(a) < Folded(b); });
+}
+
+}  // namespace
+
+// By length first: two ProgIDs seldom have the same, and then no character needs to be looked at.
+bool ClassTable::LessIgnoringCase::operator()(std::string_view left, std::string_view right) const {
+  if (left.size() != right.size()) return left.size() < right.size();
+  return AlphabeticallyLess(left, right);
 }
 
 void ClassTable::Register(std::string_view progId, Factory factory) {
@@ -43,6 +49,7 @@ std::vector<std::string> ClassTable::ProgIds() const {
   std::vector<std::string> result;
   result.reserve(entries_.size());
   for (const auto& [key, entry] : entries_) result.push_back(entry.progId);
+  std::sort(result.begin(), result.end(), AlphabeticallyLess);
   return result;
 }
 
