@@ -261,7 +261,7 @@ TEST_F(ArchiveDocumentsTest, AControlCharacterThatXmlCannotHoldKeepsTheRows) {
 
 TEST_F(ArchiveDocumentsTest, AsksTheFileHandlingComponentAtItsPoints) {
   suite.SetParameter("Webfarm Implemented", "True");
-  suite.SetParameter("FTPPath", "ftp://farm/root");
+  suite.SetParameter("FTPPath", "ftp://shared.example/root");
   suite.AddRequest(1, "jdoe");
   suite.Run();
   suite.fileHandling->calls.clear();
@@ -271,15 +271,16 @@ TEST_F(ArchiveDocumentsTest, AsksTheFileHandlingComponentAtItsPoints) {
 
   const std::string questions = suite.ArchivePath("NoBP_jdoe_SR.xml");
   const std::string transactions = suite.ArchivePath("NoBP_jdoe_trans.xml");
-  EXPECT_THAT(suite.fileHandling->calls,
-              ElementsAre("FileExists(NoBP_jdoe_SR.xml,[13])", "IsInUse(NoBP_jdoe_SR.xml)",
-                          "FetchFile(ftp://farm/root,NoBP_jdoe_SR.xml," + questions + ",13,10)",
-                          "SetInUse(NoBP_jdoe_SR.xml,-1)", "StoreFile(" + questions + ",13)",
-                          "SetInUse(NoBP_jdoe_SR.xml,0)", "FileExists(NoBP_jdoe_trans.xml,[13])",
-                          "IsInUse(NoBP_jdoe_trans.xml)",
-                          "FetchFile(ftp://farm/root,NoBP_jdoe_trans.xml," + transactions + ",13,10)",
-                          "SetInUse(NoBP_jdoe_trans.xml,-1)", "StoreFile(" + transactions + ",13)",
-                          "SetInUse(NoBP_jdoe_trans.xml,0)"));
+  EXPECT_THAT(
+      suite.fileHandling->calls,
+      ElementsAre("FileExists(NoBP_jdoe_SR.xml,[13])", "IsInUse(NoBP_jdoe_SR.xml)",
+                  "FetchFile(ftp://shared.example/root,NoBP_jdoe_SR.xml," + questions + ",13,10)",
+                  "SetInUse(NoBP_jdoe_SR.xml,-1)", "StoreFile(" + questions + ",13)",
+                  "SetInUse(NoBP_jdoe_SR.xml,0)", "FileExists(NoBP_jdoe_trans.xml,[13])",
+                  "IsInUse(NoBP_jdoe_trans.xml)",
+                  "FetchFile(ftp://shared.example/root,NoBP_jdoe_trans.xml," + transactions + ",13,10)",
+                  "SetInUse(NoBP_jdoe_trans.xml,-1)", "StoreFile(" + transactions + ",13)",
+                  "SetInUse(NoBP_jdoe_trans.xml,0)"));
 }
 
 TEST_F(ArchiveDocumentsTest, AFileInUseIsNeitherFetchedNorMarked) {
