@@ -273,6 +273,12 @@ TEST_P(SharedPlaceTest, RefusesKindsThatAnOperationDoesNotKnow) {
             13);
 }
 
+TEST_P(SharedPlaceTest, TheLongestKeepPeriodThatASettingCanHoldKeepsEveryFile) {
+  place.AddFile("CHAT/s1.txt");
+  EXPECT_EQ(automation::ToInt32(DeleteAged(35'791'394 * 60, FolderKind::Chat)), 0);
+  EXPECT_THAT(place.Contents(), ElementsAre("CHAT/", "CHAT/s1.txt"));
+}
+
 TEST_P(SharedPlaceTest, AMissingRootIsAnErrorAndNotAnEmptyPlace) {
   const automation::Error error =
       ErrorOf([&] { farm.Handling()->DeleteAgedFiles(place.FtpPath() + "/nowhere", 60, FolderKind::Chat); });
