@@ -34,7 +34,7 @@ void Write(const fs::path& file, std::string_view content, int hoursOld) {
 // enter.
 void FillSweptFolders(const Place& place) {
   for (const char* folder :
-       {"DispatchFiles", "tempAttachments", "ANALYSIS", "ARCHIVES", "TS/EndUser/Templates",
+       {"DispatchFiles", "tempAttachments", "ANALYSIS", "Archives", "TS/EndUser/Templates",
         "TS/EndUser/Trees", "TS/Manager/Templates", "TS/Manager/Trees"}) {
     const fs::path path = place.data / folder;
     Write(path / "today.xml", "<dispatch/>\r\n", 1);

@@ -35,7 +35,7 @@ constexpr const char* kFolders[] = {
     "mail/pickup",
     "Orvane/Mail/Sheets",
     "Data/ANALYSIS",
-    "Data/ARCHIVES",
+    "Data/Archives",
     "Data/CHAT",
     "Data/DispatchFiles",
     "Data/HTML",

@@ -39,7 +39,7 @@ TEST_F(SuiteFilesTest, TheConfigurationThatIsMadeCanBeRead) {
 TEST_F(SuiteFilesTest, MakesEveryFolderThatTheJobsUse) {
   orvane_host::MakeSuiteFiles(home_, "x", "y");
   for (const char* folder : {"config", "db", "mail/pickup", "Orvane/Mail/Sheets", "Data/ANALYSIS",
-                             "Data/ARCHIVES", "Data/CHAT", "Data/DispatchFiles", "Data/HTML",
+                             "Data/Archives", "Data/CHAT", "Data/DispatchFiles", "Data/HTML",
                              "Data/SRATTACHMENTS", "Data/tempAttachments", "Data/TS/EndUser/Templates",
                              "Data/TS/EndUser/Trees", "Data/TS/Manager/Templates", "Data/TS/Manager/Trees"}) {
     EXPECT_TRUE(std::filesystem::is_directory(home_.Path() / folder)) << folder;
