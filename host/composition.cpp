@@ -37,7 +37,7 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   CDO::RegisterClasses(classes, MailSettings(site, home));
 }
 
-void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
+void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
                         Vantrel::LogListener listener) {
   Vantrel::RegisterConfiguration(classes, home.Path());
   Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
@@ -46,7 +46,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
   Catalogue::RegisterCatalogue(classes);
   OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
                                                .sharedPath = &SharedPath,
-                                               .timeouts = {}});
+                                               .ftp = FtpSettings(site, home)});
   OrvCommon::RegisterLoadXSLs(classes);
   OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
   OrvaneBackend::RegisterBackendCalls(classes, home.Path());
@@ -58,7 +58,7 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                    Vantrel::LogListener listener) {
   RegisterPlatform(runtime, home, site);
-  RegisterComponents(runtime.classes, home, std::move(listener));
+  RegisterComponents(runtime.classes, home, site, std::move(listener));
   OrvaneProcess::RegisterJobs(runtime.classes);
 }
 

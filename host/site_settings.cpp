@@ -50,6 +50,13 @@ CDO::SendUsing MailWay(const Vantrel::SiteFile& site) {
   Refuse(site, kMail, "sendusing", text, "1 for the pickup folder or 2 for SMTP");
 }
 
+// The path of a file of trusted authorities; empty when none is named.
+std::string Authorities(const Vantrel::SiteFile& site, std::string_view section, std::string_view key,
+                        const SuiteHome& home) {
+  const std::string file = site.FindValue(section, key).value_or("");
+  return file.empty() ? file : suite::NativePath(file, home.Path()).string();
+}
+
 }  // namespace
 
 std::map<char, std::string> Drives(const Vantrel::SiteFile& site) {
@@ -72,7 +79,7 @@ CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home)
   settings.pickupDirectory =
       suite::NativePath(MailValue(site, "smtpserverpickupdirectory", "mail\\pickup"), home.Path()).string();
   settings.server = MailValue(site, "smtpserver", "");
-  settings.certificateFile = MailValue(site, "smtpcertificatefile", "");
+  settings.certificateFile = Authorities(site, kMail, "smtpcertificatefile", home);
   settings.userName = MailValue(site, "sendusername", "");
   settings.password = MailValue(site, "sendpassword", "");
   settings.drives = Drives(site);
@@ -80,6 +87,12 @@ CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home)
     Refuse(site, kMail, "smtpserver", "", "the mail server's name, since sendusing is 2");
   }
   return settings;
+}
+
+OrvCommonMTS::FtpOptions FtpSettings(const Vantrel::SiteFile& site, const SuiteHome& home) {
+  OrvCommonMTS::FtpOptions options;
+  options.certificateFile = Authorities(site, "FTP", "certificatefile", home);
+  return options;
 }
 
 }  // namespace orvane_host

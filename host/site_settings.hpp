@@ -8,6 +8,7 @@
 #include "host/suite_home.hpp"
 #include "platform/cdo/registration.hpp"
 #include "suite/configuration/site_file.hpp"
+#include "suite/file_handling/file_handling.hpp"
 
 namespace orvane_host {
 
@@ -21,8 +22,14 @@ std::map<char, std::string> Drives(const Vantrel::SiteFile& site);
 //   smtpserver                 for 2: host name or address; may not be empty then
 //   smtpserverport             25 when missing
 //   smtptls                    none (when missing), starttls or smtps
-//   smtpcertificatefile        trusted authorities in PEM form; the machine's own when missing or empty
+//   smtpcertificatefile        trusted authorities in PEM form, relative to the installation; the machine's
+//                              own when missing or empty
 //   sendusername, sendpassword the login; none when missing or empty
 CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home);
+
+// Section FTP, for a web farm's server that is reached over TLS:
+//   certificatefile            trusted authorities in PEM form, relative to the installation; the machine's
+//                              own when missing or empty
+OrvCommonMTS::FtpOptions FtpSettings(const Vantrel::SiteFile& site, const SuiteHome& home);
 
 }  // namespace orvane_host

@@ -185,7 +185,7 @@ class SharedFiles : public FileHandling {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
                               "The path of the shared folders is empty.");
     }
-    if (IsFtpAddress(path)) return OpenFtpStore(ParseFtpAddress(path), options_.timeouts);
+    if (IsFtpAddress(path)) return OpenFtpStore(ParseFtpAddress(path), options_.ftp);
     return OpenFolderStore(path);
   }
 

@@ -10,7 +10,14 @@
 namespace OrvCommonMTS {
 namespace {
 
-constexpr std::string_view kScheme = "ftp://";
+struct Scheme {
+  std::string_view written;
+  FtpTls tls;
+  std::string_view understood;  // the one of libcurl that has the same usual port
+};
+constexpr Scheme kSchemes[] = {{"ftp://", FtpTls::None, "ftp://"},
+                               {"ftpes://", FtpTls::Explicit, "ftp://"},
+                               {"ftps://", FtpTls::Implicit, "ftps://"}};
 
 char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -33,22 +40,35 @@ std::string Part(CURLU* url, CURLUPart part, unsigned flags) {
   return result;
 }
 
+const Scheme* FindScheme(std::string_view path) {
+  const auto begins = [path](const Scheme& scheme) {
+    const std::string_view written = scheme.written;
+    return path.size() >= written.size() && std::equal(written.begin(), written.end(), path.begin(),
+                                                       [](char a, char b) { return a == Lower(b); });
+  };
+  const auto* found = std::find_if(std::begin(kSchemes), std::end(kSchemes), begins);
+  return found == std::end(kSchemes) ? nullptr : found;
+}
+
 }  // namespace
 
 bool IsFtpAddress(std::string_view path) {
-  return path.size() >= kScheme.size() && std::equal(kScheme.begin(), kScheme.end(), path.begin(),
-                                                     [](char a, char b) { return a == Lower(b); });
+  return FindScheme(path) != nullptr;
 }
 
 FtpAddress ParseFtpAddress(std::string_view path) {
   const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
   if (!url) throw automation::Error(automation::ErrorNumber::OutOfMemory, kErrorSource);
-  std::string text(path);
+  const Scheme* scheme = FindScheme(path);
+  if (scheme == nullptr) Refuse("it begins with none of ftp://, ftpes:// and ftps://");
+  std::string text(scheme->understood);
+  text += path.substr(scheme->written.size());
   std::replace(text.begin(), text.end(), '\\', '/');
   const CURLUcode code = curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_URLENCODE);
   if (code != CURLUE_OK) Refuse(curl_url_strerror(code));
 
   FtpAddress address;
+  address.tls = scheme->tls;
   address.user = Part(url.get(), CURLUPART_USER, CURLU_URLDECODE);
   address.password = Part(url.get(), CURLUPART_PASSWORD, CURLU_URLDECODE);
   address.server =

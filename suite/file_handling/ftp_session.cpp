@@ -58,6 +58,7 @@ FtpReply LastReply(const std::string& lines) {
 
 struct FtpSession::State {
   CURL* handle = nullptr;
+  std::string scheme;
   std::string server;
   std::string root;
   bool machineListing = false;
@@ -73,7 +74,7 @@ struct FtpSession::State {
 
   // The path as a URL; with a "/" at its end it is a folder's.
   std::string Url(const std::string& path) const {
-    std::string url = "ftp://" + server + "/%2F";
+    std::string url = scheme + server + "/%2F";
     std::string part;
     const auto flush = [&] {
       const std::unique_ptr<char, decltype(&curl_free)> escaped(
@@ -116,11 +117,20 @@ struct FtpSession::State {
   }
 };
 
-FtpSession::FtpSession(const FtpAddress& address, const FtpTimeouts& timeouts)
+FtpSession::FtpSession(const FtpAddress& address, const FtpOptions& options)
     : state_(std::make_unique<State>()) {
+  state_->scheme = address.tls == FtpTls::Implicit ? "ftps://" : "ftp://";
   state_->server = address.server;
   CURL* handle = state_->handle;
-  Set(handle, CURLOPT_PROTOCOLS_STR, "ftp");
+  Set(handle, CURLOPT_PROTOCOLS_STR, address.tls == FtpTls::Implicit ? "ftps" : "ftp");
+  if (address.tls != FtpTls::None) {
+    // Demanded on both kinds of connection: a server, or somebody between, that offers no TLS gets no
+    // password.
+    Set(handle, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
+    Set(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    if (!options.certificateFile.empty()) Set(handle, CURLOPT_CAINFO, options.certificateFile.c_str());
+  }
+  const FtpTimeouts& timeouts = options.timeouts;
   Set(handle, CURLOPT_NOPROXY, "*");  // a proxy would not pass the commands on
   Set(handle, CURLOPT_NOSIGNAL, 1L);
   Set(handle, CURLOPT_ERRORBUFFER, state_->message.data());

@@ -17,6 +17,11 @@ struct FtpTimeouts {
   std::chrono::seconds reply{60};  // the longest silence of the server, in a reply as in a transfer
 };
 
+struct FtpOptions {
+  FtpTimeouts timeouts;
+  std::string certificateFile;  // trusted authorities in PEM form; the machine's own when empty
+};
+
 struct FtpReply {
   int code = 0;      // 250 and the like
   std::string text;  // the last line of the reply, code included
@@ -25,9 +30,10 @@ struct FtpReply {
 
 // Paths are absolute ones of the server and hold no control character. A connection that cannot be made, is
 // refused or breaks raises an error with the server's name and libcurl's message, never with the password.
+// Where the address demands TLS, nothing is sent to a server whose certificate does not hold for its name.
 class FtpSession {
  public:
-  FtpSession(const FtpAddress& address, const FtpTimeouts& timeouts);
+  FtpSession(const FtpAddress& address, const FtpOptions& options);
   ~FtpSession();
 
   // The root folder of the address, as an absolute path of the server.

@@ -46,7 +46,7 @@ automation::Error Failure(const std::string& description) {
 
 class FtpStore : public SharedStore {
  public:
-  FtpStore(const FtpAddress& address, const FtpTimeouts& timeouts) : session_(address, timeouts) {
+  FtpStore(const FtpAddress& address, const FtpOptions& options) : session_(address, options) {
     const std::optional<std::vector<ListedItem>> items = List(session_.Root());
     if (!items) {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
@@ -226,8 +226,8 @@ class FtpStore : public SharedStore {
 
 }  // namespace
 
-std::unique_ptr<SharedStore> OpenFtpStore(const FtpAddress& address, const FtpTimeouts& timeouts) {
-  return std::make_unique<FtpStore>(address, timeouts);
+std::unique_ptr<SharedStore> OpenFtpStore(const FtpAddress& address, const FtpOptions& options) {
+  return std::make_unique<FtpStore>(address, options);
 }
 
 }  // namespace OrvCommonMTS

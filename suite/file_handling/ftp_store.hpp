@@ -10,6 +10,6 @@ namespace OrvCommonMTS {
 
 // Connects. Raises libcurl's message for a server that is down or refuses the user, and 76 when the root
 // folder of the address does not exist.
-std::unique_ptr<SharedStore> OpenFtpStore(const FtpAddress& address, const FtpTimeouts& timeouts);
+std::unique_ptr<SharedStore> OpenFtpStore(const FtpAddress& address, const FtpOptions& options);
 
 }  // namespace OrvCommonMTS

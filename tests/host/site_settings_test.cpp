@@ -66,6 +66,24 @@ TEST_F(SiteSettingsTest, ReadsTheMailServer) {
   EXPECT_EQ(settings.password, "x y");
 }
 
+TEST_F(SiteSettingsTest, TheFarmsAuthorityIsTheMachinesUnlessAFileIsNamed) {
+  const auto certificates = [this](const std::string& value) {
+    return orvane_host::FtpSettings(
+               Site("<section name=\"FTP\">" + Key("certificatefile", value) + "</section>"), home_)
+        .certificateFile;
+  };
+  EXPECT_EQ(orvane_host::FtpSettings(Site(""), home_).certificateFile, "");
+  EXPECT_EQ(certificates(""), "");
+  EXPECT_EQ(certificates("/etc/ca.pem"), "/etc/ca.pem");
+  EXPECT_EQ(certificates("config\\farm.pem"), (home_.Path() / "config/farm.pem").string());
+}
+
+TEST_F(SiteSettingsTest, AuthoritiesOfTheMailServerMayLieInTheInstallation) {
+  EXPECT_EQ(Settings(Key("smtpcertificatefile", "config\\mail.pem")).certificateFile,
+            (home_.Path() / "config/mail.pem").string());
+  EXPECT_EQ(Settings(Key("smtpcertificatefile", "")).certificateFile, "");
+}
+
 TEST_F(SiteSettingsTest, RefusesMailSettingsThatMeanNothing) {
   EXPECT_EQ(
       Refusal(Mail(Key("sendusing", "3"))),

@@ -136,6 +136,47 @@ TEST(FtpFailureTest, ACommandCannotBeSmuggledInByAName) {
   EXPECT_THAT(farm.runtime.log->front().message, HasSubstr("it holds a control character"));
 }
 
+TEST(FtpFailureTest, AServerWhoseCertificateIsSignedByAStrangerGetsNoPassword) {
+  for (const char* server : {"ftpes", "ftps"}) {
+    Farm farm(server, {}, Trust::TheMachinesAuthorities);
+    farm.place.AddFile("CHAT/x");
+    const automation::Error error = Failure(farm, farm.place.FtpPath());
+    EXPECT_EQ(error.Number(), kCurlNumbers + 60) << server;
+    EXPECT_THAT(error.Description(), HasSubstr("certificate"));
+    EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/x"));
+  }
+}
+
+TEST(FtpFailureTest, AServerWithTheCertificateOfAnotherNameGetsNoPassword) {
+  for (const char* server : {"ftpes", "ftps"}) {
+    Farm farm(server);
+    farm.place.AddFile("CHAT/x");
+    const automation::Error error =
+        Failure(farm, Replaced(farm.place.FtpPath(), "@127.0.0.1:", "@localhost:"));
+    EXPECT_EQ(error.Number(), kCurlNumbers + 60) << server;
+    EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/x"));
+  }
+}
+
+TEST(FtpFailureTest, AServerThatOffersNoTlsIsNotSpokenToInPlainText) {
+  Farm farm("vsftpd");
+  farm.place.AddFile("CHAT/x");
+  const automation::Error demanded = Failure(farm, Replaced(farm.place.FtpPath(), "ftp://", "ftpes://"));
+  EXPECT_EQ(demanded.Number(), kCurlNumbers + 64);
+  EXPECT_THAT(demanded.Description(), HasSubstr("Requested SSL level failed"));
+  const automation::Error throughout = Failure(farm, Replaced(farm.place.FtpPath(), "ftp://", "ftps://"));
+  EXPECT_EQ(throughout.Number(), kCurlNumbers + 35);
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/x"));
+}
+
+TEST(FtpFailureTest, AServerThatDemandsTlsIsNotEnteredWithoutIt) {
+  Farm farm("ftpes");
+  farm.place.AddFile("CHAT/x");
+  const automation::Error error = Failure(farm, Replaced(farm.place.FtpPath(), "ftpes://", "ftp://"));
+  EXPECT_EQ(error.Number(), kCurlNumbers + 67);
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/x"));
+}
+
 TEST(FtpFailureTest, AnEmptyPathIsAnError) {
   Farm farm("vsftpd");
   const automation::Error error = Failure(farm, "");

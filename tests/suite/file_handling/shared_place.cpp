@@ -28,6 +28,7 @@ SharedPlace::SharedPlace(const std::string& kind) {
   root_ = pattern;
   fs::permissions(root_, fs::perms::all);
   path_ = server.Setting("url") + root_.filename().string();
+  if (kind == "ftpes" || kind == "ftps") certificateFile_ = server.Setting("ca");
 }
 
 SharedPlace::~SharedPlace() {
@@ -67,11 +68,12 @@ std::vector<std::string> SharedPlace::Contents() const {
   return names;
 }
 
-Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts) : place(kind) {
+Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts, Trust trust) : place(kind) {
   OrvCommonMTS::FileHandlingOptions options;
   options.dataRoot = [path = data.Path().string()] { return path; };
   options.sharedPath = [path = place.FtpPath()] { return path; };
-  options.timeouts = timeouts;
+  options.ftp.timeouts = timeouts;
+  if (trust == Trust::TheServersAuthority) options.ftp.certificateFile = place.CertificateFile();
   OrvCommonMTS::RegisterFileHandling(runtime.runtime.classes, options);
 }
 

@@ -15,7 +15,8 @@
 
 namespace orvane_test {
 
-// The kinds of place that this test program knows: "folder", "vsftpd", "pyftpd".
+// The kinds of place that this test program knows: "folder", "vsftpd", "pyftpd"; "ftpes"
+// and "ftps" demand TLS.
 std::vector<std::string> KindsOfPlace();
 
 class SharedPlace {
@@ -25,6 +26,8 @@ class SharedPlace {
 
   const std::string& FtpPath() const { return path_; }
   const std::filesystem::path& Root() const { return root_; }
+  // The authority to trust where the server has a certificate; empty elsewhere.
+  const std::string& CertificateFile() const { return certificateFile_; }
 
   // Files and folders that any user may change; `minutes` since they were last used.
   void AddFile(const std::filesystem::path& name, std::string_view content = "x", int minutes = 0) const;
@@ -36,11 +39,15 @@ class SharedPlace {
   std::optional<TemporaryFolder> own_;
   std::filesystem::path root_;
   std::string path_;
+  std::string certificateFile_;
 };
+
+enum class Trust { TheServersAuthority, TheMachinesAuthorities };
 
 // A runtime with the file-handling component, a data folder on this machine and a shared place.
 struct Farm {
-  explicit Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts = {});
+  explicit Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts = {},
+                Trust trust = Trust::TheServersAuthority);
   OrvCommonMTS::FileHandlingPtr Handling() const;
 
   TestRuntime runtime;
