@@ -11,6 +11,15 @@ namespace {
 
 constexpr std::int32_t kJapanese = 1041;  // names the family first
 
+// A mail without a greeting is better than no mail: what fails leaves the greeting as it stands.
+template <class Step>
+void IgnoringFailure(Step&& step) {
+  try {
+    step();
+  } catch (...) {
+  }
+}
+
 }  // namespace
 
 std::string SolveOnNoResponseJob::GetSalutation(const automation::Variant& userId) {
@@ -18,20 +27,20 @@ std::string SolveOnNoResponseJob::GetSalutation(const automation::Variant& userI
   if (userId.IsNull()) return salutation;
   const std::string id = automation::ToText(userId);
   if (id.find_first_not_of(' ') == std::string::npos) return salutation;
-  try {
-    const VnMembership::UserPtr user = OrvaneUtilities::getUserFromID(id);
-    if (!user) return salutation;
-    if (user->SalutationFlag()) {
+  const VnMembership::UserPtr user = OrvaneUtilities::getUserFromID(id);
+  if (!user) return salutation;
+  bool formal = false;
+  IgnoringFailure([&] { formal = user->SalutationFlag(); });
+  IgnoringFailure([&] {
+    if (formal) {
       salutation = OrvaneUtilities::GetI18NText("LBLQX3997", user->LanguageID());
-    } else {
-      const std::int32_t language = user->LanguageID();
-      const std::string name = language == kJapanese ? user->LastName() + " " + user->FirstName()
-                                                     : user->FirstName() + " " + user->LastName();
-      salutation = name + " " + OrvaneUtilities::GetI18NText("LBLQX3996", language);
+      return;
     }
-  } catch (...) {
-    // A mail without a greeting is better than no mail.
-  }
+    const std::int32_t language = user->LanguageID();
+    const std::string name = language == kJapanese ? user->LastName() + " " + user->FirstName()
+                                                   : user->FirstName() + " " + user->LastName();
+    salutation = name + " " + OrvaneUtilities::GetI18NText("LBLQX3996", language);
+  });
   return salutation;
 }
 

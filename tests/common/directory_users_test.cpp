@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <string>
+#include <vector>
+
 #include "tests/support/fake_directory.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -64,15 +68,66 @@ TEST_F(DirectoryUsersTest, IdThatLooksLikeAFilterIsPassedAsItIs) {
   EXPECT_EQ(directory_->calls.back(), "BindAs(*)(uid=*|cn=orvane,o=vendor|secret)");
 }
 
-TEST_F(DirectoryUsersTest, MissingKeyIsNullAndOneLogEntry) {
-  environment_.configuration->values.erase({"MEMBERSHIP", "MemScriptCode"});
+// Each step of the lookup, failing.
+struct FailingStep {
+  const char* name;
+  const char* member;  // of the configuration or of the user
+  Calls calls;         // of the user until then
+  Calls log;
+  friend void PrintTo(const FailingStep& step, std::ostream* out) { *out << step.name; }
+};
+
+class FailingLookupTest : public DirectoryUsersTest, public testing::WithParamInterface<FailingStep> {};
+
+TEST_P(FailingLookupTest, IsNullAndLoggedAndRaisesNothing) {
+  const auto fail = [](std::string_view member) {
+    if (member == GetParam().member) throw automation::Error(70, "Injected", "Permission denied");
+  };
+  environment_.configuration->before = fail;
+  directory_->before = fail;
+  EXPECT_EQ(getUserFromID("jdoe"), nullptr);
+  EXPECT_EQ(directory_->calls, GetParam().calls);
+  Calls messages;
+  for (const orvane_test::LogEntry& entry : *environment_.log) {
+    EXPECT_EQ(entry.errorSource, "Injected");
+    messages.push_back(entry.message);
+  }
+  EXPECT_EQ(messages, GetParam().log);
+}
+
+const char* const kLookupFailed =
+    "OrvaneProcess.OrvaneUtilities.getUserFromID caught: Permission denied(70).";
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, FailingLookupTest,
+    testing::Values(
+        // The reader of the folder tells of its own failure as well.
+        FailingStep{"InstallationFolder",
+                    "getInstallDir",
+                    {},
+                    {"METHOD: \r\nOrvaneUtilities.GetInstallDirectory caught: Permission denied(70).",
+                     kLookupFailed}},
+        FailingStep{"ConfigurationFile", "LoadFile", {}, {kLookupFailed}},
+        FailingStep{"ConfigurationValue", "GetValue", {}, {kLookupFailed}},
+        FailingStep{"ServerInfo", "setServerInfo", {}, {kLookupFailed}},
+        FailingStep{
+            "Bind", "BindAs", {"setServerInfo(C:\\suite\\config\\siteConfiguration.xml)"}, {kLookupFailed}}),
+    [](const auto& parameter) { return std::string(parameter.param.name); });
+
+class MissingKeyTest : public DirectoryUsersTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(MissingKeyTest, IsNullAndOneLogEntryThatNamesIt) {
+  environment_.configuration->values.erase({"MEMBERSHIP", GetParam()});
   EXPECT_EQ(getUserFromID("jdoe"), nullptr);
   EXPECT_TRUE(directory_->calls.empty());
   ASSERT_EQ(environment_.log->size(), 1U);
-  EXPECT_EQ(
-      environment_.log->at(0).message,
-      "OrvaneProcess.OrvaneUtilities.getUserFromID caught: no value for MEMBERSHIP/MemScriptCode(1001).");
+  EXPECT_EQ(environment_.log->at(0).message,
+            std::string("OrvaneProcess.OrvaneUtilities.getUserFromID caught: no value for MEMBERSHIP/") +
+                GetParam() + "(1001).");
 }
+
+INSTANTIATE_TEST_SUITE_P(Keys, MissingKeyTest, testing::Values("MemScriptUser", "MemScriptCode", "LDAPRoot"),
+                         [](const auto& parameter) { return std::string(parameter.param); });
 
 TEST_F(DirectoryUsersTest, MissingUserComponentIsNullAndOneLogEntry) {
   orvane_test::TestRuntime bare;

@@ -85,6 +85,14 @@ TEST_F(LocalizedTextTest, FailedConnectionIsToldByTheGetterAloneAndGivesEmptyTex
             "Orvane/Orvane(1001).");
 }
 
+TEST_F(LocalizedTextTest, AFailureToCloseKeepsTheTextThatWasRead) {
+  environment_.adodb->before = [](std::string_view step) {
+    if (step == "Connection.Close") throw automation::Error(70, "Injected", "Permission denied");
+  };
+  EXPECT_EQ(GetI18NText("LBLQX3997", 1033), "Dear Sir or Madam");
+  environment_.adodb->before = nullptr;
+}
+
 TEST_F(LocalizedTextTest, NothingIsRaisedAndNothingStaysOpenWhateverFails) {
   const int calls = environment_.LetEveryStepFail([] {
     const std::string text = GetI18NText("LBLQX3997", 1033);

@@ -91,6 +91,49 @@ TEST_F(TransactionLogTest, VotesToAbortWhenItFails) {
   EXPECT_EQ(context->aborts, 1);
 }
 
+TEST_F(TransactionLogTest, VotesToCommitOnceEverythingIsClosed) {
+  const auto context = environment_.EnterObjectContext();
+  Texts votes;
+  context->onVote = [&](std::string_view vote) {
+    votes.emplace_back(vote);
+    EXPECT_EQ(environment_.adodb->openRecordsets, 0);
+    EXPECT_EQ(environment_.adodb->openConnections, 0);
+  };
+  Record(1);
+  EXPECT_EQ(votes, Texts{"SetComplete"});
+}
+
+TEST_F(TransactionLogTest, VotesToAbortBeforeAnythingIsClosedOrReported) {
+  const auto context = environment_.EnterObjectContext();
+  Texts votes;
+  context->onVote = [&](std::string_view vote) {
+    votes.emplace_back(vote);
+    EXPECT_EQ(environment_.adodb->openRecordsets, 1);
+    EXPECT_EQ(environment_.adodb->openConnections, 1);
+    EXPECT_TRUE(environment_.log->empty());
+  };
+  EXPECT_THROW(CreateTransactionLog(1, "n", "160", 13, Moment(), "c", "u", 0), Error);
+  EXPECT_EQ(votes, Texts{"SetAbort"});
+  EXPECT_EQ(environment_.adodb->openRecordsets, 0);
+  EXPECT_EQ(environment_.adodb->openConnections, 0);
+  EXPECT_EQ(environment_.log->size(), 1U);
+}
+
+// Its components come from the context then: connection string and log entry.
+TEST_F(TransactionLogTest, TheContextMakesTheSuitesComponents) {
+  const auto context = environment_.EnterObjectContext();
+  EXPECT_THROW(CreateTransactionLog(1, "n", "160", 13, Moment(), "c", "u", 0), Error);
+  EXPECT_EQ(context->created, (Texts{"Vantrel.Configuration", "Vantrel.Log"}));
+}
+
+TEST_F(TransactionLogTest, ColumnsAreSetInTheirOrder) {
+  Texts set;
+  environment_.adodb->beforeSet = [&set](const std::string& column) { set.push_back(column); };
+  Record(1);
+  EXPECT_EQ(set, (Texts{"Q_ID", "T_NAME", "T_STATUS", "CENTER", "T_DATE", "T_COMMENT", "USERCOMMENT",
+                        "TIMESPENT"}));
+}
+
 TEST_F(TransactionLogTest, MissingTableIsReportedAndRaised) {
   environment_.database.Run("DROP TABLE TRANSACTIONS");
   EXPECT_THROW(Record(1), Error);

@@ -167,6 +167,38 @@ TEST_F(HistoryTest, AnUnknownOriginatorIsReportedAndThereAreNoEntries) {
   EXPECT_EQ(adodb_->openRecordsets, 0);
 }
 
+TEST_F(HistoryTest, AFailureAfterTheEntriesWereGatheredKeepsThem) {
+  SetHistory(Post("2004-07-20 10:00:00.000", "x"), Answer("2004-07-21 10:00:00.000", "y"));
+  // The texts' own record sets are closed before the question's is.
+  int closed = 0;
+  adodb_->before = [&closed](std::string_view step) {
+    if (step == "Recordset.Close" && ++closed == 3) throw automation::Error(70, "I", "Permission denied");
+  };
+  EXPECT_EQ(Separate(),
+            (Texts{Q("7/20/2004 10:00:00[3,1033]") + "x", A("7/21/2004 10:00:00[3,1033]") + "y"}));
+  EXPECT_EQ(count_, 2);
+  EXPECT_EQ(Log(), (Texts{"METHOD: \r\nOrvaneUtilities.CloseRecordset caught: Permission denied(70).",
+                          "OrvaneProcess.SolveOnNoResponse.SeparateData caught: Permission denied (70)."}));
+  EXPECT_EQ(adodb_->openConnections, 0);
+  EXPECT_EQ(adodb_->openRecordsets, 0);
+}
+
+// Without the texts' database the headings are there, only their labels are empty.
+TEST_F(HistoryTest, LabelsThatCannotBeReadAreEmpty) {
+  SetHistory(Post("2004-07-20 10:00:00.000", "x"), "");
+  adodb_->beforeStatement = [](const std::string& sql) {
+    if (sql.find("I18NTEXT") != std::string::npos) throw automation::Error(70, "I", "Permission denied");
+  };
+  EXPECT_EQ(Separate(), (Texts{"<b><font color=red> : 7/20/2004 10:00:00[3,1033]</font></b>x"}));
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(HistoryTest, ACountThatIsHandedInCountsForNothing) {
+  std::int32_t count = 7;
+  EXPECT_TRUE(peer_.SeparateData(99, count).empty());
+  EXPECT_EQ(count, 0);
+}
+
 TEST_F(HistoryTest, TheQuestionIsReadWhole) {
   Separate();
   ASSERT_FALSE(adodb_->recordsets.empty());

@@ -195,6 +195,11 @@ class SalutationTest : public SolveTest {
     AddLabel("LBLQX3997", 1033, "Dear customer");
     AddLabel("LBLQX3996", 1041, "様");
   }
+  void Fail(const std::string& failing) {
+    directory_->before = [failing](std::string_view member) {
+      if (member == failing) throw automation::Error(70, "U", "Permission denied");
+    };
+  }
   SolveOnNoResponsePeer peer_{job_};
 };
 
@@ -224,12 +229,44 @@ TEST_F(SalutationTest, AnUnknownUserIsGreetedWithNothing) {
   EXPECT_EQ(Log(), (Texts{"OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010)."}));
 }
 
-TEST_F(SalutationTest, AFailingStepIsIgnored) {
-  directory_->before = [](std::string_view member) {
-    if (member == "SalutationFlag") throw automation::Error(70, "U", "Permission denied");
-  };
-  EXPECT_EQ(peer_.GetSalutation("anna"), "");
+// Steps that fail are passed over; the greeting stays as it stands.
+TEST_F(SalutationTest, WithoutAnAnswerAboutTheFlagThePersonIsGreetedByName) {
+  directory_->people["anna"].salutationFlag = true;
+  Fail("SalutationFlag");
+  EXPECT_EQ(peer_.GetSalutation("anna"), "Anna Aalto - good day");
   EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(SalutationTest, WithoutANameOrALanguageThereIsNoGreeting) {
+  for (const char* member : {"FirstName", "LastName", "LanguageID"}) {
+    Fail(member);
+    EXPECT_EQ(peer_.GetSalutation("anna"), "") << member;
+  }
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(SalutationTest, WithoutALanguageAFlaggedPersonIsNotGreeted) {
+  directory_->people["anna"].salutationFlag = true;
+  Fail("LanguageID");
+  EXPECT_EQ(peer_.GetSalutation("anna"), "");
+}
+
+TEST_F(SalutationTest, AFlaggedPersonsNamesAreNotAskedFor) {
+  directory_->people["anna"].salutationFlag = true;
+  Fail("FirstName");
+  EXPECT_EQ(peer_.GetSalutation("anna"), "Dear customer");
+}
+
+TEST_F(SalutationTest, WithoutATextTheGreetingShowsTheLabel) {
+  database_.Run("DELETE FROM I18NTEXT");
+  EXPECT_EQ(peer_.GetSalutation("anna"), "Anna Aalto LBLQX3996");
+  directory_->people["anna"].salutationFlag = true;
+  EXPECT_EQ(peer_.GetSalutation("anna"), "LBLQX3997");
+}
+
+TEST_F(SalutationTest, WithoutADatabaseTheGreetingIsTheNameAndABlank) {
+  environment_.configuration->connectionStrings.clear();
+  EXPECT_EQ(peer_.GetSalutation("anna"), "Anna Aalto ");
 }
 
 }  // namespace

@@ -168,6 +168,82 @@ TEST_F(MailDataTest, NullColumnsOfATemplateAreEmptyTexts) {
   EXPECT_EQ(Log(), Texts{});
 }
 
+TEST_F(MailDataTest, EveryMailButTheConclusionAnnouncesTheConclusion) {
+  for (const int mailId : {0, 8, 9, 11, 100}) {
+    database_.Run("DELETE FROM EMAIL");
+    database_.Run("INSERT INTO EMAIL (Mail_Id, Mail_HTML_File, Mail_Hyperlink) VALUES (" +
+                  std::to_string(mailId) + ", 0, 'http://suite.example/')");
+    peer_.Begin(26, mailId, "anna", 1033);
+    peer_.GetMailData();
+    EXPECT_EQ(peer_.Body(),
+              "\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n"
+              "\r\n\r\nWe conclude on 7/29/2004[1,1033] 9:5:3\t  (after 72 hours)\r\n")
+        << mailId;
+  }
+}
+
+TEST_F(MailDataTest, TheHoursAreShownAsTheyAreStored) {
+  SetParameter("Conclusion_Time", " 072");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("We conclude on 7/29/2004[1,1033] 9:5:3\t  (after  072 hours)\r\n"),
+            std::string::npos)
+      << peer_.Body();
+}
+
+TEST_F(MailDataTest, TheTimeOfDayHasNoLeadingZerosAndMidnightIsAllZero) {
+  environment_.now = automation::DateTime::FromParts({.year = 2004, .month = 12, .day = 30});
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("We conclude on 1/2/2005[1,1033] 0:0:0\t"), std::string::npos) << peer_.Body();
+}
+
+TEST_F(MailDataTest, AProspectsCustomerIsGreetedAsAUserAllTheSame) {
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.SetProspect("visitor@example.org");
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Greeting(), "Anna Aalto - good day");
+}
+
+TEST_F(MailDataTest, ADefaultLanguageThatIsMissingEndsTheFieldsOfAProspectsMail) {
+  environment_.configuration->values.erase({"COMMONPARAMETERS", "DEFAULTLANGUAGE"});
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.SetProspect("visitor@example.org");
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Body(), "text B8");
+  EXPECT_EQ(peer_.Hyperlink(), "http://suite.example/");
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.getMailData caught: "
+                          "no value for COMMONPARAMETERS/DEFAULTLANGUAGE (1001)."}));
+}
+
+// What a template that cannot be read leaves: the fields of the mail before, which is sent with them.
+TEST_F(MailDataTest, AfterAFailedReadOfTheTemplateTheMailGoesOutWithTheFieldsBefore) {
+  directory_->people["bob"] = {.email = "bob@example.org", .firstName = "Bob", .lastName = "Bakker"};
+  AddQuestion(27, "bob");
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.SendMail(10, 26);
+  adodb_->beforeStatement = [](const std::string& sql) {
+    if (sql.find("EMAIL") != std::string::npos) throw automation::Error(70, "I", "Permission denied");
+  };
+  peer_.Begin(27, 10, "bob", 1033);
+  peer_.SendMail(10, 27);
+  ASSERT_EQ(suite_->mails.size(), 2U);
+  EXPECT_EQ(suite_->mails[1].to, "anna@example.org");
+  EXPECT_EQ(suite_->mails[1].subject, "text S10 (26) ");
+  EXPECT_EQ(suite_->mails[1].textBody, suite_->mails[0].textBody);
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.getMailData caught: Permission denied (70)."}));
+}
+
+TEST_F(MailDataTest, TheMomentOfAMailIsNotedWhenItIsBegun) {
+  peer_.Begin(26, 10, "anna", 1033);
+  suite_->before = [this](const std::string&) {
+    environment_.now = automation::AddHours(environment_.now, 1);
+  };
+  const automation::DateTime begun = environment_.now;
+  peer_.SendMail(10, 26);
+  EXPECT_EQ(peer_.MailTime(), begun);
+}
+
 TEST_F(MailDataTest, EveryConnectionIsClosed) {
   peer_.Begin(26, 8, "anna", 1033);
   peer_.GetMailData();

@@ -133,6 +133,7 @@ class SolveOnNoResponsePeer {
   const std::string& ErpMessage() const { return job_.m_sERPMessage; }
   bool IsHtmlMail() const { return job_.m_bHTMLMail; }
   std::int32_t LanguageId() const { return job_.m_lLanguageID; }
+  automation::DateTime MailTime() const { return job_.m_dtMailTime; }
 
  private:
   Job& job_;

@@ -12,9 +12,11 @@ class FakeUser : public VnMembership::User {
   explicit FakeUser(std::shared_ptr<Directory> directory) : directory_(std::move(directory)) {}
 
   void setServerInfo(std::string_view configurationFile) override {
+    Before("setServerInfo");
     directory_->calls.push_back("setServerInfo(" + std::string(configurationFile) + ")");
   }
   void BindAs(std::string_view userId, std::string_view bindName, std::string_view credential) override {
+    Before("BindAs");
     directory_->calls.push_back("BindAs(" + std::string(userId) + "|" + std::string(bindName) + "|" +
                                 std::string(credential) + ")");
     const auto found = directory_->people.find(userId);
@@ -40,8 +42,11 @@ class FakeUser : public VnMembership::User {
   bool SalutationFlag() const override { return Asked("SalutationFlag").salutationFlag; }
 
  private:
-  const Person& Asked(std::string_view member) const {
+  void Before(std::string_view member) const {
     if (directory_->before) directory_->before(member);
+  }
+  const Person& Asked(std::string_view member) const {
+    Before(member);
     return person_;
   }
 

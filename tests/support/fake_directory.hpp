@@ -34,7 +34,7 @@ struct Person {
 struct Directory {
   std::map<std::string, Person, std::less<>> people;
   std::vector<std::string> calls;  // setServerInfo(file) and BindAs(id|bind name|credential), in order
-  // Called with a member's name before the member of a bound user answers; what it raises is what the member
+  // Called with a member's name before the member of a user answers; what it raises is what the member
   // raises.
   std::function<void(std::string_view member)> before;
 };

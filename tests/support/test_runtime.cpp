@@ -11,26 +11,39 @@ class FakeConfiguration : public Vantrel::Configuration {
     ++state_->created;
   }
 
-  std::string RootPath() const override { return state_->rootPath; }
+  std::string RootPath() const override {
+    Before("RootPath");
+    return state_->rootPath;
+  }
   void SelectProduct(std::string_view product, std::int32_t flag) override {
+    Before("SelectProduct");
     product_ = product;
     state_->selectedProducts.emplace_back(product, flag);
   }
   std::string GetConnectionString(std::string_view connection) override {
+    Before("GetConnectionString");
     return Find(state_->connectionStrings, product_, connection);
   }
-  std::string getInstallDir() override { return state_->installDir; }
+  std::string getInstallDir() override {
+    Before("getInstallDir");
+    return state_->installDir;
+  }
   void Load() override { LoadFile(""); }
   void LoadFile(std::string_view path) override {
+    Before("LoadFile");
     loaded_ = true;
     state_->loadedFiles.emplace_back(path);
   }
   automation::Variant GetValue(std::string_view section, std::string_view key) const override {
+    Before("GetValue");
     if (!loaded_) throw automation::Error(1000, "Vantrel.Configuration", "not loaded");
     return Find(state_->values, section, key);
   }
 
  private:
+  void Before(std::string_view member) const {
+    if (state_->before) state_->before(member);
+  }
   static std::string Find(const std::map<std::pair<std::string, std::string>, std::string>& table,
                           std::string_view first, std::string_view second) {
     const auto found = table.find({std::string(first), std::string(second)});

@@ -33,6 +33,8 @@ struct ConfigurationState {
   std::vector<std::pair<std::string, std::int32_t>> selectedProducts;
   std::vector<std::string> loadedFiles;  // "" for Load()
   int created = 0;
+  // Called with a member's name before the member answers; what it raises is what the member raises.
+  std::function<void(std::string_view member)> before;
 };
 
 // Month/day/year with "/" and no leading zeros, 24-hour times; the code page is the identity on ASCII and "?"
@@ -59,11 +61,18 @@ class FakeObjectContext : public automation::ObjectContext {
  public:
   explicit FakeObjectContext(automation::Runtime& runtime) : runtime_(runtime) {}
   automation::ObjectPtr CreateInstance(std::string_view progId) override;
-  void SetComplete() override { ++completes; }
-  void SetAbort() override { ++aborts; }
+  void SetComplete() override {
+    ++completes;
+    if (onVote) onVote("SetComplete");
+  }
+  void SetAbort() override {
+    ++aborts;
+    if (onVote) onVote("SetAbort");
+  }
 
   std::vector<std::string> created;
   bool answersNull = false;  // CreateInstance returns null
+  std::function<void(std::string_view vote)> onVote;
   int completes = 0;
   int aborts = 0;
 

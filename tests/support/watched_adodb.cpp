@@ -51,6 +51,7 @@ class WatchedField : public ADODB::Field {
   }
   void SetValue(const Variant& value) override {
     Step(journal_, "Field.SetValue");
+    if (journal_->beforeSet) journal_->beforeSet(actual_.Name());
     actual_.SetValue(value);
   }
 

@@ -37,6 +37,8 @@ struct AdodbJournal {
   std::function<void(std::string_view step)> before;
   // Called with each text before it is opened or executed; what it raises is what that raises.
   std::function<void(const std::string& sql)> beforeStatement;
+  // Called with the name of a column before a value is given to it.
+  std::function<void(const std::string& column)> beforeSet;
   // Replaces the record count that record sets report.
   std::function<std::int64_t(std::int64_t actual)> recordCount;
 };
