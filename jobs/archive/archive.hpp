@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -30,7 +31,7 @@ class Archive : public Job {
   // One archive run. `i_sCalledFrom` is recorded as the one who archived ("Service": a background process)
   // and `i_sComment` beside it. What goes wrong with a customer is a line of the run log and the run goes on;
   // a failure of the run itself (no database, no catalogue, no log) is raised after the closing lines were
-  // written.
+  // written, which stand alone when it came before the first line.
   void archiveQuestions(const std::string& i_sCalledFrom, const std::string& i_sComment);
 
  private:
@@ -40,6 +41,7 @@ class Archive : public Job {
     std::string path;
     MSXML2::DOMDocumentPtr working;
     MSXML2::DOMDocumentPtr snapshot;
+    bool marked = false;  // as being worked on by this server, by this run
   };
   // What a customer's files have to hold: the element names of one kind of file.
   struct FileKind {
@@ -58,16 +60,18 @@ class Archive : public Job {
   // One customer (archive_originator.cpp)
   void archiveOriginator(const std::string& originator, const std::string& emailID);
   ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
-  void purge(const ADODB::Statement& condition, const ArchiveFile& questions,
-             const ArchiveFile& transactions);
+  void purge(const ADODB::Statement& condition, ArchiveFile& questions, ArchiveFile& transactions);
   bool purgeWasCommitted(const ADODB::Statement& deleteQuestions) const;
   void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
   bool wasCutOffWhileBeingCreated(std::string_view rootName, const std::string& path) const;
-  void prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::string& path);
-  void saveArchiveFile(const ArchiveFile& file);
+  void prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file);
+  void saveArchiveFile(ArchiveFile& file);
+  void restoreArchiveFile(ArchiveFile& file);
+  static void passOn(ArchiveFile& file);
+  static void releaseMark(ArchiveFile& file);
   void editQuestionsFile(ArchiveFile& questions);
   void editTransactionsFile(ArchiveFile& transactions);
   void getNextArchiveID(const MSXML2::DOMDocumentPtr& document);
@@ -81,6 +85,7 @@ class Archive : public Job {
   void requireOwnerNamesAFile() const;
   void createArchiveFolder();
   void createFolderPath(std::string path);
+  bool holdsNoFile(const std::string& path) const;
   void deleteFolderIfExists(const std::string& path);
   void createFileIfMissing(const std::string& path);
   static std::string firstLineOf(std::string_view rootName);
@@ -96,6 +101,10 @@ class Archive : public Job {
   static std::string getFAQParameter(const std::string& name);
   static std::string getRootPath();
   static VnMembership::UserPtr getMembershipUser(const std::string& userID);
+  template <class Object>
+  static void releaseObject(std::shared_ptr<Object>& value) {
+    if (value) value = nullptr;
+  }
 
   // The run log (archive_log.cpp)
   void log(const std::string& message);

@@ -67,7 +67,7 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
   bool exists = files->FileExists(BareName(file.path), archives);
-  if (exists) prepareExistingFile(*files, file.path);
+  if (exists) prepareExistingFile(*files, file);
   if (exists && wasCutOffWhileBeingCreated(kind.root, file.path)) exists = false;
   if (!exists) createArchiveFile(kind.root, file.path);
 
@@ -96,21 +96,51 @@ bool Archive::wasCutOffWhileBeingCreated(std::string_view rootName, const std::s
   return firstLine.compare(0, content.size(), content) == 0;
 }
 
-void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, const std::string& path) {
-  const std::string name = BareName(path);
+void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file) {
+  const std::string name = BareName(file.path);
   if (files.IsInUse(name)) return;
   if (m_bWebfarm) {
     constexpr std::int16_t kFetchMode = 10;
-    files.FetchFile(m_sFTPPath, name, path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
+    files.FetchFile(m_sFTPPath, name, file.path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
   }
   files.SetInUse(name, -1);
+  file.marked = true;
 }
 
-void Archive::saveArchiveFile(const ArchiveFile& file) {
+void Archive::saveArchiveFile(ArchiveFile& file) {
   file.working->save(file.path);
+  passOn(file);
+}
+
+// The other servers hold the content that is taken back here: they get this one in its place. A file that
+// cannot be written, or not handed out, keeps its new entries: the rows are still in the database then, so
+// nothing is lost, and the next file is restored all the same.
+void Archive::restoreArchiveFile(ArchiveFile& file) {
+  if (!file.snapshot) return;
+  try {
+    file.snapshot->save(file.path);
+    passOn(file);
+  } catch (...) {
+  }
+}
+
+void Archive::passOn(ArchiveFile& file) {
   const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   files->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
   files->SetInUse(BareName(file.path), 0);
+  file.marked = false;
+}
+
+// A mark that outlived its run would keep the next one from fetching the newest copy: it would then put an
+// older one over what another server has archived meanwhile.
+void Archive::releaseMark(ArchiveFile& file) {
+  if (!file.marked) return;
+  try {
+    automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId)
+        ->SetInUse(BareName(file.path), 0);
+  } catch (...) {
+  }
+  file.marked = false;
 }
 
 void Archive::getNextArchiveID(const DOMDocumentPtr& document) {

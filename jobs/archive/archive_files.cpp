@@ -1,5 +1,6 @@
 // Where a customer's two files lie and what they are called.
 #include <algorithm>
+#include <vector>
 
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
@@ -42,7 +43,7 @@ void Archive::createArchiveFolder() {
     const automation::Error error = automation::PendingError();
     for (const char* part : {"\\questions", "\\transactions", ""}) {
       try {
-        deleteFolderIfExists(m_sArchiveLocation + part);
+        if (holdsNoFile(m_sArchiveLocation + part)) deleteFolderIfExists(m_sArchiveLocation + part);
       } catch (...) {
         // What could not be made cannot always be removed; the line below tells about the folder anyway.
       }
@@ -66,6 +67,17 @@ void Archive::createFolderPath(std::string path) {
     if (!m_oFileSystem->FolderExists(prefix)) m_oFileSystem->CreateFolder(prefix);
     start = end + 1;
   }
+}
+
+// A share that drops out and comes back looks like a folder that could not be made. What it holds is nothing
+// that the failed creation has left, and nobody has a second copy of it.
+bool Archive::holdsNoFile(const std::string& path) const {
+  if (!m_oFileSystem->FolderExists(path)) return true;
+  const Scripting::FolderPtr folder = m_oFileSystem->GetFolder(path);
+  const std::vector<Scripting::FolderPtr> below = folder->SubFolders();
+  return folder->Files().empty() &&
+         std::all_of(below.begin(), below.end(),
+                     [this](const Scripting::FolderPtr& each) { return holdsNoFile(each->Path()); });
 }
 
 void Archive::deleteFolderIfExists(const std::string& path) {

@@ -21,15 +21,6 @@ bool Succeeds(Stage stage, OnFailure onFailure) {
   }
 }
 
-// Puts a file's snapshot back. A file that cannot be written keeps its new entries: the rows are still in the
-// database then, so nothing is lost, and the next file is restored all the same.
-void Restore(const MSXML2::DOMDocumentPtr& snapshot, const std::string& path) {
-  try {
-    if (snapshot) snapshot->save(path);
-  } catch (...) {
-  }
-}
-
 // Rows that came in after the files were written would be deleted without a copy. They wait for the next run,
 // with the rest of the customer's. Fewer rows than were written is no loss: somebody else has deleted them.
 void requireWritten(std::int64_t deleted, std::int64_t written) {
@@ -92,24 +83,30 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
   const bool archived =
       Succeeds(openQuestionsFile,
                [&] {
-                 if (questions.path.empty()) questions.path = getArchiveFileName(kQuestionsFile.kind);
+                 if (questions.path.empty()) {
+                   // Before its owner was resolved; the line must not name the customer before.
+                   m_sFileOwner = originator == "Prospect" ? emailID : originator;
+                   questions.path = getArchiveFileName(kQuestionsFile.kind);
+                 }
                  tryToLog("Questions XML file " + questions.path + " could not be created/loaded");
                }) &&
       !m_bFolderFailed &&
       Succeeds(editQuestions, [&] { tryToLog("Editing of Archive file " + questions.path + " failed1"); }) &&
       Succeeds(openTransactionsFile,
                [&] {
-                 Restore(questions.snapshot, questions.path);
+                 restoreArchiveFile(questions);
                  tryToLog("Transactions XML file " + transactions.path + " could not be created/loaded ");
                }) &&
       Succeeds(editTransactions, [&] {
-        Restore(questions.snapshot, questions.path);
+        restoreArchiveFile(questions);
         tryToLog("Editing of Archive file " + transactions.path + " failed2");
       });
   OrvaneUtilities::CloseRecordset(m_rsQuestions);
   OrvaneUtilities::CloseRecordset(m_rsTransactions);
   m_rsQuestions = m_rsTransactions = nullptr;
   m_oArchiveEntry = nullptr;
+  releaseMark(questions);
+  releaseMark(transactions);
   if (archived) purge(condition, questions, transactions);
 }
 
@@ -129,8 +126,7 @@ ADODB::Statement Archive::customerCondition(const std::string& originator, const
   return condition;
 }
 
-void Archive::purge(const ADODB::Statement& condition, const ArchiveFile& questions,
-                    const ArchiveFile& transactions) {
+void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, ArchiveFile& transactions) {
   // The transactions go first: they are found through the requests.
   ADODB::Statement deleteTransactions =
       "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
@@ -166,8 +162,8 @@ void Archive::purge(const ADODB::Statement& condition, const ArchiveFile& questi
       tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
       return;
     }
-    Restore(questions.snapshot, questions.path);
-    Restore(transactions.snapshot, transactions.path);
+    restoreArchiveFile(questions);
+    restoreArchiveFile(transactions);
     tryToLog("Changes to XML files undone" + questions.path + transactions.path + " undone");
     return;
   }

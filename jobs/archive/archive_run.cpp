@@ -29,17 +29,16 @@ void Archive::archiveQuestions(const std::string& i_sCalledFrom, const std::stri
   m_sComment = i_sComment;
   m_oFAQCategories = m_oProductCategories = m_oProducts = m_oStatuses = nullptr;
 
-  bool begun = false;
   const auto close = [this] {
     log("Archiving Process ended.");
     log(kRuler);
   };
+  m_sLogRoot.clear();
   try {
     m_oFileSystem = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
     m_sLogRoot = m_oFileSystem->GetParentFolderName(getRootPath());
     m_sAttachmentsDirectory = getFAQParameter("ATTACHMENTSDIRECTORY");
     m_cnConnection = OrvaneUtilities::GetOrvaneConnection();
-    begun = true;
     log(kRuler);
     log("Archiving Process started by " + m_sCalledFrom);
     archiveCustomers();
@@ -47,7 +46,7 @@ void Archive::archiveQuestions(const std::string& i_sCalledFrom, const std::stri
   } catch (...) {
     const std::exception_ptr pending = std::current_exception();
     try {
-      if (begun) close();
+      if (!m_sLogRoot.empty()) close();
     } catch (...) {
       // The error that ended the run is the one to tell about.
     }
@@ -59,9 +58,10 @@ void Archive::archiveQuestions(const std::string& i_sCalledFrom, const std::stri
 
 void Archive::releaseObjects() {
   OrvaneUtilities::CloseConnection(m_cnConnection);
-  m_cnConnection = nullptr;
-  m_rsQuestions = m_rsTransactions = nullptr;
-  m_oFileSystem = nullptr;
+  releaseObject(m_cnConnection);
+  releaseObject(m_rsQuestions);
+  releaseObject(m_rsTransactions);
+  releaseObject(m_oFileSystem);
 }
 
 void Archive::archiveCustomers() {

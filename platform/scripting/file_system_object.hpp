@@ -65,7 +65,7 @@ class FileSystemObject : public automation::Object {
   virtual FilePtr GetFile(std::string_view path) const = 0;      // 53
   virtual FolderPtr GetFolder(std::string_view path) const = 0;  // 76
 
-  // One level; 58 when it exists already, 76 when its parent does not.
+  // One level, on the disk when this returns; 58 when it exists already, 76 when its parent does not.
   virtual FolderPtr CreateFolder(std::string_view path) = 0;
   // A new empty file, open for writing, in the single-byte code page; 58 when it exists and `overwrite` is
   // false.

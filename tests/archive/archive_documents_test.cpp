@@ -83,12 +83,16 @@ TEST_F(ArchiveDocumentsTest, LaterRunsAppendAndNumberOn) {
 }
 
 TEST_F(ArchiveDocumentsTest, NumbersOnFromTheLastEntryEvenIfEarlierOnesAreHigher) {
-  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml",
-                     "<QuestionsArchive><SRs/><Archives><Archive ArchiveID=\"12\"/><Archive ArchiveID=\"7\"/>"
-                     "</Archives></QuestionsArchive>");
-  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_trans.xml",
-                     "<TransactionsArchive><Transactions/><Archives><Archive ArchiveID=\"99\"/></Archives>"
-                     "</TransactionsArchive>");
+  const auto entry = [](const std::string& number) {
+    return "<Archive DateArchived=\"then\" ArchiveID=\"" + number +
+           "\"><Means>Supervisor</Means><ArchivedBy>x</ArchivedBy><Comment/></Archive>";
+  };
+  suite.folder.Write(
+      "suite/home/Data/Archives/NoBP_jdoe_SR.xml",
+      "<QuestionsArchive><SRs/><Archives>" + entry("12") + entry("7") + "</Archives></QuestionsArchive>");
+  suite.folder.Write(
+      "suite/home/Data/Archives/NoBP_jdoe_trans.xml",
+      "<TransactionsArchive><Transactions/><Archives>" + entry("99") + "</Archives></TransactionsArchive>");
   suite.AddRequest(1, "jdoe");
 
   suite.Run();
@@ -327,6 +331,7 @@ TEST_F(ArchiveDocumentsTest, AFileThatAKilledRunWasJustCreatingIsMadeWhole) {
 
 TEST_F(ArchiveDocumentsTest, AShortFileOfAnotherKindIsNotTakenForOne) {
   suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", "<Quest!");
+  suite.undescribed = {"NoBP_jdoe_SR.xml"};
   suite.AddRequest(1, "jdoe");
 
   suite.Run();

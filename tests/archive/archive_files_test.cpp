@@ -145,6 +145,96 @@ TEST_F(ArchiveFilesTest, AFailedCreationRemovesWhatIsThereOfTheFolder) {
   EXPECT_THAT(suite.LogMessages(), Contains("Reason : Permission denied"));
 }
 
+TEST_F(ArchiveFilesTest, AShareThatComesBackAfterTheFailedCreationKeepsItsArchives) {
+  suite.faults->onCreateFolder = [this](const std::string& path) {
+    if (path.find("Archives") == std::string::npos) return;
+    suite.folder.Write("suite/home/Data/Archives/BP7_old_SR.xml", "the only copy");
+    suite.folder.Write("suite/home/Data/Archives/questions/deep/er.xml", "another");
+    std::filesystem::create_directories(suite.archives / "transactions" / "deep");
+    throw automation::Error(automation::ErrorNumber::FileAlreadyExists);
+  };
+  suite.undescribed = {"BP7_old_SR.xml"};
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_EQ(suite.Archive("BP7_old_SR.xml"), "the only copy");
+  EXPECT_EQ(suite.Archive("questions/deep/er.xml"), "another");
+  EXPECT_FALSE(std::filesystem::exists(suite.archives / "transactions")) << "it held no file";
+  EXPECT_THAT(suite.LogMessages(),
+              ElementsAre("Archiving Process started by NTService",
+                          "Creation of Archive Folder " + suite.home.string() + "\\Data\\Archives" +
+                              " or questions and transactions folder under this folder failed .",
+                          "Reason : File already exists", "Archiving Process ended."));
+}
+
+TEST_F(ArchiveFilesTest, AFolderThatComesIntoExistenceBetweenTwoCustomersIsUsedWithoutACreation) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  std::vector<std::string> created;
+  suite.faults->onCreateFolder = [&](const std::string& path) { created.push_back(path); };
+  suite.faults->onSave = [this](const std::string& path) {
+    // Gone with jdoe's files, and back, before zoe's turn.
+    if (path.find("NoBP_jdoe_trans") == std::string::npos) return;
+    std::filesystem::rename(suite.archives, suite.home / "Data" / "elsewhere");
+    std::filesystem::create_directories(suite.archives);
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(created, ElementsAre(::testing::EndsWith("\\OrvLog"), suite.home.string() + "/Data/",
+                                   suite.home.string() + "/Data/Archives/"));
+  EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//SR/@Q_ID"), ElementsAre("2"));
+}
+
+TEST_F(ArchiveFilesTest, AFolderThatGoesBetweenTwoCustomersIsMadeAgain) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  bool moved = false;
+  suite.journal->beforeStatement = [&](const std::string& sql) {
+    if (moved || sql.find("Delete from QUESTIONHISTORY") == std::string::npos) return;
+    std::filesystem::rename(suite.archives, suite.home / "Data" / "elsewhere");
+    moved = true;
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_TRUE(std::filesystem::exists(suite.home / "Data" / "elsewhere" / "NoBP_jdoe_SR.xml"));
+  EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//SR/@Q_ID"), ElementsAre("2"));
+}
+
+TEST_F(ArchiveFilesTest, ALevelThatIsAFileFailsTheCreation) {
+  suite.folder.Write("suite/home/Data", "not a folder");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_EQ(TemporaryFolder::Read(suite.home / "Data"), "not a folder");
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Creation of Archive Folder " + suite.home.string() + "\\Data\\Archives" +
+                       " or questions and transactions folder under this folder failed ."));
+}
+
+TEST_F(ArchiveFilesTest, ALineAboutACustomerNeverNamesTheFilesOfTheOneBefore) {
+  suite.directory->people["jdoe"].businessPartner = 1042;
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  int reads = 0;
+  suite.journal->beforeStatement = [&](const std::string& sql) {
+    if (sql.find("Webfarm Implemented") != std::string::npos && ++reads == 2) {
+      throw automation::Error(-2147467259, "engine", "gone");
+    }
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.LogMessages(), Contains("Questions XML file " + suite.ArchivePath("BP1042_zoe_SR.xml") +
+                                            " could not be created/loaded"));
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
+}
+
 TEST_F(ArchiveFilesTest, TheNextRunTriesTheFolderAgain) {
   suite.faults->driveExists = [](const std::string&) { return false; };
   suite.AddRequest(1, "jdoe");

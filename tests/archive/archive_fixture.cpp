@@ -37,6 +37,11 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
   }
   void SetInUse(std::string_view name, std::int16_t state) override {
     Call("SetInUse(" + std::string(name) + "," + std::to_string(state) + ")");
+    if (state != 0) {
+      state_->marked.emplace(name);
+    } else {
+      state_->marked.erase(std::string(name));
+    }
   }
   void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath,
                  OrvCommonMTS::FolderKind kind, std::int16_t mode) override {
@@ -49,6 +54,7 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
   }
   void StoreFile(std::string_view fullPath, OrvCommonMTS::FolderKind kind) override {
     Call("StoreFile(" + std::string(fullPath) + "," + std::to_string(static_cast<int>(kind)) + ")");
+    if (state_->onStore) state_->onStore(std::string(fullPath));
   }
   automation::Variant DeleteAgedFiles(std::string_view, std::int32_t, OrvCommonMTS::FolderKind) override {
     return Unexpected();

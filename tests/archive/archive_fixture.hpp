@@ -5,13 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "jobs/archive/archive.hpp"
 #include "platform/msxml2/dom_document.hpp"
 #include "tests/archive/faulty_files.hpp"
+#include "tests/support/archive_files.hpp"
 #include "tests/support/fake_directory.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
@@ -22,7 +25,9 @@ namespace orvane_test {
 struct FileHandlingState {
   std::vector<std::string> calls;  // member and arguments, in order
   bool inUse = false;
-  std::string failingMember;  // this member raises
+  std::string failingMember;     // this member raises
+  std::set<std::string> marked;  // by SetInUse
+  std::function<void(const std::string& path)> onStore;
 };
 
 struct ArchiveSuite {
@@ -52,6 +57,9 @@ struct ArchiveSuite {
                           const std::string& ended = "2004-01-01 00:00:00");
   void AddTransaction(int requestId, const std::string& name);
 
+  // Files that a test damages or makes up; every other archive file must be one by the schemas in the end.
+  std::set<std::string> undescribed;
+
   void Run();  // a fresh object's Run, as the service host does it
 
   // Lines of the day's run log without rulers and timestamps; the raw bytes.
@@ -71,6 +79,8 @@ struct ArchiveSuite {
 
 class ArchiveTest : public ::testing::Test {
  protected:
+  void TearDown() override { ExpectArchiveFiles(suite.archives, suite.undescribed); }
+
   ArchiveSuite suite;
 };
 

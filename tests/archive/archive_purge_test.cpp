@@ -1,6 +1,7 @@
 // The purge and the undo: whatever stage fails, rows and files stay in step, and the next customer is tried.
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <utility>
 
 #include "tests/archive/archive_fixture.hpp"
@@ -126,6 +127,7 @@ TEST_F(ArchivePurgeTest, LookupsAreLoadedTwiceARun) {
 
 TEST_F(ArchivePurgeTest, AQuestionsFileThatDoesNotLoadIsLeftAsItIs) {
   suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", "<QuestionsArchive><SRs>damaged by hand");
+  suite.undescribed = {"NoBP_jdoe_SR.xml"};
 
   suite.Run();
 
@@ -151,6 +153,7 @@ TEST_F(ArchivePurgeTest, AQuestionsFileThatCannotBeSavedDeletesNothing) {
 
 TEST_F(ArchivePurgeTest, ATransactionsFileThatDoesNotLoadRestoresTheQuestionsFile) {
   suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_trans.xml", "damaged");
+  suite.undescribed = {"NoBP_jdoe_trans.xml"};
 
   suite.Run();
 
@@ -262,6 +265,87 @@ TEST_F(ArchivePurgeTest, AFileHandlingComponentThatFailsEndsTheStageItServes) {
   ExpectJdoesRowsKeptAndZoeArchived();
   EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
   EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + transactionsPath + " failed2"));
+}
+
+TEST_F(ArchivePurgeTest, OnAFarmTheOtherServersGetBackWhatAnUndoneRunHandedThem) {
+  suite.SetParameter("Webfarm Implemented", "True");
+  suite.fileHandling->calls.clear();
+  suite.journal->beforeStatement = [](const std::string& sql) {
+    if (Mentions(sql, "Delete from QUESTIONHISTORY") && Mentions(sql, "jdoe")) Fail("table is locked");
+  };
+  std::vector<std::pair<std::string, std::string>> handedOut;
+  suite.fileHandling->onStore = [&](const std::string& path) {
+    const std::string name = path.substr(path.rfind('\\') + 1);
+    handedOut.emplace_back(name, suite.Archive(name));
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  ASSERT_GE(handedOut.size(), 4U);
+  EXPECT_EQ(handedOut[2], std::make_pair(std::string("NoBP_jdoe_SR.xml"), questionsBefore));
+  EXPECT_EQ(handedOut[3], std::make_pair(std::string("NoBP_jdoe_trans.xml"), transactionsBefore));
+}
+
+TEST_F(ArchivePurgeTest, AFileThatCannotBeRestoredDoesNotKeepTheOtherFromIt) {
+  suite.journal->beforeStatement = [this](const std::string& sql) {
+    if (!Mentions(sql, "Delete from QUESTIONHISTORY") || !Mentions(sql, "jdoe")) return;
+    suite.faults->onSave = [this](const std::string& path) {
+      if (path == questionsPath) Fail("disk full");
+    };
+    Fail("table is locked");
+  };
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Changes to XML files undone" + questionsPath + transactionsPath + " undone"));
+}
+
+// Whatever stage fails, no file stays marked as being worked on: the next run would not fetch the newest
+// copy.
+TEST_F(ArchivePurgeTest, NoMarkOutlivesAFailedStage) {
+  const std::vector<std::function<void()>> failures = {
+      [this] {
+        suite.faults->onLoad = [this](const std::string& path) {
+          if (path == questionsPath) Fail("damaged");
+        };
+      },
+      [this] {
+        suite.faults->onSave = [this](const std::string& path) {
+          if (path == questionsPath) Fail("disk full");
+        };
+      },
+      [this] {
+        suite.faults->onLoad = [this](const std::string& path) {
+          if (path == transactionsPath) Fail("damaged");
+        };
+      },
+      [this] {
+        suite.faults->onSave = [this](const std::string& path) {
+          if (path == transactionsPath) Fail("disk full");
+        };
+      },
+      [this] {
+        suite.journal->beforeStatement = [](const std::string& sql) {
+          if (Mentions(sql, "Delete from QUESTIONHISTORY")) Fail("table is locked");
+        };
+      },
+      [this] { suite.fileHandling->failingMember = "StoreFile(" + questionsPath; }};
+  for (std::size_t stage = 0; stage < failures.size(); ++stage) {
+    suite.faults->onLoad = suite.faults->onSave = nullptr;
+    suite.journal->beforeStatement = nullptr;
+    failures[stage]();
+
+    suite.Run();
+
+    EXPECT_THAT(suite.fileHandling->marked, IsEmpty()) << "stage " << stage;
+    EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe'"), ElementsAre("2"))
+        << "stage " << stage;
+  }
 }
 
 TEST_F(ArchivePurgeTest, FailuresAreLinesOfTheRunLogOnly) {

@@ -186,13 +186,28 @@ TEST_F(ArchiveTest, ADeletionThatFailsUndoesFilesAndRows) {
             std::string::npos);
 }
 
-TEST_F(ArchiveTest, AnUnreachableCatalogueEndsTheRunBeforeItsFirstLine) {
+TEST_F(ArchiveTest, AnUnreachableCatalogueEndsTheRunWithItsClosingLinesAndAnEntryInTheErrorLog) {
   SetArchiveAfter("30");
   AddRequest("1, 175, 'jdoe', 0, NULL, 'x', NULL, 0, 0, 0, NULL", 40 * kDay);
   std::filesystem::remove(suite_.CatalogueFile());
   const Outcome outcome = Run();
-  EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_NE(outcome.err.find("OrvaneProcess.Archive.archiveQuestions caught: "), std::string::npos)
+      << outcome.err;
   EXPECT_EQ(Left(), Strings{"1"});
+  EXPECT_FALSE(std::filesystem::exists(ArchiveFolder()));
+  EXPECT_EQ(WithoutTimes(suite_.RunLog(kLogPrefix)), "<time>  : Archiving Process ended.\r\n" + kRuler);
+  EXPECT_FALSE(suite_.ErrorLog().empty());
+}
+
+TEST_F(ArchiveTest, AnUnreachableSuiteDatabaseEndsTheRunTheSameWay) {
+  suite_.Folder().Write("home/db/orvane.sqlite", "this is no database, however long it is looked at\n");
+  EXPECT_EQ(Run().exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(ArchiveFolder()));
+  const std::string log = WithoutTimes(suite_.RunLog(kLogPrefix));
+  const std::string closing = "<time>  : Archiving Process ended.\r\n" + kRuler;
+  ASSERT_GE(log.size(), closing.size());
+  EXPECT_EQ(log.substr(log.size() - closing.size()), closing);
   EXPECT_FALSE(suite_.ErrorLog().empty());
 }
 

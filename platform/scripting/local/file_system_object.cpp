@@ -30,6 +30,19 @@ void RefuseReadOnly(const std::string& native) {
   if (stat(native.c_str(), &target) == 0 && IsReadOnly(target)) Raise(ErrorNumber::PermissionDenied);
 }
 
+// A new folder is on the disk only when its entry in the parent is: what is synced inside it later would go
+// with it in a power cut. Parents that may not be read, and file systems that cannot sync a folder, are left
+// to themselves.
+void SyncParent(const std::string& native) {
+  const std::string parent = native.substr(0, native.rfind('/') + 1);
+  const int folder = open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  const int outcome = fsync(folder);
+  const int code = errno;
+  close(folder);
+  if (outcome != 0 && code != EINVAL && code != EROFS) RaiseSystemError(code, ErrorNumber::PathNotFound);
+}
+
 }  // namespace
 
 bool LocalFileSystem::FolderExists(std::string_view path) const {
@@ -72,6 +85,7 @@ FolderPtr LocalFileSystem::CreateFolder(std::string_view path) {
   PathResolver::Place place = resolver_.PlaceFor(path);
   if (place.existing) Raise(ErrorNumber::FileAlreadyExists);
   if (mkdir(place.path.c_str(), 0777) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  SyncParent(place.path);
   std::string shown = resolver_.ShownPath(place.path, path);
   return MakeFolder(std::move(place.path), std::move(shown));
 }

@@ -1,0 +1,180 @@
+#include "tests/e2e/archive_installation.hpp"
+
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
+#include "tests/servers/server_database.hpp"
+
+namespace orvane_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SqliteEngine : public Engine {
+ public:
+  explicit SqliteEngine(const fs::path& file) : file_(file), database_(file) {
+    database_.Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
+  }
+  std::string ConnectionString() const override { return "Provider=SQLite;Data Source=" + file_.string(); }
+  void Execute(const std::string& statement) override { database_.Execute(statement); }
+  std::vector<std::string> Column(const std::string& query) override { return database_.Rows(query); }
+
+ private:
+  fs::path file_;
+  Database database_;
+};
+
+class ServerEngine : public Engine {
+ public:
+  explicit ServerEngine(const std::string& server) : server_(server), database_(server) {
+    database_.RunSchemaFile(server + ".sql");
+  }
+  std::string ConnectionString() const override { return database_.ConnectionString(); }
+  void Execute(const std::string& statement) override { database_.Execute(statement); }
+  std::vector<std::string> Column(const std::string& query) override {
+    const auto session = database_.Connect();
+    const auto rows = session->Query(query, {});
+    std::vector<std::string> column;
+    while (rows->Next()) column.push_back(automation::ToText(rows->Value(0)));
+    return column;
+  }
+  std::string TrueLiteral() const override { return server_ == "postgresql" ? "true" : "b'1'"; }
+
+ private:
+  std::string server_;
+  ServerDatabase database_;
+};
+
+int Occurrences(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+}  // namespace
+
+std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite) {
+  if (name == "sqlite") return std::make_unique<SqliteEngine>(suite.DatabaseFile());
+  return std::make_unique<ServerEngine>(name);
+}
+
+void ArchiveInstallation::MakeCatalogue() const {
+  if (fs::exists(suite.CatalogueFile())) return;
+  Database catalogue(suite.CatalogueFile());
+  catalogue.Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite-ecatalog.sql"));
+  catalogue.Execute(
+      "insert into FAQCATEGORY (FAQCATEGORYID, FAQCATEGORYDESCRIPTION) values (1, 'Smoke');"
+      "insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values (1, 'Printers');"
+      "insert into PRODUCT (PRODUCTID, PRODUCTDESCRIPTION) values (1, 'Laser 40')");
+}
+
+void ArchiveInstallation::Catalogue(const std::string& sql) const {
+  MakeCatalogue();
+  Database(suite.CatalogueFile()).Execute(sql);
+}
+
+void ArchiveInstallation::Configure(const std::string& connectionString, const std::vector<Person>& people,
+                                    const std::string& defaultLanguage) const {
+  MakeCatalogue();
+  suite.Folder().Write(
+      "home/config/siteConfiguration.xml",
+      "<siteConfiguration><product name=\"Orvane\"><connection name=\"Orvane\">" + connectionString +
+          "</connection></product><product name=\"VnServer\"><connection name=\"ECatalog\">"
+          "Provider=SQLite;Data Source=db\\ecatalog.sqlite</connection></product>"
+          "<section name=\"COMMONPARAMETERS\"><key name=\"DEFAULTLANGUAGE\">" +
+          defaultLanguage +
+          "</key></section><section name=\"MEMBERSHIP\"><key name=\"MemScriptUser\">cn=orvane</key>"
+          "<key name=\"MemScriptCode\">secret</key><key name=\"LDAPRoot\"></key>"
+          "<key name=\"LDAPServer\"></key></section></siteConfiguration>");
+  std::string directory =
+      "dn: cn=orvane\nobjectClass: person\ncn: orvane\nsn: orvane\nuserPassword: secret\n";
+  for (const Person& person : people) {
+    directory += "\ndn: uid=" + person.id + "\nobjectClass: inetOrgPerson\nuid: " + person.id +
+                 "\ncn: " + person.id + "\nsn: " + person.id +
+                 "\norvaneBusinessPartner: " + std::to_string(person.partner) +
+                 "\norvaneLocale: " + std::to_string(person.locale) +
+                 "\norvaneLanguageID: " + std::to_string(person.locale) + "\n";
+  }
+  suite.Folder().Write("home/config/directory.ldif", directory);
+}
+
+Outcome ArchiveInstallation::Run(const std::map<std::string, std::string>& environment) const {
+  return RunHost({"run", "--home", Home().string(), "OrvaneProcess.Archive"}, environment);
+}
+
+std::string ArchiveInstallation::Masked(std::string text) const {
+  const std::string home = Home().string();
+  for (std::size_t at = text.find(home); at != std::string::npos; at = text.find(home, at)) {
+    text.replace(at, home.size(), "<home>");
+  }
+  static const std::regex moment(R"(\d{1,4}-\d{1,2}-\d{1,4} \d\d:\d\d:\d\d)");
+  return std::regex_replace(text, moment, "<time>");
+}
+
+std::map<std::string, std::string> ArchiveInstallation::Files() const {
+  std::map<std::string, std::string> files;
+  if (!fs::exists(Archives())) return files;
+  for (const auto& entry : fs::directory_iterator(Archives())) {
+    files[entry.path().filename().string()] = Masked(TemporaryFolder::Read(entry.path()));
+  }
+  return files;
+}
+
+std::string ArchiveInstallation::Log() const {
+  return Masked(suite.RunLog("OrvArchiveSvc_log_"));
+}
+
+std::vector<std::string> ArchiveInstallation::Messages() const {
+  const std::string start = "<time>  : ";
+  std::vector<std::string> messages;
+  std::istringstream lines(Log());
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.rfind(start, 0) == 0) messages.push_back(line.substr(start.size()));
+  }
+  return messages;
+}
+
+std::vector<Person> ThreeCustomers() {
+  return {{"ann", 7}, {"bob", 7}, {"eve", 7}};
+}
+
+std::vector<std::string> RowsOfThreeCustomers() {
+  std::vector<std::string> statements = {"delete from TRANSACTIONS", "delete from QUESTIONHISTORY",
+                                         "delete from PARAMETERS",
+                                         "insert into PARAMETERS values ('DataFileRelativePath', 'Data')",
+                                         "insert into PARAMETERS values ('ArchiveAfter', '1')"};
+  const std::vector<Person> customers = ThreeCustomers();
+  for (int id = 1; id <= kRequests; ++id) {
+    const std::string number = std::to_string(id);
+    statements.push_back(
+        "insert into QUESTIONHISTORY (Q_ID, Q_STATUS, Q_ORIGINATOR, Q_DESC, ENDSTATUSTIME) values (" +
+        number + ", 185, '" + customers[static_cast<std::size_t>(id) % customers.size()].id + "', 'request-" +
+        number + "', '2004-01-01 00:00:00')");
+  }
+  for (int id = 1; id <= kTransactions; ++id) {
+    statements.push_back("insert into TRANSACTIONS (Q_ID, T_NAME) values (" + std::to_string((id + 1) / 2) +
+                         ", 'step-" + std::to_string(id) + "')");
+  }
+  return statements;
+}
+
+std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation) {
+  std::string all;
+  for (const auto& [name, content] : installation.Files()) {
+    if (name.ends_with(".xml")) all += content;
+  }
+  for (const std::string& text : engine.Column("select Q_DESC from QUESTIONHISTORY")) all += text + "<";
+  for (const std::string& text : engine.Column("select T_NAME from TRANSACTIONS")) all += text + "<";
+  std::vector<int> copies;
+  for (int id = 1; id <= kRequests; ++id) {
+    copies.push_back(Occurrences(all, "request-" + std::to_string(id) + "<"));
+  }
+  for (int id = 1; id <= kTransactions; ++id) {
+    copies.push_back(Occurrences(all, "step-" + std::to_string(id) + "<"));
+  }
+  return copies;
+}
+
+}  // namespace orvane_test
