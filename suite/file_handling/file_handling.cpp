@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include "components/interfaces/file_handling.hpp"
@@ -192,9 +193,15 @@ class SharedFiles : public FileHandling {
   bool ExistsHere(std::string_view folder, std::string_view name) const {
     if (!options_.dataRoot) return false;
     const std::filesystem::path root = suite::NativePath(options_.dataRoot(), "/");
+    const std::filesystem::path path = suite::NativePath(std::string(folder) + "/" + std::string(name), root);
     std::error_code failed;
-    return std::filesystem::is_regular_file(
-        suite::NativePath(std::string(folder) + "/" + std::string(name), root), failed);
+    const std::filesystem::file_status status = std::filesystem::status(path, failed);
+    // What cannot be looked at must not be taken for missing: the caller would make it anew.
+    if (status.type() == std::filesystem::file_type::none) {
+      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
+                              kErrorSource, path.string() + ": " + failed.message());
+    }
+    return std::filesystem::is_regular_file(status);
   }
 
   // A caller that goes on as if the file did not exist would make it anew, over the shared one.

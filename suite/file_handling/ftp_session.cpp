@@ -198,6 +198,11 @@ std::optional<std::string> FtpSession::List(const std::string& folder, const std
     return std::nullopt;
   }
   if (code != CURLE_OK) throw state_->Failure(code);
+  // vsftpd promises the listing before it opens the folder, and tells of a failure in its closing words only:
+  // "226 Transfer done (but failed to open directory)."
+  if (listing.empty() && LastReply(state_->replies).text.find("fail") != std::string::npos) {
+    return std::nullopt;
+  }
   return listing;
 }
 

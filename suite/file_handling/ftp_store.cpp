@@ -44,6 +44,18 @@ automation::Error Failure(const std::string& description) {
   return {static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource, description};
 }
 
+// Whether a listing with "-a" holds the folder itself, as those of servers that ask "ls" or do as it does.
+bool ShowsItself(std::string_view listing) {
+  while (!listing.empty()) {
+    const std::size_t end = std::min(listing.find('\n'), listing.size());
+    std::string_view line = listing.substr(0, end);
+    listing.remove_prefix(std::min(end + 1, listing.size()));
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (line.size() >= 2 && line.substr(line.size() - 2) == " .") return true;
+  }
+  return false;
+}
+
 class FtpStore : public SharedStore {
  public:
   FtpStore(const FtpAddress& address, const FtpOptions& options) : session_(address, options) {
@@ -145,6 +157,9 @@ class FtpStore : public SharedStore {
   // Links are told from folders by LIST only, so trees are always read that way.
   std::optional<std::vector<ListedItem>> List(const std::string& path) {
     std::optional<std::string> listing = session_.List(path, "LIST -a");  // names that begin with a dot, too
+    if (listing && path == session_.Root()) rootShowsItself_ = ShowsItself(*listing);
+    // A listing that does not even hold the folder itself was not read from it.
+    if (listing && rootShowsItself_ && !ShowsItself(*listing)) return std::nullopt;
     if (!listing) listing = session_.List(path, "LIST");
     if (!listing) return std::nullopt;
     std::optional<std::vector<ListedItem>> items = ParseList(*listing);
@@ -171,11 +186,15 @@ class FtpStore : public SharedStore {
 
   // A folder that is there but gives out no listing must not be taken for an empty one: an archive would be
   // made anew over the one that it holds.
-  void RequireMissing(const std::string& path) const {
+  void RequireMissing(const std::string& path) {
     const std::string& root = session_.Root();
     const std::size_t start = root.back() == '/' ? root.size() : root.size() + 1;
-    if (path.find('/', start) == std::string::npos && Find(rootItems_, path.substr(start))) {
-      throw Failure("The FTP server does not list " + path + ", which exists.");
+    const std::size_t slash = path.rfind('/');
+    const std::string problem = "The FTP server does not list " + path + ", which exists.";
+    if (slash < start) {
+      if (Find(rootItems_, path.substr(start))) throw Failure(problem);
+    } else if (Find(Listed(path.substr(0, slash)), path.substr(slash + 1))) {
+      throw ItemFailure(problem);
     }
   }
 
@@ -221,6 +240,7 @@ class FtpStore : public SharedStore {
 
   FtpSession session_;
   Items rootItems_;
+  bool rootShowsItself_ = false;
   std::map<std::string, Items> listed_;
 };
 

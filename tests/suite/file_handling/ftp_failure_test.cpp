@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_state.hpp"
@@ -14,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using OrvCommonMTS::FolderKind;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -105,6 +107,67 @@ TEST(FtpFailureTest, AFileThatTheServerKeepsBackIsNotTakenForAMissingOne) {
                                           FolderKind::Archives, 10),
                automation::Error);
   EXPECT_EQ(TemporaryFolder::Read(target), "old");
+}
+
+// A folder that may be entered but not read, and one that may not even be entered.
+TEST(FtpFailureTest, AFolderThatGivesOutNoListingIsNotTakenForAnEmptyOne) {
+  for (const char* server : {"vsftpd", "pyftpd"}) {
+    for (const int mode : {0311, 0000}) {
+      Farm farm(server);
+      farm.place.AddFile("archives/there.xml");
+      farm.place.AddFile("CHAT/old", "x", 600);
+      for (const char* folder : {"archives", "CHAT"}) {
+        fs::permissions(farm.place.Root() / folder, static_cast<fs::perms>(mode));
+      }
+      const OrvCommonMTS::FileHandlingPtr handling = farm.Handling();
+      const auto refused = [&](const std::string& folder, const std::function<void()>& action) {
+        try {
+          action();
+          ADD_FAILURE() << server << " " << mode << " " << folder;
+        } catch (const automation::Error& error) {
+          EXPECT_EQ(error.Number(), 75);
+          EXPECT_THAT(error.Description(), StartsWith("The FTP server does not list "));
+          EXPECT_THAT(error.Description(), EndsWith("/" + folder + ", which exists."));
+        }
+      };
+      refused("archives",
+              [&] { handling->FileExists("there.xml", automation::VariantArray{std::int16_t{13}}); });
+      const fs::path target = farm.data.Write("Archives/there.xml", "mine");
+      refused("archives", [&] {
+        handling->FetchFile(farm.place.FtpPath(), "there.xml", target.string(), FolderKind::Archives, 10);
+      });
+      refused("CHAT", [&] { handling->DeleteAgedFiles(farm.place.FtpPath(), 60, FolderKind::Chat); });
+      EXPECT_EQ(TemporaryFolder::Read(target), "mine");
+    }
+  }
+}
+
+TEST(FtpFailureTest, AnAttachmentFolderThatGivesOutNoListingIsReportedAndTheOthersFollow) {
+  for (const char* server : {"vsftpd", "pyftpd"}) {
+    Farm farm(server);
+    farm.place.AddFile("SRATTACHMENTS/17A/kept.txt");
+    farm.place.AddFile("SRATTACHMENTS/18A/gone.txt");
+    const fs::path barred = farm.place.Root() / "SRATTACHMENTS/17A";
+    fs::permissions(barred, fs::perms::none);
+    const automation::Error error = Failure(farm, farm.place.FtpPath(), {"17A\\kept.txt", "18A\\gone.txt"},
+                                            FolderKind::OldAttachmentFiles);
+    EXPECT_EQ(error.Number(), 75) << server;
+    EXPECT_THAT(
+        error.Description(),
+        StartsWith("1 of 2 items could not be deleted: 17A\\kept.txt: The FTP server does not list "));
+    fs::permissions(barred, fs::perms::all);
+    EXPECT_TRUE(fs::exists(barred / "kept.txt"));
+    EXPECT_FALSE(fs::exists(farm.place.Root() / "SRATTACHMENTS/18A/gone.txt"));
+  }
+}
+
+TEST(FtpFailureTest, ARootThatGivesOutNoListingIsAnError) {
+  Farm farm("vsftpd");
+  farm.place.AddFile("CHAT/x");
+  fs::permissions(farm.place.Root(), static_cast<fs::perms>(0311));
+  const automation::Error error = Failure(farm, farm.place.FtpPath());
+  EXPECT_EQ(error.Number(), 76);
+  EXPECT_THAT(error.Description(), EndsWith(" does not exist or may not be entered."));
 }
 
 TEST(FtpFailureTest, WhatTheServerRefusesToDeleteIsReportedWithItsAnswer) {
