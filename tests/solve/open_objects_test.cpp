@@ -19,13 +19,16 @@ class OpenObjectsTest : public SolveTest, public testing::WithParamInterface<Cas
  protected:
   OpenObjectsTest() {
     AddLabel("LBLQX3388", 1033, "Question");
+    SetParameter("ERP02_Activity", "CLOSE");
+    SetParameter("ERP03_Problem", "P00");
     database_.Run("INSERT INTO SITE VALUES ('1', 'Amsterdam')");
     database_.Run("INSERT INTO PRODUCT VALUES ('1', 'A pump')");
     database_.Run("INSERT INTO OBJECT VALUES ('1', '1', 'The pump in the basement')");
-    database_.Run("INSERT INTO PROBLEM VALUES ('1', 'Leaks')");
+    database_.Run("INSERT INTO PROBLEM VALUES ('1', 'Leaks'), ('5', 'Pumps')");
     database_.Run("INSERT INTO PRIORITY VALUES (1, 'Urgent')");
     database_.Run(
-        "UPDATE QUESTIONS SET Q_TEXT = '\x01\x02\x03\x04 2004-07-20 10:00:00.000It leaks', A_TEXT = ''");
+        "UPDATE QUESTIONS SET Q_TEXT = '\x01\x02\x03\x04 2004-07-20 10:00:00.000It leaks', A_TEXT = '', "
+        "Q_SITE = '1', Q_OBJECT = '1', Q_OBJECTNR = '1', Q_REPORTED = '1', Q_PRIORITY = 1, Q_PRODUCTCAT = 5");
   }
   SolveOnNoResponsePeer peer_{job_};
 };
@@ -58,6 +61,18 @@ INSTANTIATE_TEST_SUITE_P(
                            peer.CloseQuestion();
                          },
                          5},
+                    Case{"ErpStatus",
+                         [](auto& peer, auto&) { peer.ChangeERPStatus("C-1", 3, "anna", "anna", "x"); }, 12},
+                    Case{"Document",
+                         [](auto& peer, auto&) {
+                           peer.SetGeneration(3);
+                           peer.OpenQuestion();
+                           peer.FormServiceRequest();
+                           peer.FormCustomer();
+                           peer.FormInstalledBase();
+                           peer.CloseQuestion();
+                         },
+                         75},
                     Case{"AttachmentFolder", [](auto&, auto& job) { job.GetAttachmentDirectoryName(); }, 7},
                     Case{"MailData", [](auto& peer, auto&) { peer.GetMailData(); }, 30}),
     [](const auto& parameter) { return std::string(parameter.param.name); });
