@@ -185,6 +185,76 @@ TEST_P(OdbcProviderTest, ReadsTextsOfEverySizeAroundItsPieces) {
   }
 }
 
+// Rows are fetched into memory that is used again for each: nothing of a row may show in a later one.
+TEST_P(OdbcProviderTest, KeepsTheValuesOfOneRowOutOfTheNext) {
+  session_->Execute(
+      "CREATE TABLE MIXED (ID INTEGER PRIMARY KEY, FLAG " + std::string(TypeOfEngine("BOOLEAN", "BIT(1)")) +
+          ", SMALL SMALLINT, NUMBER INTEGER, WIDE BIGINT, EXACT DECIMAL(12,2), INEXACT DOUBLE PRECISION,"
+          " MOMENT " +
+          TypeOfEngine("TIMESTAMP(3)", "DATETIME(3)") +
+          ", DAY_ONLY DATE, TIME_ONLY TIME, FIXED CHAR(3), SHORTTEXT VARCHAR(2000))",
+      {});
+  const std::vector<std::string> values = {
+      TypeOfEngine("TRUE", "b'1'"), "-3",           "7",          "5000000000", "12.50", "0.25",
+      "'2004-07-26 09:05:03.120'",  "'2004-07-26'", "'09:05:03'", "'abc'",      "'text'"};
+  const std::vector<Variant> expected = {true,
+                                         std::int32_t{-3},
+                                         std::int32_t{7},
+                                         std::int64_t{5'000'000'000},
+                                         12.5,
+                                         0.25,
+                                         Moment(2004, 7, 26, 9, 5, 3, 120'000),
+                                         Moment(2004, 7, 26, 0, 0, 0),
+                                         "09:05:03",
+                                         "abc",
+                                         "text"};
+  for (int id = 1; id <= 6; ++id) {
+    std::string row = std::to_string(id);
+    for (const std::string& value : values) row += "," + (id % 2 == 0 ? std::string("NULL") : value);
+    session_->Execute("INSERT INTO MIXED VALUES (" + row + ")", {});
+  }
+  const auto rows = session_->Query("SELECT * FROM MIXED WHERE ID > ? ORDER BY ID", {std::int32_t{0}});
+  Variant value;
+  for (int id = 1; id <= 6; ++id) {
+    ASSERT_TRUE(rows->Next());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      rows->Read(i + 1, value);
+      EXPECT_EQ(value, id % 2 == 0 ? Variant::Null() : expected[i])
+          << id << " " << rows->Columns()[i + 1].name;
+    }
+  }
+  EXPECT_FALSE(rows->Next());
+}
+
+TEST_P(OdbcProviderTest, ReadsShortTextsOfEverySizeAroundTheirMemory) {
+  session_->Execute("CREATE TABLE TEXTS (ID INTEGER PRIMARY KEY, SHORTTEXT VARCHAR(2000))" +
+                        std::string(TypeOfEngine("", " DEFAULT CHARACTER SET utf8mb4")),
+                    {});
+  std::vector<std::string> texts;
+  for (const std::size_t size : {0u, 1u, 250u, 254u, 255u, 256u, 509u, 510u, 511u, 512u, 513u, 1020u, 1021u,
+                                 1022u, 1023u, 1024u, 1025u, 1990u}) {
+    for (const char* end : {"", "é", "🙂"}) texts.push_back(std::string(size, 'a') + end);
+  }
+  for (const std::size_t size : {1u, 127u, 128u, 254u, 255u, 256u, 257u, 341u, 342u, 512u, 1999u}) {
+    for (const char* character : {"é", "€", "🙂"}) {
+      std::string text;
+      for (std::size_t i = 0; i < size; ++i) text += character;
+      texts.push_back(text);
+    }
+  }
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    session_->Execute("INSERT INTO TEXTS VALUES (?, ?)", {static_cast<std::int32_t>(i), texts[i]});
+  }
+  const auto rows = session_->Query("SELECT SHORTTEXT, ID, SHORTTEXT FROM TEXTS ORDER BY ID", {});
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    ASSERT_TRUE(rows->Next());
+    EXPECT_EQ(rows->Value(1), Variant(static_cast<std::int32_t>(i)));
+    for (const std::size_t column : {2u, 0u, 2u}) {  // in any order, and more than once
+      EXPECT_EQ(automation::ToText(rows->Value(column)), texts[i]);
+    }
+  }
+}
+
 TEST_P(OdbcProviderTest, TakesTextsOfAStatementAsTheyStand) {
   EXPECT_EQ(Single("SELECT 'C:\\Data\\ ends with \\'"), Variant("C:\\Data\\ ends with \\"));
   EXPECT_EQ(Single("SELECT 'it''s {ts \"here\"}; is it ? 🙂 é'"),

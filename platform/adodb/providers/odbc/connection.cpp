@@ -23,7 +23,12 @@ class ResultRows : public engine::Rows {
 
   const std::vector<engine::Column>& Columns() const override { return statement_->Columns(); }
   bool Next() override { return !statement_->Columns().empty() && statement_->Fetch(); }
-  automation::Variant Value(std::size_t column) const override { return statement_->Value(column); }
+  automation::Variant Value(std::size_t column) const override {
+    automation::Variant value;
+    statement_->Read(column, value);
+    return value;
+  }
+  void Read(std::size_t column, automation::Variant& into) const override { statement_->Read(column, into); }
 
  private:
   std::shared_ptr<Statement> statement_;
@@ -41,6 +46,14 @@ std::uintptr_t OdbcLevel(IsolationLevel level) {
       return SQL_TXN_SERIALIZABLE;
   }
   return SQL_TXN_READ_COMMITTED;
+}
+
+// Whether the driver gives the values of a bound column once more, in any order, when it is asked.
+bool ReadsBoundColumns(SQLHANDLE connection) {
+  constexpr SQLUINTEGER kNeeded = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BOUND;
+  SQLUINTEGER offered = 0;
+  const SQLRETURN status = SQLGetInfoW(connection, SQL_GETDATA_EXTENSIONS, &offered, sizeof offered, nullptr);
+  return Succeeded(status) && (offered & kNeeded) == kNeeded;
 }
 
 // Whether a statement reads or writes rows and nothing else: such a one leaves a session's settings alone.
@@ -80,10 +93,10 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
              .nativeCode = 0,
              .message = "No SQL dialect is known for the engine " + dbms});
     }
-    textForm_ = TextFormOf(engine_, text);
+    fetchStyle_ = {.text = TextFormOf(engine_, text), .bound = ReadsBoundColumns(raw)};
     SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
     const std::string setUp = SessionSetUp(engine_);
-    if (!setUp.empty()) Statement(handle_, textForm_, lost_).ExecuteDirect(setUp);
+    if (!setUp.empty()) Statement(handle_, fetchStyle_, lost_).ExecuteDirect(setUp);
   } catch (...) {
     SQLDisconnect(raw);
     throw;
@@ -119,7 +132,7 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
   ApplyIsolationLevel();
   settingsKept_ = settingsKept_ && KeepsSettings(sql);
   if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
-  auto statement = std::make_shared<Statement>(handle_, textForm_, lost_);
+  auto statement = std::make_shared<Statement>(handle_, fetchStyle_, lost_);
   if (parameters.empty()) {
     statement->ExecuteDirect(sql);
   } else {
@@ -147,7 +160,7 @@ Connection::StatementPtr Connection::RunPreparedOnce(std::string_view sql,
   if (found != prepared_.end()) {
     prepared_.splice(prepared_.begin(), prepared_, found);
   } else {
-    auto statement = std::make_shared<Statement>(handle_, textForm_, lost_);
+    auto statement = std::make_shared<Statement>(handle_, fetchStyle_, lost_);
     statement->Prepare(sql);
     prepared_.emplace_front(std::string(sql), std::move(statement));
     if (prepared_.size() > kMostPrepared) prepared_.pop_back();
@@ -221,15 +234,13 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
   const MetadataQuery query = TableQuery(engine_, table);
   Table found;
   std::map<std::int32_t, std::string> key;
-  const StatementPtr statement = RunPrepared(query.sql, query.parameters);
-  const ResultRows closer(statement);
-  statement->Columns();
-  while (statement->Fetch()) {
-    const std::string column = automation::ToText(statement->Value(0));
-    const std::int32_t place = automation::ToInt32(statement->Value(1));
+  ResultRows rows(RunPrepared(query.sql, query.parameters));
+  while (rows.Next()) {
+    const std::string column = automation::ToText(rows.Value(0));
+    const std::int32_t place = automation::ToInt32(rows.Value(1));
     if (place > 0) key[place] = column;
-    if (automation::ToBoolean(statement->Value(2))) found.shape.generatedColumn = column;
-    found.collations[column] = automation::ToText(statement->Value(3));
+    if (automation::ToBoolean(rows.Value(2))) found.shape.generatedColumn = column;
+    found.collations[column] = automation::ToText(rows.Value(3));
   }
   for (auto& [place, column] : key) found.shape.keyColumns.push_back(std::move(column));
   return tables_.emplace(table, std::move(found)).first->second;
@@ -261,7 +272,7 @@ bool Connection::Reset() {
 
 bool Connection::Ping() {
   try {
-    Statement(handle_, textForm_, lost_).ExecuteDirect("SELECT 1");
+    Statement(handle_, fetchStyle_, lost_).ExecuteDirect("SELECT 1");
     return true;
   } catch (const automation::Error&) {
     return false;

@@ -52,7 +52,7 @@ class Connection : public engine::Session {
   ConnectionHandle handle_;
   Engine engine_ = Engine::Other;
   const engine::Dialect* dialect_ = nullptr;
-  TextForm textForm_ = TextForm::Utf16;
+  FetchStyle fetchStyle_;
   bool lost_ = false;         // the server or the network has ended the connection
   bool settingsKept_ = true;  // no statement has run that may have changed the session's settings
   bool inTransaction_ = false;

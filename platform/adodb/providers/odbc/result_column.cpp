@@ -15,30 +15,12 @@ namespace {
 using automation::Variant;
 using engine::ColumnType;
 
-Variant WholeNumber(std::int64_t number) {
-  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
-                    number <= std::numeric_limits<std::int32_t>::max();
-  return fits ? Variant(static_cast<std::int32_t>(number)) : Variant(number);
-}
-
 // Reads a value of fixed size; false when it is Null or could not be read.
 template <class T>
 bool ReadFixed(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, T& value, SQLRETURN& status) {
   SQLLEN indicator = 0;
   status = SQLGetData(statement, number, cType, &value, sizeof value, &indicator);
   return Succeeded(status) && indicator != SQL_NULL_DATA;
-}
-
-Variant ToDateTime(const SQL_TIMESTAMP_STRUCT& moment) {
-  // MariaDB's zero dates (0000-00-00, and 2004-00-00 where it is let in) stand for "none".
-  if (moment.year == 0 || moment.month == 0 || moment.day == 0) return Variant::Null();
-  return automation::DateTime::FromParts({.year = moment.year,
-                                          .month = moment.month,
-                                          .day = moment.day,
-                                          .hour = moment.hour,
-                                          .minute = moment.minute,
-                                          .second = moment.second,
-                                          .microsecond = static_cast<int>(moment.fraction / 1000)});
 }
 
 // Texts come in pieces: the size that a driver declares for a column is no bound, nor is it always known. The
@@ -121,6 +103,30 @@ SQLRETURN ReadBinary(SQLHANDLE statement, SQLUSMALLINT number, Variant& value) {
 
 }  // namespace
 
+Variant OfWhole(std::int64_t number) {
+  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
+                    number <= std::numeric_limits<std::int32_t>::max();
+  return fits ? Variant(static_cast<std::int32_t>(number)) : Variant(number);
+}
+
+Variant OfDecimal(double number) {
+  constexpr double kWholeUpTo = 9007199254740992.0;  // 2 to the 53rd
+  const bool whole = std::nearbyint(number) == number && std::fabs(number) <= kWholeUpTo;
+  return whole ? OfWhole(static_cast<std::int64_t>(number)) : Variant(number);
+}
+
+Variant OfTimestamp(const SQL_TIMESTAMP_STRUCT& moment) {
+  // MariaDB's zero dates (0000-00-00, and 2004-00-00 where it is let in) stand for "none".
+  if (moment.year == 0 || moment.month == 0 || moment.day == 0) return Variant::Null();
+  return automation::DateTime::FromParts({.year = moment.year,
+                                          .month = moment.month,
+                                          .day = moment.day,
+                                          .hour = moment.hour,
+                                          .minute = moment.minute,
+                                          .second = moment.second,
+                                          .microsecond = static_cast<int>(moment.fraction / 1000)});
+}
+
 ColumnType TypeOf(SQLSMALLINT sqlType) {
   switch (sqlType) {
     case SQL_BIT:
@@ -163,15 +169,12 @@ SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, T
     }
     case ColumnType::Integer: {
       SQLBIGINT whole = 0;
-      if (ReadFixed(statement, number, SQL_C_SBIGINT, whole, status)) value = WholeNumber(whole);
+      if (ReadFixed(statement, number, SQL_C_SBIGINT, whole, status)) value = OfWhole(whole);
       return status;
     }
     case ColumnType::Decimal: {
       double exact = 0;
-      if (!ReadFixed(statement, number, SQL_C_DOUBLE, exact, status)) return status;
-      constexpr double kWholeUpTo = 9007199254740992.0;  // 2 to the 53rd
-      const bool whole = std::nearbyint(exact) == exact && std::fabs(exact) <= kWholeUpTo;
-      value = whole ? WholeNumber(static_cast<std::int64_t>(exact)) : Variant(exact);
+      if (ReadFixed(statement, number, SQL_C_DOUBLE, exact, status)) value = OfDecimal(exact);
       return status;
     }
     case ColumnType::Double: {
@@ -181,7 +184,7 @@ SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, T
     }
     case ColumnType::DateTime: {
       SQL_TIMESTAMP_STRUCT moment{};
-      if (ReadFixed(statement, number, SQL_C_TYPE_TIMESTAMP, moment, status)) value = ToDateTime(moment);
+      if (ReadFixed(statement, number, SQL_C_TYPE_TIMESTAMP, moment, status)) value = OfTimestamp(moment);
       return status;
     }
     case ColumnType::Binary:

@@ -4,6 +4,7 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <cstdint>
 #include <string>
 
 #include "platform/adodb/engine/column.hpp"
@@ -14,6 +15,11 @@ namespace ADODB::odbc {
 
 engine::ColumnType TypeOf(SQLSMALLINT sqlType);
 
+// Values as engine::Rows promises them.
+automation::Variant OfWhole(std::int64_t number);
+automation::Variant OfDecimal(double number);
+automation::Variant OfTimestamp(const SQL_TIMESTAMP_STRUCT& moment);
+
 // How a driver hands over texts: every one as UTF-16; some as UTF-8 too, which saves the way there and back.
 enum class TextForm { Utf16, Utf8 };
 
@@ -21,6 +27,12 @@ enum class TextForm { Utf16, Utf8 };
 struct TextBuffer {
   WideText wide;
   std::string bytes;
+};
+
+// How values are fetched.
+struct FetchStyle {
+  TextForm text = TextForm::Utf16;
+  bool bound = false;  // rows may be fetched into bound memory, and what does not fit asked for afterwards
 };
 
 // Reads column `number` (from 1) of the current row into `value`, in the form that engine::Rows promises for

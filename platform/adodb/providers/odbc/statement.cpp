@@ -4,8 +4,8 @@
 
 namespace ADODB::odbc {
 
-Statement::Statement(const ConnectionHandle& connection, TextForm textForm, bool& connectionLost)
-    : connectionLost_(connectionLost), textForm_(textForm) {
+Statement::Statement(const ConnectionHandle& connection, FetchStyle style, bool& connectionLost)
+    : connectionLost_(connectionLost), style_(style) {
   SQLHANDLE raw = nullptr;
   if (!Succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection.Get(), &raw))) {
     const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, connection.Get());
@@ -56,9 +56,11 @@ std::vector<engine::Column>& Statement::Columns() {
   SQLSMALLINT count = 0;
   Check(SQLNumResultCols(handle_.Get(), &count));
   columns_.clear();
+  std::vector<SQLSMALLINT> sqlTypes;
   for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(count); ++number) {
     SQLLEN type = 0;
     Check(SQLColAttributeW(handle_.Get(), number, SQL_DESC_CONCISE_TYPE, nullptr, 0, nullptr, &type));
+    sqlTypes.push_back(static_cast<SQLSMALLINT>(type));
     engine::Column column;
     column.name = ColumnText(number, SQL_DESC_LABEL);
     column.type = TypeOf(static_cast<SQLSMALLINT>(type));
@@ -66,9 +68,21 @@ std::vector<engine::Column>& Statement::Columns() {
     if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
     columns_.push_back(std::move(column));
   }
-  row_.resize(columns_.size());
+  Bind(sqlTypes);
   described_ = true;
   return columns_;
+}
+
+void Statement::Bind(const std::vector<SQLSMALLINT>& sqlTypes) {
+  if (!slots_.empty()) SQLFreeStmt(handle_.Get(), SQL_UNBIND);
+  slots_ = std::vector<Slot>(columns_.size());
+  if (!style_.bound) return;
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    if (!BoundColumn::Suits(sqlTypes[i])) continue;
+    Check(
+        slots_[i].bound.Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, style_.text));
+    slots_[i].isBound = true;
+  }
 }
 
 std::string Statement::ColumnText(SQLUSMALLINT column, SQLUSMALLINT field) {
@@ -86,11 +100,23 @@ bool Statement::Fetch() {
   const SQLRETURN status = SQLFetch(handle_.Get());
   if (status == SQL_NO_DATA) return false;
   Check(status);
-  for (std::size_t i = 0; i < row_.size(); ++i) {
-    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, textForm_, buffer_,
-                    row_[i]));
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    Slot& slot = slots_[i];
+    slot.asked = !slot.isBound || !slot.bound.Holds();
+    if (!slot.asked) continue;
+    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, style_.text, buffer_,
+                    slot.value));
   }
   return true;
+}
+
+void Statement::Read(std::size_t column, automation::Variant& into) const {
+  const Slot& slot = slots_[column];
+  if (slot.asked) {
+    into = slot.value;
+  } else {
+    slot.bound.Read(into, buffer_);
+  }
 }
 
 void Statement::CloseCursor() {

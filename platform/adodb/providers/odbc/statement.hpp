@@ -8,6 +8,7 @@
 
 #include "platform/adodb/engine/column.hpp"
 #include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/providers/odbc/bound_column.hpp"
 #include "platform/adodb/providers/odbc/error.hpp"
 #include "platform/adodb/providers/odbc/handle.hpp"
 #include "platform/adodb/providers/odbc/parameter.hpp"
@@ -19,7 +20,7 @@ class Statement {
  public:
   // `connectionLost` becomes true when a failure means that the connection is gone; it must outlive the
   // statement.
-  Statement(const ConnectionHandle& connection, TextForm textForm, bool& connectionLost);
+  Statement(const ConnectionHandle& connection, FetchStyle style, bool& connectionLost);
 
   void Prepare(std::string_view sql);
   // Runs the prepared statement with values for its "?". All of these raise the engine's failure.
@@ -31,7 +32,8 @@ class Statement {
   std::vector<engine::Column>& Columns();
 
   bool Fetch();  // false past the last row
-  automation::Variant Value(std::size_t column) const { return row_[column]; }
+  // The value of a column of the row fetched last.
+  void Read(std::size_t column, automation::Variant& into) const;
 
   std::int64_t AffectedRows() const { return affectedRows_; }
   void CloseCursor();
@@ -39,6 +41,7 @@ class Statement {
  private:
   void Check(SQLRETURN status);
   void TakeResult(SQLRETURN status);
+  void Bind(const std::vector<SQLSMALLINT>& sqlTypes);
   std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
 
   StatementHandle handle_;
@@ -46,9 +49,17 @@ class Statement {
   std::vector<ParameterBuffer> parameters_;
   bool described_ = false;
   std::vector<engine::Column> columns_;
-  std::vector<automation::Variant> row_;
-  TextForm textForm_;
-  TextBuffer buffer_;
+  // One for each column: the memory of those that are fetched with the row, and the values of those that had
+  // to be asked for.
+  struct Slot {
+    bool isBound = false;
+    BoundColumn bound;
+    bool asked = false;
+    automation::Variant value;
+  };
+  std::vector<Slot> slots_;
+  FetchStyle style_;
+  mutable TextBuffer buffer_;
   std::int64_t affectedRows_ = 0;
 };
 

@@ -81,8 +81,17 @@ WideText ToWide(std::string_view utf8) {
 
 std::string ToUtf8(const SQLWCHAR* text, std::size_t length) {
   std::string utf8;
-  utf8.reserve(length);
-  for (std::size_t i = 0; i < length; ++i) {
+  ToUtf8(text, length, utf8);
+  return utf8;
+}
+
+void ToUtf8(const SQLWCHAR* text, std::size_t length, std::string& utf8) {
+  // Most texts are ASCII to their end, or nearly.
+  utf8.resize(length);
+  std::size_t ascii = 0;
+  for (; ascii < length && text[ascii] < 0x80; ++ascii) utf8[ascii] = static_cast<char>(text[ascii]);
+  utf8.resize(ascii);
+  for (std::size_t i = ascii; i < length; ++i) {
     char32_t value = text[i];
     if (value < 0x80) {
       utf8 += static_cast<char>(value);
@@ -94,7 +103,6 @@ std::string ToUtf8(const SQLWCHAR* text, std::size_t length) {
     }
     AppendUtf8(value, utf8);
   }
-  return utf8;
 }
 
 }  // namespace ADODB::odbc

@@ -22,5 +22,7 @@ WideText ToWide(std::string_view utf8);
 
 // Half a surrogate pair becomes U+FFFD.
 std::string ToUtf8(const SQLWCHAR* text, std::size_t length);
+// The same, into a text whose memory is used again.
+void ToUtf8(const SQLWCHAR* text, std::size_t length, std::string& utf8);
 
 }  // namespace ADODB::odbc
