@@ -68,7 +68,8 @@ WholeSuite::WholeSuite(std::unique_ptr<SuiteTables> tables) : tables_(std::move(
   OrvaneBackend::RegisterBackendCalls(classes, Home());
   OrvaneProcessMTS::RegisterEscalation(classes, Home());
   OrvServiceRequest::RegisterServiceRequest(classes, Home());
-  RegisterMailDouble(classes, doubles_);
+  RegisterMailDouble(mail_, doubles_);
+  classes.Register("CDO.Message", [this] { return mail_.Create("CDO.Message"); });
   RegisterCatalogueDoubles(classes, doubles_);
   directory_ = RegisterFakeDirectory(classes);
   doubles_->before = [this](const std::string& step) {
@@ -176,6 +177,15 @@ void WholeSuite::AddReminderWithoutQuestion(int id, const std::string& t1, const
 void WholeSuite::AddProspect(const std::string& email, int pendingQuestions) {
   demo::Table(connection_, "PROSPECT", {"EMAILID", "FIRSTNAME", "COMPANY", "PENDINGQUESTIONS"})
       .Add({email, "Vera", "Visitors Ltd", pendingQuestions});
+}
+
+void WholeSuite::Execute(const std::string& statement) {
+  connection_->Execute(ADODB::SqlFragment(statement), nullptr, ADODB::kOptionsUnspecified);
+}
+
+void WholeSuite::UseTransport(const CDO::Settings& settings) {
+  mail_ = automation::ClassTable();
+  CDO::RegisterClasses(mail_, settings);
 }
 
 WholeSuite::Texts WholeSuite::Rows(const std::string& sql) {

@@ -1,5 +1,6 @@
 // A whole suite around the solve job: a real database of any engine, real files, style sheets and suite
-// components. Only the clock, the directory and the mail transport are the test's own.
+// components. Only the clock, the directory and, where a test does not ask for the real one, the mail
+// transport are the test's own.
 //
 // The clock stands at 26 July 2004, 09:05:03; Conclusion_Time is 72 hours, Reminder_Time 24, the ERP is of
 // generation 3. All texts are those of the demo suite.
@@ -14,6 +15,8 @@
 
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/adodb/engine/provider.hpp"
+#include "platform/automation/class_table.hpp"
+#include "platform/cdo/registration.hpp"
 #include "tests/solve/suite_doubles.hpp"
 #include "tests/support/fake_directory.hpp"
 #include "tests/support/temporary_folder.hpp"
@@ -54,6 +57,10 @@ class WholeSuite {
   void Add(const std::vector<Case>& cases);
   void AddReminderWithoutQuestion(int id, const std::string& t1, const std::string& t2);
   void AddProspect(const std::string& email, int pendingQuestions);
+  // Changes rows beside the job.
+  void Execute(const std::string& statement);
+  // Mails leave through the real transport from now on, instead of being kept in `doubles_`.
+  void UseTransport(const CDO::Settings& settings);
   void Run() { job_.Run(); }
 
   // The rows of a statement, columns joined by "|", dates as above, nulls as NULL.
@@ -74,6 +81,7 @@ class WholeSuite {
   void FillTexts();
   void FillDirectory();
 
+  automation::ClassTable mail_;  // the mail component of the moment
   ADODB::ConnectionPtr connection_;
   OrvaneProcess::SolveOnNoResponseJob job_;
 };
