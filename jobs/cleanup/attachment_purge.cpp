@@ -32,6 +32,10 @@ void CleanUp::DeleteSharedItems(const automation::VariantArray& names, OrvCommon
       ->DeleteListedItems(m_sFTPPath, names, kind);
 }
 
+std::vector<Scripting::FilePtr> CleanUp::AttachedFiles(const Scripting::Folder& folder) {
+  return folder.IsLink() ? std::vector<Scripting::FilePtr>() : folder.Files();
+}
+
 void CleanUp::DeleteSRAttchmentsFilesWithzerostatus() {
   try {
     ADODB::Statement query = "SELECT * FROM QUESTIONS WHERE Q_STATUS = 0 AND Q_DATE < ";
@@ -115,7 +119,7 @@ void CleanUp::DeleteSRAttchmentsFilesWithotherstatus() {
       names.at(count++) = item + "\\" + fileName;
       if (FileSystem().FolderExists(folder)) {
         m_oCurrentFolder = FileSystem().GetFolder(folder);
-        for (const Scripting::FilePtr& file : m_oCurrentFolder->Files()) {
+        for (const Scripting::FilePtr& file : AttachedFiles(*m_oCurrentFolder)) {
           m_oCurrentFile = file;
           if (locale.ToLower(fileName) == locale.ToLower(file->Name())) {
             FileSystem().DeleteFile(folder + file->Name(), false);

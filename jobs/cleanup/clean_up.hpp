@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/job.hpp"
@@ -71,6 +72,9 @@ class CleanUp : public Job {
 
   bool AgeTest(automation::DateTime lastAccessed);
   bool MonthTest(automation::DateTime lastAccessed);
+  // The files directly in the folder of a question's attachments. A link in its place holds none of them:
+  // what lies behind it is not the suite's, whatever its name.
+  static std::vector<Scripting::FilePtr> AttachedFiles(const Scripting::Folder& folder);
   // Deletes the files directly in the current folder path that pass the age test, or the month test.
   void DeleteFilesByAge();
   void DeleteFilesByMonth(const Scripting::Folder& folder, const std::string& path);

@@ -29,7 +29,7 @@ void CleanUp::DeleteFilesByAge() {
 }
 
 void CleanUp::DeleteFilesByMonth(const Scripting::Folder& folder, const std::string& path) {
-  for (const Scripting::FilePtr& file : folder.Files()) {
+  for (const Scripting::FilePtr& file : AttachedFiles(folder)) {
     m_oCurrentFile = file;
     if (MonthTest(file->DateLastAccessed())) FileSystem().DeleteFile(path + file->Name(), false);
   }

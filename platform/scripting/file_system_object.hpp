@@ -47,6 +47,8 @@ class Folder : public automation::Object {
   virtual std::string Name() const = 0;
   virtual std::string Path() const = 0;
   virtual automation::DateTime DateLastAccessed() const = 0;
+  // Whether a link stands here and what the folder holds lies elsewhere.
+  virtual bool IsLink() const = 0;
   // The direct children at the moment of the call, ordered by name. Links to files count as files, links to
   // folders as folders.
   virtual std::vector<FilePtr> Files() const = 0;

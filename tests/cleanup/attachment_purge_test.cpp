@@ -294,6 +294,29 @@ TEST_F(OldAttachmentsTest, AMissingFolderEndsThePurgeWhileOnlyMatchingFilesWereS
   EXPECT_THAT(Executed(), ElementsAre("DELETE FROM PREVIEW "));
 }
 
+TEST_F(OldAttachmentsTest, OnAWebFarmAMissingFolderKeepsTheListFromBeingHandedOn) {
+  OnAWebFarm();
+  AddDataFile(17, "a.txt", 1, kOld);
+  AddDataFile(18, "b.txt", 1, kOld);
+  AddFile("SRATTACHMENTS/18Q/b.txt");
+  Run();
+  EXPECT_THAT(Messages(),
+              Contains("ORVProcess.cleanup.DeleteSRAttchmentsFilesWithotherstatus caught: Path not "
+                       "found (76). Additional information: Path not found"));
+  EXPECT_THAT(farm_->calls, Not(Contains(HasSubstr("DeleteListedItems"))));
+  EXPECT_TRUE(Exists("SRATTACHMENTS/18Q/b.txt"));
+  EXPECT_THAT(DataFiles(), ElementsAre("17:1:a.txt", "18:1:b.txt"));
+}
+
+TEST_F(OldAttachmentsTest, OnAWebFarmAMissingFolderIsHandedOnOnceAnotherFileWasSeen) {
+  OnAWebFarm();
+  AddDataFile(17, "a.txt", 1, kOld);
+  AddDataFile(18, "b.txt", 1, kOld);
+  AddFile("SRATTACHMENTS/17Q/other.txt");
+  Run();
+  EXPECT_THAT(farm_->calls, Contains("DeleteListedItems(ftp://farm, [17Q\\a.txt|18Q\\b.txt], 15)"));
+}
+
 TEST_F(OldAttachmentsTest, AMissingFolderIsPassedOverOnceAnotherFileWasSeen) {
   AddDataFile(17, "a", 1, kOld);
   AddDataFile(18, "a", 1, kOld);

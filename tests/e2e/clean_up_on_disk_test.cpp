@@ -114,6 +114,54 @@ TEST_F(CleanUpOnDiskTest, AnAttachmentFolderThatIsALinkGoesAsALink) {
   EXPECT_TRUE(fs::exists(suite_.suite.Folder().Path() / "precious/ledger.txt"));
 }
 
+TEST_F(CleanUpOnDiskTest, NoAttachmentIsDeletedBehindALinkInItsFoldersPlace) {
+  suite_.suite.Folder().Write("precious/report.txt", "x");
+  suite_.suite.Folder().Write("precious/other.txt", "x");
+  suite_.AddFile("SRATTACHMENTS/17Q/old.txt");
+  suite_.AddFile("SRATTACHMENTS/19Q/old.txt");
+  fs::create_directory_symlink("../../../precious", suite_.suite.Home() / "Data/SRATTACHMENTS/18Q");
+  const std::string old = DateText(-30 * kHour);
+  for (const char* file : {"17, 'old.txt'", "18, 'report.txt'", "19, 'old.txt'"}) {
+    suite_.database.Execute("INSERT INTO DATAFILES VALUES (" + std::string(file) + ", 1, '" + old + "')");
+  }
+
+  EXPECT_EQ(suite_.Run().exitCode, 0);
+
+  EXPECT_TRUE(fs::exists(suite_.suite.Folder().Path() / "precious/report.txt"));
+  EXPECT_TRUE(fs::exists(suite_.suite.Folder().Path() / "precious/other.txt"));
+  EXPECT_THAT(suite_.Files(), IsEmpty());
+  EXPECT_FALSE(suite_.Exists("SRATTACHMENTS/18Q"));
+  EXPECT_THAT(suite_.database.Rows("SELECT * FROM DATAFILES"), IsEmpty());
+  EXPECT_THAT(suite_.suite.ErrorLog(), IsEmpty());
+}
+
+// An operator may keep a folder of the suite on another disk.
+TEST_F(CleanUpOnDiskTest, AFolderOfTheSuiteThatIsALinkIsSweptWhereItLies) {
+  const fs::path data = suite_.suite.Home() / "Data";
+  for (const char* folder : {"HTML", "CHAT"}) {
+    suite_.suite.Folder().Write(fs::path("disk2") / folder / "a.txt", "x");
+    suite_.suite.Folder().Write(fs::path("disk2") / folder / "deep/b.txt", "x");
+    suite_.suite.Folder().Write(fs::path("disk2/beside.txt"), "x");
+    fs::create_directory_symlink(fs::path("../../disk2") / folder, data / folder);
+  }
+  fs::create_symlink("../beside.txt", suite_.suite.Folder().Path() / "disk2/HTML/link.txt");
+  suite_.suite.Folder().Write("disk2/CHAT/live.txt", "x");
+  suite_.database.Execute("INSERT INTO CHATSESSIONS VALUES ('live.txt')");
+
+  EXPECT_EQ(suite_.Run().exitCode, 0);
+
+  const fs::path disk = suite_.suite.Folder().Path() / "disk2";
+  EXPECT_TRUE(fs::is_symlink(data / "HTML"));
+  EXPECT_TRUE(fs::is_symlink(data / "CHAT"));
+  EXPECT_FALSE(fs::exists(disk / "HTML/a.txt"));
+  EXPECT_FALSE(fs::exists(disk / "CHAT/a.txt"));
+  EXPECT_FALSE(fs::is_symlink(disk / "HTML/link.txt"));
+  for (const char* kept : {"HTML/deep/b.txt", "CHAT/deep/b.txt", "CHAT/live.txt", "beside.txt"}) {
+    EXPECT_TRUE(fs::exists(disk / kept)) << kept;
+  }
+  EXPECT_THAT(suite_.suite.ErrorLog(), IsEmpty());
+}
+
 TEST_F(CleanUpOnDiskTest, FilesWithoutPermissionEndTheirSweepAndTheNextOnesRun) {
   suite_.AddFile("HTML/a.htm");
   suite_.AddFile("HTML/sealed.htm");

@@ -102,6 +102,21 @@ TEST_F(LocalFileSystemTest, DeletesAFolderThatIsALinkAsALink) {
   EXPECT_TRUE(Exists("outside/kept.txt"));
 }
 
+TEST_F(LocalFileSystemTest, TellsAFolderFromALinkToOne) {
+  fs::create_directories(Native("data/18Q"));
+  fs::create_directory(Native("outside"));
+  fs::create_directory_symlink(Native("outside"), Native("data/17Q"));
+  fs::create_directory_symlink(Native("data"), Native("Elsewhere"));
+  EXPECT_TRUE(files_->GetFolder(Full("data\\17q\\"))->IsLink());
+  EXPECT_FALSE(files_->GetFolder(Full("data/18Q"))->IsLink());
+  // A link further up does not make a link of what is found behind it.
+  EXPECT_FALSE(files_->GetFolder(Full("elsewhere/18Q"))->IsLink());
+  EXPECT_TRUE(files_->GetFolder(Full("data"))->SubFolders().front()->IsLink());
+  const Scripting::FolderPtr gone = files_->GetFolder(Full("data/18Q"));
+  fs::remove(Native("data/18Q"));
+  EXPECT_EQ(ErrorNumberOf([&] { gone->IsLink(); }), 76);
+}
+
 TEST_F(LocalFileSystemTest, DeletesAFileThatIsALinkAsALink) {
   AddFile("outside.txt");
   fs::create_directories(Native("HTML"));

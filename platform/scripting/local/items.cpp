@@ -101,6 +101,11 @@ class LocalFolder : public Folder {
   automation::DateTime DateLastAccessed() const override {
     return LocalTime(StatusOf(path_->native, ErrorNumber::PathNotFound).st_atim);
   }
+  bool IsLink() const override {
+    struct stat itself {};
+    if (lstat(path_->native.c_str(), &itself) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    return S_ISLNK(itself.st_mode);
+  }
 
   std::vector<FilePtr> Files() const override {
     std::vector<FilePtr> files;

@@ -98,6 +98,7 @@ class MemoryFolder : public Folder {
   std::string Name() const override { return node_->name; }
   std::string Path() const override { return shown_; }
   automation::DateTime DateLastAccessed() const override { return Present().accessed; }
+  bool IsLink() const override { return false; }  // there are none in memory
 
   std::vector<FilePtr> Files() const override {
     std::vector<FilePtr> files;
