@@ -138,12 +138,13 @@ TEST_F(CleanUpOnDiskTest, NoAttachmentIsDeletedBehindALinkInItsFoldersPlace) {
 // An operator may keep a folder of the suite on another disk.
 TEST_F(CleanUpOnDiskTest, AFolderOfTheSuiteThatIsALinkIsSweptWhereItLies) {
   const fs::path data = suite_.suite.Home() / "Data";
+  fs::create_directories(data);
   for (const char* folder : {"HTML", "CHAT"}) {
     suite_.suite.Folder().Write(fs::path("disk2") / folder / "a.txt", "x");
     suite_.suite.Folder().Write(fs::path("disk2") / folder / "deep/b.txt", "x");
-    suite_.suite.Folder().Write(fs::path("disk2/beside.txt"), "x");
     fs::create_directory_symlink(fs::path("../../disk2") / folder, data / folder);
   }
+  suite_.suite.Folder().Write("disk2/beside.txt", "x");
   fs::create_symlink("../beside.txt", suite_.suite.Folder().Path() / "disk2/HTML/link.txt");
   suite_.suite.Folder().Write("disk2/CHAT/live.txt", "x");
   suite_.database.Execute("INSERT INTO CHATSESSIONS VALUES ('live.txt')");
