@@ -62,8 +62,8 @@ class ArchiveInstallation {
 // `name`: "sqlite", "postgresql", "mariadb".
 std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite);
 
-// The rows of most failure tests: three customers ("ann", "bob", "eve"), two requests each, two transactions a
-// request. The description of request N is "request-N", the name of transaction N "step-N".
+// The rows of most failure tests: three customers ("ann", "bob", "eve"), two requests each, two transactions
+// a request. The description of request N is "request-N", the name of transaction N "step-N".
 inline constexpr int kRequests = 6;
 inline constexpr int kTransactions = 12;
 std::vector<Person> ThreeCustomers();

@@ -68,6 +68,11 @@ TcpProxy::~TcpProxy() {
   close(listener_);
 }
 
+void TcpProxy::TakeNoMore() {
+  takesMore_ = false;
+  std::this_thread::sleep_for(3 * kGlance);  // each connection looks at least that often
+}
+
 void TcpProxy::Accept() {
   while (!stopping_) {
     if (!Readable(listener_, kGlance)) continue;
@@ -86,7 +91,7 @@ void TcpProxy::Serve(int program) {
   const sockaddr_in address = Loopback(serverPort_);
   bool open = connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   std::array<char, 65'536> buffer{};
-  while (open && !stopping_) {
+  while (open && !stopping_ && takesMore_) {
     std::array<pollfd, 2> ends{pollfd{program, POLLIN, 0}, pollfd{server, POLLIN, 0}};
     if (poll(ends.data(), ends.size(), static_cast<int>(kGlance.count())) <= 0) continue;
     for (const pollfd& end : ends) {

@@ -26,8 +26,8 @@ class TcpProxy {
   TcpProxy(const TcpProxy&) = delete;
 
   int Port() const { return port_; }
-  // From now on new connections are closed as soon as they are made.
-  void TakeNoMore() { takesMore_ = false; }
+  // Closes all connections but the one that is being watched, and new ones as soon as they are made.
+  void TakeNoMore();
 
  private:
   void Accept();
