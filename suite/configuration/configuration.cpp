@@ -55,6 +55,7 @@ struct Installation {
       : home(std::move(folder)), siteFile(SiteConfigurationPath(home)) {}
   const std::filesystem::path home;
   CurrentSiteFile siteFile;
+  RereadSiteFile loadedFiles;  // what Load and LoadFile read
 };
 
 class SiteConfiguration : public Configuration {
@@ -69,10 +70,8 @@ class SiteConfiguration : public Configuration {
   }
   std::string getInstallDir() override { return installation_->home.string(); }
 
-  void Load() override { loaded_ = SiteFile::Read(SiteConfigurationPath(installation_->home)); }
-  void LoadFile(std::string_view path) override {
-    loaded_ = SiteFile::Read(suite::NativePath(path, installation_->home));
-  }
+  void Load() override { LoadNative(SiteConfigurationPath(installation_->home)); }
+  void LoadFile(std::string_view path) override { LoadNative(suite::NativePath(path, installation_->home)); }
   automation::Variant GetValue(std::string_view section, std::string_view key) const override {
     if (!loaded_) {
       throw automation::Error(kNotLoaded, "Vantrel.Configuration",
@@ -82,9 +81,11 @@ class SiteConfiguration : public Configuration {
   }
 
  private:
+  void LoadNative(const std::filesystem::path& file) { loaded_ = installation_->loadedFiles.Read(file); }
+
   const std::shared_ptr<Installation> installation_;
   std::string product_;
-  std::optional<SiteFile> loaded_;
+  std::shared_ptr<const SiteFile> loaded_;
 };
 
 }  // namespace

@@ -3,10 +3,7 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
-#include <fstream>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -41,30 +38,6 @@ std::string Trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-std::string ReadWhole(const std::filesystem::path& file) {
-  const auto fail = [&file](const std::string& why) {
-    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
-                            file.string() + ": " + why + "; expected the site configuration of a suite");
-  };
-  std::error_code failed;
-  if (std::filesystem::is_directory(file, failed)) fail("is a folder");
-  errno = 0;
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) fail("cannot be read: " + std::generic_category().message(errno));
-  // In small steps: jobs read this file for every user that they look up, and it is a page long.
-  constexpr std::size_t kStep = 8192;
-  std::string content;
-  while (stream && content.size() <= kLargestFile) {
-    const std::size_t before = content.size();
-    content.resize(before + kStep);
-    stream.read(content.data() + before, kStep);
-    content.resize(before + static_cast<std::size_t>(stream.gcount()));
-  }
-  if (stream.bad()) fail("cannot be read: " + std::generic_category().message(errno));
-  if (content.size() > kLargestFile) fail("is larger than 1 MiB");
-  return content;
-}
-
 }  // namespace
 
 // Walks the document and says, for whatever does not belong there, where it stands and what should.
@@ -72,8 +45,7 @@ class SiteFileReader {
  public:
   explicit SiteFileReader(const std::filesystem::path& file) { result_.path_ = file; }
 
-  SiteFile Read() {
-    const std::string content = ReadWhole(result_.path_);
+  SiteFile Read(std::string_view content) {
     const std::unique_ptr<xmlDoc, FreeDocument> document = Parse(content);
     if (const xmlDtd* type = xmlGetIntSubset(document.get()); type != nullptr) {
       Fail(xmlGetLineNo(reinterpret_cast<const xmlNode*>(type)), "found a document type; expected none");
@@ -105,7 +77,7 @@ class SiteFileReader {
     Fail(xmlGetLineNo(node), "found " + found + "; expected " + expected);
   }
 
-  std::unique_ptr<xmlDoc, FreeDocument> Parse(const std::string& content) const {
+  std::unique_ptr<xmlDoc, FreeDocument> Parse(std::string_view content) const {
     const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
     if (!context) throw automation::Error(automation::ErrorNumber::OutOfMemory);
     std::unique_ptr<xmlDoc, FreeDocument> document(
@@ -170,7 +142,25 @@ class SiteFileReader {
 };
 
 SiteFile SiteFile::Read(const std::filesystem::path& file) {
-  return SiteFileReader(file).Read();
+  return *RereadSiteFile().Read(file);
+}
+
+std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path& file) {
+  const auto fail = [&file](const std::string& why) {
+    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
+                            file.string() + ": " + why + "; expected the site configuration of a suite");
+  };
+  const std::lock_guard lock(mutex_);
+  try {
+    const suite::RereadFile::Outcome outcome = bytes_.Read(file, kLargestFile);
+    if (outcome == suite::RereadFile::Outcome::TooLarge) fail("is larger than 1 MiB");
+    if (outcome == suite::RereadFile::Outcome::Other) parsed_ = nullptr;
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::is_a_directory) fail("is a folder");
+    fail("cannot be read: " + error.code().message());
+  }
+  if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFileReader(file).Read(bytes_.Content()));
+  return parsed_;
 }
 
 const std::string& SiteFile::Connection(std::string_view product, std::string_view connection) const {

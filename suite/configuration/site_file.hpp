@@ -10,10 +10,14 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "suite/paths/reread_file.hpp"
 
 namespace Vantrel {
 
@@ -49,6 +53,19 @@ class SiteFile {
   std::filesystem::path path_;
   Table connections_;  // {product, connection}
   Table values_;       // {section, key}
+};
+
+// Site files as they are whenever they are asked for. The file is read each time; a file with the same bytes
+// as the one before is not parsed again, because a job asks for every person that it looks up.
+class RereadSiteFile {
+ public:
+  // As SiteFile::Read.
+  std::shared_ptr<const SiteFile> Read(const std::filesystem::path& file);
+
+ private:
+  std::mutex mutex_;
+  suite::RereadFile bytes_;
+  std::shared_ptr<const SiteFile> parsed_;  // null unless it is what bytes_ holds
 };
 
 }  // namespace Vantrel

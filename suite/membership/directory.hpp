@@ -27,6 +27,11 @@ class Directory {
                      std::string_view root) = 0;
 };
 
-std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file);
+// The people of an LDIF file. The file is read for every look-up; what was made of it is used again as long
+// as the same bytes come.
+class LdifPeople;
+std::shared_ptr<LdifPeople> MakeLdifPeople();
+
+std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people);
 
 }  // namespace VnMembership

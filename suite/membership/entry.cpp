@@ -4,10 +4,23 @@
 
 namespace VnMembership {
 
+namespace {
+
+char FoldedCharacter(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
 bool IgnoreCase::operator()(std::string_view left, std::string_view right) const {
-  const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
   return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                      [folded](char a, char b) { return folded(a) < folded(b); });
+                                      [](char a, char b) { return FoldedCharacter(a) < FoldedCharacter(b); });
+}
+
+std::string Folded(std::string_view text) {
+  std::string folded(text);
+  std::transform(folded.begin(), folded.end(), folded.begin(), FoldedCharacter);
+  return folded;
 }
 
 std::string Entry::Value(std::string_view attribute) const {

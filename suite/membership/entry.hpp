@@ -14,6 +14,9 @@ struct IgnoreCase {
   bool operator()(std::string_view left, std::string_view right) const;
 };
 
+// A text with its ASCII letters in lower case.
+std::string Folded(std::string_view text);
+
 struct Entry {
   std::string dn;
   std::map<std::string, std::vector<std::string>, IgnoreCase> attributes;

@@ -1,6 +1,8 @@
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <cstddef>
+#include <mutex>
+#include <system_error>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -8,6 +10,7 @@
 #include "suite/membership/directory.hpp"
 #include "suite/membership/distinguished_name.hpp"
 #include "suite/membership/ldif.hpp"
+#include "suite/paths/reread_file.hpp"
 
 namespace VnMembership {
 namespace {
@@ -16,61 +19,100 @@ namespace {
   throw automation::Error(number, "VnMembership.User", description);
 }
 
-class LdifDirectory : public Directory {
+constexpr std::size_t kLargestFile = std::size_t{1} << 30;
+
+}  // namespace
+
+class LdifPeople {
  public:
-  explicit LdifDirectory(std::filesystem::path file) : file_(std::move(file)) {}
-
-  Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
-             std::string_view root) override {
-    std::vector<Entry> entries = Read();
-    CheckAccount(entries, bindName, credential);
-
-    const auto isMeant = [&](const Entry& entry) {
-      return HasId(entry, userId) && LiesBelow(entry.dn, root);
-    };
-    const auto found = std::find_if(entries.begin(), entries.end(), isMeant);
-    if (found == entries.end()) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
-    if (std::find_if(found + 1, entries.end(), isMeant) != entries.end()) {
-      Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
+  Entry Find(const std::filesystem::path& file, std::string_view userId, std::string_view bindName,
+             std::string_view credential, std::string_view root) {
+    const std::lock_guard lock(mutex_);
+    Read(file);
+    CheckAccount(bindName, credential);
+    const Entry* found = nullptr;
+    for (auto [at, end] = byId_.equal_range(Folded(userId)); at != end; ++at) {
+      const Entry& entry = entries_[at->second];
+      if (&entry == found || !LiesBelow(entry.dn, root)) continue;
+      if (found != nullptr) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
+      found = &entry;
     }
-    return std::move(*found);
+    if (found == nullptr) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
+    return *found;
   }
 
  private:
-  std::vector<Entry> Read() const {
-    std::ifstream stream(file_, std::ios::binary);
-    if (!stream) Raise(kDirectoryUnavailable, file_.string() + ": the directory's file cannot be read");
-    const std::string text(std::istreambuf_iterator<char>(stream), {});
-    return ParseLdif(text, file_.string());
+  void Read(const std::filesystem::path& file) {
+    using Outcome = suite::RereadFile::Outcome;
+    Outcome outcome = Outcome::TooLarge;
+    try {
+      outcome = bytes_.Read(file, kLargestFile);
+    } catch (const std::system_error&) {
+    }
+    if (outcome == Outcome::TooLarge) {
+      Raise(kDirectoryUnavailable, file.string() + ": the directory's file cannot be read");
+    }
+    if (outcome == Outcome::Same && parsed_) return;
+    parsed_ = false;
+    byId_.clear();
+    accounts_.clear();
+    entries_ = ParseLdif(bytes_.Content(), file.string());
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      const auto& attributes = entries_[i].attributes;
+      if (const auto ids = attributes.find("uid"); ids != attributes.end()) {
+        for (const std::string& id : ids->second) byId_.emplace(Folded(id), i);
+      }
+      if (attributes.contains("userPassword")) accounts_.emplace(NormalName(entries_[i].dn), i);
+    }
+    parsed_ = true;
   }
 
   // One answer for a wrong name and a wrong password. A file in which no entry has a password keeps no
   // accounts: whoever may read the file may read its people.
-  static void CheckAccount(const std::vector<Entry>& entries, std::string_view bindName,
-                           std::string_view credential) {
-    if (std::none_of(entries.begin(), entries.end(),
-                     [](const Entry& entry) { return entry.attributes.contains("userPassword"); })) {
-      return;
-    }
-    const std::string name = NormalName(bindName);
-    for (const Entry& entry : entries) {
-      if (credential.empty() || NormalName(entry.dn) != name) continue;
-      const auto passwords = entry.attributes.find("userPassword");
-      if (passwords != entry.attributes.end() && std::find(passwords->second.begin(), passwords->second.end(),
-                                                           credential) != passwords->second.end()) {
-        return;
-      }
+  void CheckAccount(std::string_view bindName, std::string_view credential) const {
+    if (accounts_.empty()) return;
+    for (auto [at, end] = accounts_.equal_range(NormalName(bindName)); at != end && !credential.empty();
+         ++at) {
+      const std::vector<std::string>& passwords =
+          entries_[at->second].attributes.find("userPassword")->second;
+      if (std::find(passwords.begin(), passwords.end(), credential) != passwords.end()) return;
     }
     Raise(kAccountRefused, "The directory refuses the account " + std::string(bindName));
   }
 
+  std::mutex mutex_;
+  suite::RereadFile bytes_;
+  bool parsed_ = false;  // what follows was made of bytes_
+  std::vector<Entry> entries_;
+  std::unordered_multimap<std::string, std::size_t> byId_;      // places in entries_ by uid, in lower case
+  std::unordered_multimap<std::string, std::size_t> accounts_;  // ... of those with a password, by name
+};
+
+namespace {
+
+class LdifDirectory : public Directory {
+ public:
+  LdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people)
+      : file_(std::move(file)), people_(std::move(people)) {}
+
+  Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
+             std::string_view root) override {
+    return people_->Find(file_, userId, bindName, credential, root);
+  }
+
+ private:
   const std::filesystem::path file_;
+  const std::shared_ptr<LdifPeople> people_;
 };
 
 }  // namespace
 
-std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file) {
-  return std::make_unique<LdifDirectory>(std::move(file));
+std::shared_ptr<LdifPeople> MakeLdifPeople() {
+  return std::make_shared<LdifPeople>();
+}
+
+std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people) {
+  return std::make_unique<LdifDirectory>(std::move(file), std::move(people));
 }
 
 }  // namespace VnMembership

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "components/interfaces/user.hpp"
 #include "platform/automation/error.hpp"
@@ -57,14 +58,26 @@ LdapServer ServerSettings(const Vantrel::SiteFile& site, const std::string& url)
   return server;
 }
 
+// What the user objects of one installation share: how the two files read that each of them reads anew.
+struct Files {
+  Vantrel::RereadSiteFile site;
+  std::shared_ptr<LdifPeople> people = MakeLdifPeople();
+};
+
 class DirectoryUser : public User {
  public:
+  explicit DirectoryUser(std::shared_ptr<Files> files) : files_(std::move(files)) {}
+
   void setServerInfo(std::string_view configurationFile) override {
-    const std::filesystem::path file = suite::NativePath(configurationFile, std::filesystem::current_path());
-    const Vantrel::SiteFile site = Vantrel::SiteFile::Read(file);
+    const bool absolute = StartsWith(configurationFile, "/") || StartsWith(configurationFile, "\\");
+    const std::filesystem::path file = suite::NativePath(
+        configurationFile, absolute ? std::filesystem::path() : std::filesystem::current_path());
+    const std::shared_ptr<const Vantrel::SiteFile> current = files_->site.Read(file);
+    const Vantrel::SiteFile& site = *current;
     root_ = site.FindValue("MEMBERSHIP", "LDAPRoot").value_or("");
     const std::string server = site.FindValue("MEMBERSHIP", "LDAPServer").value_or("");
-    directory_ = server.empty() ? OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()))
+    directory_ = server.empty() ? OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()),
+                                                    files_->people)
                                 : OpenLdapDirectory(ServerSettings(site, server));
   }
 
@@ -111,6 +124,7 @@ class DirectoryUser : public User {
     return number;
   }
 
+  const std::shared_ptr<Files> files_;
   std::unique_ptr<Directory> directory_;
   std::string root_;
   std::optional<Entry> entry_;
@@ -119,7 +133,8 @@ class DirectoryUser : public User {
 }  // namespace
 
 void RegisterUser(automation::ClassTable& classes) {
-  classes.Register(kUserProgId, [] { return std::make_shared<DirectoryUser>(); });
+  auto files = std::make_shared<Files>();
+  classes.Register(kUserProgId, [files] { return std::make_shared<DirectoryUser>(files); });
 }
 
 }  // namespace VnMembership

@@ -1,8 +1,11 @@
 #include "suite/paths/native_path.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace suite {
 namespace {
@@ -32,12 +35,27 @@ fs::path Entry(const fs::path& folder, const std::string& name) {
   return found.empty() ? exact : folder / found;
 }
 
+// Nearly always every part is there letter for letter, and one look at the whole tells so. `exact` is then
+// the path without superfluous separators.
+bool IsThereAsSpelled(const fs::path& whole, fs::path& exact) {
+  std::string text;
+  for (const char c : whole.native()) {
+    if (c != '/' || text.empty() || text.back() != '/') text += c;
+  }
+  if (text.size() > 1 && text.back() == '/') text.pop_back();
+  struct stat status {};
+  if (lstat(text.c_str(), &status) != 0) return false;
+  exact = std::move(text);
+  return true;
+}
+
 }  // namespace
 
 fs::path NativePath(std::string_view path, const fs::path& base) {
   std::string text(path);
   std::replace(text.begin(), text.end(), '\\', '/');
   const fs::path whole = fs::path(text).is_absolute() ? fs::path(text) : base / text;
+  if (fs::path exact; IsThereAsSpelled(whole, exact)) return exact;
 
   fs::path result = whole.root_path();
   for (const fs::path& part : whole.relative_path()) {

@@ -82,6 +82,24 @@ TEST_F(DialectTest, ReadsALocalDateTimeTextAsTheRunsLocaleWritesIt) {
                           "day)<timestamp'2004-07-08 09:05:03'"));
 }
 
+TEST_F(DialectTest, NamesTheTableOfADeleteByASubqueryTwiceForMariaDb) {
+  const std::string rest =
+      " TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR='jdoe')";
+  EXPECT_THAT(Translated("Delete from" + rest, mariadb_), ElementsAre("Delete TRANSACTIONS from" + rest));
+  EXPECT_THAT(Translated("Delete from" + rest, postgresql_), ElementsAre("Delete from" + rest));
+}
+
+TEST_F(DialectTest, NamesNoTableTwiceWhereMariaDbWouldRefuseIt) {
+  for (const std::string sql :
+       {"delete from T where A in (select A from T where B=1)", "delete from T where A in (1,2)",
+        "delete from T where A in (select A from S) order by A limit 5",
+        "delete from T where A in (select A from S) returning A",
+        "delete from `T` where A in (select A from S)", "delete from T where A in (select A from `T`)",
+        "delete from T", "update T set A=1 where A in (select A from S)"}) {
+    EXPECT_THAT(Translated(sql, mariadb_), ElementsAre(sql));
+  }
+}
+
 TEST_F(DialectTest, LeavesTokensInsideTextsAlone) {
   for (const Dialect* dialect : {&postgresql_, &mariadb_, &sqlserver_}) {
     const std::string sql = "select 'isnull(a,b) {ts ''x''} + dateadd(d,1,c)' from PARAMETERS";

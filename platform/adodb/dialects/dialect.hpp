@@ -35,6 +35,11 @@ class Dialect {
   // engine compares with its date columns. `text` is "YYYY-MM-DD HH:MM:SS", maybe with a fraction.
   virtual std::string Timestamp(std::string_view text) const = 0;
 
+  // True where a DELETE looks into its "in (select ...)" once for each row of the whole table, unless it
+  // names the table a second time: "DELETE t FROM t WHERE ...", which may go from the subquery's rows to the
+  // table.
+  virtual bool JoinsWhenDeleteNamesItsTable() const { return false; }
+
   // True where a value that is bound as a parameter is compared exactly as the same value written as a
   // literal, whatever the column's type. An engine that types its parameters by themselves answers false.
   virtual bool ComparesBoundValuesAsLiterals() const { return false; }

@@ -27,6 +27,8 @@ class MariaDb : public Dialect {
     return sql + ")";
   }
 
+  bool JoinsWhenDeleteNamesItsTable() const override { return true; }
+
   // A typed literal: a plain text would be compared as text with some expressions.
   std::string Timestamp(std::string_view text) const override {
     return "timestamp'" + std::string(text) + "'";

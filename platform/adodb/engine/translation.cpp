@@ -265,6 +265,28 @@ class Translator {
   bool usesLocale_ = false;
 };
 
+// The table of "delete from NAME where ... in (select ...)", empty for any other statement. The form that
+// names the table twice takes no second look at it, no order and no limit.
+std::string_view TableOfDeleteBySubquery(std::string_view sql, const std::vector<Token>& tokens) {
+  constexpr std::size_t kShortest = 7;  // delete from NAME where X in (select
+  if (tokens.size() < kShortest || !Is(sql, tokens[0], "delete") || !Is(sql, tokens[1], "from") ||
+      tokens[2].kind != TokenKind::Word || !Is(sql, tokens[3], "where")) {
+    return {};
+  }
+  const std::string_view table = tokens[2].In(sql);
+  bool asksSubquery = false;
+  for (std::size_t i = 4; i < tokens.size(); ++i) {
+    const Token& token = tokens[i];
+    if (token.kind == TokenKind::QuotedName || EqualsIgnoringAsciiCase(token.In(sql), table)) return {};
+    for (const std::string_view word : {"order", "limit", "returning"}) {
+      if (Is(sql, token, word)) return {};
+    }
+    asksSubquery = asksSubquery ||
+                   (Is(sql, tokens[i - 2], "in") && Is(sql, tokens[i - 1], "(") && Is(sql, token, "select"));
+  }
+  return asksSubquery ? table : std::string_view();
+}
+
 }  // namespace
 
 Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
@@ -290,6 +312,13 @@ Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
     }
   }
   if (translation.statements.empty()) translation.statements.push_back(translator.Render(0, tokens.size()));
+  if (dialect.JoinsWhenDeleteNamesItsTable() && translation.statements.size() == 1) {
+    if (const std::string_view table = TableOfDeleteBySubquery(sql, tokens); !table.empty()) {
+      std::string& statement = translation.statements.front();
+      constexpr std::string_view kDelete = "delete";
+      statement.insert(kDelete.size(), " " + std::string(table));
+    }
+  }
   translation.usesLocale = translator.UsesLocale();
   return translation;
 }

@@ -101,4 +101,15 @@ TEST_F(ConfigurationTest, LoadReadsTheFileAnewEachTime) {
   EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1041"));
 }
 
+TEST_F(ConfigurationTest, LoadReportsABrokenFileUntilItIsMended) {
+  const auto configuration = Create();
+  configuration->Load();
+  folder_.Write("home/config/siteConfiguration.xml", "<siteConfiguration>");
+  EXPECT_THROW(configuration->Load(), automation::Error);
+  EXPECT_THROW(Create()->Load(), automation::Error);
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("first", "1043"));
+  configuration->Load();
+  EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1043"));
+}
+
 }  // namespace

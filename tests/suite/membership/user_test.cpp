@@ -196,4 +196,26 @@ TEST_F(UserTest, NothingIsKnownBeforeTheBind) {
             "setServerInfo must be called before BindAs");
 }
 
+TEST_F(UserTest, AnEditOfTheDirectoryCountsFromTheNextLookUp) {
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
+  std::string people(kPeople);
+  people.replace(people.find("Jane"), 4, "Jill");
+  folder_.Write("home/config/directory.ldif", people);
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Jill");
+  people.replace(people.find("secret"), 6, "others");
+  folder_.Write("home/config/directory.ldif", people);
+  EXPECT_EQ(Failure(VnMembership::kAccountRefused, [&] { Bind("jdoe"); }),
+            "The directory refuses the account cn=orvane,dc=site");
+  EXPECT_EQ(Bind("jdoe", "cn=orvane,dc=site", "others")->FirstName(), "Jill");
+}
+
+TEST_F(UserTest, ADirectoryThatBreaksIsReportedUntilItIsMended) {
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
+  folder_.Write("home/config/directory.ldif", "uid: jdoe\n");
+  EXPECT_THROW(Bind("jdoe"), automation::Error);
+  EXPECT_THROW(Bind("jdoe"), automation::Error);
+  folder_.Write("home/config/directory.ldif", kPeople);
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
+}
+
 }  // namespace
