@@ -33,19 +33,20 @@ void RequireExpired(const orvane_test::ServerDatabase& database, std::int64_t ro
   }
 }
 
-// Purge only, one row a transaction.
-double ArchiverSeconds(const orvane_test::Server& server, const std::string& name, std::int64_t rows) {
+// Purge only, one row a transaction: with its ordinary options it also asks for one row at a time; `limit`
+// lets it ask for more. (The last row, which it would spare for its number, goes too, as with the others.)
+double ArchiverSeconds(const orvane_test::Server& server, const std::string& name, std::int64_t rows,
+                       const std::string& limit) {
   const orvane_test::ServerDatabase database(server, name);
   FillProspects(database, name, rows);
   const auto text = ADODB::engine::ConnectionString::Parse(database.ConnectionString());
   const auto value = [&](const char* keyword) { return text.Value(keyword).value_or(""); };
   const RunFigures figures = RunMeasured(
-      kArchiver,
-      {"--source",
-       "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") + ",p=" + value("PWD") +
-           ",D=" + value("Database") + ",t=prospect",
-       "--purge", "--where", "LASTVISITEDTIME < '2004-01-01' AND PENDINGQUESTIONS <= 0", "--txn-size", "1",
-       "--limit", "1000", "--no-check-charset", "--no-safe-auto-increment", "--no-version-check"});
+      kArchiver, {"--source",
+                  "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") +
+                      ",p=" + value("PWD") + ",A=utf8mb4,D=" + value("Database") + ",t=prospect",
+                  "--purge", "--where", "LASTVISITEDTIME < '2004-01-01' AND PENDINGQUESTIONS <= 0",
+                  "--txn-size", "1", "--limit", limit, "--no-safe-auto-increment", "--no-version-check"});
   RequireExpired(database, rows);
   return figures.seconds;
 }
@@ -58,11 +59,11 @@ int RunDormantJob(const fs::path& home) {
   return 0;
 }
 
-bool CompareDormantExpiry(const orvane_test::Server& server, const std::string& name, std::int64_t rows) {
+ExpirySeconds CompareDormantExpiry(const orvane_test::Server& server, const std::string& name,
+                                   std::int64_t rows) {
   const WorkFolder folder;
   WriteKeys(folder.Path() / "keys", rows);
-  double job = 1e9;
-  double peer = 1e9;
+  ExpirySeconds best{.job = 1e9, .peer = 1e9};
   for (int round = 0; round < kRounds; ++round) {
     const orvane_test::ServerDatabase ofPeer(server, name);
     const orvane_test::ServerDatabase ofJob(server, name);
@@ -70,28 +71,31 @@ bool CompareDormantExpiry(const orvane_test::Server& server, const std::string& 
     FillProspects(ofJob, name, rows);
     const fs::path home = folder.Path() / "home";
     MakeSuiteConfiguration(home, ofJob.ConnectionString());
-    peer = std::min(peer, RunMeasured(ProgramFolder() / "peer_odbc_delete_by_key",
-                                      {ofPeer.ConnectionString(), (folder.Path() / "keys").string()})
-                              .seconds);
-    job = std::min(job, RunMeasured(ProgramFolder() / "bench_servers", {"--job", home.string()}).seconds);
+    const double peer = RunMeasured(ProgramFolder() / "peer_odbc_delete_by_key",
+                                    {ofPeer.ConnectionString(), (folder.Path() / "keys").string()})
+                            .seconds;
+    const double job = RunMeasured(ProgramFolder() / "bench_servers", {"--job", home.string()}).seconds;
     RequireExpired(ofPeer, rows);
     RequireExpired(ofJob, rows);
+    best = {.job = std::min(best.job, job), .peer = std::min(best.peer, peer)};
   }
-  const double ratio = job / peer;
-  std::printf("%s: dormant user expiry, %lld rows: job %.2f s, peer %.2f s, ratio %.2f (at most %.1f)\n",
-              name.c_str(), static_cast<long long>(rows), job, peer, ratio, kAllowedRatio);
-  bool good = ratio <= kAllowedRatio;
-  if (name == "mariadb") {
-    if (fs::exists(kArchiver)) {
-      const double archiver = ArchiverSeconds(server, name, rows);
-      std::printf("%s: pt-archiver %.2f s, %.1f times the job (at least %.0f)\n", name.c_str(), archiver,
-                  archiver / job, kArchiverFactor);
-      good = good && archiver >= kArchiverFactor * job;
-    } else {
-      std::printf("%s: pt-archiver is not installed, not compared\n", name.c_str());
-    }
+  std::printf(
+      "%s: dormant user expiry, %lld rows: job %.2f s, peer %.2f s, ratio %.2f (target: at most %.1f)\n",
+      name.c_str(), static_cast<long long>(rows), best.job, best.peer, best.job / best.peer, kAllowedRatio);
+  best.good = best.job <= kAllowedRatio * best.peer;
+  if (name != "mariadb") return best;
+  if (!fs::exists(kArchiver)) {
+    std::printf("%s: pt-archiver is not installed, not compared\n", name.c_str());
+    return best;
   }
-  return good;
+  const double archiver = ArchiverSeconds(server, name, rows, "1");
+  std::printf("%s: pt-archiver %.2f s, %.1f times the job (target: at least %.0f), %.1f times the peer\n",
+              name.c_str(), archiver, archiver / best.job, kArchiverFactor, archiver / best.peer);
+  best.good = best.good && archiver >= kArchiverFactor * best.job;
+  const double inBlocks = ArchiverSeconds(server, name, rows, "1000");
+  std::printf("%s: pt-archiver asking for 1000 rows at a time %.2f s, %.1f times the job\n", name.c_str(),
+              inBlocks, inBlocks / best.job);
+  return best;
 }
 
 }  // namespace orvane_bench

@@ -15,8 +15,14 @@ bool IsDormantRow(std::int64_t row);
 std::int64_t CountOf(const orvane_test::ServerDatabase& database, const std::string& condition);
 
 // The job against a C program that sends the same single-row deletes over the same driver, and, on MariaDB,
-// against pt-archiver where it is installed.
-bool CompareDormantExpiry(const orvane_test::Server& server, const std::string& name, std::int64_t rows);
+// against pt-archiver where it is installed. `good` when it is within its targets.
+struct ExpirySeconds {
+  double job = 0;
+  double peer = 0;
+  bool good = false;
+};
+ExpirySeconds CompareDormantExpiry(const orvane_test::Server& server, const std::string& name,
+                                   std::int64_t rows);
 // One run of the job in the installation at `home`.
 int RunDormantJob(const std::filesystem::path& home);
 
