@@ -8,11 +8,12 @@ function(orvane_library name)
   target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
 endfunction()
 
-# orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds])
+# orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])
 # A GoogleTest program whose cases are registered with CTest one by one.
+# IN_MEMORY puts the temporary folders of a test that runs a program hundreds of times where syncing costs nothing.
 # The label "quick" marks the everyday tests; "server" marks those that talk to a real server.
 function(orvane_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
+  cmake_parse_arguments(ARG "IN_MEMORY" "TIMEOUT" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
   if(NOT ARG_LABELS)
     set(ARG_LABELS quick)
   endif()
@@ -22,6 +23,9 @@ function(orvane_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
   set(properties LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  if(ARG_IN_MEMORY AND IS_DIRECTORY /dev/shm)
+    list(APPEND properties ENVIRONMENT TMPDIR=/dev/shm)
+  endif()
   if(ARG_FIXTURES)
     # One property with several values: on its way through the discovery the list is unquoted four times.
     list(JOIN ARG_FIXTURES "\\\\\\\\\\\\\\\\;" fixtures)

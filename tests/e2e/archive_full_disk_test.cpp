@@ -1,0 +1,261 @@
+// The archive job through the real program when the disk is full, fails, or refuses. Whatever the point, each
+// request and each transaction is afterwards in the database or in a well-formed archive file, and the next
+// run goes through once there is room again.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <set>
+#include <sstream>
+
+#include "tests/e2e/archive_installation.hpp"
+#include "tests/support/archive_files.hpp"
+
+namespace orvane_test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Ge;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Strings = std::vector<std::string>;
+
+class ArchiveFullDiskTest : public testing::Test {
+ protected:
+  ArchiveFullDiskTest() : engine_(MakeEngine("sqlite", installation_.suite)) {
+    installation_.Configure("Provider=SQLite;Data Source=db\\orvane.sqlite", ThreeCustomers());
+    for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
+  }
+
+  void MakeText(int request, int bytes) {
+    engine_->Execute("update QUESTIONHISTORY set Q_TEXT = replace(hex(zeroblob(" + std::to_string(bytes / 2) +
+                     ")), '0', 'x') where Q_ID = " + std::to_string(request));
+  }
+
+  Strings CustomersLeft() {
+    return engine_->Column("select distinct Q_ORIGINATOR from QUESTIONHISTORY order by Q_ORIGINATOR");
+  }
+
+  // New files that hold nothing yet may be left unfinished; all others must be archive files.
+  void ExpectNothingLost(const std::string& when) {
+    EXPECT_THAT(Copies(*engine_, installation_), Each(Ge(1))) << when;
+    std::set<std::string> unfinished;
+    for (const auto& [name, content] : installation_.Files()) {
+      for (const std::string root : {"QuestionsArchive", "TransactionsArchive"}) {
+        if (("<" + root + "></" + root + ">\r\n").rfind(content, 0) == 0) unfinished.insert(name);
+      }
+    }
+    ExpectArchiveFiles(installation_.Archives(), unfinished);
+  }
+
+  void ExpectNextRunGoesThrough(const std::string& when) {
+    EXPECT_EQ(installation_.Run().exitCode, 0) << when;
+    EXPECT_THAT(CustomersLeft(), IsEmpty()) << "the run " << when;
+    EXPECT_THAT(engine_->Column("select T_ID from TRANSACTIONS"), IsEmpty()) << "the run " << when;
+    EXPECT_THAT(Copies(*engine_, installation_), Each(Ge(1))) << "the run " << when;
+    ExpectArchiveFiles(installation_.Archives());
+  }
+
+  ArchiveInstallation installation_;
+  std::unique_ptr<Engine> engine_;
+};
+
+// A small file system of its own for the archive folder.
+class SmallDisk {
+ public:
+  explicit SmallDisk(fs::path folder) : folder_(std::move(folder)) {
+    fs::create_directories(folder_);
+    mounted_ = mount("none", folder_.c_str(), "tmpfs", 0, "size=64k") == 0;
+    problem_ = std::strerror(errno);
+  }
+  ~SmallDisk() {
+    if (mounted_) umount2(folder_.c_str(), MNT_DETACH);
+  }
+  SmallDisk(const SmallDisk&) = delete;
+
+  bool Mounted() const { return mounted_; }
+  const std::string& Problem() const { return problem_; }
+  bool Grow() const { return mount("none", folder_.c_str(), "tmpfs", MS_REMOUNT, "size=16m") == 0; }
+
+ private:
+  fs::path folder_;
+  bool mounted_ = false;
+  std::string problem_;
+};
+
+TEST_F(ArchiveFullDiskTest, ACustomerWhoDoesNotFitKeepsRowsAndFilesAndTheOthersAreArchived) {
+  const SmallDisk disk(installation_.Archives());
+  if (!disk.Mounted()) GTEST_SKIP() << "no file system can be mounted here: " << disk.Problem();
+  EXPECT_EQ(installation_.Run().exitCode, 0);
+  const std::map<std::string, std::string> before = installation_.Files();
+  for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
+  MakeText(1, 100'000);  // bob's
+
+  EXPECT_EQ(installation_.Run().exitCode, 0);
+
+  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(installation_.Messages(), Contains("Editing of Archive file " +
+                                                 ArchiveInstallation::Path("BP7_bob_SR.xml") + " failed1"));
+  const std::map<std::string, std::string> after = installation_.Files();
+  EXPECT_EQ(after.at("BP7_bob_SR.xml"), before.at("BP7_bob_SR.xml"));
+  EXPECT_EQ(after.at("BP7_bob_trans.xml"), before.at("BP7_bob_trans.xml"));
+  EXPECT_EQ(after.size(), before.size()) << "nothing is left beside the files";
+  ASSERT_TRUE(disk.Grow());
+  ExpectNextRunGoesThrough("with room again");
+}
+
+TEST_F(ArchiveFullDiskTest, TransactionsThatDoNotFitGiveTheRequestsFileItsContentBack) {
+  const SmallDisk disk(installation_.Archives());
+  if (!disk.Mounted()) GTEST_SKIP() << "no file system can be mounted here: " << disk.Problem();
+  EXPECT_EQ(installation_.Run().exitCode, 0);
+  const std::map<std::string, std::string> before = installation_.Files();
+  for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
+  engine_->Execute(
+      "update TRANSACTIONS set T_COMMENT = replace(hex(zeroblob(50000)), '0', 'x') where Q_ID = 1");
+
+  EXPECT_EQ(installation_.Run().exitCode, 0);
+
+  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(
+      installation_.Messages(),
+      Contains("Editing of Archive file " + ArchiveInstallation::Path("BP7_bob_trans.xml") + " failed2"));
+  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before.at("BP7_bob_SR.xml"));
+  EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before.at("BP7_bob_trans.xml"));
+  ASSERT_TRUE(disk.Grow());
+  ExpectNextRunGoesThrough("with room again");
+}
+
+// What a power cut could take away when the rows are deleted: nothing that the rows went into.
+TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) {
+  const fs::path trace = installation_.suite.Folder().Path() / "trace";
+  EXPECT_EQ(installation_
+                .Run({{"LD_PRELOAD", ORVANE_FAULT_AT},
+                      {"FAULT_BELOW", installation_.Home().string()},
+                      {"FAULT_TRACE", trace.string()}})
+                .exitCode,
+            0);
+
+  std::set<std::string> unsynced;
+  int deletions = 0;
+  int renamed = 0;
+  int made = 0;
+  std::istringstream lines(TemporaryFolder::Read(trace));
+  for (std::string call, path; lines >> call >> path;) {
+    const std::string parent = fs::path(path).parent_path().string();
+    if (path.find("/db/") != std::string::npos) {
+      if (call != "write" || renamed < 2) continue;
+      ++deletions;
+      EXPECT_THAT(unsynced, IsEmpty());
+    } else if (call == "write" || call == "create") {
+      unsynced.insert(path);
+    } else if (call == "fsync") {
+      unsynced.erase(path);
+    } else if (call == "rename") {
+      unsynced.erase(path);  // what it held before is gone
+      unsynced.insert(parent);
+      ++renamed;
+    } else if (call == "mkdir") {
+      unsynced.insert(parent);
+      ++made;
+    }
+  }
+  EXPECT_EQ(made, 2) << "Data and Archives";
+  EXPECT_EQ(renamed, 12) << "two files of three customers, each begun and then filled";
+  EXPECT_GE(deletions, 3);
+}
+
+// The same at every point of a run: full from there on, or one failure of the hardware.
+struct Failure {
+  const char* name;
+  int error;
+  bool once;
+  const char* below;  // of the installation
+};
+
+class ArchiveFaultTest : public ArchiveFullDiskTest, public testing::WithParamInterface<Failure> {
+ protected:
+  ArchiveFaultTest() {
+    engine_.reset();
+    fs::copy_file(installation_.suite.DatabaseFile(), Filled());
+  }
+  fs::path Filled() const { return installation_.suite.Folder().Path() / "filled.sqlite"; }
+
+  void StartAfresh() {
+    engine_.reset();
+    fs::remove_all(installation_.Home() / "Data");
+    fs::remove_all(installation_.suite.Logs());
+    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+      fs::remove(installation_.suite.DatabaseFile().string() + suffix);
+    }
+    fs::copy_file(Filled(), installation_.suite.DatabaseFile(), fs::copy_options::overwrite_existing);
+  }
+  void LookAgain() { engine_ = std::make_unique<Reopened>(installation_.suite.DatabaseFile()); }
+
+  std::map<std::string, std::string> Preload() const {
+    return {{"LD_PRELOAD", ORVANE_FAULT_AT},
+            {"FAULT_BELOW", (installation_.suite.Folder().Path() / GetParam().below).string()}};
+  }
+
+  long CountPoints() {
+    StartAfresh();
+    auto environment = Preload();
+    const fs::path count = installation_.suite.Folder().Path() / "points";
+    environment["FAULT_COUNT"] = count.string();
+    EXPECT_EQ(installation_.Run(environment).exitCode, 0);
+    LookAgain();
+    EXPECT_THAT(CustomersLeft(), IsEmpty()) << "the undisturbed run archives everything";
+    return std::stol(TemporaryFolder::Read(count));
+  }
+
+ private:
+  class Reopened : public Engine {
+   public:
+    explicit Reopened(const fs::path& file) : database_(file) {}
+    std::string ConnectionString() const override { return {}; }
+    void Execute(const std::string& statement) override { database_.Execute(statement); }
+    Strings Column(const std::string& query) override { return database_.Rows(query); }
+
+   private:
+    Database database_;
+  };
+};
+
+TEST_P(ArchiveFaultTest, NothingIsLostWhereverItHappens) {
+  const long points = CountPoints();
+  ASSERT_GT(points, 30);
+  RecordProperty("points", std::to_string(points));
+  for (long point = 1; point <= points && !HasFailure(); ++point) {
+    StartAfresh();
+    auto environment = Preload();
+    environment["FAULT_FROM"] = std::to_string(point);
+    environment["FAULT_ERROR"] = std::to_string(GetParam().error);
+    if (GetParam().once) environment["FAULT_ONCE"] = "1";
+    const Outcome outcome = installation_.Run(environment);
+    const std::string when =
+        "after a failure at point " + std::to_string(point) + " of " + std::to_string(points);
+    EXPECT_THAT(outcome.exitCode, testing::AnyOf(0, 70)) << when << ": " << outcome.err;
+    LookAgain();
+    ExpectNothingLost(when);
+    ExpectNextRunGoesThrough(when);
+    for (const auto& [name, content] : installation_.Files()) {
+      EXPECT_TRUE(name.ends_with(".xml")) << "left behind " << when << ": " << name;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Failures, ArchiveFaultTest,
+                         testing::Values(Failure{"FullArchiveFolder", ENOSPC, false, "home/Data"},
+                                         Failure{"FullDisk", ENOSPC, false, ""},
+                                         Failure{"OneHardwareError", EIO, true, ""}),
+                         [](const auto& failure) { return std::string(failure.param.name); });
+
+}  // namespace
+}  // namespace orvane_test
