@@ -280,7 +280,7 @@ TEST_F(ArchiveFilesTest, AnOwnerWithAnApostropheKeepsItsRows) {
 }
 
 TEST_F(ArchiveFilesTest, ANameTooLongForTheDiskKeepsItsRows) {
-  const std::string owner = std::string(300, 'x') + "@example.org";
+  const std::string owner = std::string(240, 'x') + "@example.org";  // fits its column, but not a file's name
   suite.AddProspectRequest(1, owner);
 
   suite.Run();

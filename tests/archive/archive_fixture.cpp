@@ -5,7 +5,6 @@
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/sql_conversion.hpp"
 #include "platform/adodb/connection.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/automation/runtime.hpp"
@@ -18,9 +17,6 @@ namespace orvane_test {
 namespace {
 
 using automation::ClassTable;
-
-const char* const kSuiteDatabase = "Provider=SQLite;Data Source=orvane.sqlite;Mode=ReadWriteCreate";
-const char* const kCatalogue = "Provider=SQLite;Data Source=ecatalog.sqlite;Mode=ReadWriteCreate";
 
 // One disk: existence is asked of the archive folder, everything else is only remembered.
 class FakeFileHandling : public OrvCommonMTS::FileHandling {
@@ -79,9 +75,9 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
 };
 
 // Connections of the test's own go to the real classes, past the journal.
-std::shared_ptr<ClassTable> RealDatabases(const std::filesystem::path& folder) {
+std::shared_ptr<ClassTable> RealDatabases() {
   auto classes = std::make_shared<ClassTable>();
-  ADODB::RegisterClasses(*classes, {ADODB::sqlite::MakeProvider(folder)});
+  ADODB::RegisterClasses(*classes, TestProviders());
   return classes;
 }
 
@@ -90,7 +86,9 @@ std::shared_ptr<ClassTable> RealDatabases(const std::filesystem::path& folder) {
 ArchiveSuite::ArchiveSuite()
     : home(folder.Path() / "suite" / "home"),
       archives(home / "Data" / "Archives"),
-      databases(RealDatabases(folder.Path())),
+      orvane(folder.Path() / "orvane.sqlite"),
+      catalogue(folder.Path() / "ecatalog.sqlite"),
+      databases(RealDatabases()),
       journal(RegisterWatchedAdodb(test.runtime.classes, databases)) {
   std::filesystem::create_directories(home);
   ClassTable& classes = test.runtime.classes;
@@ -116,8 +114,8 @@ ArchiveSuite::ArchiveSuite()
 
   ConfigurationState& configuration = *test.configuration;
   configuration.rootPath = configuration.installDir = home.string();
-  configuration.connectionStrings = {{{"Orvane", "Orvane"}, kSuiteDatabase},
-                                     {{"VnServer", "ECatalog"}, kCatalogue}};
+  configuration.connectionStrings = {{{"Orvane", "Orvane"}, orvane.ConnectionString()},
+                                     {{"VnServer", "ECatalog"}, catalogue.ConnectionString()}};
   configuration.values = {{{"MEMBERSHIP", "MemScriptUser"}, "cn=orvane"},
                           {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
                           {{"MEMBERSHIP", "LDAPRoot"}, ""},
@@ -126,8 +124,8 @@ ArchiveSuite::ArchiveSuite()
   directory->people["zoe"] = {};
   directory->people["ann"] = {};
 
-  RunScript(kSuiteDatabase, ORVANE_SCHEMA_FOLDER "/sqlite.sql");
-  RunScript(kCatalogue, ORVANE_SCHEMA_FOLDER "/sqlite-ecatalog.sql");
+  orvane.MakeSuiteTables();
+  catalogue.MakeSuiteTables("-ecatalog.sql");
   SetParameter("DataFileRelativePath", "Data");
   SetParameter("ArchiveAfter", "1");
   SetParameter("Webfarm Implemented", "False");
@@ -136,40 +134,16 @@ ArchiveSuite::ArchiveSuite()
   ExecuteCatalogue("insert into FAQCATEGORY (FAQCATEGORYID, FAQCATEGORYDESCRIPTION) values (5, 'Paper jam')");
 }
 
-void ArchiveSuite::RunScript(const std::string& connectionString, const std::filesystem::path& file) {
-  std::istringstream lines(TemporaryFolder::Read(file));
-  std::vector<std::string> statements(1);
-  for (std::string line; std::getline(lines, line);) {
-    if (line.rfind("--", 0) == 0) continue;
-    statements.back() += line + "\n";
-    if (!line.empty() && line.back() == ';') statements.emplace_back();
-  }
-  statements.pop_back();
-  ExecuteOn(connectionString, statements);
-}
-
-void ArchiveSuite::ExecuteOn(const std::string& connectionString,
-                             const std::vector<std::string>& statements) {
-  const auto connection = automation::As<ADODB::Connection>(databases->Create("ADODB.Connection"));
-  connection->Open(connectionString, "", "", ADODB::kOptionsUnspecified);
-  connection->BeginTrans();
-  for (const std::string& sql : statements) {
-    connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kExecuteNoRecords);
-  }
-  connection->CommitTrans();
-  connection->Close();
-}
-
 void ArchiveSuite::Execute(const std::string& sql) {
-  ExecuteOn(kSuiteDatabase, {sql});
+  orvane.Run(sql);
 }
 void ArchiveSuite::ExecuteCatalogue(const std::string& sql) {
-  ExecuteOn(kCatalogue, {sql});
+  catalogue.Run(sql);
 }
 
 std::vector<std::string> ArchiveSuite::Rows(const std::string& sql) {
   const auto connection = automation::As<ADODB::Connection>(databases->Create("ADODB.Connection"));
-  connection->Open(kSuiteDatabase, "", "", ADODB::kOptionsUnspecified);
+  connection->Open(orvane.ConnectionString(), "", "", ADODB::kOptionsUnspecified);
   const auto records = automation::As<ADODB::Recordset>(databases->Create("ADODB.Recordset"));
   records->Open(ADODB::SqlFragment(sql), connection, ADODB::CursorType::ForwardOnly,
                 ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);

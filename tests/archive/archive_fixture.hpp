@@ -16,6 +16,7 @@
 #include "tests/archive/faulty_files.hpp"
 #include "tests/support/archive_files.hpp"
 #include "tests/support/fake_directory.hpp"
+#include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 #include "tests/support/watched_adodb.hpp"
@@ -41,6 +42,8 @@ struct ArchiveSuite {
   std::shared_ptr<FileHandlingState> fileHandling = std::make_shared<FileHandlingState>();
   std::shared_ptr<FileFaults> faults = std::make_shared<FileFaults>();
 
+  SqliteDatabase orvane;
+  SqliteDatabase catalogue;
   std::shared_ptr<automation::ClassTable> databases;  // ADO past the journal
   std::shared_ptr<AdodbJournal> journal;
 
@@ -71,10 +74,6 @@ struct ArchiveSuite {
   MSXML2::DOMDocumentPtr Document(const std::string& name) const;
   // Text of the nodes that an XPath expression selects in an archive file.
   std::vector<std::string> Texts(const std::string& name, const std::string& expression) const;
-
- private:
-  void RunScript(const std::string& connectionString, const std::filesystem::path& file);
-  void ExecuteOn(const std::string& connectionString, const std::vector<std::string>& statements);
 };
 
 class ArchiveTest : public ::testing::Test {
