@@ -38,12 +38,14 @@ std::optional<std::string> FolderState(const std::filesystem::path& sheet) {
 }
 
 MSXML2::XSLTemplatePtr PreparedSheets::Find(const std::string& sheet, const std::string& state) const {
+  const std::lock_guard lock(mutex_);
   const auto found = entries_.find(sheet);
   return found == entries_.end() || found->second.state != state ? nullptr : found->second.prepared;
 }
 
 void PreparedSheets::Keep(const std::string& sheet, const std::string& state,
                           const MSXML2::XSLTemplatePtr& prepared) {
+  const std::lock_guard lock(mutex_);
   entries_[sheet] = {state, prepared};
 }
 

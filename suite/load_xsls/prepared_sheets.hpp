@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -15,6 +16,7 @@ namespace OrvCommon {
 // the same time.
 std::optional<std::string> FolderState(const std::filesystem::path& sheet);
 
+// May be shared by threads.
 class PreparedSheets {
  public:
   // The sheet as it was kept for this state; null when there is none.
@@ -26,6 +28,7 @@ class PreparedSheets {
     std::string state;
     MSXML2::XSLTemplatePtr prepared;
   };
+  mutable std::mutex mutex_;
   std::map<std::string, Entry> entries_;  // by path; a suite has a handful of sheets
 };
 

@@ -1,7 +1,16 @@
 // The frame of a run: settings, data root, order of the sweeps, run log.
+#include "platform/scripting/file_system_object.hpp"
 #include "tests/cleanup/clean_up_fixture.hpp"
+#include "tests/support/private_member.hpp"
 
 namespace orvane_test {
+
+struct WriteJobLog {
+  using Member = void (OrvaneProcess::CleanUp::*)(std::int16_t);
+  friend Member MemberOf(WriteJobLog);
+};
+template struct PrivateMember<WriteJobLog, &OrvaneProcess::CleanUp::WriteJobLog>;
+
 namespace {
 
 using testing::Contains;
@@ -42,6 +51,28 @@ TEST_F(CleanUpTest, ARunAcrossMidnightStopsInTheNextDaysLog) {
   EXPECT_EQ(disk_->Bytes("/suite/OrvLog/OrvCleanUpSvc_log_2005_1_1.txt"),
             " NTService Stopped at : 1-1-2005 00:00:00\r\n"
             "*****************************************************\r\n");
+}
+
+TEST_F(CleanUpTest, TheStopLineMakesTheLogFolderAnewWhenItWentAwayDuringTheRun) {
+  environment_.adodb->before = [](std::string_view step) {
+    if (step == "Connection.Execute") {
+      automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
+          ->DeleteFolder("/suite/OrvLog", true);
+    }
+  };
+  Run();
+  EXPECT_EQ(RunLog(), kStopLine);
+  EXPECT_THAT(Messages(), IsEmpty());
+}
+
+TEST_F(CleanUpTest, ALineOfAnotherKindIsNotWritten) {
+  OrvaneProcess::CleanUp job;
+  job.Initialize();
+  for (const int kind : {0, 3, -1}) (job.*MemberOf(WriteJobLog()))(static_cast<std::int16_t>(kind));
+  EXPECT_FALSE(disk_->Exists(kRunLog));
+  (job.*MemberOf(WriteJobLog()))(2);
+  EXPECT_EQ(RunLog(), kStopLine);
+  job.Cleanupobjects();
 }
 
 TEST_F(CleanUpTest, TheConfigurationForTheRunLogIsCreatedDirectlyEvenInsideAContext) {
@@ -378,4 +409,5 @@ TEST_F(CleanUpTest, WhateverStepOfTheDatabaseFailsTheRunEndsAndNothingStaysOpen)
 }
 
 }  // namespace
+
 }  // namespace orvane_test

@@ -1,8 +1,17 @@
 // The run log, byte for byte.
 #include "components/registration/register_jobs.hpp"
+#include "platform/scripting/file_system_object.hpp"
 #include "tests/dormant/dormant_fixture.hpp"
+#include "tests/support/private_member.hpp"
 
 namespace orvane_test {
+
+struct WriteJobLog {
+  using Member = void (OrvaneProcess::DormantUserExpiry::*)(std::int16_t);
+  friend Member MemberOf(WriteJobLog);
+};
+template struct PrivateMember<WriteJobLog, &OrvaneProcess::DormantUserExpiry::WriteJobLog>;
+
 namespace {
 
 TEST_F(DormantUserExpiryTest, WritesStartBannerAndStopLine) {
@@ -50,6 +59,27 @@ TEST_F(DormantUserExpiryTest, RunAcrossMidnightStopsInTheNextDaysFile) {
             "*****************************************************\r\n");
 }
 
+TEST_F(DormantUserExpiryTest, StopLineMakesTheLogFolderAnewWhenItWentAwayDuringTheRun) {
+  SetLimit("'30'");
+  adodb_->before = [](std::string_view step) {
+    const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
+    if (step == "Recordset.Close" && files->FolderExists("/suite/OrvLog")) {
+      files->DeleteFolder("/suite/OrvLog", true);
+    }
+  };
+  EXPECT_EQ(Expire(), 0);
+  EXPECT_EQ(Log(), kStopLine);
+}
+
+// The folder is looked after for any kind, the file is not.
+TEST_F(DormantUserExpiryTest, LineOfAnotherKindIsNotWritten) {
+  for (const int kind : {0, 3, -1}) (job_.*MemberOf(WriteJobLog()))(static_cast<std::int16_t>(kind));
+  EXPECT_TRUE(disk_->Exists("/suite/OrvLog"));
+  EXPECT_FALSE(disk_->Exists(kLogFile));
+  (job_.*MemberOf(WriteJobLog()))(1);
+  EXPECT_EQ(Log(), kStartBanner);
+}
+
 TEST_F(DormantUserExpiryTest, LogFollowsTheConfiguredPathNotTheInstallDirectory) {
   disk_->AddFolder("/elsewhere/product");
   environment_.configuration->rootPath = "/elsewhere/product/config";
@@ -77,4 +107,5 @@ TEST_F(DormantUserExpiryTest, IsCreatedByItsProgIdAndRunByTheHost) {
 }
 
 }  // namespace
+
 }  // namespace orvane_test
