@@ -12,6 +12,7 @@
 #include "components/interfaces/log.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/scripting/local/folder_names.hpp"
 #include "suite/file_handling/folder_store.hpp"
 #include "suite/file_handling/ftp_store.hpp"
 #include "suite/file_handling/item_name.hpp"
@@ -78,10 +79,29 @@ class Failures {
   std::string texts_;
 };
 
+// The names in the folders of this server, for names in other spellings than the disk's.
+class OwnNames {
+ public:
+  std::optional<std::string> Find(const std::string& folder, const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    return names_.Find(folder, name);
+  }
+
+ private:
+  std::mutex mutex_;
+  Scripting::local::FolderNames names_;
+};
+
+// What all objects of an installation share.
+struct Shared {
+  InUseMarks marks;
+  OwnNames names;
+};
+
 class SharedFiles : public FileHandling {
  public:
-  SharedFiles(FileHandlingOptions options, std::shared_ptr<InUseMarks> marks)
-      : options_(std::move(options)), marks_(std::move(marks)) {}
+  SharedFiles(FileHandlingOptions options, std::shared_ptr<Shared> shared)
+      : options_(std::move(options)), shared_(std::move(shared)) {}
 
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
@@ -97,7 +117,7 @@ class SharedFiles : public FileHandling {
     return false;
   }
 
-  void SetInUse(std::string_view name, std::int16_t state) override { marks_->Set(name, state != 0); }
+  void SetInUse(std::string_view name, std::int16_t state) override { shared_->marks.Set(name, state != 0); }
 
   void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
                  std::int16_t) override {
@@ -106,7 +126,7 @@ class SharedFiles : public FileHandling {
     OpenStore(ftpPath)->Fetch(FolderOf(kind), std::string(name), suite::NativePath(fullPath, "/"));
   }
 
-  bool IsInUse(std::string_view name) override { return marks_->IsSet(name); }
+  bool IsInUse(std::string_view name) override { return shared_->marks.IsSet(name); }
 
   void StoreFile(std::string_view fullPath, FolderKind kind) override {
     const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
@@ -193,9 +213,16 @@ class SharedFiles : public FileHandling {
   bool ExistsHere(std::string_view folder, std::string_view name) const {
     if (!options_.dataRoot) return false;
     const std::filesystem::path root = suite::NativePath(options_.dataRoot(), "/");
-    const std::filesystem::path path = suite::NativePath(std::string(folder) + "/" + std::string(name), root);
+    const std::filesystem::path parent = suite::NativePath(folder, root);
+    std::filesystem::path path = parent / name;
     std::error_code failed;
-    const std::filesystem::file_status status = std::filesystem::status(path, failed);
+    std::filesystem::file_status status = std::filesystem::status(path, failed);
+    if (status.type() == std::filesystem::file_type::not_found) {
+      if (const auto other = shared_->names.Find(parent.string(), std::string(name))) {
+        path = parent / *other;
+        status = std::filesystem::status(path, failed);
+      }
+    }
     // What cannot be looked at must not be taken for missing: the caller would make it anew.
     if (status.type() == std::filesystem::file_type::none) {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
@@ -222,16 +249,15 @@ class SharedFiles : public FileHandling {
   }
 
   FileHandlingOptions options_;
-  std::shared_ptr<InUseMarks> marks_;
+  std::shared_ptr<Shared> shared_;
 };
 
 }  // namespace
 
 void RegisterFileHandling(automation::ClassTable& classes, FileHandlingOptions options) {
-  classes.Register(kFileHandlingProgId,
-                   [options = std::move(options), marks = std::make_shared<InUseMarks>()] {
-                     return std::make_shared<SharedFiles>(options, marks);
-                   });
+  classes.Register(kFileHandlingProgId, [options = std::move(options), shared = std::make_shared<Shared>()] {
+    return std::make_shared<SharedFiles>(options, shared);
+  });
 }
 
 }  // namespace OrvCommonMTS

@@ -1,8 +1,9 @@
 // The names in folders, found without regard to case.
 //
 // A sweep may ask a folder of a hundred thousand entries for fifty thousand names that are not there; reading
-// the folder for each of them would take hours. So the names of a large folder are kept for as long as the
-// folder's own time stamps say that nothing came or went.
+// the folder for each of them would take hours. So the names of a large folder are kept, and kept up to date
+// with what the kernel tells of the folder. Where it tells nothing (a disk that other machines write to),
+// they are kept for as long as the folder's own time stamps say that nothing came or went.
 #pragma once
 
 #include <sys/stat.h>
@@ -14,6 +15,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/scripting/local/folder_watch.hpp"
+
 namespace Scripting::local {
 
 class FolderNames {
@@ -22,9 +25,9 @@ class FolderNames {
   // order. Nothing when there is none or no such folder; 70 when the folder may not be read.
   std::optional<std::string> Find(const std::string& folder, const std::string& name);
 
-  // Calls `remove`, which takes the item at `path` away, and keeps up with what that does to its folder. A
-  // name that somebody else adds within the same tick of the disk's clock may stay unknown in other spellings
-  // than its own until the folder changes again.
+  // Calls `remove`, which takes the item at `path` away, and keeps up with what that does to its folder. In a
+  // folder that is not watched, a name that somebody else adds within the same tick of the disk's clock may
+  // stay unknown in other spellings than its own until the folder changes again.
   template <class Remove>
   void Removing(const std::string& path, const Remove& remove) {
     const std::optional<std::size_t> known = BeforeRemoval(path);
@@ -42,18 +45,24 @@ class FolderNames {
   struct Folder {
     std::string path;
     Stamp stamp;
+    std::optional<int> watch;
     std::unordered_map<std::string, std::vector<std::string>> names;  // by folded name, in byte order
   };
 
   static std::optional<Stamp> StampOf(const std::string& folder);
+  static bool SameItem(const Stamp& one, const Stamp& other);
   static bool Same(const Stamp& one, const Stamp& other);
   static Folder Read(const std::string& path);
 
   const Folder* Known(const std::string& folder);
+  void Keep(const std::string& folder);
+  void Forget(std::vector<Folder>::iterator folder);
+  void TakeChanges();
   std::optional<std::size_t> BeforeRemoval(const std::string& path);
   void AfterRemoval(const std::string& path, std::size_t known);
 
   std::vector<Folder> folders_;  // a handful
+  FolderWatch watch_;
 };
 
 }  // namespace Scripting::local

@@ -1,0 +1,38 @@
+// What comes and goes in folders of this machine, as its kernel tells it.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Scripting::local {
+
+// Every change that was made before TakeChanges is called is told by it, whoever made it.
+class FolderWatch {
+ public:
+  enum class Change {
+    Added,    // the name is in the folder now
+    Removed,  // the name is no more
+    Lost,     // what happened to the folder is not known any more; it is not watched any longer
+  };
+  // `number` is that of the folder; -1 with Lost means all of them.
+  using Listener = std::function<void(int number, Change change, std::string_view name)>;
+
+  FolderWatch() = default;
+  ~FolderWatch();
+  FolderWatch(const FolderWatch&) = delete;
+  FolderWatch& operator=(const FolderWatch&) = delete;
+
+  // Watches the folder and gives it a number. Nothing when it cannot be watched: the kernel gives no further
+  // watch, or the folder lies on a disk that other machines write to as well.
+  std::optional<int> Add(const std::string& folder);
+  void Remove(int number);
+
+  void TakeChanges(const Listener& listener);
+
+ private:
+  int descriptor_ = -1;
+};
+
+}  // namespace Scripting::local
