@@ -3,6 +3,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/adodb/engine/engine_error.hpp"
 #include "platform/adodb/providers/odbc/provider.hpp"
@@ -253,6 +255,56 @@ TEST_P(OdbcProviderTest, ReadsShortTextsOfEverySizeAroundTheirMemory) {
       EXPECT_EQ(automation::ToText(rows->Value(column)), texts[i]);
     }
   }
+}
+
+// MariaDB's driver takes UTF-16 units whose lower byte is D8 to DB for halves of a pair, and reads on behind
+// the text for each of them.
+TEST_P(OdbcProviderTest, SendsEveryCharacterAndNothingBehindTheText) {
+  MakeTable();
+  const char* insert = "INSERT INTO SAMPLE (ID, SHORTTEXT, LONGTEXT) VALUES (?, ?, ?)";
+  const std::string sql =
+      OnPostgreSql() ? insert : "INSERT INTO SAMPLE (ID, SHORTTEXT, `LONGTEXT`) VALUES (?, ?, ?)";
+  const std::string earlier(250, 'x');  // stands in the memory that the next ones are put into
+  std::vector<std::string> texts = {earlier,      "様",           "Ø", "ØÙÚÛ", "Ørsted", "Bjørn Ø",
+                                    "お客様各位", "ÛÛÛ🙂Û", ""};
+  std::string all;
+  for (char32_t unit = 0x80; unit < 0x800; ++unit) {
+    all += static_cast<char>(0xC0 | (unit >> 6));
+    all += static_cast<char>(0x80 | (unit & 0x3F));
+    if (unit % 200 == 0) texts.push_back(std::exchange(all, {}));
+  }
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    session_->Execute(sql, {static_cast<std::int32_t>(i + 1), texts[i], texts[i]});
+  }
+  const auto rows = session_->Query(OnPostgreSql() ? "SELECT SHORTTEXT, LONGTEXT FROM SAMPLE ORDER BY ID"
+                                                   : "SELECT SHORTTEXT, `LONGTEXT` FROM SAMPLE ORDER BY ID",
+                                    {});
+  for (const std::string& text : texts) {
+    ASSERT_TRUE(rows->Next());
+    EXPECT_EQ(rows->Value(0), Variant(text));
+    EXPECT_EQ(rows->Value(1), Variant(text));
+  }
+  for (const std::string& text : texts) {
+    EXPECT_EQ(automation::ToInt32(Single("SELECT count(*) FROM SAMPLE WHERE SHORTTEXT = ?", {text})), 1)
+        << text;
+    EXPECT_EQ(automation::ToInt32(Single("SELECT count(*) FROM SAMPLE WHERE SHORTTEXT = '" + text + "'")), 1)
+        << text;
+    EXPECT_EQ(Single("SELECT '" + text + "'"), Variant(text));
+    EXPECT_EQ(Single("SELECT 1 AS \"x\" -- " + text), Variant(std::int32_t{1}));
+  }
+}
+
+TEST_P(OdbcProviderTest, RefusesAStatementThatWouldBeCutOff) {
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (1), (2)", {});
+  using std::string_literals::operator""s;
+  EXPECT_THAT(ErrorOf([&] { session_->Execute("DELETE FROM SAMPLE \0WHERE ID = 1"s, {}); }).Description(),
+              HasSubstr("zero character"));
+  EXPECT_THAT(ErrorOf([&] {
+                session_->Execute("DELETE FROM SAMPLE \0WHERE ID = ?"s, {std::int32_t{1}});
+              }).Description(),
+              HasSubstr("zero character"));
+  EXPECT_EQ(automation::ToInt32(Single("SELECT count(*) FROM SAMPLE")), 2);
 }
 
 TEST_P(OdbcProviderTest, TakesTextsOfAStatementAsTheyStand) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/cdo/scripted_peer.hpp"
@@ -341,6 +342,40 @@ TEST_P(JobFailuresTest, AnEngineerWhoIsUnknownOrNobodyCostsTheErpCallOnly) {
   EXPECT_THAT(suite_.Log(),
               ElementsAre("OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).",
                           std::string("OrvaneProcess.SolveOnNoResponse.ChangeERPStatus caught: ") + kNotSet));
+}
+
+// Times.
+
+TEST_P(JobFailuresTest, TimesWhoseDifferenceIsBeyond32BitsEndThePass) {
+  AddTwo();
+  const Texts before = suite_.Rows("SELECT Q_ID, T1_DATE, T2_DATE, R_STATUS FROM REMINDER ORDER BY Q_ID");
+  for (const auto& [conclusion, reminder] :
+       {std::pair("2147483647", "-1"), std::pair("-2147483648", "1"), std::pair("-2", "2147483647")}) {
+    suite_.Execute(std::string("UPDATE PARAMETERS SET PARAM_VALUE = '") + conclusion +
+                   "' WHERE PARAM_NAME = 'Conclusion_Time'");
+    suite_.Execute(std::string("UPDATE PARAMETERS SET PARAM_VALUE = '") + reminder +
+                   "' WHERE PARAM_NAME = 'Reminder_Time'");
+    suite_.environment_.log->clear();
+    std::filesystem::remove(suite_.Home() / "outbox" / "escalation.jsonl");
+    suite_.Run();
+    ExpectNothingWritten();
+    EXPECT_EQ(suite_.Rows("SELECT Q_ID, T1_DATE, T2_DATE, R_STATUS FROM REMINDER ORDER BY Q_ID"), before);
+    EXPECT_THAT(Subjects(), IsEmpty());
+    EXPECT_THAT(suite_.Log(),
+                ElementsAre("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: Overflow (6)."))
+        << conclusion << " " << reminder;
+  }
+}
+
+// What fits 32 bits but leads to no date is another error; the greatest difference that leads to one is none.
+TEST_P(JobFailuresTest, TimesThatLeadToNoDateEndThePass) {
+  suite_.Execute("UPDATE PARAMETERS SET PARAM_VALUE = '2147483647' WHERE PARAM_NAME = 'Conclusion_Time'");
+  suite_.Execute("UPDATE PARAMETERS SET PARAM_VALUE = '0' WHERE PARAM_NAME = 'Reminder_Time'");
+  AddTwo();
+  suite_.Run();
+  ExpectNothingWritten();
+  EXPECT_THAT(suite_.Log(), ElementsAre("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: "
+                                        "Invalid procedure call or argument (5)."));
 }
 
 // The log.

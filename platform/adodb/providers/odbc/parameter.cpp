@@ -1,6 +1,7 @@
 #include "platform/adodb/providers/odbc/parameter.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/automation/error.hpp"
 
@@ -25,9 +26,10 @@ SQL_TIMESTAMP_STRUCT ToTimestamp(automation::DateTime value) {
 
 }  // namespace
 
-ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value) {
+ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value, TextForm form) {
   struct Visitor {
     ParameterBuffer& to;
+    TextForm form;
 
     Shape operator()(automation::EmptyValue) const { return Null(); }
     Shape operator()(automation::NullValue) const { return Null(); }
@@ -58,17 +60,7 @@ ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value) {
       return {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6, &to.moment_};
     }
     Shape operator()(const std::string& v) const {
-      WideText wide = ToWide(v);
-      to.indicator_ = static_cast<SQLLEN>(wide.size() * sizeof(SQLWCHAR));
-      if (wide.size() > to.text_.size()) {
-        to.text_ = std::move(wide);
-      } else {
-        std::copy(wide.begin(), wide.end(), to.text_.begin());
-      }
-      if (to.text_.empty()) to.text_.resize(1);  // an empty text still needs an address
-      const std::size_t room = to.text_.size();
-      return {SQL_C_WCHAR, static_cast<SQLSMALLINT>(room > kLongText ? SQL_WLONGVARCHAR : SQL_WVARCHAR), room,
-              0, to.text_.data()};
+      return form == TextForm::Utf8 ? to.TakeBytes(v) : to.TakeWide(ToWide(v));
     }
     Shape operator()(const std::shared_ptr<const automation::VariantArray>&) const { Refuse(); }
     Shape operator()(const automation::ObjectPtr&) const { Refuse(); }
@@ -77,20 +69,50 @@ ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value) {
     Shape Null() const {
       to.indicator_ = SQL_NULL_DATA;
       if (to.bound_.memory != nullptr) return to.bound_;
-      if (to.text_.empty()) to.text_.resize(1);
-      return {SQL_C_WCHAR, SQL_WVARCHAR, to.text_.size(), 0, to.text_.data()};
+      const Shape text = (*this)(std::string());
+      to.indicator_ = SQL_NULL_DATA;
+      return text;
     }
     [[noreturn]] static void Refuse() { throw automation::Error(automation::ErrorNumber::TypeMismatch); }
   };
-  return std::visit(Visitor{*this}, value.Get());
+  return std::visit(Visitor{*this, form}, value.Get());
 }
 
-SQLRETURN ParameterBuffer::Bind(SQLHANDLE statement, SQLUSMALLINT number, const automation::Variant& value) {
-  const Shape shape = Take(value);
+ParameterBuffer::Shape ParameterBuffer::TakeWide(WideText text) {
+  indicator_ = static_cast<SQLLEN>(text.size() * sizeof(SQLWCHAR));
+  if (text.size() > text_.size()) {
+    text_ = std::move(text);
+  } else {
+    std::copy(text.begin(), text.end(), text_.begin());
+  }
+  if (text_.empty()) text_.resize(1);  // an empty text still needs an address
+  const std::size_t room = text_.size();
+  return {SQL_C_WCHAR, static_cast<SQLSMALLINT>(room > kLongText ? SQL_WLONGVARCHAR : SQL_WVARCHAR), room, 0,
+          text_.data()};
+}
+
+ParameterBuffer::Shape ParameterBuffer::TakeBytes(const std::string& text) {
+  RequireUtf8(text);
+  indicator_ = static_cast<SQLLEN>(text.size());
+  if (text.size() > bytes_.size()) {
+    bytes_ = text;
+  } else {
+    std::copy(text.begin(), text.end(), bytes_.begin());
+  }
+  if (bytes_.empty()) bytes_.resize(1);
+  const std::size_t room = bytes_.size();
+  return {SQL_C_CHAR, static_cast<SQLSMALLINT>(room > kLongText ? SQL_LONGVARCHAR : SQL_VARCHAR), room, 0,
+          bytes_.data()};
+}
+
+SQLRETURN ParameterBuffer::Bind(SQLHANDLE statement, SQLUSMALLINT number, const automation::Variant& value,
+                                TextForm form) {
+  const Shape shape = Take(value, form);
   if (shape == bound_) return SQL_SUCCESS;
-  const SQLRETURN status = SQLBindParameter(
-      statement, number, SQL_PARAM_INPUT, shape.cType, shape.sqlType, shape.size, shape.digits, shape.memory,
-      static_cast<SQLLEN>(text_.size() * sizeof(SQLWCHAR)), &indicator_);
+  const std::size_t room = form == TextForm::Utf8 ? bytes_.size() : text_.size() * sizeof(SQLWCHAR);
+  const SQLRETURN status =
+      SQLBindParameter(statement, number, SQL_PARAM_INPUT, shape.cType, shape.sqlType, shape.size,
+                       shape.digits, shape.memory, static_cast<SQLLEN>(room), &indicator_);
   bound_ = SQL_SUCCEEDED(status) ? shape : Shape{};
   return status;
 }

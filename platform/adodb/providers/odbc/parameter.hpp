@@ -5,7 +5,9 @@
 #include <sqlext.h>
 
 #include <cstdint>
+#include <string>
 
+#include "platform/adodb/providers/odbc/result_column.hpp"
 #include "platform/adodb/providers/odbc/unicode.hpp"
 #include "platform/automation/variant.hpp"
 
@@ -15,7 +17,8 @@ class ParameterBuffer {
  public:
   // Takes a value and binds it to parameter `number` (from 1) of `statement`. Nothing is bound anew when the
   // memory bound before serves the value too, since drivers forget parts of a prepared statement when it is.
-  SQLRETURN Bind(SQLHANDLE statement, SQLUSMALLINT number, const automation::Variant& value);
+  // Texts are handed over in `form`.
+  SQLRETURN Bind(SQLHANDLE statement, SQLUSMALLINT number, const automation::Variant& value, TextForm form);
 
  private:
   struct Shape {
@@ -27,7 +30,10 @@ class ParameterBuffer {
     friend bool operator==(const Shape&, const Shape&) = default;
   };
 
-  Shape Take(const automation::Variant& value);
+  Shape Take(const automation::Variant& value, TextForm form);
+  // Texts keep their memory for shorter ones that follow.
+  Shape TakeWide(WideText text);
+  Shape TakeBytes(const std::string& text);
 
   Shape bound_;
   SQLLEN indicator_ = 0;
@@ -37,6 +43,7 @@ class ParameterBuffer {
   double number_ = 0;
   SQL_TIMESTAMP_STRUCT moment_{};
   WideText text_;
+  std::string bytes_;
 };
 
 }  // namespace ADODB::odbc

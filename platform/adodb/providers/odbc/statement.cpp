@@ -3,6 +3,23 @@
 #include <array>
 
 namespace ADODB::odbc {
+namespace {
+
+// MariaDB's driver takes a unit whose lower byte is D8 to DB (in "Ø", say) for half a pair wherever it
+// stands. It then counts two units for one: past the end of a text whose length it is told, but not of one
+// that ends with a zero, as long as the last unit is a plain one. A blank behind a statement means nothing to
+// any engine.
+WideText ToStatementText(std::string_view sql) {
+  if (sql.find('\0') != std::string_view::npos) {
+    Raise({.sqlState = "42000", .nativeCode = 0, .message = "a statement cannot hold a zero character"});
+  }
+  WideText wide = ToWide(sql);
+  wide.push_back(' ');
+  wide.push_back(0);
+  return wide;
+}
+
+}  // namespace
 
 Statement::Statement(const ConnectionHandle& connection, FetchStyle style, bool& connectionLost)
     : connectionLost_(connectionLost), style_(style) {
@@ -23,23 +40,23 @@ void Statement::Check(SQLRETURN status) {
 }
 
 void Statement::Prepare(std::string_view sql) {
-  WideText wide = ToWide(sql);
-  Check(SQLPrepareW(handle_.Get(), wide.data(), static_cast<SQLINTEGER>(wide.size())));
+  WideText wide = ToStatementText(sql);
+  Check(SQLPrepareW(handle_.Get(), wide.data(), SQL_NTS));
 }
 
 void Statement::Execute(const engine::Parameters& parameters) {
   // The buffers are bound by address, so there are as many as there will ever be before the first is bound.
   if (parameters_.size() < parameters.size()) parameters_ = std::vector<ParameterBuffer>(parameters.size());
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    Check(parameters_[i].Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), parameters[i]));
+    Check(parameters_[i].Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), parameters[i], style_.text));
   }
   TakeResult(SQLExecute(handle_.Get()));
 }
 
 void Statement::ExecuteDirect(std::string_view sql) {
-  WideText wide = ToWide(sql);
+  WideText wide = ToStatementText(sql);
   described_ = false;
-  TakeResult(SQLExecDirectW(handle_.Get(), wide.data(), static_cast<SQLINTEGER>(wide.size())));
+  TakeResult(SQLExecDirectW(handle_.Get(), wide.data(), SQL_NTS));
 }
 
 void Statement::TakeResult(SQLRETURN status) {

@@ -79,6 +79,16 @@ WideText ToWide(std::string_view utf8) {
   return wide;
 }
 
+void RequireUtf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    if (static_cast<unsigned char>(text[at]) < 0x80) {
+      ++at;
+    } else {
+      NextCharacter(text, at);
+    }
+  }
+}
+
 std::string ToUtf8(const SQLWCHAR* text, std::size_t length) {
   std::string utf8;
   ToUtf8(text, length, utf8);
