@@ -5,6 +5,8 @@
 //                                    PART is chat, html or questions, all of them when none is given
 //
 // Fails when a purge does not stay linear or takes longer than its peer allows.
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -75,13 +78,31 @@ struct Pair {
   double peer = 1e9;
 };
 
+// Every round has a folder of its own for the job and one for the peer, all made before anything is deleted:
+// ext4 does not give out inodes that were deleted within the last minutes, and passes over them one by one,
+// so that making a hundred thousand files after deleting as many takes longer than all the rest.
+std::string Prepared(const char* whose, int round) {
+  return std::string(whose) + std::to_string(round);
+}
+
+void MakeFilesOfAllRounds(const fs::path& folder, int count) {
+  for (int round = 0; round < kRounds; ++round) {
+    MakeFiles(folder / Prepared("job", round), count);
+    MakeFiles(folder / Prepared("peer", round), count);
+  }
+}
+
+double SecondsOnASettledDisk(const std::function<void()>& action) {
+  sync();
+  return Seconds(action);
+}
+
 // `count` files against `count` sessions, half of which have a file.
-Pair ChatPurge(int count) {
-  const orvane_bench::WorkFolder folder;
-  const fs::path home = MakeHome(folder.Path());
-  {
-    SqliteFile database(orvane_bench::DatabaseOf(home));
-    std::ofstream list(folder.Path() / "sessions");
+class ChatPurge {
+ public:
+  explicit ChatPurge(int count) : count_(count) {
+    SqliteFile database(orvane_bench::DatabaseOf(home_));
+    std::ofstream list(folder_.Path() / "sessions");
     database.Execute("BEGIN");
     for (int i = 0; i < count; ++i) {
       const std::string name = SessionName(i + count / 2);
@@ -89,60 +110,80 @@ Pair ChatPurge(int count) {
       list << name << '\n';
     }
     database.Execute("COMMIT");
+    MakeFilesOfAllRounds(folder_.Path(), count);
   }
-  Pair best;
-  for (int round = 0; round < kRounds; ++round) {
-    {
-      const orvane_bench::BenchSuite suite(home);
-      OrvaneProcess::CleanUp job;
-      fs::create_directories(home / "Data/CHAT");
-      job.Initialize();
-      job.CleanupFilesandRecords();  // the settings
-      MakeFiles(home / "Data/CHAT", count);
-      best.job = std::min(best.job, Seconds([&] { job.DeleteChatSession(); }));
-      job.Cleanupobjects();
+
+  Pair Measure() const {
+    Pair best;
+    const fs::path chat = home_ / "Data/CHAT";
+    for (int round = 0; round < kRounds; ++round) {
+      {
+        const orvane_bench::BenchSuite suite(home_);
+        OrvaneProcess::CleanUp job;
+        fs::create_directories(chat);
+        job.Initialize();
+        job.CleanupFilesandRecords();  // the settings
+        fs::remove(chat);
+        fs::rename(folder_.Path() / Prepared("job", round), chat);
+        best.job = std::min(best.job, SecondsOnASettledDisk([&] { job.DeleteChatSession(); }));
+        job.Cleanupobjects();
+      }
+      Require(Count(chat) == static_cast<std::size_t>(count_ - count_ / 2),
+              "the chat purge left the wrong files");
+      fs::rename(chat, folder_.Path() / Prepared("purged", round));
+
+      const fs::path peer = folder_.Path() / Prepared("peer", round);
+      best.peer =
+          std::min(best.peer, SecondsOnASettledDisk([&] {
+                     Shell(peer,
+                           "LC_ALL=C sort ../sessions > ../sorted && find . -maxdepth 1 -type f -printf "
+                           "'%f\\n' | LC_ALL=C sort | LC_ALL=C comm -23 - ../sorted | xargs rm");
+                   }));
+      Require(Count(peer) == static_cast<std::size_t>(count_ - count_ / 2),
+              "the pipeline left the wrong files");
     }
-    Require(Count(home / "Data/CHAT") == static_cast<std::size_t>(count - count / 2),
-            "the chat purge left the wrong files");
-    fs::remove_all(home / "Data/CHAT");
-
-    MakeFiles(folder.Path() / "CHAT", count);
-    best.peer =
-        std::min(best.peer, Seconds([&] {
-                   Shell(folder.Path(),
-                         "LC_ALL=C sort sessions > sorted && cd CHAT && find . -maxdepth 1 -type f -printf "
-                         "'%f\\n' | LC_ALL=C sort | LC_ALL=C comm -23 - ../sorted | xargs rm");
-                 }));
-    Require(Count(folder.Path() / "CHAT") == static_cast<std::size_t>(count - count / 2),
-            "the pipeline left the wrong files");
-    fs::remove_all(folder.Path() / "CHAT");
+    return best;
   }
-  return best;
-}
 
-Pair HtmlSweep(int count) {
-  const orvane_bench::WorkFolder folder;
-  const fs::path home = MakeHome(folder.Path());
-  Pair best;
-  for (int round = 0; round < kRounds; ++round) {
-    MakeFiles(home / "Data/HTML", count);
-    {
-      const orvane_bench::BenchSuite suite(home);
-      OrvaneProcess::CleanUp job;
-      job.Initialize();
-      // The whole run: its other sweeps find nothing to do.
-      best.job = std::min(best.job, Seconds([&] { job.CleanupFilesandRecords(); }));
-      job.Cleanupobjects();
+ private:
+  int count_;
+  orvane_bench::WorkFolder folder_;
+  fs::path home_ = MakeHome(folder_.Path());
+};
+
+class HtmlSweep {
+ public:
+  explicit HtmlSweep(int count) { MakeFilesOfAllRounds(folder_.Path(), count); }
+
+  Pair Measure() const {
+    Pair best;
+    const fs::path html = home_ / "Data/HTML";
+    for (int round = 0; round < kRounds; ++round) {
+      fs::rename(folder_.Path() / Prepared("job", round), html);
+      {
+        const orvane_bench::BenchSuite suite(home_);
+        OrvaneProcess::CleanUp job;
+        job.Initialize();
+        // The whole run: its other sweeps find nothing to do.
+        best.job = std::min(best.job, SecondsOnASettledDisk([&] { job.CleanupFilesandRecords(); }));
+        job.Cleanupobjects();
+      }
+      Require(Count(html) == 0, "the sweep left files");
+      fs::remove(html);
+
+      const std::string peer = Prepared("peer", round);
+      best.peer = std::min(best.peer, SecondsOnASettledDisk([&] {
+                             Shell(folder_.Path(), "find " + peer + " -maxdepth 1 -type f -delete");
+                           }));
+      Require(Count(folder_.Path() / peer) == 0, "find left files");
     }
-    Require(Count(home / "Data/HTML") == 0, "the sweep left files");
-
-    MakeFiles(folder.Path() / "HTML", count);
-    best.peer =
-        std::min(best.peer, Seconds([&] { Shell(folder.Path(), "find HTML -maxdepth 1 -type f -delete"); }));
-    Require(Count(folder.Path() / "HTML") == 0, "find left files");
+    return best;
   }
-  return best;
-}
+
+ private:
+  orvane_bench::WorkFolder folder_;
+  fs::path home_ = MakeHome(folder_.Path());
+};
 
 // Never-submitted questions without folders: two statements for all of them.
 double QuestionPurge(int count) {
@@ -181,17 +222,17 @@ bool Told(const char* what, double ratio, double allowed) {
   return ratio <= allowed;
 }
 
-bool MeasureChatPurge(int size) {
-  const Pair small = ChatPurge(size / 10);
-  const Pair large = ChatPurge(size);
+bool MeasureChatPurge(const ChatPurge& tenth, const ChatPurge& whole, int size) {
+  const Pair small = tenth.Measure();
+  const Pair large = whole.Measure();
   std::printf("chat purge, %d files against %d sessions: job %.2f s, find/sort/comm/rm %.2f s\n", size, size,
               large.job, large.peer);
   const bool fast = Told("times the pipeline", large.job / large.peer, kAllowedChatRatio);
   return Told("times the tenth of it", large.job / small.job, kAllowedGrowth) && fast;
 }
 
-bool MeasureHtmlSweep(int size) {
-  const Pair html = HtmlSweep(size);
+bool MeasureHtmlSweep(const HtmlSweep& sweep, int size) {
+  const Pair html = sweep.Measure();
   std::printf("HTML sweep, %d files: job %.2f s, find -delete %.2f s\n", size, html.job, html.peer);
   return Told("times find -delete", html.job / html.peer, kAllowedHtmlRatio);
 }
@@ -209,10 +250,17 @@ int main(int argc, char** argv) {
   try {
     const int size = argc > 1 ? std::atoi(argv[1]) : 100'000;
     const std::string part = argc > 2 ? argv[2] : "";
+    const auto wanted = [&part](const char* name) { return part.empty() || part == name; };
+    std::optional<ChatPurge> tenth;
+    std::optional<ChatPurge> chat;
+    std::optional<HtmlSweep> html;
+    if (wanted("chat")) tenth.emplace(size / 10);
+    if (wanted("chat")) chat.emplace(size);
+    if (wanted("html")) html.emplace(size);
     bool good = true;
-    if (part.empty() || part == "chat") good = MeasureChatPurge(size) && good;
-    if (part.empty() || part == "html") good = MeasureHtmlSweep(size) && good;
-    if (part.empty() || part == "questions") good = MeasureQuestionPurge(size / 2) && good;
+    if (chat) good = MeasureChatPurge(*tenth, *chat, size) && good;
+    if (html) good = MeasureHtmlSweep(*html, size) && good;
+    if (wanted("questions")) good = MeasureQuestionPurge(size / 2) && good;
     return good ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench_cleanup: %s\n", error.what());
