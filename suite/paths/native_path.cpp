@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <string>
 #include <system_error>
-#include <utility>
 
 namespace suite {
 namespace {
@@ -35,31 +34,33 @@ fs::path Entry(const fs::path& folder, const std::string& name) {
   return found.empty() ? exact : folder / found;
 }
 
-// Nearly always every part is there letter for letter, and one look at the whole tells so. `exact` is then
-// the path without superfluous separators.
-bool IsThereAsSpelled(const fs::path& whole, fs::path& exact) {
-  std::string text;
-  for (const char c : whole.native()) {
-    if (c != '/' || text.empty() || text.back() != '/') text += c;
-  }
-  if (text.size() > 1 && text.back() == '/') text.pop_back();
+bool IsThere(const std::string& path) {
   struct stat status {};
-  if (lstat(text.c_str(), &status) != 0) return false;
-  exact = std::move(text);
-  return true;
+  return lstat(path.c_str(), &status) == 0;
 }
 
 }  // namespace
 
 fs::path NativePath(std::string_view path, const fs::path& base) {
-  std::string text(path);
-  std::replace(text.begin(), text.end(), '\\', '/');
-  const fs::path whole = fs::path(text).is_absolute() ? fs::path(text) : base / text;
-  if (fs::path exact; IsThereAsSpelled(whole, exact)) return exact;
+  std::string text;
+  text.reserve(base.native().size() + 1 + path.size());
+  const bool absolute = !path.empty() && (path.front() == '/' || path.front() == '\\');
+  if (!absolute && !base.empty()) {
+    text = base.native();
+    if (text.back() != '/') text += '/';
+  }
+  for (const char c : path) {
+    const char separated = c == '\\' ? '/' : c;
+    if (separated != '/' || text.empty() || text.back() != '/') text += separated;
+  }
+  if (text.size() > 1 && text.back() == '/') text.pop_back();
+  // Nearly always every part is there letter for letter, and one look at the whole tells so.
+  if (IsThere(text)) return text;
 
+  const fs::path whole = text;
   fs::path result = whole.root_path();
   for (const fs::path& part : whole.relative_path()) {
-    if (part.empty()) continue;  // a trailing separator
+    if (part.empty()) continue;
     result = part == "." || part == ".." ? result / part : Entry(result, part.string());
   }
   return result;

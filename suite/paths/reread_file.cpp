@@ -32,12 +32,12 @@ class Descriptor {
 }  // namespace
 
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
-  const bool knownBefore = complete_ && file == file_;
+  const bool knownBefore = complete_ && file.native() == file_;
   complete_ = false;
   const Descriptor descriptor(file.c_str());
   if (descriptor.Number() < 0) Raise();
-  // In pieces that stay in the processor's cache: mostly they are compared and nothing else.
-  std::array<char, 16384> piece;
+  // In pieces that stay in the processor's caches: mostly they are compared and nothing else.
+  std::array<char, 65536> piece;
   bool same = knownBefore;
   std::size_t filled = 0;
   for (;;) {
@@ -57,7 +57,7 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   }
   same = same && filled == content_.size();
   content_.resize(filled);
-  file_ = file;
+  file_ = file.native();
   complete_ = true;
   return same ? Outcome::Same : Outcome::Other;
 }

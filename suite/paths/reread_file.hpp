@@ -22,7 +22,7 @@ class RereadFile {
   std::string_view Content() const { return content_; }
 
  private:
-  std::filesystem::path file_;
+  std::string file_;
   std::string content_;
   bool complete_ = false;  // content_ is the whole of file_, as read last
 };

@@ -542,6 +542,45 @@ TEST_P(OdbcProviderTest, ReportsADatabaseThatIsNotThere) {
   EXPECT_THAT(error.Description(), HasSubstr("nowhere"));
 }
 
+TEST_P(OdbcProviderTest, SeesEveryChangeInAReadThatIsRepeated) {
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (NUMBER, SHORTTEXT) VALUES (17, 'one')", {});
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Single("select SHORTTEXT from SAMPLE"), Variant("one"));
+  database_.Execute("UPDATE SAMPLE SET SHORTTEXT = 'two'");
+  EXPECT_EQ(Single("select SHORTTEXT from SAMPLE"), Variant("two"));
+}
+
+TEST_P(OdbcProviderTest, ReadsAColumnInItsNewTypeWhenAReadIsRepeated) {
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (NUMBER) VALUES (17)", {});
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(Single("select NUMBER from SAMPLE"), Variant(std::int32_t{17}));
+    EXPECT_EQ(Single("select NUMBER from SAMPLE where ID > ?", {std::int32_t{0}}), Variant(std::int32_t{17}));
+  }
+  database_.Execute(OnPostgreSql() ? "ALTER TABLE SAMPLE ALTER COLUMN NUMBER TYPE VARCHAR(50)"
+                                   : "ALTER TABLE SAMPLE MODIFY NUMBER VARCHAR(50)");
+  database_.Execute("UPDATE SAMPLE SET NUMBER = 'seventeen'");
+  EXPECT_EQ(Single("select NUMBER from SAMPLE"), Variant("seventeen"));
+  EXPECT_EQ(Single("select NUMBER from SAMPLE"), Variant("seventeen"));
+  // With values it is prepared anew after the server has refused what was prepared before.
+  try {
+    EXPECT_EQ(Single("select NUMBER from SAMPLE where ID > ?", {std::int32_t{0}}), Variant("seventeen"));
+  } catch (const automation::Error& error) {
+    EXPECT_TRUE(OnPostgreSql()) << error.Description();
+  }
+  EXPECT_EQ(Single("select NUMBER from SAMPLE where ID > ?", {std::int32_t{0}}), Variant("seventeen"));
+}
+
+TEST_P(OdbcProviderTest, ReportsARepeatedReadOfATableThatIsGone) {
+  MakeTable();
+  session_->Execute("INSERT INTO SAMPLE (NUMBER) VALUES (17)", {});
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Single("select NUMBER from SAMPLE"), Variant(std::int32_t{17}));
+  database_.Execute("DROP TABLE SAMPLE");
+  const automation::Error error = ErrorOf([&] { session_->Query("select NUMBER from SAMPLE", {}); });
+  EXPECT_EQ(error.SqlState(), TypeOfEngine("42P01", "42S02"));
+  EXPECT_EQ(Single("select 1"), Variant(std::int32_t{1}));
+}
+
 TEST(MariaDbProviderTest, ReadsZeroDatesAsNull) {
   const orvane_test::ServerDatabase database("mariadb");
   const auto session = database.Connect();

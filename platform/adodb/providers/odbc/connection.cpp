@@ -1,6 +1,8 @@
 #include "platform/adodb/providers/odbc/connection.hpp"
 
+#include <algorithm>
 #include <array>
+#include <functional>
 #include <utility>
 
 #include "platform/adodb/engine/engine_error.hpp"
@@ -132,6 +134,14 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
   ApplyIsolationLevel();
   settingsKept_ = settingsKept_ && KeepsSettings(sql);
   if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
+  if (parameters.empty() && IsRepeatedRead(sql)) {
+    try {
+      return RunPrepared(sql, parameters);
+    } catch (const automation::Error&) {
+      // What is wrong may be what was prepared: a column has another type now.
+      if (inTransaction_ || lost_) throw;
+    }
+  }
   auto statement = std::make_shared<Statement>(handle_, fetchStyle_, lost_);
   if (parameters.empty()) {
     statement->ExecuteDirect(sql);
@@ -140,6 +150,25 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
     statement->Execute(parameters);
   }
   return statement;
+}
+
+// A read that comes a second time will come again: jobs ask for the same settings over and over. Not one of
+// all columns, which may be others the next time.
+bool Connection::IsRepeatedRead(std::string_view sql) {
+  constexpr std::size_t kMostRemembered = 64;
+  constexpr std::string_view kSelect = "select";
+  if (sql.size() > kLongestPreparedText || sql.find('*') != std::string_view::npos ||
+      !engine::EqualsIgnoringAsciiCase(sql.substr(0, kSelect.size()), kSelect)) {
+    return false;
+  }
+  const std::size_t hash = std::hash<std::string_view>()(sql);
+  if (std::find(reads_.begin(), reads_.end(), hash) != reads_.end()) return true;
+  if (reads_.size() < kMostRemembered) {
+    reads_.push_back(hash);
+  } else {
+    reads_[nextRead_++ % kMostRemembered] = hash;
+  }
+  return false;
 }
 
 Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const engine::Parameters& parameters) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/adodb/providers/odbc/driver.hpp"
@@ -43,6 +44,7 @@ class Connection : public engine::Session {
   void SetAttribute(SQLINTEGER attribute, std::uintptr_t value);
   void ApplyIsolationLevel();
   StatementPtr Run(std::string_view sql, const engine::Parameters& parameters);
+  bool IsRepeatedRead(std::string_view sql);
   StatementPtr RunPrepared(std::string_view sql, const engine::Parameters& parameters);
   StatementPtr RunPreparedOnce(std::string_view sql, const engine::Parameters& parameters);
   void AddCollations(std::vector<engine::Column>& columns);
@@ -60,6 +62,8 @@ class Connection : public engine::Session {
   IsolationLevel appliedIsolationLevel_ = IsolationLevel::ReadCommitted;  // as the database has it
   // Prepared statements, the one used last in front.
   std::list<std::pair<std::string, StatementPtr>> prepared_;
+  std::vector<std::size_t> reads_;  // hashes of the reads without values that were sent last
+  std::size_t nextRead_ = 0;        // the place of reads_ that is given up next
   std::map<std::string, Table> tables_;
 };
 

@@ -50,12 +50,14 @@ void Statement::Execute(const engine::Parameters& parameters) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     Check(parameters_[i].Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), parameters[i], style_.text));
   }
+  described_ = false;
   TakeResult(SQLExecute(handle_.Get()));
 }
 
 void Statement::ExecuteDirect(std::string_view sql) {
   WideText wide = ToStatementText(sql);
   described_ = false;
+  columns_.clear();
   TakeResult(SQLExecDirectW(handle_.Get(), wide.data(), SQL_NTS));
 }
 
@@ -68,34 +70,47 @@ void Statement::TakeResult(SQLRETURN status) {
   if (count > 0) affectedRows_ = count;
 }
 
-std::vector<engine::Column>& Statement::Columns() {
-  if (described_) return columns_;
+std::vector<SQLSMALLINT> Statement::ResultTypes() {
   SQLSMALLINT count = 0;
   Check(SQLNumResultCols(handle_.Get(), &count));
-  columns_.clear();
-  std::vector<SQLSMALLINT> sqlTypes;
+  std::vector<SQLSMALLINT> types;
   for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(count); ++number) {
     SQLLEN type = 0;
     Check(SQLColAttributeW(handle_.Get(), number, SQL_DESC_CONCISE_TYPE, nullptr, 0, nullptr, &type));
-    sqlTypes.push_back(static_cast<SQLSMALLINT>(type));
+    types.push_back(static_cast<SQLSMALLINT>(type));
+  }
+  return types;
+}
+
+std::vector<engine::Column>& Statement::Columns() {
+  if (described_) return columns_;
+  // A prepared statement outlives changes to its tables. Names, which follow from its text, cost most to ask.
+  std::vector<SQLSMALLINT> types = ResultTypes();
+  if (types == types_ && !columns_.empty()) {
+    described_ = true;
+    return columns_;
+  }
+  types_ = std::move(types);
+  columns_.clear();
+  for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(types_.size()); ++number) {
     engine::Column column;
     column.name = ColumnText(number, SQL_DESC_LABEL);
-    column.type = TypeOf(static_cast<SQLSMALLINT>(type));
+    column.type = TypeOf(types_[number - 1u]);
     column.baseTable = ColumnText(number, SQL_DESC_BASE_TABLE_NAME);
     if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
     columns_.push_back(std::move(column));
   }
-  Bind(sqlTypes);
+  Bind();
   described_ = true;
   return columns_;
 }
 
-void Statement::Bind(const std::vector<SQLSMALLINT>& sqlTypes) {
+void Statement::Bind() {
   if (!slots_.empty()) SQLFreeStmt(handle_.Get(), SQL_UNBIND);
   slots_ = std::vector<Slot>(columns_.size());
   if (!style_.bound) return;
   for (std::size_t i = 0; i < slots_.size(); ++i) {
-    if (!BoundColumn::Suits(sqlTypes[i])) continue;
+    if (!BoundColumn::Suits(types_[i])) continue;
     Check(
         slots_[i].bound.Bind(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, style_.text));
     slots_[i].isBound = true;

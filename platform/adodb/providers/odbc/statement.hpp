@@ -27,8 +27,8 @@ class Statement {
   void Execute(const engine::Parameters& parameters);
   void ExecuteDirect(std::string_view sql);
 
-  // The columns of the result, empty when there is none. They are asked for once in a statement's life: its
-  // text and so its columns stay the same.
+  // The columns of the result, empty when there is none. After another execution of a prepared statement only
+  // their types are looked at again.
   std::vector<engine::Column>& Columns();
 
   bool Fetch();  // false past the last row
@@ -41,13 +41,15 @@ class Statement {
  private:
   void Check(SQLRETURN status);
   void TakeResult(SQLRETURN status);
-  void Bind(const std::vector<SQLSMALLINT>& sqlTypes);
+  std::vector<SQLSMALLINT> ResultTypes();
+  void Bind();
   std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
 
   StatementHandle handle_;
   bool& connectionLost_;
   std::vector<ParameterBuffer> parameters_;
   bool described_ = false;
+  std::vector<SQLSMALLINT> types_;  // as the driver calls those of columns_
   std::vector<engine::Column> columns_;
   // One for each column: the memory of those that are fetched with the row, and the values of those that had
   // to be asked for.
