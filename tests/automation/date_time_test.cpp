@@ -7,22 +7,13 @@
 #include <vector>
 
 #include "platform/automation/error.hpp"
+#include "tests/support/error_number.hpp"
 
 namespace orvane_test {
 namespace {
 
 using automation::DateTime;
 using automation::DateTimeParts;
-
-template <class Call>
-int NumberOf(const Call& call) {
-  try {
-    call();
-  } catch (const automation::Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
 
 DateTime Moment(int year, int month, int day, int hour, int minute, int second = 0, int microsecond = 0) {
   return DateTime::FromParts({.year = year,
@@ -66,7 +57,7 @@ TEST(DateTimeTest, RefusesPartsThatNameNoMoment) {
                                             {.year = 2004, .month = 1, .day = 1, .microsecond = 1'000'000}};
   for (const DateTimeParts& parts : wrong) {
     EXPECT_FALSE(DateTime::IsValid(parts));
-    EXPECT_EQ(NumberOf([&parts] { DateTime::FromParts(parts); }), 5);
+    EXPECT_EQ(ErrorNumberOf([&parts] { DateTime::FromParts(parts); }), 5);
   }
 }
 
@@ -86,10 +77,12 @@ TEST(DateTimeTest, MovesAcrossMonthsYearsAndLeapDays) {
 }
 
 TEST(DateTimeTest, RefusesToMoveOutOfItsYears) {
-  EXPECT_EQ(NumberOf([] { automation::AddDays(DateTime::FromDate(9999, 12, 31), 1); }), 5);
-  EXPECT_EQ(NumberOf([] { automation::AddMinutes(DateTime::FromDate(100, 1, 1), -1); }), 5);
-  EXPECT_EQ(NumberOf([] { automation::AddHours(DateTime(), std::numeric_limits<std::int64_t>::max()); }), 5);
-  EXPECT_EQ(NumberOf([] { automation::AddDays(DateTime(), std::numeric_limits<std::int64_t>::min()); }), 5);
+  EXPECT_EQ(ErrorNumberOf([] { automation::AddDays(DateTime::FromDate(9999, 12, 31), 1); }), 5);
+  EXPECT_EQ(ErrorNumberOf([] { automation::AddMinutes(DateTime::FromDate(100, 1, 1), -1); }), 5);
+  EXPECT_EQ(ErrorNumberOf([] { automation::AddHours(DateTime(), std::numeric_limits<std::int64_t>::max()); }),
+            5);
+  EXPECT_EQ(ErrorNumberOf([] { automation::AddDays(DateTime(), std::numeric_limits<std::int64_t>::min()); }),
+            5);
   EXPECT_EQ(automation::AddMinutes(Moment(9999, 12, 31, 23, 58), 1), Moment(9999, 12, 31, 23, 59));
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -16,23 +17,13 @@ using automation::Object;
 using automation::Runtime;
 using automation::RuntimeScope;
 
-template <class Call>
-int NumberOf(const Call& call) {
-  try {
-    call();
-  } catch (const Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
-
 class Thing : public Object {};
 class Other : public Object {};
 
 TEST(RuntimeTest, RaisesWhenNoScopeIsOpen) {
-  EXPECT_EQ(NumberOf([] { automation::CurrentRuntime(); }), 91);
-  EXPECT_EQ(NumberOf([] { automation::CreateObject("Suite.Thing"); }), 91);
-  EXPECT_EQ(NumberOf([] { automation::Now(); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CurrentRuntime(); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CreateObject("Suite.Thing"); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::Now(); }), 91);
 }
 
 TEST(RuntimeTest, AnswersFromTheInnermostScope) {
@@ -53,7 +44,7 @@ TEST(RuntimeTest, IsTheThreadsOwn) {
   Runtime runtime;
   const RuntimeScope scope(runtime);
   int number = 0;
-  std::thread([&number] { number = NumberOf([] { automation::CurrentRuntime(); }); }).join();
+  std::thread([&number] { number = ErrorNumberOf([] { automation::CurrentRuntime(); }); }).join();
   EXPECT_EQ(number, 91);
 }
 
@@ -61,7 +52,7 @@ TEST(RuntimeTest, HasNoContextAndNoLocaleUnlessGiven) {
   Runtime runtime;
   const RuntimeScope scope(runtime);
   EXPECT_EQ(automation::GetObjectContext(), nullptr);
-  EXPECT_EQ(NumberOf([] { automation::CurrentLocale(); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CurrentLocale(); }), 91);
 }
 
 TEST(RuntimeTest, TakesTheTimeOfTheMachineUnlessGiven) {
@@ -79,9 +70,9 @@ TEST(RuntimeTest, GivesAnObjectThroughTheInterfaceAskedFor) {
   runtime.classes.Register("Suite.Nothing", [] { return nullptr; });
   const RuntimeScope scope(runtime);
   EXPECT_NE(automation::CreateObject<Thing>("Suite.Thing"), nullptr);
-  EXPECT_EQ(NumberOf([] { automation::CreateObject<Other>("Suite.Thing"); }), 430);
-  EXPECT_EQ(NumberOf([] { automation::CreateObject<Thing>("Suite.Nothing"); }), 91);
-  EXPECT_EQ(NumberOf([] { automation::CreateObject<Thing>("Suite.Unknown"); }), 429);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CreateObject<Other>("Suite.Thing"); }), 430);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CreateObject<Thing>("Suite.Nothing"); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::CreateObject<Thing>("Suite.Unknown"); }), 429);
 }
 
 TEST(TestRuntimeTest, CreatesThroughTheContextThatATestEnters) {

@@ -8,6 +8,7 @@
 
 #include "platform/automation/error.hpp"
 #include "platform/automation/variant.hpp"
+#include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -17,16 +18,6 @@ using automation::DateTime;
 using automation::Variant;
 
 class Thing : public automation::Object {};
-
-template <class Call>
-int NumberOf(const Call& call) {
-  try {
-    call();
-  } catch (const automation::Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
 
 TEST(WholeNumberTest, RoundsHalvesToTheEvenNeighbour) {
   EXPECT_EQ(automation::ToInt32(0.5), 0);
@@ -44,15 +35,15 @@ TEST(WholeNumberTest, OverflowsPastTheRangeOfTheType) {
   EXPECT_EQ(automation::ToInt32("2147483647"), 2147483647);
   EXPECT_EQ(automation::ToInt32("-2147483648"), std::numeric_limits<std::int32_t>::min());
   EXPECT_EQ(automation::ToInt32(2147483647.4), 2147483647);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32("2147483648"); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32(2147483647.5); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToInt16(std::int32_t{32768}); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32("2147483648"); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32(2147483647.5); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt16(std::int32_t{32768}); }), 6);
   EXPECT_EQ(automation::ToInt16(std::int32_t{-32768}), -32768);
   EXPECT_EQ(automation::ToInt64("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
-  EXPECT_EQ(NumberOf([] { automation::ToInt64("9223372036854775808"); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToInt64(1e300); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToInt64(std::numeric_limits<double>::quiet_NaN()); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32("1e999"); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt64("9223372036854775808"); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt64(1e300); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt64(std::numeric_limits<double>::quiet_NaN()); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32("1e999"); }), 6);
 }
 
 TEST(WholeNumberTest, ReadsTextWithBlanksSignFractionAndExponent) {
@@ -68,7 +59,7 @@ TEST(WholeNumberTest, ReadsTextWithBlanksSignFractionAndExponent) {
 TEST(WholeNumberTest, RefusesTextThatIsNoNumber) {
   for (const char* text :
        {"", " ", "12abc", "abc", "1 2", "+-1", "--1", "-", ".", "1,5", "0x10", "&H10", "inf", "nan", "1e"}) {
-    EXPECT_EQ(NumberOf([text] { automation::ToInt32(text); }), 13) << text;
+    EXPECT_EQ(ErrorNumberOf([text] { automation::ToInt32(text); }), 13) << text;
     EXPECT_FALSE(automation::IsNumeric(text)) << text;
   }
 }
@@ -85,13 +76,14 @@ TEST(WholeNumberTest, TakesADateForItsDays) {
 }
 
 TEST(ConversionTest, RefusesNullArraysAndObjects) {
-  EXPECT_EQ(NumberOf([] { automation::ToInt32(Variant::Null()); }), 94);
-  EXPECT_EQ(NumberOf([] { automation::ToDouble(Variant::Null()); }), 94);
-  EXPECT_EQ(NumberOf([] { automation::ToBoolean(Variant::Null()); }), 94);
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime(Variant::Null()); }), 94);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32(automation::VariantArray{}); }), 13);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32(automation::ObjectPtr(std::make_shared<Thing>())); }), 438);
-  EXPECT_EQ(NumberOf([] { automation::ToInt32(automation::ObjectPtr()); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32(Variant::Null()); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDouble(Variant::Null()); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToBoolean(Variant::Null()); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime(Variant::Null()); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32(automation::VariantArray{}); }), 13);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32(automation::ObjectPtr(std::make_shared<Thing>())); }),
+            438);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToInt32(automation::ObjectPtr()); }), 91);
 }
 
 TEST(ToDoubleTest, KeepsFractions) {
@@ -112,7 +104,7 @@ TEST(ToBooleanTest, ReadsTheWordsInAnyCaseAndNumbers) {
   for (const char* text : {"false", "False", "FALSE", "0", "0.0", "-0"})
     EXPECT_FALSE(automation::ToBoolean(text)) << text;
   for (const char* text : {"", " ", "yes", "on", "t", "truee"}) {
-    EXPECT_EQ(NumberOf([text] { automation::ToBoolean(text); }), 13) << text;
+    EXPECT_EQ(ErrorNumberOf([text] { automation::ToBoolean(text); }), 13) << text;
   }
   EXPECT_TRUE(automation::ToBoolean(std::int16_t{-1}));
   EXPECT_FALSE(automation::ToBoolean(std::int32_t{0}));
@@ -124,7 +116,7 @@ TEST(ToDateTimeTest, ReadsTextAsTheLocaleDoes) {
   EXPECT_EQ(automation::ToDateTime("7/26/2004"), DateTime::FromDate(2004, 7, 26));
   runtime.locale->dayFirst = true;
   EXPECT_EQ(automation::ToDateTime("7/6/2004"), DateTime::FromDate(2004, 6, 7));
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime("abc"); }), 13);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime("abc"); }), 13);
 }
 
 TEST(ToDateTimeTest, ReadsNumbersAsDaysSinceDateZero) {
@@ -140,10 +132,10 @@ TEST(ToDateTimeTest, OverflowsPastItsYears) {
   EXPECT_EQ(automation::ToDateTime(2958465.0), DateTime::FromDate(9999, 12, 31));
   EXPECT_EQ(automation::ToDateTime(-657434.5),
             DateTime::FromParts({.year = 100, .month = 1, .day = 1, .hour = 12}));
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime(2958466.0); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime(2958465.9999999999); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime(-657435.0); }), 6);
-  EXPECT_EQ(NumberOf([] { automation::ToDateTime(1e300); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime(2958466.0); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime(2958465.9999999999); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime(-657435.0); }), 6);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToDateTime(1e300); }), 6);
 }
 
 TEST(ToDateTimeTest, ComesBackFromItsNumber) {

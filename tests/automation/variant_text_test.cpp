@@ -8,6 +8,7 @@
 
 #include "platform/automation/error.hpp"
 #include "platform/automation/variant.hpp"
+#include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -18,16 +19,6 @@ using automation::Variant;
 using automation::VariantArray;
 
 class Thing : public automation::Object {};
-
-template <class Call>
-int NumberOf(const Call& call) {
-  try {
-    call();
-  } catch (const automation::Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
 
 TEST(ToTextTest, WritesPlainDecimalNumbers) {
   EXPECT_EQ(automation::ToText(std::int32_t{1234567}), "1234567");
@@ -57,16 +48,16 @@ TEST(ToTextTest, WritesDatesInTheLocalesGeneralForm) {
 }
 
 TEST(ToTextTest, RefusesNullArraysAndObjects) {
-  EXPECT_EQ(NumberOf([] { automation::ToText(Variant::Null()); }), 94);
-  EXPECT_EQ(NumberOf([] { automation::ToText(VariantArray{"a"}); }), 13);
-  EXPECT_EQ(NumberOf([] { automation::ToText(automation::ObjectPtr(std::make_shared<Thing>())); }), 438);
-  EXPECT_EQ(NumberOf([] { automation::ToText(automation::ObjectPtr()); }), 91);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToText(Variant::Null()); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToText(VariantArray{"a"}); }), 13);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToText(automation::ObjectPtr(std::make_shared<Thing>())); }), 438);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToText(automation::ObjectPtr()); }), 91);
 }
 
 TEST(ToTextOrEmptyTest, TakesNullForEmptyTextOnly) {
   EXPECT_EQ(automation::ToTextOrEmpty(Variant::Null()), "");
   EXPECT_EQ(automation::ToTextOrEmpty(std::int32_t{7}), "7");
-  EXPECT_EQ(NumberOf([] { automation::ToTextOrEmpty(VariantArray{}); }), 13);
+  EXPECT_EQ(ErrorNumberOf([] { automation::ToTextOrEmpty(VariantArray{}); }), 13);
 }
 
 TEST(TypeNameTest, NamesEveryType) {

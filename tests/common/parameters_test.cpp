@@ -5,23 +5,15 @@
 #include "platform/scripting/dictionary/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
 #include "tests/support/database_environment.hpp"
+#include "tests/support/error_number.hpp"
 
 namespace OrvaneUtilities {
 namespace {
 
 using automation::Error;
 using automation::Variant;
+using orvane_test::ErrorNumberOf;
 using orvane_test::OpenedRecordset;
-
-template <class Call>
-std::int32_t NumberRaisedBy(const Call& call) {
-  try {
-    call();
-  } catch (const Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
 
 class ParametersTest : public testing::Test {
  protected:
@@ -71,7 +63,7 @@ TEST_F(ParametersTest, NumberInTheValueColumnIsGivenAsText) {
 
 TEST_F(ParametersTest, NullValueIsReportedAndRaised) {
   environment_.database.Run("INSERT INTO PARAMETERS VALUES ('Days', NULL)");
-  EXPECT_EQ(NumberRaisedBy([] { GetParamValue("Days"); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { GetParamValue("Days"); }), 94);
   ASSERT_EQ(environment_.log->size(), 1U);
   EXPECT_EQ(environment_.log->at(0).message,
             "METHOD: \r\nOrvaneProcess.Dispatch.GetParamValue caught: Invalid use of Null(94).");
@@ -79,7 +71,7 @@ TEST_F(ParametersTest, NullValueIsReportedAndRaised) {
 
 TEST_F(ParametersTest, QuoteInTheNameBreaksTheStatement) {
   Add("O", "wrong");
-  EXPECT_NE(NumberRaisedBy([] { GetParamValue("O'Neill"); }), 0);
+  EXPECT_NE(ErrorNumberOf([] { GetParamValue("O'Neill"); }), 0);
   ASSERT_EQ(environment_.log->size(), 1U);
   EXPECT_EQ(
       environment_.log->at(0).message.rfind("METHOD: \r\nOrvaneProcess.Dispatch.GetParamValue caught: ", 0),
@@ -88,24 +80,24 @@ TEST_F(ParametersTest, QuoteInTheNameBreaksTheStatement) {
 
 TEST_F(ParametersTest, NameThatTriesToBecomeAConditionBreaksTheStatement) {
   Add("Secret", "hidden");
-  EXPECT_NE(NumberRaisedBy([] { GetParamValue("x' or 'a'='a"); }), 0);
+  EXPECT_NE(ErrorNumberOf([] { GetParamValue("x' or 'a'='a"); }), 0);
 }
 
 TEST_F(ParametersTest, SecondStatementInTheNameIsNeverRun) {
   Add("Days", "30");
-  EXPECT_NE(NumberRaisedBy([] { GetParamValue("x'; delete from PARAMETERS; --"); }), 0);
+  EXPECT_NE(ErrorNumberOf([] { GetParamValue("x'; delete from PARAMETERS; --"); }), 0);
   EXPECT_EQ(GetParamValue("Days"), "30");
 }
 
 TEST_F(ParametersTest, MissingTableIsReportedAndRaised) {
   environment_.database.Run("DROP TABLE PARAMETERS");
-  EXPECT_NE(NumberRaisedBy([] { GetParamValue("Days"); }), 0);
+  EXPECT_NE(ErrorNumberOf([] { GetParamValue("Days"); }), 0);
   EXPECT_EQ(environment_.log->size(), 1U);
 }
 
 TEST_F(ParametersTest, MissingConnectionIsReportedByTheGetterAndByTheReader) {
   environment_.configuration->connectionStrings.clear();
-  EXPECT_EQ(NumberRaisedBy([] { GetParamValue("Days"); }), 1001);
+  EXPECT_EQ(ErrorNumberOf([] { GetParamValue("Days"); }), 1001);
   ASSERT_EQ(environment_.log->size(), 2U);
   EXPECT_EQ(environment_.log->at(1).message,
             "METHOD: \r\nOrvaneProcess.Dispatch.GetParamValue caught: no value for Orvane/Orvane(1001).");
@@ -115,7 +107,7 @@ TEST_F(ParametersTest, NothingStaysOpenWhateverFailsInGetParamValue) {
   Add("Days", "30");
   int failures = 0;
   const int calls = environment_.LetEveryStepFail([&failures] {
-    failures += NumberRaisedBy([] { EXPECT_EQ(GetParamValue("Days"), "30"); }) == 70 ? 1 : 0;
+    failures += ErrorNumberOf([] { EXPECT_EQ(GetParamValue("Days"), "30"); }) == 70 ? 1 : 0;
   });
   EXPECT_EQ(failures, calls - 1);
   EXPECT_GE(calls, 6);
@@ -163,7 +155,7 @@ TEST_F(ParametersTest, MissingNamesHaveNoEntry) {
 TEST_F(ParametersTest, NameInTwoRowsIsADuplicateKey) {
   Add("Twice", "first");
   Add("Twice", "second");
-  EXPECT_EQ(NumberRaisedBy([] { GetParameterValues({"Twice"}); }), 457);
+  EXPECT_EQ(ErrorNumberOf([] { GetParameterValues({"Twice"}); }), 457);
   ASSERT_EQ(environment_.log->size(), 1U);
   EXPECT_EQ(
       environment_.log->at(0).message,
@@ -174,7 +166,7 @@ TEST_F(ParametersTest, NameInTwoRowsIsADuplicateKey) {
 }
 
 TEST_F(ParametersTest, NullAmongTheNamesIsRaisedBeforeAConnectionIsOpened) {
-  EXPECT_EQ(NumberRaisedBy([] { GetParameterValues({"A", Variant::Null()}); }), 94);
+  EXPECT_EQ(ErrorNumberOf([] { GetParameterValues({"A", Variant::Null()}); }), 94);
   EXPECT_TRUE(environment_.adodb->connectionStrings.empty());
   EXPECT_EQ(environment_.log->size(), 1U);
 }
@@ -184,7 +176,7 @@ TEST_F(ParametersTest, NothingStaysOpenWhateverFailsInGetParameterValues) {
   Add("B", "2");
   int failures = 0;
   const int calls = environment_.LetEveryStepFail([&failures] {
-    failures += NumberRaisedBy([] { EXPECT_EQ(GetParameterValues({"A", "B"})->Count(), 2U); }) == 70 ? 1 : 0;
+    failures += ErrorNumberOf([] { EXPECT_EQ(GetParameterValues({"A", "B"})->Count(), 2U); }) == 70 ? 1 : 0;
   });
   EXPECT_EQ(failures, calls - 1);
   EXPECT_GE(calls, 10);
@@ -207,7 +199,7 @@ TEST(DefaultLanguageTest, ConfigurationIsCreatedDirectlyInsideAnObjectContextToo
 
 TEST(DefaultLanguageTest, FailureIsRaisedAsItIsAndNotReported) {
   orvane_test::TestRuntime environment;
-  EXPECT_EQ(NumberRaisedBy([] { GetDefaultLanguage(); }), 1001);
+  EXPECT_EQ(ErrorNumberOf([] { GetDefaultLanguage(); }), 1001);
   EXPECT_TRUE(environment.log->empty());
 }
 

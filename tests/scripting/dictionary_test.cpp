@@ -8,7 +8,7 @@
 
 #include "platform/automation/runtime.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
-#include "tests/scripting/expect_error.hpp"
+#include "tests/support/error_number.hpp"
 
 namespace orvane_test {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/scripting/expect_error.hpp"
 #include "tests/scripting/file_system_machine.hpp"
+#include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {

@@ -15,7 +15,7 @@
 #include "platform/locale/icu_locale.hpp"
 #include "platform/scripting/local/file_system_object.hpp"
 #include "platform/scripting/local/registration.hpp"
-#include "tests/scripting/expect_error.hpp"
+#include "tests/support/error_number.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {

@@ -6,7 +6,7 @@
 
 #include "platform/scripting/file_system_object.hpp"
 #include "platform/scripting/memory/registration.hpp"
-#include "tests/scripting/expect_error.hpp"
+#include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {

@@ -92,24 +92,6 @@ class UserTest : public testing::Test {
   automation::RuntimeScope scope_;
 };
 
-TEST_F(UserTest, BecomesThePersonWithTheId) {
-  const auto user = Bind("jdoe");
-  EXPECT_EQ(user->FirstName(), "Jane");
-  EXPECT_EQ(user->LastName(), "Doe");
-  EXPECT_EQ(user->EMailAddress(), "jane@x.example");
-  EXPECT_EQ(user->CompanyName(), "Harbour Works");
-  EXPECT_EQ(user->PhoneNumber(), "+44 1");
-  EXPECT_EQ(user->Position(), "Lead");
-  EXPECT_EQ(user->Fax(), "+44 2");
-  EXPECT_EQ(user->Modem(), "+44 3");
-  EXPECT_EQ(user->Country(), "United Kingdom");
-  EXPECT_EQ(user->LanguageID(), 1043);
-  EXPECT_EQ(user->Locale(), 2057);
-  EXPECT_EQ(user->BusinessPartnerNumber(), 1042);
-  EXPECT_EQ(user->EngineerCode(), "eng-17");
-  EXPECT_TRUE(user->SalutationFlag());
-}
-
 TEST_F(UserTest, WhatTheDirectoryDoesNotHoldIsEmpty) {
   const auto user = Bind("bare");
   EXPECT_EQ(user->FirstName(), "");
