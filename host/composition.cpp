@@ -1,6 +1,9 @@
 #include "host/composition.hpp"
 
 #include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -13,6 +16,7 @@
 #include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
+#include "platform/scripting/local/folder_names.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
 #include "suite/catalogue/catalogue.hpp"
@@ -37,6 +41,19 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   CDO::RegisterClasses(classes, MailSettings(site, home));
 }
 
+// Keeps the names of large folders for all file-handling components of a suite.
+class FolderNames {
+ public:
+  std::optional<std::string> Find(const std::string& folder, const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    return names_.Find(folder, name);
+  }
+
+ private:
+  std::mutex mutex_;
+  Scripting::local::FolderNames names_;
+};
+
 void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
                         Vantrel::LogListener listener) {
   Vantrel::RegisterConfiguration(classes, home.Path());
@@ -44,7 +61,12 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, 
   OrvCommon::RegisterSqlConversion(classes);
   VnMembership::RegisterUser(classes);
   Catalogue::RegisterCatalogue(classes);
+  const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
+                                                                       const std::string& name) {
+    return names->Find(folder, name);
+  };
   OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
+                                               .otherSpelling = otherSpelling,
                                                .sharedPath = &SharedPath,
                                                .ftp = FtpSettings(site, home)});
   OrvCommon::RegisterLoadXSLs(classes);

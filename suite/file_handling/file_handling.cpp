@@ -12,7 +12,6 @@
 #include "components/interfaces/log.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
-#include "platform/scripting/local/folder_names.hpp"
 #include "suite/file_handling/folder_store.hpp"
 #include "suite/file_handling/ftp_store.hpp"
 #include "suite/file_handling/item_name.hpp"
@@ -79,29 +78,10 @@ class Failures {
   std::string texts_;
 };
 
-// The names in the folders of this server, for names in other spellings than the disk's.
-class OwnNames {
- public:
-  std::optional<std::string> Find(const std::string& folder, const std::string& name) {
-    const std::lock_guard lock(mutex_);
-    return names_.Find(folder, name);
-  }
-
- private:
-  std::mutex mutex_;
-  Scripting::local::FolderNames names_;
-};
-
-// What all objects of an installation share.
-struct Shared {
-  InUseMarks marks;
-  OwnNames names;
-};
-
 class SharedFiles : public FileHandling {
  public:
-  SharedFiles(FileHandlingOptions options, std::shared_ptr<Shared> shared)
-      : options_(std::move(options)), shared_(std::move(shared)) {}
+  SharedFiles(FileHandlingOptions options, std::shared_ptr<InUseMarks> marks)
+      : options_(std::move(options)), marks_(std::move(marks)) {}
 
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
@@ -117,7 +97,7 @@ class SharedFiles : public FileHandling {
     return false;
   }
 
-  void SetInUse(std::string_view name, std::int16_t state) override { shared_->marks.Set(name, state != 0); }
+  void SetInUse(std::string_view name, std::int16_t state) override { marks_->Set(name, state != 0); }
 
   void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
                  std::int16_t) override {
@@ -126,7 +106,7 @@ class SharedFiles : public FileHandling {
     OpenStore(ftpPath)->Fetch(FolderOf(kind), std::string(name), suite::NativePath(fullPath, "/"));
   }
 
-  bool IsInUse(std::string_view name) override { return shared_->marks.IsSet(name); }
+  bool IsInUse(std::string_view name) override { return marks_->IsSet(name); }
 
   void StoreFile(std::string_view fullPath, FolderKind kind) override {
     const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
@@ -218,7 +198,7 @@ class SharedFiles : public FileHandling {
     std::error_code failed;
     std::filesystem::file_status status = std::filesystem::status(path, failed);
     if (status.type() == std::filesystem::file_type::not_found) {
-      if (const auto other = shared_->names.Find(parent.string(), std::string(name))) {
+      if (const auto other = OtherSpelling(parent, std::string(name))) {
         path = parent / *other;
         status = std::filesystem::status(path, failed);
       }
@@ -229,6 +209,12 @@ class SharedFiles : public FileHandling {
                               kErrorSource, path.string() + ": " + failed.message());
     }
     return std::filesystem::is_regular_file(status);
+  }
+
+  std::optional<std::string> OtherSpelling(const std::filesystem::path& folder,
+                                           const std::string& name) const {
+    if (options_.otherSpelling) return options_.otherSpelling(folder.string(), name);
+    return suite::NativePath(name, folder).filename().string();
   }
 
   // A caller that goes on as if the file did not exist would make it anew, over the shared one.
@@ -249,15 +235,16 @@ class SharedFiles : public FileHandling {
   }
 
   FileHandlingOptions options_;
-  std::shared_ptr<Shared> shared_;
+  std::shared_ptr<InUseMarks> marks_;
 };
 
 }  // namespace
 
 void RegisterFileHandling(automation::ClassTable& classes, FileHandlingOptions options) {
-  classes.Register(kFileHandlingProgId, [options = std::move(options), shared = std::make_shared<Shared>()] {
-    return std::make_shared<SharedFiles>(options, shared);
-  });
+  classes.Register(kFileHandlingProgId,
+                   [options = std::move(options), marks = std::make_shared<InUseMarks>()] {
+                     return std::make_shared<SharedFiles>(options, marks);
+                   });
 }
 
 }  // namespace OrvCommonMTS

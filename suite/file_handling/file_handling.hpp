@@ -7,6 +7,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/automation/class_table.hpp"
@@ -17,6 +18,10 @@ namespace OrvCommonMTS {
 struct FileHandlingOptions {
   // The suite's data folder on this machine, for FileExists.
   std::function<std::string()> dataRoot;
+  // The name in a folder of this machine that is meant by one that does not exist as written; nothing when
+  // there is none. May be called by several threads. When it is missing, the folder is read at every
+  // question.
+  std::function<std::optional<std::string>(const std::string& folder, const std::string& name)> otherSpelling;
   // The shared place, for the members that are not told it (FileExists, StoreFile); empty text where there is
   // no web farm. They then know this machine's files only.
   std::function<std::string()> sharedPath;
