@@ -33,8 +33,15 @@ void MakeArchiveSuite(const std::filesystem::path& home, const std::string& conn
 RunFigures RunArchiveJob(const std::filesystem::path& home);
 
 // Moves both tables to files: one row a transaction, or in bulk.
+struct PtArchiverFigures {
+  std::int64_t rows = 0;  // that there were
+  std::int64_t rowsMoved = 0;
+  double secondsMeasured = 0;
+  double seconds = 0;  // for all rows: each table's time scaled by the rows that were moved of it
+};
 bool PtArchiverIsInstalled();
-double PtArchiverSeconds(const orvane_test::ServerDatabase& database, const std::filesystem::path& folder,
-                         bool bulk);
+// One row a transaction may take long: it ends after `longestSeconds` for each table.
+PtArchiverFigures RunPtArchiver(const orvane_test::ServerDatabase& database,
+                                const std::filesystem::path& folder, bool bulk, int longestSeconds);
 
 }  // namespace orvane_bench

@@ -1,7 +1,10 @@
 // The archive job: how fast against pt-archiver moving the same rows of both tables to files, and how its
 // cost and its memory grow with the requests of one customer.
 //
-//   bench_archive [REQUESTS [CUSTOMERS]]     100,000 requests of 1,000 customers unless given
+//   bench_archive [REQUESTS [CUSTOMERS [SECONDS]]]     100,000 requests of 1,000 customers unless given
+//
+// Moving one row a transaction ends after SECONDS (120 unless given) for each table, and its time for all
+// rows is reckoned from the rows moved by then; everything else is run to its end.
 //
 // Fails when a target is missed.
 #include <algorithm>
@@ -27,6 +30,10 @@ constexpr double kAllowedMemoryPerFile = 6;
 void Fill(const ServerDatabase& database, const std::string& engine, HistorySize size) {
   database.RunSchemaFile(engine + ".sql");
   FillHistory(engine, size, [&](const std::string& sql) { database.Execute(sql); });
+  // As the servers would do by themselves in the hours between such a load and a nightly run.
+  for (const std::string table : {"QUESTIONHISTORY", "TRANSACTIONS"}) {
+    database.Execute(engine == "mariadb" ? "ANALYZE TABLE " + table : "VACUUM ANALYZE " + table);
+  }
 }
 
 double JobSeconds(const Server& server, const std::string& engine, HistorySize size) {
@@ -46,7 +53,7 @@ double JobSeconds(const Server& server, const std::string& engine, HistorySize s
   return figures.seconds;
 }
 
-bool CompareWithPtArchiver(HistorySize size) {
+bool CompareWithPtArchiver(HistorySize size, int longestSeconds) {
   const Server mariadb = Server::StartOwn("mariadb", true);
   const Server postgresql = Server::StartOwn("postgresql", true);
   const double onMariaDb = JobSeconds(mariadb, "mariadb", size);
@@ -56,19 +63,22 @@ bool CompareWithPtArchiver(HistorySize size) {
     return true;
   }
   const WorkFolder folder;
-  double seconds[2] = {};
-  for (const bool bulk : {false, true}) {
+  PtArchiverFigures figures[2];
+  for (const bool bulk : {true, false}) {
     const ServerDatabase database(mariadb, "mariadb");
     Fill(database, "mariadb", size);
-    seconds[bulk ? 1 : 0] = PtArchiverSeconds(database, folder.Path(), bulk);
+    figures[bulk ? 1 : 0] = RunPtArchiver(database, folder.Path(), bulk, longestSeconds);
   }
+  const PtArchiverFigures& single = figures[0];
+  const PtArchiverFigures& bulk = figures[1];
   const double job = std::max(onMariaDb, onPostgreSql);
-  std::printf(
-      "pt-archiver: one row a transaction %.2f s, %.1f times the slower job (at least %.0f); bulk %.2f s, "
-      "%.2f "
-      "times (at least 1)\n",
-      seconds[0], seconds[0] / job, kFasterThanSingleRows, seconds[1], seconds[1] / job);
-  return seconds[0] >= kFasterThanSingleRows * job && seconds[1] >= job;
+  std::printf("pt-archiver, bulk: %lld rows in %.2f s, %.2f times the slower job (at least 1)\n",
+              static_cast<long long>(bulk.rowsMoved), bulk.seconds, bulk.seconds / job);
+  std::printf("pt-archiver, one row a transaction: %lld of %lld rows in %.2f s%s: %.1f s for all of them, ",
+              static_cast<long long>(single.rowsMoved), static_cast<long long>(single.rows),
+              single.secondsMeasured, single.rowsMoved < single.rows ? " (cut off)" : "", single.seconds);
+  std::printf("%.1f times the slower job (at least %.0f)\n", single.seconds / job, kFasterThanSingleRows);
+  return single.seconds >= kFasterThanSingleRows * job && bulk.seconds >= job;
 }
 
 // Requests of one customer: cost per request and memory, on the embedded engine.
@@ -113,8 +123,10 @@ int main(int argc, char** argv) {
   try {
     const std::int64_t requests = argc > 1 ? std::atoll(argv[1]) : 100'000;
     const std::int64_t customers = argc > 2 ? std::atoll(argv[2]) : 1'000;
-    bool good = orvane_bench::MeasureGrowth(requests);
-    good = orvane_bench::CompareWithPtArchiver({requests, customers}) && good;
+    const int longestSeconds = argc > 3 ? std::atoi(argv[3]) : 120;
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    bool good = orvane_bench::CompareWithPtArchiver({requests, customers}, longestSeconds);
+    good = orvane_bench::MeasureGrowth(requests) && good;
     return good ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench_archive: %s\n", error.what());

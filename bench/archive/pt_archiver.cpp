@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "bench/archive/archive_bench.hpp"
 
 namespace orvane_bench {
@@ -11,32 +13,40 @@ bool PtArchiverIsInstalled() {
   return std::filesystem::exists(kProgram);
 }
 
-double PtArchiverSeconds(const orvane_test::ServerDatabase& database, const std::filesystem::path& folder,
-                         bool bulk) {
+PtArchiverFigures RunPtArchiver(const orvane_test::ServerDatabase& database,
+                                const std::filesystem::path& folder, bool bulk, int longestSeconds) {
   const auto text = ADODB::engine::ConnectionString::Parse(database.ConnectionString());
   const auto value = [&](const char* keyword) { return text.Value(keyword).value_or(""); };
-  double seconds = 0;
+  const auto rowsOf = [&](const std::string& table) {
+    const auto session = database.Connect();
+    const auto rows = session->Query("select count(*) from " + table, {});
+    return rows->Next() ? automation::ToInt64(rows->Value(0)) : 0;
+  };
+  PtArchiverFigures figures;
   for (const std::string table : {"transactions", "questionhistory"}) {
-    std::vector<std::string> arguments = {"--source",
-                                          "h=" + value("Server") + ",P=" + value("Port") +
-                                              ",u=" + value("UID") + ",p=" + value("PWD") +
-                                              ",D=" + value("Database") + ",t=" + table,
-                                          "--file",
-                                          (folder / (table + (bulk ? ".bulk" : ".single"))).string(),
-                                          "--where",
-                                          "1=1",
-                                          "--limit",
-                                          "1000",
-                                          "--no-check-charset",
-                                          "--no-version-check"};
+    std::vector<std::string> arguments = {
+        "--source",
+        "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") + ",p=" + value("PWD") +
+            ",D=" + value("Database") + ",t=" + table,
+        "--file", (folder / (table + (bulk ? ".bulk" : ".single"))).string(), "--where", "1=1", "--limit",
+        "1000",
+        // Otherwise it keeps the row with the highest number.
+        "--no-safe-auto-increment", "--no-check-charset", "--no-version-check"};
     if (bulk) {
       arguments.insert(arguments.end(), {"--bulk-delete", "--commit-each"});
     } else {
-      arguments.insert(arguments.end(), {"--txn-size", "1"});
+      arguments.insert(arguments.end(), {"--txn-size", "1", "--run-time", std::to_string(longestSeconds)});
     }
-    seconds += RunMeasured(kProgram, arguments).seconds;
+    const std::int64_t before = rowsOf(table);
+    const double seconds = RunMeasured(kProgram, arguments).seconds;
+    const std::int64_t moved = before - rowsOf(table);
+    if (moved <= 0) throw std::runtime_error("pt-archiver moved nothing");
+    figures.rows += before;
+    figures.rowsMoved += moved;
+    figures.secondsMeasured += seconds;
+    figures.seconds += seconds * static_cast<double>(before) / static_cast<double>(moved);
   }
-  return seconds;
+  return figures;
 }
 
 }  // namespace orvane_bench
