@@ -61,7 +61,8 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
   const auto editQuestions = [&] {
     ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
     selection += condition;
-    openRecords(m_rsQuestions, selection, ADODB::CursorType::Static, ADODB::LockType::ReadOnly);
+    // Rows that may be changed come in the order of their key on every engine.
+    openRecords(m_rsQuestions, selection, ADODB::CursorType::Static, ADODB::LockType::Optimistic);
     editQuestionsFile(questions);
     saveArchiveFile(questions);
   };

@@ -66,6 +66,7 @@
 
   <xsl:template match="Archive">
     <p><xsl:value-of select="@ArchiveID"/>: <xsl:value-of select="@DateArchived"/>, <xsl:value-of select="Means"/>
-      <xsl:if test="ArchivedBy != ''"> (<xsl:value-of select="ArchivedBy"/>)</xsl:if>, <xsl:value-of select="Comment"/></p>
+      <xsl:if test="ArchivedBy != ''"> (<xsl:value-of select="ArchivedBy"/>)</xsl:if>
+      <xsl:if test="Comment != ''">, <xsl:value-of select="Comment"/></xsl:if></p>
   </xsl:template>
 </xsl:stylesheet>

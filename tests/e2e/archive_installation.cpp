@@ -40,6 +40,7 @@ class ServerEngine : public Engine {
     return column;
   }
   std::string TrueLiteral() const override { return server_ == "postgresql" ? "true" : "b'1'"; }
+  std::string FalseLiteral() const override { return server_ == "postgresql" ? "false" : "b'0'"; }
 
  private:
   std::string server_;
@@ -108,8 +109,11 @@ std::string ArchiveInstallation::Masked(std::string text) const {
   for (std::size_t at = text.find(home); at != std::string::npos; at = text.find(home, at)) {
     text.replace(at, home.size(), "<home>");
   }
-  static const std::regex moment(R"(\d{1,4}-\d{1,2}-\d{1,4} \d\d:\d\d:\d\d)");
-  return std::regex_replace(text, moment, "<time>");
+  // A run's own moments: an entry's, and at the beginning of a line of the log.
+  static const std::regex entry(R"((DateArchived=")[^"]*")");
+  static const std::regex line(R"((^|\n)\d{1,4}-\d{1,2}-\d{1,4} \d\d:\d\d:\d\d(  : ))");
+  text = std::regex_replace(text, entry, "$1<time>\"");
+  return std::regex_replace(text, line, "$1<time>$2");
 }
 
 std::map<std::string, std::string> ArchiveInstallation::Files() const {

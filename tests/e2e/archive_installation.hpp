@@ -21,6 +21,7 @@ class Engine {
   // The first column of a query's rows, as text.
   virtual std::vector<std::string> Column(const std::string& query) = 0;
   virtual std::string TrueLiteral() const { return "1"; }
+  virtual std::string FalseLiteral() const { return "0"; }
 };
 
 struct Person {

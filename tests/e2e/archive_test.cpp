@@ -8,6 +8,7 @@
 
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
+#include "tests/support/archive_files.hpp"
 
 namespace {
 
@@ -51,6 +52,8 @@ class ArchiveTest : public testing::Test {
                           "dn: uid=jdoe\nuid: jdoe\norvaneLocale: 1043\norvaneBusinessPartner: 1042\n\n"
                           "dn: uid=visitor\nuid: visitor\norvaneLocale: 1033\n");
   }
+
+  void TearDown() override { orvane_test::ExpectArchiveFiles(ArchiveFolder()); }
 
   void SetArchiveAfter(const std::string& days) {
     database_.Execute("INSERT INTO PARAMETERS VALUES ('ArchiveAfter', '" + days + "')");

@@ -82,11 +82,14 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
     std::string text = sql;
     const std::size_t keyCount = lockType == LockType::ReadOnly ? 0 : table.keyColumns.size();
     if (keyCount > 0) {
-      text = "SELECT " + select.list;
+      std::string keys;
       for (const std::string& column : table.keyColumns) {
-        text += "," + select.name + "." + session.GetDialect().QuotedName(column);
+        keys += "," + select.name + "." + session.GetDialect().QuotedName(column);
       }
-      text += select.From({}) + (select.order.empty() ? "" : " " + select.order);
+      // In the key's order unless the statement says otherwise: engines differ in the index that they walk, and
+      // what is written from these rows must not.
+      text = "SELECT " + select.list + keys + select.From({}) + " " +
+             (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order);
     }
     const std::unique_ptr<Rows> rows = session.Query(text, parameters);
     if (rows->Columns().empty()) return;
