@@ -7,12 +7,13 @@
 #include "tests/suite/file_handling/shared_place.hpp"
 
 std::vector<std::string> orvane_test::KindsOfPlace() {
-  return {"vsftpd", "pyftpd"};
+  return {"vsftpd", "ftpes", "pyftpd"};
 }
 
 namespace orvane_test {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -27,6 +28,16 @@ class CleanUpWebFarmTest : public testing::TestWithParam<std::string> {
   CleanUpWebFarmTest() {
     suite_.SetParameter("Webfarm Implemented", "true");
     suite_.SetParameter("FTPPath", place_.FtpPath());
+    if (!place_.CertificateFile().empty()) TrustTheServer();
+  }
+
+  void TrustTheServer() const {
+    const fs::path file = suite_.suite.Home() / "config/siteConfiguration.xml";
+    std::string site = TemporaryFolder::Read(file);
+    const std::string end = "</siteConfiguration>";
+    site.insert(site.rfind(end), "<section name=\"FTP\"><key name=\"certificatefile\">" +
+                                     place_.CertificateFile() + "</key></section>\n");
+    suite_.suite.Folder().Write("home/config/siteConfiguration.xml", site);
   }
 
   CleanUpSuite suite_;
