@@ -177,6 +177,85 @@ TEST_F(ArchiveFailuresTest, AProspectWithoutAnAddressStays) {
               Contains("Editing of Archive file " + suite.ArchivePath("NoBP__trans.xml") + " failed2"));
 }
 
+TEST_F(ArchiveFailuresTest, AnAddressThatIsHalfAStatementTouchesNobodysRows) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddProspectRequest(2, "x'' or ''a''=''a");  // doubled for the insert only
+  suite.AddProspectRequest(3, "x''; delete from QUESTIONHISTORY; --");
+
+  suite.Run();
+
+  EXPECT_THAT(RequestsLeft(), ElementsAre("2", "3"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1"));
+  EXPECT_THAT(suite.LogMessages(), Contains("Editing of Archive file " +
+                                            suite.ArchivePath("NoBP_x' or 'a'='a_SR.xml") + " failed1"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Editing of Archive file " +
+                       suite.ArchivePath("NoBP_x'; delete from QUESTIONHISTORY; --_SR.xml") + " failed1"));
+}
+
+// Well-formed, but not what the job has written: nothing is guessed.
+TEST_F(ArchiveFailuresTest, AFileThatLacksWhatItNeedsIsLeftAsItIs) {
+  const std::string entry = "<Means>Supervisor</Means><ArchivedBy/><Comment/></Archive>";
+  const Strings contents = {
+      "<QuestionsArchive><Archives/></QuestionsArchive>", "<QuestionsArchive><SRs/></QuestionsArchive>",
+      "<QuestionsArchive><SRs/><Archives><Archive DateArchived=\"x\">" + entry +
+          "</Archives></QuestionsArchive>",
+      "<QuestionsArchive><SRs/><Archives><Archive DateArchived=\"x\" ArchiveID=\"one\">" + entry +
+          "</Archives></QuestionsArchive>",
+      "<QuestionsArchive><SRs/><Archives><Archive DateArchived=\"x\" ArchiveID=\"2147483647\">" + entry +
+          "</Archives></QuestionsArchive>"};
+  suite.undescribed = {"NoBP_jdoe_SR.xml"};
+  suite.AddRequest(1, "jdoe");
+  for (const std::string& content : contents) {
+    suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", content);
+
+    suite.Run();
+
+    EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), content);
+    EXPECT_THAT(RequestsLeft(), ElementsAre("1")) << content;
+  }
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Editing of Archive file " + suite.ArchivePath("NoBP_jdoe_SR.xml") + " failed1")
+                  .Times(contents.size()));
+}
+
+TEST_F(ArchiveFailuresTest, ATransactionsFileThatLacksWhatItNeedsGivesTheRequestsFileItsContentBack) {
+  suite.AddRequest(1, "jdoe");
+  suite.Run();
+  const std::string before = suite.Archive("NoBP_jdoe_SR.xml");
+  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_trans.xml",
+                     "<TransactionsArchive><Archives/></TransactionsArchive>");
+  suite.undescribed = {"NoBP_jdoe_trans.xml"};
+  suite.AddRequest(2, "jdoe");
+
+  suite.Run();
+
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), before);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), "<TransactionsArchive><Archives/></TransactionsArchive>");
+  EXPECT_THAT(RequestsLeft(), ElementsAre("2"));
+}
+
+TEST_F(ArchiveFailuresTest, ATransactionThatCannotBeBegunUndoesBothFiles) {
+  suite.AddRequest(1, "jdoe");
+  suite.Run();
+  const std::string questions = suite.Archive("NoBP_jdoe_SR.xml");
+  const std::string transactions = suite.Archive("NoBP_jdoe_trans.xml");
+  suite.AddRequest(2, "jdoe");
+  suite.journal->before = [](std::string_view step) {
+    if (step == "Connection.BeginTrans")
+      throw automation::Error(-2147467259, "engine", "no more transactions");
+  };
+
+  suite.Run();
+
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questions);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactions);
+  EXPECT_THAT(RequestsLeft(), ElementsAre("2"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Changes to XML files undone" + suite.ArchivePath("NoBP_jdoe_SR.xml") +
+                       suite.ArchivePath("NoBP_jdoe_trans.xml") + " undone"));
+}
+
 TEST_F(ArchiveFailuresTest, ATransactionThatXmlCannotHoldKeepsTheRowsAndTheRequestsFile) {
   suite.AddRequest(1, "jdoe");
   suite.Run();

@@ -200,5 +200,24 @@ TEST_F(ArchiveRefusalsTest, AFileThatWasDamagedByHandIsLeftAsItIs) {
                        " could not be created/loaded "));
 }
 
+TEST_F(ArchiveRefusalsTest, WithoutItsDirectoryServerTheJobArchivesUnderNoPartnerNumber) {
+  const fs::path site = installation_.Home() / "config" / "siteConfiguration.xml";
+  std::string text = TemporaryFolder::Read(site);
+  const std::string key = "<key name=\"LDAPServer\">";
+  text.insert(text.find(key) + key.size(), "ldap://127.0.0.1:1");
+  std::ofstream(site, std::ios::binary) << text;
+
+  EXPECT_EQ(installation_.Run().exitCode, 0);
+
+  EXPECT_THAT(CustomersLeft(), IsEmpty());
+  EXPECT_THAT(Copies(*engine_, installation_), Each(1));
+  Strings names;
+  for (const auto& [name, content] : installation_.Files()) names.push_back(name);
+  EXPECT_THAT(names, ElementsAre("NoBP_ann_SR.xml", "NoBP_ann_trans.xml", "NoBP_bob_SR.xml",
+                                 "NoBP_bob_trans.xml", "NoBP_eve_SR.xml", "NoBP_eve_trans.xml"));
+  EXPECT_THAT(installation_.suite.ErrorLog(),
+              testing::AllOf(testing::SizeIs(3), Each(testing::HasSubstr("getUserFromID caught: "))));
+}
+
 }  // namespace
 }  // namespace orvane_test
