@@ -24,7 +24,7 @@ class DocumentImpl final : public DOMDocument,
   // The operating system's path of the file that was loaded; empty for any other content.
   const std::string& LoadedFrom() const { return loadedFrom_; }
 
-  TreePtr GetTree() const override { return tree_; }
+  const TreePtr& GetTree() const override { return tree_; }
   xmlNodePtr GetNode() const override { return tree_->Root(); }
 
   bool load(std::string_view path) override;

@@ -1,5 +1,6 @@
 #include "platform/msxml2/libxml/new_node.hpp"
 
+#include <algorithm>
 #include <new>
 #include <string>
 
@@ -13,6 +14,14 @@ namespace {
 xmlNodePtr Checked(xmlNodePtr node) {
   if (node == nullptr) throw std::bad_alloc();
   return node;
+}
+
+// Whether a name is one beyond doubt: the names of nearly all elements.
+bool IsPlainName(std::string_view name) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+  return !name.empty() && isLetter(name[0]) && std::all_of(name.begin(), name.end(), [isLetter](char c) {
+    return isLetter(c) || (c >= '0' && c <= '9');
+  });
 }
 
 // A namespace for an attribute without an element: it is kept with the document until the attribute gets an
@@ -36,6 +45,10 @@ xmlNodePtr NewNode(xmlDocPtr doc, NodeType type, std::string_view name, std::str
   if (type == NodeType::Text) return Checked(xmlNewDocText(doc, XmlChars("")));
   if (type != NodeType::Element && type != NodeType::Attribute) {
     Fail("Only elements, attributes and texts can be created.");
+  }
+  if (type == NodeType::Element && namespaceUri.empty() && IsPlainName(name)) {
+    const std::string local(name);
+    return Checked(xmlNewDocNode(doc, nullptr, XmlChars(local.c_str()), nullptr));
   }
   RequireXmlName(name);
   RequireXmlText(namespaceUri, kDocumentSource);

@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <new>
+#include <typeinfo>
 
 #include "platform/automation/error.hpp"
 #include "platform/msxml2/libxml/attribute_map.hpp"
@@ -32,6 +33,12 @@ xmlNodePtr Imported(Tree& tree, Tree& from, xmlNodePtr node) {
   const xmlNodePtr copy = xmlDocCopyNode(node, tree.Doc(), 1);
   if (copy == nullptr) throw std::bad_alloc();
   return copy;
+}
+
+// Most are of the one class, which is told fastest by its name.
+const TreeNode* AsTreeNode(const Node& node) {
+  if (typeid(node) == typeid(NodeImpl)) return static_cast<const NodeImpl*>(&node);
+  return dynamic_cast<const TreeNode*>(&node);
 }
 
 void RequirePlaceInDocument(const xmlNode* document, const xmlNode* child) {
@@ -126,28 +133,26 @@ NodePtr NodeImpl::firstChild() const {
 
 NodePtr AppendTo(Tree& tree, xmlNodePtr parent, const NodePtr& child) {
   if (!child) throw automation::Error(automation::ErrorNumber::ObjectRequired, kDocumentSource);
-  const auto given = std::dynamic_pointer_cast<TreeNode>(child);
-  if (!given) throw automation::Error(automation::ErrorNumber::TypeMismatch, kDocumentSource);
+  const TreeNode* const given = AsTreeNode(*child);
+  if (given == nullptr) throw automation::Error(automation::ErrorNumber::TypeMismatch, kDocumentSource);
   xmlNodePtr node = given->GetNode();
   if (node->type != XML_ELEMENT_NODE && !IsText(node)) {
     Fail("A node of this type cannot be the child of another: '" + child->nodeName() + "'.");
   }
   if (parent->type == XML_DOCUMENT_NODE) RequirePlaceInDocument(parent, node);
-  const TreePtr from = given->GetTree();
-  if (from.get() != &tree) {
-    node = Imported(tree, *from, node);
-  } else if (IsInside(parent, node)) {
-    Fail("A node cannot be appended to itself or to a node inside it.");
-  } else if (node->parent != nullptr) {
-    tree.Detach(node);
+  if (Tree& from = *given->GetTree(); &from != &tree) {
+    node = Imported(tree, from, node);
+    // Held before it is appended, so that it is not collapsed under the caller's hands.
+    NodePtr result = tree.Wrap(node);
     tree.Append(parent, node);
-    xmlReconciliateNs(tree.Doc(), node);  // its namespaces may be declared where it hung before
-    return child;
+    return result;
   }
-  // Held before it is appended, so that it is not collapsed under the caller's hands.
-  NodePtr result = tree.Wrap(node);
+  if (IsInside(parent, node)) Fail("A node cannot be appended to itself or to a node inside it.");
+  const bool hungElsewhere = node->parent != nullptr;
+  if (hungElsewhere) tree.Detach(node);
   tree.Append(parent, node);
-  return result;
+  if (hungElsewhere) xmlReconciliateNs(tree.Doc(), node);  // its namespaces may be declared where it was
+  return child;
 }
 
 NodePtr NodeImpl::appendChild(const NodePtr& child) {

@@ -14,7 +14,7 @@ namespace MSXML2::libxml {
 class TreeNode {
  public:
   virtual ~TreeNode() = default;
-  virtual TreePtr GetTree() const = 0;
+  virtual const TreePtr& GetTree() const = 0;
   virtual xmlNodePtr GetNode() const = 0;
 };
 
@@ -23,7 +23,7 @@ class NodeImpl final : public Node, public TreeNode, public std::enable_shared_f
   NodeImpl(TreePtr tree, xmlNodePtr node);
   ~NodeImpl() override;
 
-  TreePtr GetTree() const override { return tree_; }
+  const TreePtr& GetTree() const override { return tree_; }
   xmlNodePtr GetNode() const override { return node_; }
 
   NodeType nodeType() const override;

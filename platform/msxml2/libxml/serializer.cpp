@@ -1,5 +1,6 @@
 #include "platform/msxml2/libxml/serializer.hpp"
 
+#include <cstring>
 #include <memory>
 
 #include "platform/msxml2/libxml/handles.hpp"
@@ -58,7 +59,7 @@ class Writer {
         return node->children != nullptr;
       case XML_TEXT_NODE:
       case XML_CDATA_SECTION_NODE:
-        Escaped(Text(node->content), false);
+        if (node->content != nullptr) EscapedText(reinterpret_cast<const char*>(node->content));
         return false;
       case XML_COMMENT_NODE:
         if (const Markup* markup = tree_.MarkupOf(node)) {
@@ -125,6 +126,18 @@ class Writer {
       Raw(":");
     }
     Raw(Text(name));
+  }
+
+  // The same as Escaped outside of attributes: long texts with few characters to escape are most of a
+  // document, and the C library looks at many characters at once.
+  void EscapedText(const char* text) {
+    for (;;) {
+      const std::size_t plain = std::strcspn(text, "&<>\r");
+      Raw(std::string_view(text, plain));
+      if (text[plain] == '\0') return;
+      Escaped(std::string_view(text + plain, 1), false);
+      text += plain + 1;
+    }
   }
 
   void Escaped(std::string_view text, bool inAttribute) {
