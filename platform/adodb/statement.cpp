@@ -4,9 +4,18 @@
 
 namespace ADODB {
 
+void Statement::AddValue(Span value) {
+  if (more_.empty() && count_ < few_.size()) {
+    few_[count_++] = value;
+    return;
+  }
+  if (more_.empty()) more_.assign(few_.begin(), few_.end());
+  more_.push_back(value);
+}
+
 Statement& Statement::operator+=(const SqlValue& value) {
   // An empty value still has its place: outside a literal it leaves a hole that no engine would accept.
-  values_.push_back({text_.size(), value.Text().size()});
+  AddValue({text_.size(), value.Text().size()});
   text_ += value.Text();
   return *this;
 }
@@ -18,15 +27,18 @@ Statement& Statement::operator+=(const SqlFragment& fragment) {
 
 Statement& Statement::operator+=(const Statement& other) {
   const std::size_t start = text_.size();
-  values_.reserve(values_.size() + other.values_.size());
-  for (const Span& span : other.values_) values_.push_back({start + span.offset, span.length});
+  const std::size_t count = other.Values().size();  // a statement may be added to itself
+  for (std::size_t i = 0; i < count; ++i) {
+    const Span span = other.Values()[i];
+    AddValue({start + span.offset, span.length});
+  }
   text_ += other.text_;
   return *this;
 }
 
 void Statement::CutLast(std::size_t count) {
   assert(count <= text_.size());
-  assert(values_.empty() || values_.back().offset + values_.back().length <= text_.size() - count);
+  assert(Values().empty() || Values().back().offset + Values().back().length <= text_.size() - count);
   text_.resize(text_.size() - count);
 }
 

@@ -10,8 +10,10 @@
 //   sql += "'";
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,7 +52,10 @@ class Statement {
 
   Statement() = default;
   template <std::size_t N>
-  Statement(const char (&literal)[N]) : text_(literal, N - 1) {}
+  Statement(const char (&literal)[N]) {
+    text_.reserve(N + kRoomForMore);
+    text_.assign(literal, N - 1);
+  }
   Statement(const SqlFragment& fragment) : text_(fragment.Text()) {}
 
   template <std::size_t N>
@@ -67,11 +72,21 @@ class Statement {
 
   bool IsEmpty() const { return text_.empty(); }
   const std::string& ToString() const { return text_; }
-  const std::vector<Span>& Values() const { return values_; }  // in order of position, never overlapping
+  // In order of position, never overlapping.
+  std::span<const Span> Values() const {
+    return more_.empty() ? std::span<const Span>(few_.data(), count_) : std::span<const Span>(more_);
+  }
 
  private:
+  // What mostly follows a statement's first words: a value or two, and a few words more.
+  static constexpr std::size_t kRoomForMore = 64;
+
+  void AddValue(Span value);
+
   std::string text_;
-  std::vector<Span> values_;
+  std::array<Span, 4> few_{};  // the values, while they are no more than these
+  std::size_t count_ = 0;      // of the values in few_
+  std::vector<Span> more_;     // all values, once they are more
 };
 
 template <class Part>

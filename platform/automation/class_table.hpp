@@ -1,10 +1,11 @@
 // Which class stands behind a ProgID.
 #pragma once
 
+#include <cstddef>
 #include <functional>
-#include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/automation/object.hpp"
@@ -31,11 +32,9 @@ class ClassTable {
     std::string progId;
     Factory factory;
   };
-  struct LessIgnoringCase {
-    using is_transparent = void;
-    bool operator()(std::string_view left, std::string_view right) const;
-  };
-  std::map<std::string, Entry, LessIgnoringCase> entries_;
+  const Entry* Find(std::string_view progId) const;
+
+  std::unordered_multimap<std::size_t, Entry> entries_;  // by a hash of the ProgID in lower case
 };
 
 }  // namespace automation

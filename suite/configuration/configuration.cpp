@@ -1,53 +1,17 @@
 #include "suite/configuration/configuration.hpp"
 
-#include <sys/stat.h>
-
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <optional>
-#include <tuple>
 #include <utility>
 
 #include "components/interfaces/configuration.hpp"
 #include "platform/automation/error.hpp"
+#include "suite/configuration/current_site_file.hpp"
 #include "suite/configuration/site_file.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace Vantrel {
 namespace {
-
-// The installation's own file, parsed once for each state that it is found in.
-class CurrentSiteFile {
- public:
-  explicit CurrentSiteFile(std::filesystem::path path) : path_(std::move(path)) {}
-
-  std::shared_ptr<const SiteFile> Get() {
-    const std::lock_guard lock(mutex_);
-    const std::optional<Stamp> stamp = Look();
-    if (!file_ || !stamp || stamp != stamp_) {
-      file_ = nullptr;
-      file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
-      stamp_ = stamp;
-    }
-    return file_;
-  }
-
- private:
-  using Stamp = std::tuple<dev_t, ino_t, off_t, time_t, long, time_t, long>;
-
-  std::optional<Stamp> Look() const {
-    struct stat status {};
-    if (stat(path_.c_str(), &status) != 0) return std::nullopt;
-    return Stamp{status.st_dev,          status.st_ino,         status.st_size,        status.st_mtim.tv_sec,
-                 status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
-  }
-
-  const std::filesystem::path path_;
-  std::mutex mutex_;
-  std::shared_ptr<const SiteFile> file_;
-  std::optional<Stamp> stamp_;
-};
 
 // What all components of one installation share.
 struct Installation {

@@ -164,7 +164,7 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
 }
 
 const std::string& SiteFile::Connection(std::string_view product, std::string_view connection) const {
-  const auto found = connections_.find(std::pair(std::string(product), std::string(connection)));
+  const auto found = connections_.find(std::pair(product, connection));
   if (found != connections_.end()) return found->second;
   throw automation::Error(kMissingValue, "Vantrel.Configuration",
                           path_.string() + ": product \"" + std::string(product) + "\" has no connection \"" +
@@ -172,7 +172,7 @@ const std::string& SiteFile::Connection(std::string_view product, std::string_vi
 }
 
 const std::string& SiteFile::Value(std::string_view section, std::string_view key) const {
-  const auto found = values_.find(std::pair(std::string(section), std::string(key)));
+  const auto found = values_.find(std::pair(section, key));
   if (found != values_.end()) return found->second;
   throw automation::Error(
       kMissingValue, "Vantrel.Configuration",
@@ -180,7 +180,7 @@ const std::string& SiteFile::Value(std::string_view section, std::string_view ke
 }
 
 std::optional<std::string> SiteFile::FindValue(std::string_view section, std::string_view key) const {
-  const auto found = values_.find(std::pair(std::string(section), std::string(key)));
+  const auto found = values_.find(std::pair(section, key));
   return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 

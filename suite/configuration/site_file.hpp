@@ -48,7 +48,17 @@ class SiteFile {
 
  private:
   friend class SiteFileReader;
-  using Table = std::map<std::pair<std::string, std::string>, std::string, std::less<>>;
+  struct NamesLess {
+    using is_transparent = void;
+    using View = std::pair<std::string_view, std::string_view>;
+    static View ViewOf(const View& names) { return names; }
+    static View ViewOf(const std::pair<std::string, std::string>& names) { return names; }
+    template <class Left, class Right>
+    bool operator()(const Left& left, const Right& right) const {
+      return ViewOf(left) < ViewOf(right);
+    }
+  };
+  using Table = std::map<std::pair<std::string, std::string>, std::string, NamesLess>;
 
   std::filesystem::path path_;
   Table connections_;  // {product, connection}

@@ -43,13 +43,13 @@ class SheetLoader final : public LoadXSLs {
   // Every sheet lies at its own path; the purpose chooses nothing.
   MSXML2::XSLTemplatePtr LoadOrvaneTemplate(std::string_view path, std::string_view) override {
     const std::filesystem::path file = suite::NativePath(path, std::filesystem::current_path());
-    // Taken before the sheet is read: a change in between makes the kept sheet look outdated, never current.
     const std::optional<std::string> state = FolderState(file);
     if (!state) return Prepared(path);
     MSXML2::XSLTemplatePtr prepared = sheets_->Find(file.string(), *state);
     if (prepared) return prepared;
     prepared = Prepared(path);
-    sheets_->Keep(file.string(), *state, prepared);
+    // Kept only where nothing changed while it was read.
+    if (FolderState(file) == state) sheets_->Keep(file.string(), *state, prepared);
     return prepared;
   }
 

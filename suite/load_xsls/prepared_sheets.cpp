@@ -1,40 +1,70 @@
 #include "suite/load_xsls/prepared_sheets.hpp"
 
+#include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <ctime>
-#include <set>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+#include "suite/paths/reread_file.hpp"
 
 namespace OrvCommon {
 namespace {
 
 // File systems note the time of a change in steps of milliseconds up to two seconds.
 constexpr std::time_t kSettledAfterSeconds = 3;
+constexpr std::size_t kLargestRead = 1U << 20;
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+std::optional<std::string> StateOf(const std::filesystem::path& folder) {
+  const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.c_str()));
+  if (!entries) return std::nullopt;
+  std::vector<std::string> files;
+  const std::time_t now = std::time(nullptr);
+  while (const dirent* entry = readdir(entries.get())) {
+    struct stat status {};
+    if (fstatat(dirfd(entries.get()), entry->d_name, &status, 0) != 0) return std::nullopt;
+    if (!S_ISREG(status.st_mode)) continue;
+    std::string file(entry->d_name);
+    for (const std::int64_t number :
+         {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino),
+          std::int64_t{status.st_size}, std::int64_t{status.st_mtim.tv_sec},
+          std::int64_t{status.st_mtim.tv_nsec}, std::int64_t{status.st_ctim.tv_sec},
+          std::int64_t{status.st_ctim.tv_nsec}}) {
+      file.append(1, '/').append(std::to_string(number));
+    }
+    if (status.st_mtim.tv_sec > now - kSettledAfterSeconds ||
+        status.st_ctim.tv_sec > now - kSettledAfterSeconds) {
+      suite::RereadFile content;
+      if (content.Read(folder / entry->d_name, kLargestRead) == suite::RereadFile::Outcome::TooLarge) {
+        return std::nullopt;
+      }
+      file.append(1, '/').append(content.Content());
+    }
+    files.push_back(std::move(file));
+  }
+  if (files.empty()) return std::nullopt;
+  std::sort(files.begin(), files.end());
+  std::string state;
+  for (const std::string& file : files) state.append(file).append(1, '\0');
+  return state;
+}
 
 }  // namespace
 
 std::optional<std::string> FolderState(const std::filesystem::path& sheet) {
-  std::error_code failed;
-  std::set<std::string> lines;
-  const std::time_t now = std::time(nullptr);
-  for (std::filesystem::directory_iterator entry(sheet.parent_path(), failed), end; !failed && entry != end;
-       entry.increment(failed)) {
-    struct stat status {};
-    if (stat(entry->path().c_str(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode)) continue;
-    if (status.st_mtim.tv_sec > now - kSettledAfterSeconds ||
-        status.st_ctim.tv_sec > now - kSettledAfterSeconds) {
-      return std::nullopt;
-    }
-    lines.insert(entry->path().filename().string() + '/' + std::to_string(status.st_dev) + ':' +
-                 std::to_string(status.st_ino) + ':' + std::to_string(status.st_size) + ':' +
-                 std::to_string(status.st_mtim.tv_sec) + '.' + std::to_string(status.st_mtim.tv_nsec) + ':' +
-                 std::to_string(status.st_ctim.tv_sec) + '.' + std::to_string(status.st_ctim.tv_nsec));
+  try {
+    return StateOf(sheet.parent_path());
+  } catch (const std::system_error&) {
+    return std::nullopt;  // a file that cannot be read
   }
-  if (failed || lines.empty()) return std::nullopt;
-  std::string state;
-  for (const std::string& line : lines) state += line + '/';
-  return state;
 }
 
 MSXML2::XSLTemplatePtr PreparedSheets::Find(const std::string& sheet, const std::string& state) const {

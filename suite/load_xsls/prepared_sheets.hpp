@@ -12,8 +12,8 @@
 namespace OrvCommon {
 
 // The state of every file beside the sheet, which may include any of them: name, size, time of change and
-// identity. Nothing when it cannot be told, or when a file changed so lately that a further change might bear
-// the same time.
+// identity, and its content where it changed so lately that a further change might bear the same time.
+// Nothing when it cannot be told.
 std::optional<std::string> FolderState(const std::filesystem::path& sheet);
 
 // May be shared by threads.

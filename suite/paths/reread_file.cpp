@@ -8,22 +8,10 @@
 #include <cstring>
 #include <system_error>
 
+#include "suite/paths/descriptor.hpp"
+
 namespace suite {
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(const char* path) : number_(open(path, O_RDONLY | O_CLOEXEC)) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int Number() const { return number_; }
-
- private:
-  int number_;
-};
 
 [[noreturn]] void Raise() {
   throw std::system_error(errno, std::generic_category());
@@ -34,14 +22,14 @@ class Descriptor {
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
   const bool knownBefore = complete_ && file.native() == file_;
   complete_ = false;
-  const Descriptor descriptor(file.c_str());
-  if (descriptor.Number() < 0) Raise();
+  const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!descriptor.IsOpen()) Raise();
   // In pieces that stay in the processor's caches: mostly they are compared and nothing else.
   std::array<char, 65536> piece;
   bool same = knownBefore;
   std::size_t filled = 0;
   for (;;) {
-    const ssize_t count = ::read(descriptor.Number(), piece.data(), piece.size());
+    const ssize_t count = ::read(descriptor.Get(), piece.data(), piece.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Raise();
     if (count == 0) break;

@@ -1,7 +1,11 @@
 #include "platform/adodb/engine/bound_values.hpp"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace ADODB::engine {
 namespace {
@@ -51,43 +55,104 @@ std::optional<std::int64_t> WholeNumber(std::string_view text) {
   return number;
 }
 
+// Calls `take` with each piece of fixed text in turn, and the piece's end that a value follows. `take`
+// answers whether to go on.
+template <class Take>
+bool ForEachPiece(const Statement& statement, Take&& take) {
+  const std::string_view sql = statement.ToString();
+  std::size_t at = 0;
+  for (const Statement::Span& span : statement.Values()) {
+    if (!take(sql.substr(at, span.offset - at))) return false;
+    at = span.offset + span.length;
+  }
+  return take(sql.substr(at));
+}
+
 }  // namespace
 
-std::optional<BoundStatement> BindValues(const Statement& statement) {
+std::optional<Parameters> ValuesToBind(const Statement& statement) {
   const std::string_view sql = statement.ToString();
-  const auto& spans = statement.Values();
+  const auto spans = statement.Values();
   if (spans.empty() || spans.size() > kMostValues || sql.size() > kLongestText) return std::nullopt;
-  BoundStatement bound;
-  bound.text.reserve(sql.size());
-  bound.values.reserve(spans.size());
+  Parameters values;
+  values.reserve(spans.size());
   std::size_t at = 0;
   for (const Statement::Span& span : spans) {
     const std::string_view value = sql.substr(span.offset, span.length);
     const std::size_t end = span.offset + span.length;
     if (span.offset <= at) return std::nullopt;
-    std::string_view fixed = sql.substr(at, span.offset - at);
-    if (fixed.back() == '\'') {
+    if (sql[span.offset - 1] == '\'') {
       if (end >= sql.size() || sql[end] != '\'' ||
           value.find_first_of(std::string_view("'\0", 2)) != value.npos) {
         return std::nullopt;
       }
-      fixed.remove_suffix(1);
-      bound.values.emplace_back(value);
+      values.emplace_back(value);
       at = end + 1;
     } else {
       const std::optional<std::int64_t> number = WholeNumber(value);
       const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
       if (!number || !delimited) return std::nullopt;
-      bound.values.emplace_back(*number);
+      values.emplace_back(*number);
       at = end;
     }
+  }
+  return values;
+}
+
+std::optional<BoundStatement> BindValues(const Statement& statement) {
+  std::optional<Parameters> values = ValuesToBind(statement);
+  if (!values) return std::nullopt;
+  const std::string_view sql = statement.ToString();
+  BoundStatement bound{{}, std::move(*values)};
+  bound.text.reserve(sql.size());
+  std::size_t at = 0;
+  for (const Statement::Span& span : statement.Values()) {
+    std::string_view fixed = sql.substr(at, span.offset - at);
+    const bool quoted = fixed.back() == '\'';
+    if (quoted) fixed.remove_suffix(1);
     if (!EndsInComparison(fixed) || !IsPlain(fixed)) return std::nullopt;
     bound.text.append(fixed).append(1, '?');
+    at = span.offset + span.length + (quoted ? 1 : 0);
   }
   const std::string_view rest = sql.substr(at);
   if (!IsPlain(rest)) return std::nullopt;
   bound.text.append(rest);
   return bound;
+}
+
+FixedText::FixedText(const Statement& statement) {
+  ForEachPiece(statement, [&](std::string_view piece) {
+    text_.append(piece);
+    values_.push_back(text_.size());
+    return true;
+  });
+  values_.pop_back();  // no value follows the last piece
+}
+
+bool FixedText::IsOf(const Statement& statement) const {
+  if (statement.Values().size() != values_.size()) return false;
+  std::size_t at = 0;
+  std::size_t number = 0;
+  return ForEachPiece(statement, [&](std::string_view piece) {
+    const std::size_t end = number < values_.size() ? values_[number] : text_.size();
+    const bool same = std::string_view(text_).substr(at, end - at) == piece;
+    at = end;
+    ++number;
+    return same;
+  });
+}
+
+std::size_t FixedText::Hash(const Statement& statement) {
+  std::size_t hash = 0;
+  ForEachPiece(statement, [&](std::string_view piece) {
+    std::uint64_t end = 0;
+    const std::size_t size = std::min(piece.size(), sizeof end);
+    std::memcpy(&end, piece.data() + (piece.size() - size), size);
+    hash = (hash ^ end ^ piece.size()) * 0x9E3779B97F4A7C15U;
+    hash ^= hash >> 32;
+    return true;
+  });
+  return hash;
 }
 
 }  // namespace ADODB::engine

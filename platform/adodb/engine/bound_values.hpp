@@ -4,8 +4,10 @@
 // each time, to be read and planned anew; with its values bound it is the same one, and stays prepared.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/adodb/statement.hpp"
@@ -21,5 +23,21 @@ struct BoundStatement {
 // number that something is compared with, and the fixed text has none of the tokens whose rewriting looks at
 // a value. The values of such a statement are in order; CheckValues would find nothing to say about them.
 std::optional<BoundStatement> BindValues(const Statement& statement);
+
+// The values alone, of a statement with the same fixed text as one that BindValues has taken; nothing when
+// they are not of that kind.
+std::optional<Parameters> ValuesToBind(const Statement& statement);
+
+// The fixed text of a statement, to know it again with other values in it.
+class FixedText {
+ public:
+  explicit FixedText(const Statement& statement);
+  bool IsOf(const Statement& statement) const;
+  static std::size_t Hash(const Statement& statement);
+
+ private:
+  std::string text_;                 // all of it
+  std::vector<std::size_t> values_;  // where in it values are inserted
+};
 
 }  // namespace ADODB::engine

@@ -1,6 +1,7 @@
 #include "platform/adodb/engine/checked_statement.hpp"
 
 #include <algorithm>
+#include <span>
 #include <string>
 
 namespace ADODB::engine {
@@ -120,7 +121,7 @@ class ValueCheck {
   }
 
   std::string_view sql_;
-  const std::vector<Statement::Span>& values_;
+  std::span<const Statement::Span> values_;
   const Dialect& dialect_;
   State state_ = State::Outside;
   char closing_ = '\0';

@@ -33,10 +33,17 @@ std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
 
 std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement, Parameters& parameters) {
   if (GetSession().GetDialect().ComparesBoundValuesAsLiterals()) {
+    if (auto known = lease_.memo->FindBound(statement)) {
+      std::optional<Parameters> values = ValuesToBind(statement);
+      if (!values) return Prepare(statement);
+      parameters = std::move(*values);
+      return known;
+    }
     if (std::optional<BoundStatement> bound = BindValues(statement)) {
+      auto translation = Translated(SqlFragment(std::move(bound->text)));
+      lease_.memo->KeepBound(statement, translation);
       parameters = std::move(bound->values);
-      if (auto known = lease_.memo->Find(bound->text)) return known;
-      return Translated(SqlFragment(std::move(bound->text)));
+      return translation;
     }
   }
   return Prepare(statement);

@@ -79,7 +79,7 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
     keyed_ = source.get();
     source_ = std::move(source);
   } else {
-    std::string text = sql;
+    std::string text;
     const std::size_t keyCount = lockType == LockType::ReadOnly ? 0 : table.keyColumns.size();
     if (keyCount > 0) {
       std::string keys;
@@ -91,7 +91,7 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
       text = "SELECT " + select.list + keys + select.From({}) + " " +
              (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order);
     }
-    const std::unique_ptr<Rows> rows = session.Query(text, parameters);
+    const std::unique_ptr<Rows> rows = session.Query(keyCount > 0 ? text : sql, parameters);
     if (rows->Columns().empty()) return;
     source_ = std::make_unique<StaticRows>(*rows, keyCount, mostRows_);
   }
@@ -114,6 +114,7 @@ void RecordsetImpl::NameFields(const Statement& statement, const Dialect& dialec
       if (token.kind == TokenKind::Word) spelled.push_back(token.In(sql));
     }
   }
+  fields_.reserve(source_->Columns().size());
   for (const Column& column : source_->Columns()) {
     std::string name = dialect.ShownName(column.name);
     for (const std::string_view word : spelled) {

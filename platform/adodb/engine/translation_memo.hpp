@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "platform/adodb/engine/bound_values.hpp"
 #include "platform/adodb/engine/translation.hpp"
 
 namespace ADODB::engine {
@@ -14,6 +15,17 @@ class TranslationMemo {
   std::shared_ptr<const Translation> Find(const std::string& text) const {
     const auto found = known_.find(text);
     return found == known_.end() ? nullptr : found->second;
+  }
+
+  // The same for a statement whose values were bound, whatever its values are now.
+  std::shared_ptr<const Translation> FindBound(const Statement& statement) const {
+    const auto found = bound_.find(FixedText::Hash(statement));
+    return found != bound_.end() && found->second.text.IsOf(statement) ? found->second.translation : nullptr;
+  }
+  void KeepBound(const Statement& statement, const std::shared_ptr<const Translation>& translation) {
+    if (translation->usesLocale) return;
+    if (bound_.size() >= kMostTexts) bound_.clear();
+    bound_.insert_or_assign(FixedText::Hash(statement), Bound{FixedText(statement), translation});
   }
 
   // Long texts, and those that hold for one locale only, are not kept.
@@ -26,7 +38,13 @@ class TranslationMemo {
  private:
   static constexpr std::size_t kLongestText = 2048;
   static constexpr std::size_t kMostTexts = 64;
+  struct Bound {
+    FixedText text;
+    std::shared_ptr<const Translation> translation;
+  };
+
   std::unordered_map<std::string, std::shared_ptr<const Translation>> known_;
+  std::unordered_map<std::size_t, Bound> bound_;  // by FixedText::Hash
 };
 
 }  // namespace ADODB::engine

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "components/interfaces/configuration.hpp"
 #include "platform/automation/runtime.hpp"
@@ -60,6 +62,62 @@ TEST_F(ConfigurationTest, ChangesOfTheFileCountAtOnce) {
   ASSERT_EQ(configuration->GetConnectionString("Orvane"), "first");
   folder_.Write("home/config/siteConfiguration.xml", SiteXml("the second one", "1033"));
   EXPECT_EQ(configuration->GetConnectionString("Orvane"), "the second one");
+}
+
+// With the file as it was settled, so that its times tell about any change.
+class SettledConfigurationTest : public ConfigurationTest {
+ protected:
+  SettledConfigurationTest() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    configuration_ = Create();
+    configuration_->SelectProduct("Orvane", 0);
+    EXPECT_EQ(Connection(), "first");
+    EXPECT_EQ(Connection(), "first");
+  }
+
+  std::string Connection() { return configuration_->GetConnectionString("Orvane"); }
+  std::filesystem::path File() const { return home_ / "config/siteConfiguration.xml"; }
+
+  Vantrel::ConfigurationPtr configuration_;
+};
+
+TEST_F(SettledConfigurationTest, AFileOfTheSameSizeWrittenInPlaceCountsAtOnce) {
+  const auto time = std::filesystem::last_write_time(File());
+  folder_.Write("home/config/siteConfiguration.xml", SiteXml("other", "1033"));
+  std::filesystem::last_write_time(File(), time);
+  EXPECT_EQ(Connection(), "other");
+}
+
+TEST_F(SettledConfigurationTest, AFileThatIsMovedIntoItsPlaceCountsAtOnce) {
+  folder_.Write("home/config/new", SiteXml("moved", "1033"));
+  std::filesystem::rename(home_ / "config/new", File());
+  EXPECT_EQ(Connection(), "moved");
+}
+
+TEST_F(SettledConfigurationTest, AFileThatIsMovedAwayIsMissedAtOnce) {
+  std::filesystem::rename(File(), home_ / "config/old");
+  EXPECT_THROW(Connection(), automation::Error);
+}
+
+TEST_F(SettledConfigurationTest, ALinkThatIsTurnedToAnotherFileCountsAtOnce) {
+  folder_.Write("one", SiteXml("one", "1033"));
+  folder_.Write("two", SiteXml("two", "1033"));
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::filesystem::remove(File());
+  std::filesystem::create_symlink(folder_.Path() / "one", File());
+  ASSERT_EQ(Connection(), "one");
+  ASSERT_EQ(Connection(), "one");
+  std::filesystem::create_symlink(folder_.Path() / "two", home_ / "config/new");
+  std::filesystem::rename(home_ / "config/new", File());
+  EXPECT_EQ(Connection(), "two");
+}
+
+TEST_F(SettledConfigurationTest, AFolderThatIsExchangedCountsWithinASecond) {
+  folder_.Write("home/new/siteConfiguration.xml", SiteXml("exchanged", "1033"));
+  std::filesystem::rename(home_ / "config", home_ / "old");
+  std::filesystem::rename(home_ / "new", home_ / "config");
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  EXPECT_EQ(Connection(), "exchanged");
 }
 
 TEST_F(ConfigurationTest, AFileThatBreaksWhileRunningIsReportedAndNotRemembered) {

@@ -13,14 +13,16 @@ namespace {
 
 constexpr std::size_t kCachedStatements = 32;
 constexpr std::size_t kLongestCachedText = 4096;
+constexpr std::size_t kLongestKeptValue = 256;
 
-int BindOne(sqlite3_stmt* statement, int place, const automation::Variant& value) {
+// `kept` holds a text for as long as it is bound; its memory serves one text after another.
+int BindOne(sqlite3_stmt* statement, int place, const automation::Variant& value, std::string& kept) {
   return std::visit(
       [&](const auto& held) -> int {
         using Held = std::decay_t<decltype(held)>;
         const auto bindText = [&](std::string_view text) {
-          return sqlite3_bind_text64(statement, place, text.data(), text.size(), SQLITE_TRANSIENT,
-                                     SQLITE_UTF8);
+          kept = text;
+          return sqlite3_bind_text64(statement, place, kept.data(), kept.size(), SQLITE_STATIC, SQLITE_UTF8);
         };
         if constexpr (std::is_same_v<Held, automation::EmptyValue> ||
                       std::is_same_v<Held, automation::NullValue>) {
@@ -71,10 +73,11 @@ void Prepared::Bind(const engine::Parameters& parameters) {
   if (sqlite3_bind_parameter_count(statement_.get()) != static_cast<int>(parameters.size())) {
     throw ErrorOf(SQLITE_ERROR, "the statement and its parameters do not match in number");
   }
-  isBound_ = !parameters.empty();
+  kept_.resize(parameters.size());
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    const int code = BindOne(statement_.get(), static_cast<int>(i) + 1, parameters[i]);
+    const int code = BindOne(statement_.get(), static_cast<int>(i) + 1, parameters[i], kept_[i]);
     if (code != SQLITE_OK) throw ErrorOf(database_, code);
+    holdsMuch_ = holdsMuch_ || kept_[i].size() > kLongestKeptValue;
   }
 }
 
@@ -92,7 +95,11 @@ void Prepared::Reset() noexcept {
   if (!running_) return;
   running_ = false;
   sqlite3_reset(statement_.get());
-  if (isBound_) sqlite3_clear_bindings(statement_.get());
+  // The next Bind replaces every value; until then only large ones are worth giving up.
+  if (!holdsMuch_) return;
+  sqlite3_clear_bindings(statement_.get());
+  kept_.clear();
+  holdsMuch_ = false;
 }
 
 const std::vector<engine::Column>& Prepared::Columns() {

@@ -36,8 +36,9 @@ class Prepared {
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
   std::vector<engine::Column> columns_;
   bool running_ = false;
-  bool isBound_ = false;
-  int describedAt_ = -1;  // number of re-preparations when columns_ were read
+  std::vector<std::string> kept_;  // the texts that are bound
+  bool holdsMuch_ = false;         // one of them is large
+  int describedAt_ = -1;           // number of re-preparations when columns_ were read
 };
 
 // The statements of one session that were used last, kept prepared.

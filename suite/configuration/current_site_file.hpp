@@ -1,0 +1,43 @@
+// The installation's own configuration file, as it is at any moment.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <tuple>
+
+#include "suite/configuration/site_file.hpp"
+#include "suite/paths/descriptor.hpp"
+
+namespace Vantrel {
+
+// Parsed once for each state that it is found in. Safe to use from several threads.
+class CurrentSiteFile {
+ public:
+  explicit CurrentSiteFile(std::filesystem::path path) : path_(std::move(path)) {}
+
+  // The file as it is now; raises what SiteFile::Read raises. A file that was written, replaced or removed is
+  // seen at once, one that was swapped together with its folder within a second.
+  std::shared_ptr<const SiteFile> Get();
+
+ private:
+  // Identity, links, size, and the times of change.
+  using Stamp = std::tuple<dev_t, ino_t, nlink_t, off_t, std::time_t, long, std::time_t, long>;
+
+  bool IsUnchanged();
+  void Load();
+
+  const std::filesystem::path path_;
+  std::mutex mutex_;
+  std::shared_ptr<const SiteFile> file_;
+  std::optional<Stamp> stamp_;    // nothing while a further change might bear the same times
+  suite::Descriptor descriptor_;  // of the file itself; closed where the path leads over links
+  std::time_t pathSeen_ = 0;      // second of the steady clock in which the whole path was looked at
+};
+
+}  // namespace Vantrel
