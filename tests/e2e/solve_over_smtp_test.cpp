@@ -154,7 +154,7 @@ class SolveOverSmtpTest : public testing::TestWithParam<Way> {
     const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "SolveOnNoResponse"});
     ended_ = std::time(nullptr);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-    EXPECT_EQ(outcome.err, "");
+    warnings_ = outcome.err;
   }
 
   // A moment of the run, moved by some hours, as `format` shows it: one text for each second.
@@ -215,6 +215,7 @@ class SolveOverSmtpTest : public testing::TestWithParam<Way> {
   std::unique_ptr<Database> database_;
   std::unique_ptr<ServerDatabase> server_;
   std::unique_ptr<ServerDatabase> catalogue_;
+  std::string warnings_;  // of the last run
   std::time_t begun_ = 0;
   std::time_t ended_ = 0;
 };
@@ -283,6 +284,7 @@ TEST_P(SolveOverSmtpTest, MailsArriveWithTheirPagesAndTheRowsMoveOn) {
   ASSERT_EQ(steps.size(), 1U);
   EXPECT_THAT(Moments("%Y-%m-%d %H:%M:%S"), testing::Contains(steps[0]));
 
+  EXPECT_EQ(warnings_, "");
   // The page of the refused mail is the only one that stays; nobody is told.
   ASSERT_EQ(PagesLeft().size(), 1U);
   EXPECT_THAT(TemporaryFolder::Read(PagesLeft()[0]), HasSubstr("Case 30"));
@@ -305,6 +307,38 @@ TEST_P(SolveOverSmtpTest, APlainTextTemplateSendsTheTextAlone) {
   EXPECT_THAT(Body(1), testing::StartsWith("Jörg Ärmel - guten Tag,\r\n\r\nWir haben keine Rückmeldung"));
   EXPECT_FALSE(mails_.HasMail(2));
   EXPECT_THAT(PagesLeft(), IsEmpty());
+}
+
+TEST_P(SolveOverSmtpTest, APersonWhomTheDirectoryDoesNotKnowEndsThePassAndTheRunGoesOn) {
+  Add(26, "nobody", "", true);
+  Add(27, "jdoe", "", true);
+  Run();
+  EXPECT_FALSE(mails_.HasMail(1));
+  EXPECT_THAT(Rows("SELECT DISTINCT Q_STATUS FROM QUESTIONS"), ElementsAre("150"));
+  EXPECT_THAT(
+      suite_.ErrorLog(),
+      ElementsAre(
+          HasSubstr("OrvaneProcess.OrvaneUtilities.getUserFromID caught: The directory knows no user "
+                    "nobody(1102)."),
+          HasSubstr("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: Object variable or With "
+                    "block variable not set (91).")));
+  EXPECT_TRUE(std::filesystem::exists(suite_.Home() / "outbox" / "escalation.jsonl"));
+  EXPECT_THAT(suite_.RunLog("OrvSolveOnNoResponseSvc_log_"), HasSubstr("Stopped at"));
+}
+
+TEST_P(SolveOverSmtpTest, AnAccountThatIsRefusedFindsNobody) {
+  const std::filesystem::path file = suite_.Home() / "config" / "siteConfiguration.xml";
+  std::string site = TemporaryFolder::Read(file);
+  const std::string credential = Key("MemScriptCode", "secret");
+  site.replace(site.find(credential), credential.size(), Key("MemScriptCode", "wrong"));
+  suite_.Folder().Write("home/config/siteConfiguration.xml", site);
+  Add(26, "jdoe", "", false);
+  Run();
+  EXPECT_FALSE(mails_.HasMail(1));
+  EXPECT_THAT(Rows("SELECT Q_ID FROM REMINDER WHERE T2_DATE IS NULL"), ElementsAre("26"));
+  EXPECT_THAT(suite_.ErrorLog(),
+              ElementsAre(HasSubstr("OrvaneProcess.OrvaneUtilities.getUserFromID caught: "),
+                          HasSubstr("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ")));
 }
 
 // A server that does not let the job in is as one that is down: the rows go on, the page stays.

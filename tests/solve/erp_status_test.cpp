@@ -69,6 +69,29 @@ TEST_P(OtherGenerationTest, HasNoComponentToCall) {
 
 INSTANTIATE_TEST_SUITE_P(Generations, OtherGenerationTest, testing::Values(0, 1, 5, -1));
 
+TEST_F(ErpStatusTest, TheCallIsPutTogetherBeforeItsComponentIsMissed) {
+  peer_.ChangeERPStatus("C-1", 0, "anna", "lberg", "");
+  Texts bound;
+  for (const std::string& call : directory_->calls) {
+    if (call.starts_with("BindAs(")) bound.push_back(call.substr(7, call.find('|') - 7));
+  }
+  EXPECT_EQ(bound, (Texts{"lberg", "anna"}));
+}
+
+TEST_F(ErpStatusTest, ACustomerWhoIsUnknownIsReported) {
+  peer_.ChangeERPStatus("C-1", 3, "ghost", "lberg", "");
+  EXPECT_TRUE(suite_->erpCalls.empty());
+  EXPECT_EQ(Log().size(), 2U);
+}
+
+TEST_F(ErpStatusTest, WithoutADatabaseNothingIsCalled) {
+  environment_.configuration->connectionStrings.clear();
+  peer_.ChangeERPStatus("C-1", 3, "anna", "lberg", "");
+  EXPECT_TRUE(suite_->erpCalls.empty());
+  EXPECT_EQ(Log().back(),
+            "OrvaneProcess.SolveOnNoResponse.ChangeERPStatus caught: no value for Orvane/Orvane (1001).");
+}
+
 TEST_F(ErpStatusTest, AnEngineerWhoIsUnknownIsReported) {
   peer_.ChangeERPStatus("C-1", 3, "anna", "ghost", "");
   EXPECT_TRUE(suite_->erpCalls.empty());

@@ -53,6 +53,30 @@ TEST_F(HtmlFileTest, TwoMailsOfOneSecondShareAFileAndTheLaterWins) {
   EXPECT_EQ(disk_->Bytes(kPage), "later");
 }
 
+TEST_F(HtmlFileTest, ThePageIsWrittenInTheCodePage) {
+  suite_->render = [](const SheetUse&) { return "a\u00e9\u65e5b"; };
+  peer_.CreateHTMLFile();
+  EXPECT_EQ(disk_->Bytes(kPage), "a??b");
+}
+
+TEST_F(HtmlFileTest, NamesHaveNoLeadingZeros) {
+  environment_.now = automation::DateTime::FromParts({.year = 2004, .month = 7, .day = 1});
+  peer_.CreateHTMLFile();
+  EXPECT_EQ(peer_.PagePath(), "\\suite\\home\\Data\\HTML\\1000.htm");
+  environment_.now = automation::DateTime::FromParts(
+      {.year = 2004, .month = 12, .day = 31, .hour = 23, .minute = 59, .second = 59});
+  peer_.CreateHTMLFile();
+  EXPECT_EQ(peer_.PagePath(), "\\suite\\home\\Data\\HTML\\31235959.htm");
+}
+
+TEST_F(HtmlFileTest, CaptionsAreInTheLanguageOfTheMail) {
+  AddLabel("LBLQX3120", 1043, "Serviceaanvraag");
+  peer_.Begin(26, 8, "anna", 1043);
+  peer_.CreateHTMLFile();
+  ASSERT_EQ(suite_->sheets.size(), 1U);
+  EXPECT_EQ(suite_->sheets[0].parameters.front().second, "Serviceaanvraag");
+}
+
 TEST_F(HtmlFileTest, TheDataFolderIsNormalised) {
   SetParameter("DataFileRelativePath", "Data/");
   peer_.CreateHTMLFile();

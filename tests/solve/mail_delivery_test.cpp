@@ -43,6 +43,23 @@ TEST_F(MailDeliveryTest, SendsThePageAlongAndDeletesIt) {
   EXPECT_FALSE(disk_->Exists(peer_.PagePath()));
 }
 
+TEST_F(MailDeliveryTest, TheMailIsPutTogetherInItsOrder) {
+  UseHtmlMails();
+  Prepare();
+  peer_.SendMail(10, 26);
+  ASSERT_EQ(suite_->mails.size(), 1U);
+  EXPECT_EQ(suite_->mails[0].members,
+            (Texts{"From", "To", "Subject", "MimeFormatted", "AddAttachment", "TextBody", "send"}));
+}
+
+TEST_F(MailDeliveryTest, ARecipientIsTakenAsItIs) {
+  directory_->people["anna"].email = "Anna <anna@example.org>; bob@example.org";
+  Prepare();
+  peer_.SendActualMail();
+  ASSERT_EQ(suite_->mails.size(), 1U);
+  EXPECT_EQ(suite_->mails[0].to, "Anna <anna@example.org>; bob@example.org");
+}
+
 TEST_F(MailDeliveryTest, AFailedSendLeavesThePageAndSaysNothing) {
   UseHtmlMails();
   Prepare();

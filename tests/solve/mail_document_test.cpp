@@ -120,6 +120,83 @@ TEST_F(MailDocumentTest, AnUnknownUserLeavesNoDocument) {
                           "Object variable or With block variable not set (91)."}));
 }
 
+TEST_F(MailDocumentTest, AProspectComponentThatFailsLeavesTheCustomerAsFarAsItCame) {
+  peer_.SetProspect("visitor@example.org");
+  suite_->before = [](const std::string& step) {
+    if (step == "GetContactInfo") throw automation::Error(70, "P", "Permission denied");
+  };
+  Build();
+  EXPECT_NE(Document().find("<CUSTOMER><PROSPECT/><EMAIL>visitor@example.org</EMAIL></CUSTOMER></MAIL>"),
+            std::string::npos)
+      << Document();
+  EXPECT_EQ(
+      Log(),
+      (Texts{"OrvaneProcess.SolveOnNoResponse.formCustomerDetailsNodes caught: Permission denied (70)."}));
+}
+
+TEST_F(MailDocumentTest, AUserWhoStopsAnsweringLeavesTheCustomerAsFarAsItCame) {
+  directory_->before = [](std::string_view member) {
+    if (member == "CompanyName") throw automation::Error(70, "U", "Permission denied");
+  };
+  Build();
+  EXPECT_NE(
+      Document().find("<CUSTOMER><REGISTERED/><EMAIL>anna@example.org</EMAIL><FIRSTNAME>Anna</FIRSTNAME>"
+                      "<LASTNAME>Aalto</LASTNAME></CUSTOMER></MAIL>"),
+      std::string::npos)
+      << Document();
+  EXPECT_EQ(
+      Log(),
+      (Texts{"OrvaneProcess.SolveOnNoResponse.formCustomerDetailsNodes caught: Permission denied (70)."}));
+}
+
+TEST_F(MailDocumentTest, ACatalogueThatFailsLeavesItsElementEmptyAndTheRestGoesOn) {
+  database_.Run("UPDATE QUESTIONS SET Q_PRODUCTCAT = 10, PRODUCTID = 101, Q_CATEGORY = 2 WHERE Q_ID = 26");
+  suite_->before = [](const std::string&) { throw automation::Error(70, "C", "Permission denied"); };
+  Build();
+  EXPECT_NE(
+      Document().find("<PRODUCTCATEGORY/><ECPRODUCT/><FAQCATEGORIES/><DESCRIPTION>It leaks</DESCRIPTION>"),
+      std::string::npos)
+      << Document();
+  EXPECT_EQ(Log().size(), 3U);
+}
+
+TEST_F(MailDocumentTest, AContractWithoutAWarrantyAndTheOtherWayRound) {
+  suite_->contracts[26] = {"CT-1", ""};
+  BuildInstalledBase(8);
+  EXPECT_NE(InstalledBase().find("<BPNO>1042</BPNO><CONTRACT>CT-1</CONTRACT><CONTRACT/></INSTALLEDBASE>"),
+            std::string::npos)
+      << InstalledBase();
+  suite_->contracts.clear();
+  suite_->warranties[26] = {"", "Two years"};
+  BuildInstalledBase(8);
+  EXPECT_NE(
+      InstalledBase().find("<BPNO>1042</BPNO><WARRANTY/><WARRANTY>Two years</WARRANTY></INSTALLEDBASE>"),
+      std::string::npos)
+      << InstalledBase();
+}
+
+TEST_F(MailDocumentTest, AFailingContractIsLoggedAndTheWarrantyFollows) {
+  suite_->warranties[26] = {"W-2", "Two years"};
+  suite_->before = [](const std::string& step) {
+    if (step == "GetContractAndDescription") throw automation::Error(70, "Q", "Permission denied");
+  };
+  BuildInstalledBase(3);
+  EXPECT_NE(InstalledBase().find("<BPNO>1042</BPNO><WARRANTY>W-2</WARRANTY>"), std::string::npos)
+      << InstalledBase();
+  EXPECT_EQ(
+      Log(),
+      (Texts{"OrvaneProcess.SolveOnNoResponse.GetContractAndDescription caught: Permission denied(70)."}));
+}
+
+TEST_F(MailDocumentTest, ANullPriorityEndsTheInstalledBase) {
+  database_.Run("UPDATE QUESTIONS SET Q_PRIORITY = NULL WHERE Q_ID = 26");
+  BuildInstalledBase(3);
+  EXPECT_NE(InstalledBase().find("<PROBLEMCODE/><PROBLEMCODE/></INSTALLEDBASE>"), std::string::npos)
+      << InstalledBase();
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.formInstalledBaseNodes caught: "
+                          "Invalid use of Null (94)."}));
+}
+
 TEST_F(MailDocumentTest, AQuestionThatIsGoneLeavesAPartialDocument) {
   peer_.Begin(99, 8, "anna", 1033);
   Build();

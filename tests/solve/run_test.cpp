@@ -1,5 +1,6 @@
 // One run: its log lines, its parameter, the escalation, and what a failure does to it.
 #include <algorithm>
+#include <utility>
 
 #include "platform/scripting/file_system_object.hpp"
 #include "tests/solve/solve_test.hpp"
@@ -75,6 +76,58 @@ TEST_F(SolveRunTest, WithoutTheParameterThereIsNoPassAndNoEscalation) {
   EXPECT_EQ(Log(), (Texts{"Error occured in Orvane.ClearDueQuestions.HandleSolveOnNoResponse caught: "
                           "Type mismatch (13)."}));
   EXPECT_NE(disk_->Bytes(kLogFile).find("Stopped at"), std::string::npos);
+}
+
+class GenerationParameterTest : public SolveRunTest,
+                                public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+
+TEST_P(GenerationParameterTest, ThatIsNo32BitNumberEndsTheRunBeforeThePass) {
+  SetParameter("BackOfficeApplication", GetParam().first);
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  job_.Run();
+  EXPECT_TRUE(suite_->events.empty());
+  EXPECT_EQ(Status(26), "150");
+  EXPECT_EQ(Log(),
+            (Texts{std::string("Error occured in Orvane.ClearDueQuestions.HandleSolveOnNoResponse caught: ") +
+                   GetParam().second}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, GenerationParameterTest,
+                         testing::Values(std::pair("none", "Type mismatch (13)."),
+                                         std::pair("", "Type mismatch (13)."),
+                                         std::pair("2147483648", "Overflow (6).")));
+
+TEST_F(SolveRunTest, ADatabaseThatFailsInThePassIsReportedAndTheEscalationFollows) {
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  adodb_->beforeStatement = [](const std::string& sql) {
+    if (sql.find("REMINDER") != std::string::npos) throw automation::Error(70, "I", "Permission denied");
+  };
+  job_.Run();
+  EXPECT_EQ(suite_->events, Texts{"escalation mails"});
+  EXPECT_EQ(Log(),
+            (Texts{"OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: Permission denied (70)."}));
+}
+
+TEST_F(SolveRunTest, AFailureOfTheMailAsAWholeIsReportedAndTheRowIsDeleted) {
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  bool failing = false;
+  const auto clock = environment_.runtime.clock;
+  environment_.runtime.clock = [&failing, &clock] {
+    if (std::exchange(failing, false)) throw automation::Error(5, "Clock", "stopped");
+    return clock();
+  };
+  suite_->before = [&failing](const std::string& step) { failing = step == "Concluded"; };
+  job_.Run();
+  EXPECT_EQ(suite_->events, (Texts{"question(26)", "escalation mails"}));
+  EXPECT_EQ(Reminders(), Texts{});
+  EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.SendMail caught: stopped (5)."}));
+}
+
+TEST_F(SolveRunTest, APassWithoutARunHasNoRunLogAndNoEscalation) {
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(suite_->events, (Texts{"question(26)", "mail to anna@example.org"}));
+  EXPECT_FALSE(disk_->Exists("/suite/OrvLog"));
 }
 
 TEST_F(SolveRunTest, TheEscalationFollowsAFailedPass) {

@@ -19,12 +19,28 @@ using Doubles = std::shared_ptr<SuiteDoubles>;
 class RecordingMessage : public CDO::Message {
  public:
   explicit RecordingMessage(Doubles doubles) : doubles_(std::move(doubles)) {}
-  void setFrom(std::string_view address) override { mail_.from = address; }
-  void setTo(std::string_view address) override { mail_.to = address; }
-  void setSubject(std::string_view subject) override { mail_.subject = subject; }
-  void setMimeFormatted(bool value) override { mail_.mimeFormatted = value; }
-  void setTextBody(std::string_view text) override { mail_.textBody = text; }
+  void setFrom(std::string_view address) override {
+    mail_.members.push_back("From");
+    mail_.from = address;
+  }
+  void setTo(std::string_view address) override {
+    mail_.members.push_back("To");
+    mail_.to = address;
+  }
+  void setSubject(std::string_view subject) override {
+    mail_.members.push_back("Subject");
+    mail_.subject = subject;
+  }
+  void setMimeFormatted(bool value) override {
+    mail_.members.push_back("MimeFormatted");
+    mail_.mimeFormatted = value;
+  }
+  void setTextBody(std::string_view text) override {
+    mail_.members.push_back("TextBody");
+    mail_.textBody = text;
+  }
   void AddAttachment(std::string_view path) override {
+    mail_.members.push_back("AddAttachment");
     const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
     const Scripting::FilePtr file = files->GetFile(path);
     const std::string content =
@@ -32,6 +48,7 @@ class RecordingMessage : public CDO::Message {
     mail_.attachments.emplace_back(path, content);
   }
   void send() override {
+    mail_.members.push_back("send");
     doubles_->events.push_back("mail to " + mail_.to);
     doubles_->Before("send");
     doubles_->mails.push_back(mail_);

@@ -22,6 +22,7 @@ struct SentMail {
   bool mimeFormatted = false;
   std::string textBody;
   std::vector<std::pair<std::string, std::string>> attachments;  // path, content
+  std::vector<std::string> members;                              // as they were used
 };
 
 struct SheetUse {
