@@ -154,26 +154,6 @@ std::string Masked(std::string text, const fs::path& folder) {
   return WithMomentsShown(std::regex_replace(text, kDrawn, "<drawn>"));
 }
 
-// The requests of an archive file, by their text: they stand there in the order in which the database gave
-// them, which is its own affair where a statement asks for none.
-std::string WithRequestsSorted(const std::string& archive) {
-  const std::string start = "<SR ";
-  const std::string end = "</SR>";
-  const std::size_t first = archive.find(start);
-  const std::size_t last = archive.rfind(end);
-  if (first == std::string::npos || last == std::string::npos) return archive;
-  std::vector<std::string> requests;
-  for (std::size_t at = first; at < last;) {
-    const std::size_t next = archive.find(end, at) + end.size();
-    requests.push_back(archive.substr(at, next - at));
-    at = next;
-  }
-  std::sort(requests.begin(), requests.end());
-  std::string sorted = archive.substr(0, first);
-  for (const std::string& request : requests) sorted += request;
-  return sorted + archive.substr(last + end.size());
-}
-
 std::string Shown(const Variant& value, const fs::path& folder) {
   if (value.IsNull()) return "NULL";
   if (value.IsDate()) return Shown(std::get<DateTime>(value.Get()));
@@ -264,7 +244,7 @@ class Suite {
       } else if (path.starts_with("OrvLog/")) {
         remains.logs[path] = Lines(text);
       } else {
-        remains.files[path] = path.starts_with("home/Data/Archives/") ? WithRequestsSorted(text) : text;
+        remains.files[path] = text;
       }
     }
     std::sort(remains.mails.begin(), remains.mails.end());
