@@ -7,9 +7,13 @@ server_name=mariadb
 server_account=mysql
 
 server_create() {
+  as_account mkdir "$folder/tmp"
   {
     echo "[mariadbd]"
     echo "datadir=$folder/data"
+    # Of its own: a server that starts removes every temporary table in this folder, also those of another
+    # server, which then crashes.
+    echo "tmpdir=$folder/tmp"
     echo "socket=$folder/socket"
     echo "bind-address=127.0.0.1"
     echo "port=$port"
