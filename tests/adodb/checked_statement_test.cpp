@@ -99,7 +99,7 @@ TEST(CheckedStatementTest, RefusesAValueInsideANameOrAComment) {
 }
 
 TEST(CheckedStatementTest, KnowsWhereFixedTextsAndCommentsEnd) {
-  Statement statement = "select 'it''s -- /*', \"a'b\", [c'd] -- don't\n from T /* isn't */ where B = '";
+  Statement statement = "select 'it''s -- /*', \"a'b\", [c d] -- don't\n from T /* isn't */ where B = '";
   statement += SqlValue("x");
   statement += "' and C = ";
   statement += SqlValue(std::int32_t{5});

@@ -51,6 +51,18 @@ TEST(SqlTokensTest, TellsWhatDoesNotEnd) {
   EXPECT_EQ(Tokenize("a 'b'").unterminated, std::string_view::npos);
 }
 
+TEST(SqlTokensTest, MarksWhatEnginesReadDifferently) {
+  for (const char* sql :
+       {"a /* b /* c */", "a /* b /*/", "a /*! b */", "a /*M! b */", "a --b", "a -- b\rc\n", "a # b", "a#b",
+        "a $$b$$", "a $t$b$t$", "a E'b\\'", "a e'\\'", "a [b'c]", "a `b;`", "a [b$$c]"}) {
+    EXPECT_NE(Tokenize(sql).ambiguous, std::string_view::npos) << sql;
+  }
+  for (const char* sql : {"a /* b */ c", "a /* ' */", "a -- b\r\nc", "a --", "a$b", "N'b\\'", "THE'b\\'",
+                          "E'b'", "[b c]", "`b`", "\"b'c\"", "'$$ # /* -- [\\'"}) {
+    EXPECT_EQ(Tokenize(sql).ambiguous, std::string_view::npos) << sql;
+  }
+}
+
 TEST(SqlTokensTest, KeepsLettersOfEveryAlphabetInNames) {
   EXPECT_THAT(Texts("gr\xC3\xB6\xC3\x9F"
                     "e=1"),

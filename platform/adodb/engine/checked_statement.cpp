@@ -139,6 +139,7 @@ CheckedStatement CheckText(const Statement& statement, const Dialect& dialect) {
   if (list.unterminated != kNone) {
     throw dialect.SyntaxError(checked.sql.substr(list.unterminated, 40));
   }
+  if (list.ambiguous != kNone) throw dialect.SyntaxError(checked.sql.substr(list.ambiguous, 40));
   const auto isEnd = [&](const Token& token) { return Is(checked.sql, token, ";"); };
   const auto end = std::find_if(list.tokens.begin(), list.tokens.end(), isEnd);
   const auto second = std::find_if_not(end, list.tokens.end(), isEnd);

@@ -1,5 +1,8 @@
 #include "platform/adodb/engine/sql_tokens.hpp"
 
+#include <algorithm>
+#include <utility>
+
 namespace ADODB::engine {
 namespace {
 
@@ -40,10 +43,24 @@ class Scanner {
         ++at_;
       } else if (sql_.substr(at_, 2) == "--") {
         const std::size_t end = sql_.find('\n', at_);
+        const std::string_view line = sql_.substr(at_, end == std::string_view::npos ? end : end - at_);
+        // MariaDB takes two minus signs without a blank for what they are; PostgreSQL ends the line at a CR
+        // too.
+        const std::size_t cr = line.find('\r');
+        if ((line.size() > 2 && !IsBlank(line[2])) ||
+            (cr != std::string_view::npos && cr + 1 != line.size())) {
+          MarkAmbiguous();
+        }
         at_ = end == std::string_view::npos ? sql_.size() : end + 1;
       } else if (sql_.substr(at_, 2) == "/*") {
         const std::size_t end = sql_.find("*/", at_ + 2);
         if (end == std::string_view::npos) list_.unterminated = at_;
+        const std::string_view inside =
+            sql_.substr(at_ + 2, end == std::string_view::npos ? end : end - at_ - 2);
+        if (inside.starts_with('!') || inside.starts_with("M!") ||
+            inside.find("/*") != std::string_view::npos || inside.ends_with('/')) {
+          MarkAmbiguous();
+        }
         at_ = end == std::string_view::npos ? sql_.size() : end + 2;
       } else {
         return true;
@@ -55,17 +72,39 @@ class Scanner {
   void Scan() {
     const char c = sql_[at_];
     const std::size_t start = at_;
-    if (c == '\'') return Quoted(TokenKind::Text, '\'');
-    if (c == '"' || c == '`') return Quoted(TokenKind::QuotedName, c);
-    if (c == '[') return Quoted(TokenKind::QuotedName, ']');
+    if (c == '\'') return Text();
+    if (c == '$' || c == '#' || c == '\0') MarkAmbiguous();
+    if (c == '"') return Quoted(TokenKind::QuotedName, '"');
+    if (c == '`' || c == '[') return OwnQuotedName(c == '[' ? ']' : c);
     if (IsWordStart(c)) {
-      while (at_ < sql_.size() && IsWordPart(sql_[at_])) ++at_;
+      while (at_ < sql_.size() && IsWordPart(sql_[at_])) {
+        if (sql_[at_] == '#') MarkAmbiguous();
+        ++at_;
+      }
       return Add(TokenKind::Word, start);
     }
     if (IsDigit(c) || (c == '.' && IsDigit(At(at_ + 1)))) return Number();
     const std::string_view pair = sql_.substr(at_, 2);
     at_ += pair == "<=" || pair == ">=" || pair == "<>" || pair == "!=" || pair == "||" ? 2u : 1u;
     Add(TokenKind::Symbol, start);
+  }
+
+  void Text() {
+    const std::size_t start = at_;
+    Quoted(TokenKind::Text, '\'');
+    const bool escapes =
+        start > 0 && Lower(sql_[start - 1]) == 'e' && (start < 2 || !IsWordPart(sql_[start - 2]));
+    if (escapes && sql_.substr(start, at_ - start).find('\\') != std::string_view::npos) MarkAmbiguous(start);
+  }
+
+  // Quotes of some engines only: to the others the name itself must hold nothing but a name.
+  void OwnQuotedName(char closing) {
+    const std::size_t start = at_;
+    Quoted(TokenKind::QuotedName, closing);
+    for (std::size_t i = start + 1; i + 1 < at_; ++i) {
+      if (!IsWordPart(sql_[i]) && sql_[i] != ' ') MarkAmbiguous(start);
+      if (sql_[i] == '$' || sql_[i] == '#') MarkAmbiguous(start);
+    }
   }
 
   void Quoted(TokenKind kind, char closing) {
@@ -97,6 +136,8 @@ class Scanner {
     Add(TokenKind::Number, start);
   }
 
+  void MarkAmbiguous() { MarkAmbiguous(at_); }
+  void MarkAmbiguous(std::size_t at) { list_.ambiguous = std::min(list_.ambiguous, at); }
   void Add(TokenKind kind, std::size_t start) { list_.tokens.push_back({kind, start, at_ - start}); }
 
   std::string_view sql_;

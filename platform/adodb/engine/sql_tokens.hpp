@@ -28,10 +28,14 @@ struct Token {
 };
 
 // The tokens in order; blanks and comments are left out. A text, quoted name or comment that does not end
-// reaches to the end of the text and makes `unterminated` its offset, which is npos otherwise.
+// reaches to the end of the text and makes `unterminated` its offset, which is npos otherwise. `ambiguous` is
+// the offset of the first thing that not all engines take for the same: a comment in a comment, a comment
+// that MariaDB runs, "--" without a blank behind it, "#", a text in dollar signs, a text with escapes
+// (E'\''), something else than a name in brackets.
 struct TokenList {
   std::vector<Token> tokens;
   std::size_t unterminated = std::string_view::npos;
+  std::size_t ambiguous = std::string_view::npos;
 };
 TokenList Tokenize(std::string_view sql);
 
