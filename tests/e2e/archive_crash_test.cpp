@@ -3,15 +3,12 @@
 // archive file, and the next run goes through.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <set>
 #include <sstream>
 
-#include "tests/e2e/hand_made_suite.hpp"
-#include "tests/e2e/host_process.hpp"
+#include "tests/e2e/archive_installation.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/archive_files.hpp"
 
@@ -19,31 +16,6 @@ namespace orvane_test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The rows that a run finds: three customers, two requests each, two transactions a request. The request's
-// number is its text, the transaction's its name, so that both can be found in the files.
-constexpr int kRequests = 6;
-constexpr int kTransactions = 12;
-
-std::vector<std::string> Rows() {
-  std::vector<std::string> statements = {"delete from TRANSACTIONS", "delete from QUESTIONHISTORY",
-                                         "delete from PARAMETERS",
-                                         "insert into PARAMETERS values ('DataFileRelativePath', 'Data')",
-                                         "insert into PARAMETERS values ('ArchiveAfter', '1')"};
-  const std::vector<std::string> customers = {"ann", "bob", "eve"};
-  for (int id = 1; id <= kRequests; ++id) {
-    const std::string number = std::to_string(id);
-    statements.push_back(
-        "insert into QUESTIONHISTORY (Q_ID, Q_STATUS, Q_ORIGINATOR, Q_DESC, ENDSTATUSTIME) values (" +
-        number + ", 185, '" + customers[static_cast<std::size_t>(id) % customers.size()] + "', 'request-" +
-        number + "', '2004-01-01 00:00:00')");
-  }
-  for (int id = 1; id <= kTransactions; ++id) {
-    statements.push_back("insert into TRANSACTIONS (Q_ID, T_NAME) values (" + std::to_string((id + 1) / 2) +
-                         ", 'step-" + std::to_string(id) + "')");
-  }
-  return statements;
-}
 
 // One engine's database of the suite, filled anew for each kill.
 class CrashDatabase {
@@ -65,7 +37,7 @@ class SqliteCrashDatabase : public CrashDatabase {
       Database database(filled);
       database.Execute("begin");
       database.Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
-      for (const std::string& statement : Rows()) database.Execute(statement);
+      for (const std::string& statement : RowsOfThreeCustomers()) database.Execute(statement);
       database.Execute("commit");
       database.Execute("pragma journal_mode = wal");
     }
@@ -90,7 +62,7 @@ class ServerCrashDatabase : public CrashDatabase {
 
   std::string ConnectionString() const override { return database_.ConnectionString(); }
   void Fill() override {
-    for (const std::string& statement : Rows()) session_->Execute(statement, {});
+    for (const std::string& statement : RowsOfThreeCustomers()) session_->Execute(statement, {});
   }
   std::set<std::string> Texts(const std::string& column, const std::string& table) override {
     std::set<std::string> texts;
@@ -113,32 +85,10 @@ class ArchiveCrashTest : public ::testing::TestWithParam<const char*> {
     } else {
       database = std::make_unique<ServerCrashDatabase>(engine);
     }
-    Database catalogue(suite.CatalogueFile());
-    catalogue.Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite-ecatalog.sql"));
-    catalogue.Execute(
-        "insert into FAQCATEGORY values (1, 'one'); insert into PRODUCTCATEGORY values (1, 'one');"
-        "insert into PRODUCT (PRODUCTID, PRODUCTDESCRIPTION) values (1, 'one')");
-    suite.Folder().Write(
-        "home/config/siteConfiguration.xml",
-        "<siteConfiguration><product name=\"Orvane\"><connection name=\"Orvane\">" +
-            database->ConnectionString() +
-            "</connection></product><product name=\"VnServer\"><connection name=\"ECatalog\">"
-            "Provider=SQLite;Data Source=db\\ecatalog.sqlite</connection></product>"
-            "<section name=\"COMMONPARAMETERS\"><key name=\"DEFAULTLANGUAGE\">1033</key></section>"
-            "<section name=\"MEMBERSHIP\"><key name=\"MemScriptUser\">cn=orvane</key>"
-            "<key name=\"MemScriptCode\">secret</key><key name=\"LDAPRoot\"></key>"
-            "<key name=\"LDAPServer\"></key></section></siteConfiguration>");
-    std::string directory =
-        "dn: cn=orvane\nobjectClass: person\ncn: orvane\nsn: orvane\nuserPassword: secret\n";
-    for (const std::string name : {"ann", "bob", "eve"}) {
-      directory += "\ndn: uid=" + name + "\nobjectClass: inetOrgPerson\nuid: " + name + "\ncn: " + name +
-                   "\nsn: " + name +
-                   "\norvaneBusinessPartner: 7\norvaneLocale: 1033\norvaneLanguageID: 1033\n";
-    }
-    suite.Folder().Write("home/config/directory.ldif", directory);
+    installation.Configure(database->ConnectionString(), ThreeCustomers());
   }
 
-  fs::path Archives() const { return suite.Home() / "Data" / "Archives"; }
+  fs::path Archives() const { return installation.Archives(); }
 
   void StartAfresh() {
     fs::remove_all(suite.Home() / "Data");
@@ -146,15 +96,12 @@ class ArchiveCrashTest : public ::testing::TestWithParam<const char*> {
     database->Fill();
   }
 
-  Outcome RunArchive(const std::map<std::string, std::string>& environment) {
-    return RunHost({"run", "--home", suite.Home().string(), "OrvaneProcess.Archive"}, environment);
-  }
-
   // The points of an undisturbed run.
   long CountPoints() {
     StartAfresh();
     const fs::path count = suite.Folder().Path() / "points";
-    const Outcome outcome = RunArchive({{"LD_PRELOAD", ORVANE_KILL_AT}, {"KILL_COUNT", count.string()}});
+    const Outcome outcome =
+        installation.Run({{"LD_PRELOAD", ORVANE_KILL_AT}, {"KILL_COUNT", count.string()}});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_TRUE(database->Texts("Q_DESC", "QUESTIONHISTORY").empty())
         << "the undisturbed run archives everything";
@@ -200,7 +147,7 @@ class ArchiveCrashTest : public ::testing::TestWithParam<const char*> {
   }
 
   void ExpectNextRunGoesThrough(const std::string& when) {
-    const Outcome next = RunArchive({});
+    const Outcome next = installation.Run({});
     EXPECT_EQ(next.exitCode, 0) << when << ": " << next.err;
     EXPECT_TRUE(database->Texts("Q_DESC", "QUESTIONHISTORY").empty()) << "the run " << when;
     EXPECT_TRUE(database->Texts("T_NAME", "TRANSACTIONS").empty()) << "the run " << when;
@@ -211,7 +158,8 @@ class ArchiveCrashTest : public ::testing::TestWithParam<const char*> {
     }
   }
 
-  HandMadeSuite suite;
+  ArchiveInstallation installation;
+  HandMadeSuite& suite = installation.suite;
   std::unique_ptr<CrashDatabase> database;
 };
 
@@ -224,7 +172,7 @@ TEST_P(ArchiveCrashTest, NothingIsLostWhereverTheRunIsKilled) {
     std::map<std::string, std::string> environment{{"LD_PRELOAD", ORVANE_KILL_AT},
                                                    {"KILL_AT", std::to_string(point)}};
     if (point % 2 == 0) environment["KILL_TORN"] = "1";
-    const Outcome killed = RunArchive(environment);
+    const Outcome killed = installation.Run(environment);
     const std::string when =
         "after a kill at point " + std::to_string(point) + " of " + std::to_string(points);
     EXPECT_TRUE(killed.exitCode == -1 || point == points) << when << " ended by itself: " << killed.exitCode;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ostream>
 #include <set>
 #include <sstream>
 
@@ -179,6 +180,9 @@ struct Failure {
   bool once;
   const char* below;  // of the installation
 };
+void PrintTo(const Failure& failure, std::ostream* out) {
+  *out << failure.name;
+}
 
 class ArchiveFaultTest : public ArchiveFullDiskTest, public testing::WithParamInterface<Failure> {
  protected:
