@@ -85,11 +85,13 @@ Outcome Run(const std::vector<std::string>& words, const std::map<std::string, s
     dup2(nothing, STDIN_FILENO);
     dup2(out.write, STDOUT_FILENO);
     dup2(err.write, STDERR_FILENO);
+    // Opened before the privileges go: the tree may lie in a folder that nobody else may enter.
+    const int program = open(argv[0], O_RDONLY | O_CLOEXEC);
     if (unprivileged && geteuid() == 0 &&
         (setgroups(0, nullptr) != 0 || setgid(kUnprivilegedId) != 0 || setuid(kUnprivilegedId) != 0)) {
       _exit(127);
     }
-    execve(argv[0], argv.data(), envp.data());
+    fexecve(program, argv.data(), envp.data());
     _exit(127);
   }
   out.CloseWrite();

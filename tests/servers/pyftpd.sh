@@ -9,10 +9,12 @@ server_account=ftp
 server_create() {
   as_account mkdir -m 777 "$folder/root"
   chmod 755 "$folder"
+  # The server's user may have no way into the folder that this tree lies in.
+  as_account tee "$folder/pyftpd.py" <"$(dirname "$0")/pyftpd.py" >/dev/null
 }
 
 server_command() {
-  command=(/usr/bin/python3 "$(realpath "$(dirname "$0")")/pyftpd.py" "$port" "$folder/root" 'p@ss:w/rd')
+  command=(/usr/bin/python3 "$folder/pyftpd.py" "$port" "$folder/root" 'p@ss:w/rd')
 }
 
 server_ready() { (exec 3<>"/dev/tcp/127.0.0.1/$port"); }

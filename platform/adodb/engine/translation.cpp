@@ -82,6 +82,7 @@ class Translator {
     if (chain.size() > 1 && IsTextChain(chain, at, end)) {
       const std::vector<Operand> operands = chain;
       std::vector<std::string> texts;
+      texts.reserve(operands.size());
       for (const Operand& operand : operands) texts.push_back(RenderOperand(operand));
       out += dialect_.Joined(texts);
       return chainEnd;

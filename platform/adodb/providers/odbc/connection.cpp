@@ -79,7 +79,7 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
   }
   handle_ = ConnectionHandle(raw);
   constexpr std::uintptr_t kLoginSeconds = 15;
-  SQLSetConnectAttrW(raw, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(kLoginSeconds), 0);
+  SQLSetConnectAttrW(raw, SQL_ATTR_LOGIN_TIMEOUT, AsPointer(kLoginSeconds), 0);
   WideText wide = ToWide(text.ToString());
   Check(SQLDriverConnectW(raw, nullptr, wide.data(), static_cast<SQLSMALLINT>(wide.size()), nullptr, 0,
                           nullptr, SQL_DRIVER_NOPROMPT));
@@ -119,7 +119,7 @@ void Connection::Check(SQLRETURN status) {
 }
 
 void Connection::SetAttribute(SQLINTEGER attribute, std::uintptr_t value) {
-  Check(SQLSetConnectAttrW(handle_.Get(), attribute, reinterpret_cast<SQLPOINTER>(value), 0));
+  Check(SQLSetConnectAttrW(handle_.Get(), attribute, AsPointer(value), 0));
 }
 
 // Each procedure of a job opens a connection and sets its level, which is the same as before nearly always:
@@ -240,8 +240,7 @@ void Connection::EndTransaction(SQLSMALLINT completion) {
   } catch (...) {
     // A commit that failed may have left the transaction open.
     SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK);
-    if (!Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT,
-                                      reinterpret_cast<SQLPOINTER>(std::uintptr_t{SQL_AUTOCOMMIT_ON}), 0))) {
+    if (!Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0))) {
       lost_ = true;
     }
     throw;

@@ -1,9 +1,10 @@
-// Ownership of ODBC handles.
+// Ownership of ODBC handles, and numbers as attributes of them.
 #pragma once
 
 #include <sql.h>
 #include <sqlext.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace ADODB::odbc {
@@ -28,6 +29,11 @@ class Handle {
  private:
   SQLHANDLE raw_ = nullptr;
 };
+
+// A number where ODBC's functions take either a number or the address of something, as the attribute tells.
+inline SQLPOINTER AsPointer(std::uintptr_t number) {
+  return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr)
+}
 
 using EnvironmentHandle = Handle<SQL_HANDLE_ENV>;
 using ConnectionHandle = Handle<SQL_HANDLE_DBC>;

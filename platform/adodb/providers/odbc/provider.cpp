@@ -19,7 +19,7 @@ EnvironmentHandle MakeEnvironment() {
     Raise({.sqlState = "HY001", .nativeCode = 0, .message = "The ODBC driver manager cannot be started."});
   }
   EnvironmentHandle environment(raw);
-  SQLSetEnvAttr(raw, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(std::uintptr_t{SQL_OV_ODBC3}), 0);
+  SQLSetEnvAttr(raw, SQL_ATTR_ODBC_VERSION, AsPointer(SQL_OV_ODBC3), 0);
   return environment;
 }
 
