@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     const std::int64_t rows = arguments.empty() ? 200'000 : std::atoll(argv[1]);
     const std::int64_t walked = arguments.size() < 2 ? 1'000'000 : std::atoll(argv[2]);
     bool good = true;
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a run takes minutes: each figure when it is known
     for (const std::string name : {"postgresql", "mariadb"}) {
       const orvane_test::Server server = orvane_test::Server::StartOwn(name, true);
       good = ComparePool(server, name) && good;
