@@ -337,7 +337,8 @@
     </section>
   </xsl:template>
 
-  <!-- A caption with its value, and the code of the value behind it; nothing at all for an empty value. -->
+  <!-- A caption with its value, and the code of the value behind it; without a value the code alone, without
+       either nothing at all. -->
   <xsl:template name="row">
     <xsl:param name="caption"/>
     <xsl:param name="value"/>
@@ -349,12 +350,17 @@
         </dt>
         <dd>
           <xsl:value-of select="$value"/>
-          <xsl:if test="string($code) != '' and string($code) != string($value)">
-            <xsl:text> </xsl:text>
-            <span class="code">
+          <xsl:choose>
+            <xsl:when test="string($value) = ''">
               <xsl:value-of select="$code"/>
-            </span>
-          </xsl:if>
+            </xsl:when>
+            <xsl:when test="string($code) != '' and string($code) != string($value)">
+              <xsl:text> </xsl:text>
+              <span class="code">
+                <xsl:value-of select="$code"/>
+              </span>
+            </xsl:when>
+          </xsl:choose>
         </dd>
       </div>
     </xsl:if>

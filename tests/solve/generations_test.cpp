@@ -239,7 +239,7 @@ class GenerationTest : public testing::TestWithParam<std::tuple<SuiteTablesMaker
       page.push_back(label("3692"));
       if (full) {
         row("3730", "1042");
-        row("3693", " AMS1");  // a description needs a count of rows that a forward-only cursor has not
+        row("3693", "AMS1");  // a description needs a count of rows that a forward-only cursor has not
         if (generation_ != 5) row("3195", "The pump in the basement OB");
       }
       if (Column(one, "Q_REPORTED", "") == Variant("P10")) row("3197", "Leaks P10");

@@ -124,6 +124,17 @@ TEST_P(MailSheetsTest, LeavesOutWhatIsEmpty) {
   EXPECT_EQ(page.Count("//*[@class='status' or @class='badge']"), 0u);
 }
 
+TEST_P(MailSheetsTest, ShowsACodeBehindItsTextOrAlone) {
+  const auto document = NewDocument();
+  document->loadXML(
+      "<MAIL><CASEID>7</CASEID><INSTALLEDBASE><SITE/><SITE>AMS1</SITE><PRODUCT>A pump</PRODUCT>"
+      "<PRODUCT>PUMP</PRODUCT><PROBLEMCODE>P10</PROBLEMCODE><PROBLEMCODE>P10</PROBLEMCODE>"
+      "<PROBLEMPRIORITY>Urgent</PROBLEMPRIORITY><PROBLEMPRIORITY/></INSTALLEDBASE></MAIL>");
+  const Page page(Html(document));
+  EXPECT_EQ(page.Texts("//dd"), (std::vector<std::string>{"7", "AMS1", "A pump PUMP", "P10", "Urgent"}));
+  EXPECT_EQ(page.Texts("//span[@class='code']"), std::vector<std::string>{"PUMP"});
+}
+
 TEST_P(MailSheetsTest, ShowsTheHistoryWithColouredHeadingsAndLineBreaks) {
   const Page page(Html(PlainDocument(
       {{"<b><font color=red>Question : 7/20/2004 10:12:33</font></b>", "one<br>two<br><br>    four"},
