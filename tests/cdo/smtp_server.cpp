@@ -1,5 +1,6 @@
 #include "tests/cdo/smtp_server.hpp"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -37,10 +38,13 @@ SmtpServer::SmtpServer(const std::string& mode, const std::string& folder) : fol
     dup2(out[1], STDOUT_FILENO);
     close(out[0]);
     close(out[1]);
+    // Given as the standard input, which nobody may read where only root may enter the tree.
+    const int script = open(ORVANE_SMTP_SERVER, O_RDONLY);
+    dup2(script, STDIN_FILENO);
     constexpr uid_t kNobody = 65534;
     if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
-    execl("/usr/bin/python3", "python3", "-B", ORVANE_SMTP_SERVER, folder.c_str(), mode.c_str(),
-          certificate_.c_str(), key.c_str(), nullptr);
+    execl("/usr/bin/python3", "python3", "-B", "-", folder.c_str(), mode.c_str(), certificate_.c_str(),
+          key.c_str(), nullptr);
     _exit(127);
   }
   close(out[1]);
