@@ -46,6 +46,9 @@ class Dialect {
 
   // --- Statements that the cursor engine composes. ---
 
+  // True where ordering rows of a subquery's choice takes a table on disk when they hold long texts: a short
+  // result is read faster as it comes, and ordered by the reader.
+  virtual bool OrdersLongTextsOnDisk() const { return false; }
   // A name as the database spells it, quoted so that it is taken letter for letter.
   virtual std::string QuotedName(std::string_view name) const;
   // "SELECT " + list + rest, cut to `count` rows.

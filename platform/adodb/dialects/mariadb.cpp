@@ -28,6 +28,7 @@ class MariaDb : public Dialect {
   }
 
   bool JoinsWhenDeleteNamesItsTable() const override { return true; }
+  bool OrdersLongTextsOnDisk() const override { return true; }
 
   // A typed literal: a plain text would be compared as text with some expressions.
   std::string Timestamp(std::string_view text) const override {

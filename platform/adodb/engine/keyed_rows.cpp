@@ -1,8 +1,11 @@
 #include "platform/adodb/engine/keyed_rows.hpp"
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
+
+#include "platform/adodb/engine/sql_tokens.hpp"
 
 namespace ADODB::engine {
 namespace {
@@ -12,6 +15,15 @@ constexpr std::size_t kFirstWindowRows = 32;
 constexpr std::size_t kScatteredRows = 200;
 constexpr std::size_t kCompositeRows = 50;
 constexpr std::size_t kWindowBytes = 4 * 1024 * 1024;
+
+// Or a text that looks like one, which does no harm.
+bool HoldsSubquery(std::string_view condition) {
+  constexpr std::string_view kSelect = "select";
+  for (std::size_t at = 0; at + kSelect.size() <= condition.size(); ++at) {
+    if (EqualsIgnoringAsciiCase(condition.substr(at, kSelect.size()), kSelect)) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -27,6 +39,9 @@ KeyedRows::KeyedRows(std::shared_ptr<Link> link, SelectShape select, TableShape 
   for (const std::string& column : table_.keyColumns) {
     keyNames_.push_back(select_.name + "." + dialect.QuotedName(column));
   }
+  // A condition with a subquery: the rows do not come in the order of the key by themselves.
+  const bool chosenElsewhere = HoldsSubquery(select_.condition);
+  if (fixed_ && mostRows_ == 0 && chosenElsewhere && dialect.OrdersLongTextsOnDisk() && ReadShort()) return;
   ReadPage();
   if (fixed_ && !complete_) ReadRemainingKeys();
 }
@@ -72,6 +87,42 @@ Row KeyedRows::ReadRow(const Rows& rows, std::size_t count) {
   return row;
 }
 
+void KeyedRows::TakeColumns(const Rows& rows) {
+  if (!columns_.empty()) return;
+  columns_.assign(rows.Columns().begin(),
+                  rows.Columns().end() - static_cast<std::ptrdiff_t>(keyNames_.size()));
+}
+
+// All rows at once, as they come, and then in order; false when that is too many, or not possible.
+bool KeyedRows::ReadShort() {
+  Session& session = link_->GetSession();
+  if (keyNames_.size() > 1) return false;
+  const std::unique_ptr<Rows> rows = session.Query(
+      session.GetDialect().Limited(select_.list + "," + Columned(""), select_.From({}), kPageRows + 1), {});
+  if (rows->Columns().empty() || rows->Columns().back().type != ColumnType::Integer) return false;
+  TakeColumns(*rows);
+  const std::size_t count = rows->Columns().size();
+  std::size_t bytes = 0;
+  while (rows->Next()) {
+    if (window_.size() == kPageRows || bytes >= kWindowBytes) {
+      spare_ = std::exchange(window_, {});
+      return false;
+    }
+    window_.push_back(ReadRow(*rows, count));
+    bytes += MemoryOf(window_.back());
+  }
+  std::sort(window_.begin(), window_.end(), [](const Row& left, const Row& right) {
+    return automation::ToInt64(left.back()) < automation::ToInt64(right.back());
+  });
+  for (const Row& row : window_) {
+    windowOrdinals_.push_back(keys_.Size());
+    PushKey(KeyOf(row));
+  }
+  complete_ = true;
+  if (keys_.Size() > 0) lastKey_ = keys_.Get(keys_.Size() - 1);
+  return true;
+}
+
 // The next rows behind the known ones become known, and the window.
 void KeyedRows::ReadPage() {
   Session& session = link_->GetSession();
@@ -83,10 +134,7 @@ void KeyedRows::ReadPage() {
       select_.list + "," + Columned(""), select_.From(condition) + " ORDER BY " + Columned(""), limit);
   const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
   const std::size_t count = rows->Columns().size();
-  if (columns_.empty()) {
-    columns_.assign(rows->Columns().begin(),
-                    rows->Columns().end() - static_cast<std::ptrdiff_t>(keyNames_.size()));
-  }
+  TakeColumns(*rows);
   windowOrdinals_.clear();
   spare_ = std::exchange(window_, {});
   std::size_t bytes = 0;

@@ -46,6 +46,8 @@ class KeyedRows : public RowSource {
  private:
   std::string Columned(const char* suffix) const;  // "k1 SUFFIX,k2 SUFFIX"
   std::string BehindLast(Parameters& parameters) const;
+  void TakeColumns(const Rows& rows);
+  bool ReadShort();
   void ReadPage();
   void ReadRemainingKeys();
   void PushKey(KeyView key);

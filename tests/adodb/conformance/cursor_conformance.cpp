@@ -219,6 +219,28 @@ TEST_P(Conformance, WalksATextKeyWhateverItsOrder) {
   }
 }
 
+TEST_P(Conformance, WalksWhatASubqueryChoosesInTheOrderOfTheKey) {
+  MakeNumbers(2500);
+  const auto connection = Connect();
+  for (const int count : {0, 1, 30, 999, 1000, 1001, 1500}) {
+    // Chosen through the highest of them first.
+    const auto rows = Open(
+        ADODB::SqlFragment("SELECT * FROM NUMBERS WHERE ID IN (SELECT 2501 - ID FROM NUMBERS WHERE ID > " +
+                           std::to_string(2500 - count) + ")"),
+        connection, CursorType::Keyset, LockType::Optimistic);
+    EXPECT_EQ(rows->RecordCount(), count);
+    int expected = 0;
+    for (; !rows->Eof(); rows->MoveNext()) ASSERT_EQ(automation::ToInt32(rows->Value("ID")), ++expected);
+    EXPECT_EQ(expected, count);
+    if (count == 0) continue;
+    rows->MoveFirst();
+    rows->SetFilter("NAME='n" + std::to_string(count) + "'");
+    EXPECT_EQ(automation::ToInt32(rows->Value("ID")), count);
+  }
+  EXPECT_EQ(faults->openRows, 0);
+  EXPECT_EQ(faults->mostOpenRows, 1) << "no statement stays open while another runs";
+}
+
 TEST_P(Conformance, WalksAKeyOfTwoColumns) {
   engine->CreateTable("PAIRS",
                       {{"A", ColumnKind::Integer}, {"B", ColumnKind::Integer}, {"N", ColumnKind::Integer}},
