@@ -341,6 +341,23 @@ TEST_P(SolveOverSmtpTest, AnAccountThatIsRefusedFindsNobody) {
                           HasSubstr("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ")));
 }
 
+TEST_P(SolveOverSmtpTest, ADirectoryThatIsNotThereFindsNobody) {
+  const std::filesystem::path file = suite_.Home() / "config" / "siteConfiguration.xml";
+  std::string site = TemporaryFolder::Read(file);
+  site = std::regex_replace(site, std::regex("<key name=\"LDAPServer\">[^<]*<"),
+                            "<key name=\"LDAPServer\">ldap://127.0.0.1:1<");
+  suite_.Folder().Write("home/config/siteConfiguration.xml", site);
+  Add(26, "jdoe", "", true);
+  Run();
+  EXPECT_FALSE(mails_.HasMail(1));
+  EXPECT_THAT(Rows("SELECT Q_STATUS FROM QUESTIONS"), ElementsAre("150"));
+  EXPECT_THAT(Rows("SELECT Q_ID FROM REMINDER"), ElementsAre("26"));
+  EXPECT_THAT(suite_.ErrorLog(),
+              ElementsAre(HasSubstr("OrvaneProcess.OrvaneUtilities.getUserFromID caught: "),
+                          HasSubstr("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ")));
+  EXPECT_TRUE(std::filesystem::exists(suite_.Home() / "outbox" / "escalation.jsonl"));
+}
+
 // A server that does not let the job in is as one that is down: the rows go on, the page stays.
 class SolveWithoutLoginTest : public SolveOverSmtpTest {};
 
