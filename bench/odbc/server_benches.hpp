@@ -29,6 +29,9 @@ int RunDormantJob(const std::filesystem::path& home);
 // Opening and closing a connection through the pool against opening and closing a physical one.
 bool ComparePool(const orvane_test::Server& server, const std::string& name);
 
+// A localized text through a connection of its own against the bare prepared query.
+bool CompareLookups(const orvane_test::Server& server, const std::string& name);
+
 // The memory of a walk through a keyset cursor.
 bool MeasureWalk(const orvane_test::Server& server, const std::string& name, std::int64_t rows);
 int RunWalk(const std::string& connectionString, std::int64_t rows);

@@ -1,19 +1,28 @@
 #include "suite/database/columns.hpp"
 
-#include <cstdint>
-
-#include "platform/automation/error.hpp"
+#include <algorithm>
+#include <cstddef>
 
 namespace suite {
+namespace {
+
+char Folded(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool EqualIgnoringCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return Folded(a) == Folded(b); });
+}
+
+}  // namespace
 
 bool HasColumn(ADODB::Recordset& rows, std::string_view name) {
-  try {
-    rows.Fields().Item(name);
-    return true;
-  } catch (const automation::Error& error) {
-    if (error.Number() != static_cast<std::int32_t>(automation::ErrorNumber::ItemNotFound)) throw;
-    return false;
+  ADODB::Fields& fields = rows.Fields();
+  for (std::size_t i = 0; i < fields.Count(); ++i) {
+    if (EqualIgnoringCase(fields.Item(i).Name(), name)) return true;
   }
+  return false;
 }
 
 std::string OptionalText(ADODB::Recordset& rows, std::string_view name) {

@@ -8,6 +8,7 @@ namespace {
 using ADODB::SqlValue;
 using ADODB::Statement;
 using ADODB::engine::BindValues;
+using ADODB::engine::FixedText;
 using automation::Variant;
 
 Statement Named(std::string_view name) {
@@ -26,7 +27,7 @@ TEST(BoundValuesTest, WholeTextAndComparedNumberAreBound) {
   const auto bound = BindValues(sql);
   ASSERT_TRUE(bound);
   EXPECT_EQ(bound->text, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=? AND LABEL=?");
-  EXPECT_EQ(bound->values, (ADODB::engine::Parameters{Variant(std::int64_t{1033}), Variant("LBLQX3429")}));
+  EXPECT_EQ(bound->values, (ADODB::engine::Parameters{Variant(std::int32_t{1033}), Variant("LBLQX3429")}));
 }
 
 TEST(BoundValuesTest, EmptyAndNonAsciiTextsAreBound) {
@@ -49,7 +50,7 @@ TEST(BoundValuesTest, NumberThatIsNoneIsLeftToTheCheck) {
   }
   Statement negative = "SELECT * FROM QUESTIONS WHERE Q_ID = ";
   negative += SqlValue(-26);
-  EXPECT_EQ(BindValues(negative)->values.at(0), Variant(std::int64_t{-26}));
+  EXPECT_EQ(BindValues(negative)->values.at(0), Variant(std::int32_t{-26}));
 }
 
 TEST(BoundValuesTest, NumberThatGoesOnIsNotBound) {
@@ -129,6 +130,42 @@ TEST(BoundValuesTest, LongChainsAreNotBound) {
     sql += SqlValue(i);
   }
   EXPECT_FALSE(BindValues(sql));
+}
+
+TEST(BoundValuesTest, NumbersTakeTheTypeOfTheirLiteral) {
+  Statement sql = "SELECT * FROM QUESTIONS WHERE Q_ID > ";
+  sql += SqlValue(std::int64_t{2147483647});
+  sql += " and Q_ID < ";
+  sql += SqlValue(std::int64_t{2147483648});
+  EXPECT_EQ(BindValues(sql)->values, (ADODB::engine::Parameters{Variant(std::int32_t{2147483647}),
+                                                                Variant(std::int64_t{2147483648})}));
+}
+
+TEST(FixedTextTest, IsTheSameWhateverTheValuesAre) {
+  const FixedText text(Named("one"));
+  EXPECT_TRUE(text.IsOf(Named("one")));
+  EXPECT_TRUE(text.IsOf(Named("")));
+  EXPECT_TRUE(text.IsOf(Named("another ' one")));
+  EXPECT_EQ(FixedText::Hash(Named("one")), FixedText::Hash(Named("")));
+}
+
+TEST(FixedTextTest, IsAnotherWhenAnythingElseDiffers) {
+  const FixedText text(Named("one"));
+  EXPECT_FALSE(text.IsOf(Statement("select PARAM_VALUE from PARAMETERS where PARAM_NAME = ''")));
+  EXPECT_FALSE(text.IsOf(Named("one") + " "));
+  Statement shifted = "select PARAM_VALUE from PARAMETERS where PARAM_NAME = ";
+  shifted += SqlValue("one");
+  shifted += "''";
+  EXPECT_FALSE(text.IsOf(shifted));
+  Statement two = "select PARAM_VALUE from PARAMETERS where PARAM_NAME = '";
+  two += SqlValue("o");
+  two += SqlValue("ne");
+  two += "'";
+  EXPECT_FALSE(text.IsOf(two));
+  Statement upper = "select PARAM_VALUE from PARAMETERS where PARAM_NAMe = '";
+  upper += SqlValue("one");
+  upper += "'";
+  EXPECT_FALSE(text.IsOf(upper));
 }
 
 }  // namespace

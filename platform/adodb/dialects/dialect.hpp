@@ -43,6 +43,10 @@ class Dialect {
   // True where a value that is bound as a parameter is compared exactly as the same value written as a
   // literal, whatever the column's type. An engine that types its parameters by themselves answers false.
   virtual bool ComparesBoundValuesAsLiterals() const { return false; }
+  // True where preparing a statement takes a message to a server: worth it for one that comes again only.
+  virtual bool PreparesOnTheServer() const { return false; }
+  // What stands for a bound number of 32 bits, where it must be told that it is one.
+  virtual std::string_view NumberParameter() const { return "?"; }
 
   // --- Statements that the cursor engine composes. ---
 

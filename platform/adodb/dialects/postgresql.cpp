@@ -26,6 +26,12 @@ class PostgreSql : public Dialect {
   }
 
   // A typed literal: its meaning does not hang on the session's DateStyle.
+  // A text without a type of its own is sent, and takes the type of what it is compared with, as a literal
+  // does.
+  bool ComparesBoundValuesAsLiterals() const override { return true; }
+  bool PreparesOnTheServer() const override { return true; }
+  std::string_view NumberParameter() const override { return "CAST(? AS integer)"; }
+
   std::string Timestamp(std::string_view text) const override {
     return "timestamp '" + std::string(text) + "'";
   }

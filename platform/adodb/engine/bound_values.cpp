@@ -92,14 +92,19 @@ std::optional<Parameters> ValuesToBind(const Statement& statement) {
       const std::optional<std::int64_t> number = WholeNumber(value);
       const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
       if (!number || !delimited) return std::nullopt;
-      values.emplace_back(*number);
+      // As an engine types the literal.
+      if (*number == static_cast<std::int32_t>(*number)) {
+        values.emplace_back(static_cast<std::int32_t>(*number));
+      } else {
+        values.emplace_back(*number);
+      }
       at = end;
     }
   }
   return values;
 }
 
-std::optional<BoundStatement> BindValues(const Statement& statement) {
+std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number) {
   std::optional<Parameters> values = ValuesToBind(statement);
   if (!values) return std::nullopt;
   const std::string_view sql = statement.ToString();
@@ -111,7 +116,7 @@ std::optional<BoundStatement> BindValues(const Statement& statement) {
     const bool quoted = fixed.back() == '\'';
     if (quoted) fixed.remove_suffix(1);
     if (!EndsInComparison(fixed) || !IsPlain(fixed)) return std::nullopt;
-    bound.text.append(fixed).append(1, '?');
+    bound.text.append(fixed).append(quoted ? "?" : number);
     at = span.offset + span.length + (quoted ? 1 : 0);
   }
   const std::string_view rest = sql.substr(at);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/adodb/engine/provider.hpp"
@@ -15,14 +16,14 @@
 namespace ADODB::engine {
 
 struct BoundStatement {
-  std::string text;  // the statement with "?" in the place of each value and its quotes
+  std::string text;  // the statement with "?" in the place of each value and its quotes, or `number`
   Parameters values;
 };
 
 // Nothing unless every inserted value is either the whole of a quoted text, with no quote inside, or a whole
 // number that something is compared with, and the fixed text has none of the tokens whose rewriting looks at
 // a value. The values of such a statement are in order; CheckValues would find nothing to say about them.
-std::optional<BoundStatement> BindValues(const Statement& statement);
+std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number = "?");
 
 // The values alone, of a statement with the same fixed text as one that BindValues has taken; nothing when
 // they are not of that kind.

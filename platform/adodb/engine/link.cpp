@@ -1,6 +1,8 @@
 #include "platform/adodb/engine/link.hpp"
 
+#include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "platform/adodb/engine/bound_values.hpp"
 #include "platform/adodb/engine/checked_statement.hpp"
@@ -8,6 +10,12 @@
 namespace ADODB::engine {
 
 namespace {
+
+bool HasWideNumber(const Parameters& values) {
+  return std::any_of(values.begin(), values.end(), [](const automation::Variant& value) {
+    return std::holds_alternative<std::int64_t>(value.Get());
+  });
+}
 
 constexpr std::string_view kRowWords[] = {"select", "with", "values", "pragma", "explain", "show"};
 
@@ -32,21 +40,23 @@ std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
 }
 
 std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement, Parameters& parameters) {
-  if (GetSession().GetDialect().ComparesBoundValuesAsLiterals()) {
-    if (auto known = lease_.memo->FindBound(statement)) {
-      std::optional<Parameters> values = ValuesToBind(statement);
-      if (!values) return Prepare(statement);
-      parameters = std::move(*values);
-      return known;
-    }
-    if (std::optional<BoundStatement> bound = BindValues(statement)) {
-      auto translation = Translated(SqlFragment(std::move(bound->text)));
-      lease_.memo->KeepBound(statement, translation);
-      parameters = std::move(bound->values);
-      return translation;
-    }
+  const Dialect& dialect = GetSession().GetDialect();
+  if (!dialect.ComparesBoundValuesAsLiterals()) return Prepare(statement);
+  const bool onServer = dialect.PreparesOnTheServer();
+  if (auto known = lease_.memo->FindBound(statement)) {
+    std::optional<Parameters> values = ValuesToBind(statement);
+    if (!values || (onServer && HasWideNumber(*values))) return Prepare(statement);
+    parameters = std::move(*values);
+    return known;
   }
-  return Prepare(statement);
+  std::optional<BoundStatement> bound = BindValues(statement, dialect.NumberParameter());
+  // The columns that "*" stands for may change while a server has the statement prepared.
+  if (!bound || (onServer && bound->text.find('*') != std::string::npos)) return Prepare(statement);
+  auto translation = Translated(SqlFragment(std::move(bound->text)));
+  lease_.memo->KeepBound(statement, translation);
+  if (onServer) return Prepare(statement);  // bound when it comes again
+  parameters = std::move(bound->values);
+  return translation;
 }
 
 std::shared_ptr<const Translation> Link::Translated(const Statement& statement) {

@@ -46,7 +46,11 @@ std::shared_ptr<Pool::Target> Pool::TargetOf(std::string_view connectionString, 
   const std::string_view key = withUser.empty() ? connectionString : withUser;
   {
     const std::lock_guard lock(mutex_);
-    if (const auto found = targets_.find(key); found != targets_.end()) return found->second;
+    if (lastTarget_ != nullptr && lastTarget_->first == key) return lastTarget_->second;
+    if (const auto found = targets_.find(key); found != targets_.end()) {
+      lastTarget_ = &*found;
+      return found->second;
+    }
   }
   auto target = std::make_shared<Target>();
   target->text = ConnectionString::Parse(connectionString);

@@ -67,7 +67,9 @@ class Pool {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
-  std::unordered_map<std::string, std::shared_ptr<Target>, TextHash, std::equal_to<>> targets_;
+  using Targets = std::unordered_map<std::string, std::shared_ptr<Target>, TextHash, std::equal_to<>>;
+  Targets targets_;                                  // never taken out
+  const Targets::value_type* lastTarget_ = nullptr;  // asked for last
 };
 
 }  // namespace ADODB::engine

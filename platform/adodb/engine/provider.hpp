@@ -25,6 +25,10 @@ class Rows {
  public:
   virtual ~Rows() = default;
   virtual const std::vector<Column>& Columns() const = 0;
+  // The same, to be kept.
+  virtual std::shared_ptr<const std::vector<Column>> KeptColumns() const {
+    return std::make_shared<const std::vector<Column>>(Columns());
+  }
   virtual bool Next() = 0;  // false past the last row
   // Value of a column of the current row, or Null. By Column::type: Boolean is bool; Integer is std::int32_t
   // where it fits, std::int64_t where it does not; Decimal is one of these for a whole number, double

@@ -28,7 +28,9 @@ StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows) {
     for (std::size_t i = 0; i < all.size(); ++i) row.push_back(rows.Value(i));
     Push(std::move(row));
   }
-  columns_.assign(all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
+  columns_ = keyCount == 0 ? rows.KeptColumns()
+                           : std::make_shared<const std::vector<Column>>(
+                                 all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
 }
 
 void StaticRows::Push(Row row) {

@@ -20,7 +20,7 @@ class StaticRows : public RowSource {
   // not shown.
   StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows);
 
-  const std::vector<Column>& Columns() const override { return columns_; }
+  const std::vector<Column>& Columns() const override { return *columns_; }
   bool Reach(std::size_t ordinal) override { return ordinal < KnownCount(); }
   std::size_t KnownCount() const override { return small_.size() + offsets_.size(); }
   const Row* At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) override;
@@ -36,7 +36,7 @@ class StaticRows : public RowSource {
   void Spill();
   const char* Bytes(std::size_t place);
 
-  std::vector<Column> columns_;
+  std::shared_ptr<const std::vector<Column>> columns_;
   std::vector<Row> small_;  // the first rows, as they are
   std::size_t smallBytes_ = 0;
   std::vector<std::uint64_t> offsets_;  // of the further rows, encoded one behind the other

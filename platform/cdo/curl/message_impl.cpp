@@ -1,13 +1,15 @@
 #include "platform/cdo/curl/message_impl.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
+#include <cstddef>
+#include <ctime>
 #include <random>
-#include <sstream>
 #include <string>
 
 #include "platform/automation/error.hpp"
@@ -42,19 +44,39 @@ std::string HostName() {
   return host.empty() ? "localhost" : host;
 }
 
+// False when it is no file, or cannot be read.
+bool ReadWhole(const std::string& path, std::string& bytes) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return false;
+  struct stat status {};
+  bool good = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  std::size_t size = 0;
+  // One byte more than expected, so that mostly the second read tells the end.
+  if (good) bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
+  while (good) {
+    if (size == bytes.size()) bytes.resize(2 * size);
+    const ssize_t count = read(descriptor, bytes.data() + size, bytes.size() - size);
+    if (count < 0 && errno == EINTR) continue;
+    good = count >= 0;
+    if (count <= 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  close(descriptor);
+  bytes.resize(size);
+  return good;
+}
+
 }  // namespace
 
 void MessageImpl::AddAttachment(std::string_view path) {
   const auto found = paths_->Find(path);
   if (!found) throw automation::Error(automation::ErrorNumber::FileNotFound, kSource);
-  std::ifstream file(found->path, std::ios::binary);
-  std::ostringstream bytes;
-  if (!file || !std::filesystem::is_regular_file(found->path) ||
-      (file.peek() != std::ifstream::traits_type::eof() && !(bytes << file.rdbuf()))) {
+  std::string bytes;
+  if (!ReadWhole(found->path, bytes)) {
     throw automation::Error(automation::ErrorNumber::PermissionDenied, kSource);
   }
   const std::string name = found->path.substr(found->path.rfind('/') + 1);
-  mail_.attachments.push_back({Scripting::local::ShownName(name), std::move(bytes).str()});
+  mail_.attachments.push_back({Scripting::local::ShownName(name), std::move(bytes)});
 }
 
 void MessageImpl::send() {

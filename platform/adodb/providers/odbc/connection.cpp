@@ -13,7 +13,7 @@ namespace ADODB::odbc {
 namespace {
 
 // Enough for the statements that a job repeats; a server holds resources for each.
-constexpr std::size_t kMostPrepared = 24;
+constexpr std::size_t kMostPrepared = 64;
 // A longer text is hardly ever sent twice.
 constexpr std::size_t kLongestPreparedText = 4096;
 
@@ -175,9 +175,13 @@ Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const eng
   try {
     return RunPreparedOnce(sql, parameters);
   } catch (const automation::Error& error) {
-    // MariaDB gives a statement up, before it has done anything, when its tables change too often meanwhile.
+    // MariaDB gives a statement up, before it has done anything, when its tables change too often meanwhile;
+    // PostgreSQL does when the columns of its result have changed since it was prepared.
     constexpr std::int32_t kNeedsPreparingAgain = 1615;
-    if (engine_ != Engine::MariaDb || error.NativeCode() != kNeedsPreparingAgain) throw;
+    const bool outdated = engine_ == Engine::MariaDb ? error.NativeCode() == kNeedsPreparingAgain
+                                                     : engine_ == Engine::PostgreSql &&
+                                                           error.SqlState() == "0A000" && !inTransaction_;
+    if (!outdated) throw;
   }
   return RunPreparedOnce(sql, parameters);
 }

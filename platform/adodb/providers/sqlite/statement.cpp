@@ -102,10 +102,10 @@ void Prepared::Reset() noexcept {
   holdsMuch_ = false;
 }
 
-const std::vector<engine::Column>& Prepared::Columns() {
+const std::shared_ptr<const std::vector<engine::Column>>& Prepared::Columns() {
   const int prepared = sqlite3_stmt_status(statement_.get(), SQLITE_STMTSTATUS_REPREPARE, 0);
   if (prepared == describedAt_) return columns_;
-  columns_.clear();
+  std::vector<engine::Column> columns;
   for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i) {
     engine::Column column;
     column.name = TextOrEmpty(sqlite3_column_name(statement_.get(), i));
@@ -113,17 +113,25 @@ const std::vector<engine::Column>& Prepared::Columns() {
     column.baseTable = TextOrEmpty(sqlite3_column_table_name(statement_.get(), i));
     column.baseColumn = TextOrEmpty(sqlite3_column_origin_name(statement_.get(), i));
     column.collation = CollationOf(database_, column);
-    columns_.push_back(std::move(column));
+    columns.push_back(std::move(column));
   }
+  columns_ = std::make_shared<const std::vector<engine::Column>>(std::move(columns));
   describedAt_ = prepared;
   return columns_;
 }
 
 void Prepared::Read(std::size_t column, automation::Variant& into) const {
-  ReadValue(statement_.get(), static_cast<int>(column), columns_[column].type, into);
+  ReadValue(statement_.get(), static_cast<int>(column), (*columns_)[column].type, into);
 }
 
 StatementCache::Lease::Lease(StatementCache& cache, std::string_view sql) {
+  // A procedure that is called again and again sends the same statement each time.
+  if (!cache.entries_.empty() && !cache.entries_.front().inUse && cache.entries_.front().sql == sql) {
+    entry_ = &cache.entries_.front();
+    entry_->inUse = true;
+    statement_ = entry_->statement.get();
+    return;
+  }
   const auto found = cache.bySql_.find(sql);
   if (found != cache.bySql_.end() && !found->second->inUse) {
     cache.entries_.splice(cache.entries_.begin(), cache.entries_, found->second);

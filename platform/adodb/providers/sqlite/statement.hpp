@@ -28,13 +28,13 @@ class Prepared {
   void Reset() noexcept;
 
   // Valid after the first Step; a changed schema is noticed there.
-  const std::vector<engine::Column>& Columns();
+  const std::shared_ptr<const std::vector<engine::Column>>& Columns();
   void Read(std::size_t column, automation::Variant& into) const;
 
  private:
   sqlite3* database_;
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
-  std::vector<engine::Column> columns_;
+  std::shared_ptr<const std::vector<engine::Column>> columns_;
   bool running_ = false;
   std::vector<std::string> kept_;  // the texts that are bound
   bool holdsMuch_ = false;         // one of them is large
@@ -79,7 +79,10 @@ class StatementRows : public engine::Rows {
  public:
   StatementRows(StatementCache& cache, std::string_view sql, const engine::Parameters& parameters);
 
-  const std::vector<engine::Column>& Columns() const override { return statement_->Columns(); }
+  const std::vector<engine::Column>& Columns() const override { return *statement_->Columns(); }
+  std::shared_ptr<const std::vector<engine::Column>> KeptColumns() const override {
+    return statement_->Columns();
+  }
   bool Next() override;
   automation::Variant Value(std::size_t column) const override {
     automation::Variant value;
