@@ -200,8 +200,8 @@ TEST(FtpFailureTest, ACommandCannotBeSmuggledInByAName) {
 }
 
 TEST(FtpFailureTest, AServerWhoseCertificateIsSignedByAStrangerGetsNoPassword) {
-  for (const char* server : {"ftpes", "ftps"}) {
-    Farm farm(server, {}, Trust::TheMachinesAuthorities);
+  for (const auto& [server, stranger] : {std::pair{"ftpes", "ftps"}, {"ftps", "ftpes"}}) {
+    Farm farm(server, {}, SharedPlace(stranger).CertificateFile());
     farm.place.AddFile("CHAT/x");
     const automation::Error error = Failure(farm, farm.place.FtpPath());
     EXPECT_EQ(error.Number(), kCurlNumbers + 60) << server;
@@ -222,7 +222,7 @@ TEST(FtpFailureTest, AServerWithTheCertificateOfAnotherNameGetsNoPassword) {
 }
 
 TEST(FtpFailureTest, AServerThatOffersNoTlsIsNotSpokenToInPlainText) {
-  Farm farm("vsftpd");
+  Farm farm("vsftpd", {}, SharedPlace("ftpes").CertificateFile());
   farm.place.AddFile("CHAT/x");
   const automation::Error demanded = Failure(farm, Replaced(farm.place.FtpPath(), "ftp://", "ftpes://"));
   EXPECT_EQ(demanded.Number(), kCurlNumbers + 64);

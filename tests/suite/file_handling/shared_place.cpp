@@ -68,12 +68,13 @@ std::vector<std::string> SharedPlace::Contents() const {
   return names;
 }
 
-Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts, Trust trust) : place(kind) {
+Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts, const std::string& authority)
+    : place(kind) {
   OrvCommonMTS::FileHandlingOptions options;
   options.dataRoot = [path = data.Path().string()] { return path; };
   options.sharedPath = [path = place.FtpPath()] { return path; };
   options.ftp.timeouts = timeouts;
-  if (trust == Trust::TheServersAuthority) options.ftp.certificateFile = place.CertificateFile();
+  options.ftp.certificateFile = authority.empty() ? place.CertificateFile() : authority;
   OrvCommonMTS::RegisterFileHandling(runtime.runtime.classes, options);
 }
 

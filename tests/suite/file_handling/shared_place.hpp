@@ -42,12 +42,11 @@ class SharedPlace {
   std::string certificateFile_;
 };
 
-enum class Trust { TheServersAuthority, TheMachinesAuthorities };
-
 // A runtime with the file-handling component, a data folder on this machine and a shared place.
+// The component trusts the place's own authority unless the file of another one is given.
 struct Farm {
   explicit Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts = {},
-                Trust trust = Trust::TheServersAuthority);
+                const std::string& authority = {});
   OrvCommonMTS::FileHandlingPtr Handling() const;
 
   TestRuntime runtime;
