@@ -86,8 +86,8 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
       for (const std::string& column : table.keyColumns) {
         keys += "," + select.name + "." + session.GetDialect().QuotedName(column);
       }
-      // In the key's order unless the statement says otherwise: engines differ in the index that they walk, and
-      // what is written from these rows must not.
+      // In the key's order unless the statement says otherwise: engines differ in the index that they walk,
+      // and what is written from these rows must not.
       text = "SELECT " + select.list + keys + select.From({}) + " " +
              (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order);
     }
