@@ -1,6 +1,5 @@
 #include "platform/adodb/engine/pool.hpp"
 
-#include <ctime>
 #include <utility>
 
 #include "platform/adodb/engine/engine_error.hpp"
@@ -17,13 +16,6 @@ struct Pool::Target {
 
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
     : providers_(std::move(providers)), clock_(std::move(clock)) {}
-
-std::chrono::steady_clock::time_point Pool::CoarseNow() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-  return std::chrono::steady_clock::time_point(std::chrono::seconds(time.tv_sec) +
-                                               std::chrono::nanoseconds(time.tv_nsec));
-}
 
 std::shared_ptr<Provider> Pool::ProviderOf(ConnectionString& text) const {
   // A string that names no provider is an ODBC one.

@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/adodb/engine/coarse_clock.hpp"
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/adodb/engine/translation_memo.hpp"
 
@@ -27,9 +28,6 @@ class Pool {
   static constexpr std::size_t kMostIdle = 8;              // of one connection string
   static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
   static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
-
-  // The steady clock's time some milliseconds ago, which costs next to nothing to ask.
-  static std::chrono::steady_clock::time_point CoarseNow();
 
   explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow);
 

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/adodb/dialects/sqlite.hpp"
-#include "platform/adodb/engine/pool.hpp"
+#include "platform/adodb/engine/coarse_clock.hpp"
 #include "platform/adodb/engine/sql_tokens.hpp"
 #include "platform/adodb/providers/sqlite/error.hpp"
 #include "platform/adodb/providers/sqlite/functions.hpp"
@@ -162,7 +162,7 @@ bool Connection::Reset() {
     if (sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr) != SQLITE_OK) return false;
   }
   // A pooled session is used again and again within a moment: now and then is often enough to look.
-  const auto now = engine::Pool::CoarseNow();
+  const auto now = engine::CoarseNow();
   if (now - fileSeen_ < std::chrono::seconds(1)) return true;
   fileSeen_ = now;
   return FileIsStillThere();
