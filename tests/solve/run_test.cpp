@@ -38,7 +38,7 @@ TEST_F(SolveRunTest, AppendsToTheDaysFileAndTurnsToTheNextAtMidnight) {
 }
 
 TEST_F(SolveRunTest, TheStopLineDoesNotMakeTheFolder) {
-  suite_->before = [this](const std::string& step) {
+  suite_->before = [](const std::string& step) {
     if (step != "SendingEscalationMails") return;
     automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
         ->DeleteFolder("/suite/OrvLog", true);
