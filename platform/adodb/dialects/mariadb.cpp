@@ -30,11 +30,11 @@ class MariaDb : public Dialect {
   bool JoinsWhenDeleteNamesItsTable() const override { return true; }
   bool OrdersLongTextsOnDisk() const override { return true; }
 
-  // A typed literal: a plain text would be compared as text with some expressions.
   // A statement is planned with the values of its parameters in their places, each time that it runs.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
   bool PreparesOnTheServer() const override { return true; }
 
+  // A typed literal: a plain text would be compared as text with some expressions.
   std::string Timestamp(std::string_view text) const override {
     return "timestamp'" + std::string(text) + "'";
   }

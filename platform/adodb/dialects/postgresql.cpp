@@ -25,13 +25,13 @@ class PostgreSql : public Dialect {
     return sql + ")";
   }
 
-  // A typed literal: its meaning does not hang on the session's DateStyle.
   // A text without a type of its own is sent, and takes the type of what it is compared with, as a literal
   // does.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
   bool PreparesOnTheServer() const override { return true; }
   std::string_view NumberParameter() const override { return "CAST(? AS integer)"; }
 
+  // A typed literal: its meaning does not hang on the session's DateStyle.
   std::string Timestamp(std::string_view text) const override {
     return "timestamp '" + std::string(text) + "'";
   }
