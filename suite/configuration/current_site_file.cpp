@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cstdint>
+#include <chrono>
 #include <system_error>
 #include <utility>
 
@@ -11,25 +11,7 @@ namespace Vantrel {
 namespace {
 
 // File systems note the time of a change in steps of some milliseconds.
-constexpr std::int64_t kStepNanoseconds = 20'000'000;
-
-timespec TimeOf(clockid_t clock) {
-  timespec time{};
-  clock_gettime(clock, &time);
-  return time;
-}
-
-auto StampOf(const struct stat& status) {
-  return std::tuple(status.st_dev, status.st_ino, status.st_nlink, status.st_size, status.st_mtim.tv_sec,
-                    status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec);
-}
-
-bool ChangedLately(const struct stat& status) {
-  const timespec now = TimeOf(CLOCK_REALTIME);
-  const std::int64_t age = (std::int64_t{now.tv_sec} - status.st_ctim.tv_sec) * 1'000'000'000 + now.tv_nsec -
-                           status.st_ctim.tv_nsec;
-  return age < kStepNanoseconds;
-}
+constexpr std::chrono::milliseconds kStep(20);
 
 }  // namespace
 
@@ -43,14 +25,15 @@ std::shared_ptr<const SiteFile> CurrentSiteFile::Get() {
 bool CurrentSiteFile::IsUnchanged() {
   if (!stamp_) return false;
   struct stat status {};
-  const std::time_t second = TimeOf(CLOCK_MONOTONIC_COARSE).tv_sec;
-  if (!descriptor_.IsOpen() || second != pathSeen_) {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  if (!descriptor_.IsOpen() || now.tv_sec != pathSeen_) {
     if (stat(path_.c_str(), &status) != 0) return false;
-    pathSeen_ = second;
+    pathSeen_ = now.tv_sec;
   } else if (fstat(descriptor_.Get(), &status) != 0) {
     return false;
   }
-  return *stamp_ == StampOf(status);
+  return *stamp_ == suite::FileStamp(status);
 }
 
 void CurrentSiteFile::Load() {
@@ -60,14 +43,16 @@ void CurrentSiteFile::Load() {
   struct stat status {};
   suite::Descriptor descriptor(open(path_.c_str(), O_PATH | O_CLOEXEC));
   const bool seen = descriptor.IsOpen() && fstat(descriptor.Get(), &status) == 0;
+  const suite::FileStamp stamp(status);
+  const bool settled = seen && stamp.HasSettledFor(kStep);
   file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
-  if (!seen || ChangedLately(status)) return;
+  if (!settled) return;
   // A link can be made to lead elsewhere without a trace at the file.
   std::error_code failed;
   const bool direct = std::filesystem::canonical(path_, failed) == path_;
   descriptor_ = direct ? std::move(descriptor) : suite::Descriptor();
   pathSeen_ = 0;
-  stamp_ = StampOf(status);
+  stamp_ = stamp;
 }
 
 }  // namespace Vantrel

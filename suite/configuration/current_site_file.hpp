@@ -1,18 +1,16 @@
 // The installation's own configuration file, as it is at any moment.
 #pragma once
 
-#include <sys/types.h>
-
-#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <tuple>
+#include <utility>
 
 #include "suite/configuration/site_file.hpp"
 #include "suite/paths/descriptor.hpp"
+#include "suite/paths/file_stamp.hpp"
 
 namespace Vantrel {
 
@@ -26,18 +24,15 @@ class CurrentSiteFile {
   std::shared_ptr<const SiteFile> Get();
 
  private:
-  // Identity, links, size, and the times of change.
-  using Stamp = std::tuple<dev_t, ino_t, nlink_t, off_t, std::time_t, long, std::time_t, long>;
-
   bool IsUnchanged();
   void Load();
 
   const std::filesystem::path path_;
   std::mutex mutex_;
   std::shared_ptr<const SiteFile> file_;
-  std::optional<Stamp> stamp_;    // nothing while a further change might bear the same times
-  suite::Descriptor descriptor_;  // of the file itself; closed where the path leads over links
-  std::time_t pathSeen_ = 0;      // second of the steady clock in which the whole path was looked at
+  std::optional<suite::FileStamp> stamp_;  // nothing while a further change might bear the same times
+  suite::Descriptor descriptor_;           // of the file itself; closed where the path leads over links
+  std::time_t pathSeen_ = 0;               // second of the steady clock in which the whole path was looked at
 };
 
 }  // namespace Vantrel

@@ -1,12 +1,16 @@
 #include "suite/file_handling/folder_store.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <string>
 #include <system_error>
 
+#include "suite/paths/descriptor.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace OrvCommonMTS {
@@ -100,17 +104,29 @@ class FolderStore : public SharedStore {
             path.string() + ": " + code.message()};
   }
 
-  // A reader of `target` sees the old file or the new one, never a half.
+  // A reader of `target` sees the old file or the new one, never a half, and neither does one that comes
+  // after a power cut: callers delete rows once their file is here.
   static void Replace(const fs::path& source, const fs::path& target) {
     const fs::path part = target.string() + ".part";
     std::error_code failed;
     fs::copy_file(source, part, fs::copy_options::overwrite_existing, failed);
+    if (!failed) failed = Sync(part);
     if (!failed) fs::rename(part, target, failed);
+    if (!failed) failed = Sync(target.parent_path());
     if (failed) {
       std::error_code ignored;
       fs::remove(part, ignored);
       throw Failure(target, failed);
     }
+  }
+
+  // Puts a file's content, or a folder's list of names, on the disk. Folders that may not be read, and file
+  // systems that cannot sync a folder, are left to themselves.
+  static std::error_code Sync(const fs::path& path) {
+    const suite::Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const bool synced = descriptor.IsOpen() && fsync(descriptor.Get()) == 0;
+    if (synced || errno == EINVAL || errno == EACCES) return {};
+    return {errno, std::generic_category()};
   }
 
   fs::path FolderPath(std::string_view folder) const { return suite::NativePath(folder, root_); }

@@ -23,12 +23,12 @@ class Directory {
   // Enters with the account and returns the one person whose uid is `userId`, below `root` (everywhere when
   // it is empty). The id is a value, never a pattern. An empty credential is refused. Raises the errors
   // above.
-  virtual Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
-                     std::string_view root) = 0;
+  virtual std::shared_ptr<const Entry> Find(std::string_view userId, std::string_view bindName,
+                                            std::string_view credential, std::string_view root) = 0;
 };
 
-// The people of an LDIF file. The file is read for every look-up; what was made of it is used again as long
-// as the same bytes come.
+// The people of an LDIF file. The file is looked at for every look-up; what was made of it is used again as
+// long as it is the same.
 class LdifPeople;
 std::shared_ptr<LdifPeople> MakeLdifPeople();
 

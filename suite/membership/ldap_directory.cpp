@@ -60,8 +60,8 @@ class LdapDirectory : public Directory {
  public:
   explicit LdapDirectory(LdapServer server) : server_(std::move(server)) {}
 
-  Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
-             std::string_view root) override {
+  std::shared_ptr<const Entry> Find(std::string_view userId, std::string_view bindName,
+                                    std::string_view credential, std::string_view root) override {
     // A bind without a name or a password succeeds on many servers, as nobody.
     if (bindName.empty() || credential.empty()) RefuseAccount(bindName);
     const std::chrono::seconds step(server_.answerSeconds);
@@ -78,7 +78,7 @@ class LdapDirectory : public Directory {
     }
     if (found.empty()) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
     if (found.size() > 1) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
-    return std::move(found.front());
+    return std::make_shared<const Entry>(std::move(found.front()));
   }
 
  private:

@@ -25,20 +25,21 @@ constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
 class LdifPeople {
  public:
-  Entry Find(const std::filesystem::path& file, std::string_view userId, std::string_view bindName,
-             std::string_view credential, std::string_view root) {
+  std::shared_ptr<const Entry> Find(const std::filesystem::path& file, std::string_view userId,
+                                    std::string_view bindName, std::string_view credential,
+                                    std::string_view root) {
     const std::lock_guard lock(mutex_);
     Read(file);
     CheckAccount(bindName, credential);
-    const Entry* found = nullptr;
+    std::shared_ptr<const Entry> found;
     for (auto [at, end] = byId_.equal_range(Folded(userId)); at != end; ++at) {
-      const Entry& entry = entries_[at->second];
-      if (&entry == found || !LiesBelow(entry.dn, root)) continue;
-      if (found != nullptr) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
-      found = &entry;
+      const std::shared_ptr<const Entry>& entry = entries_[at->second];
+      if (entry == found || !LiesBelow(entry->dn, root)) continue;
+      if (found) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
+      found = entry;
     }
-    if (found == nullptr) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
-    return *found;
+    if (!found) Raise(kUnknownUser, "The directory knows no user " + std::string(userId));
+    return found;
   }
 
  private:
@@ -56,13 +57,16 @@ class LdifPeople {
     parsed_ = false;
     byId_.clear();
     accounts_.clear();
-    entries_ = ParseLdif(bytes_.Content(), file.string());
+    entries_.clear();
+    for (Entry& entry : ParseLdif(bytes_.Content(), file.string())) {
+      entries_.push_back(std::make_shared<const Entry>(std::move(entry)));
+    }
     for (std::size_t i = 0; i < entries_.size(); ++i) {
-      const auto& attributes = entries_[i].attributes;
+      const auto& attributes = entries_[i]->attributes;
       if (const auto ids = attributes.find("uid"); ids != attributes.end()) {
         for (const std::string& id : ids->second) byId_.emplace(Folded(id), i);
       }
-      if (attributes.contains("userPassword")) accounts_.emplace(NormalName(entries_[i].dn), i);
+      if (attributes.contains("userPassword")) accounts_.emplace(NormalName(entries_[i]->dn), i);
     }
     parsed_ = true;
   }
@@ -74,7 +78,7 @@ class LdifPeople {
     for (auto [at, end] = accounts_.equal_range(NormalName(bindName)); at != end && !credential.empty();
          ++at) {
       const std::vector<std::string>& passwords =
-          entries_[at->second].attributes.find("userPassword")->second;
+          entries_[at->second]->attributes.find("userPassword")->second;
       if (std::find(passwords.begin(), passwords.end(), credential) != passwords.end()) return;
     }
     Raise(kAccountRefused, "The directory refuses the account " + std::string(bindName));
@@ -83,7 +87,7 @@ class LdifPeople {
   std::mutex mutex_;
   suite::RereadFile bytes_;
   bool parsed_ = false;  // what follows was made of bytes_
-  std::vector<Entry> entries_;
+  std::vector<std::shared_ptr<const Entry>> entries_;
   std::unordered_multimap<std::string, std::size_t> byId_;      // places in entries_ by uid, in lower case
   std::unordered_multimap<std::string, std::size_t> accounts_;  // ... of those with a password, by name
 };
@@ -95,8 +99,8 @@ class LdifDirectory : public Directory {
   LdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people)
       : file_(std::move(file)), people_(std::move(people)) {}
 
-  Entry Find(std::string_view userId, std::string_view bindName, std::string_view credential,
-             std::string_view root) override {
+  std::shared_ptr<const Entry> Find(std::string_view userId, std::string_view bindName,
+                                    std::string_view credential, std::string_view root) override {
     return people_->Find(file_, userId, bindName, credential, root);
   }
 

@@ -3,7 +3,6 @@
 #include <charconv>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -127,7 +126,7 @@ class DirectoryUser : public User {
   const std::shared_ptr<Files> files_;
   std::unique_ptr<Directory> directory_;
   std::string root_;
-  std::optional<Entry> entry_;
+  std::shared_ptr<const Entry> entry_;
 };
 
 }  // namespace

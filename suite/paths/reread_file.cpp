@@ -19,11 +19,23 @@ namespace {
 
 }  // namespace
 
+bool RereadFile::IsAsItWas(const std::filesystem::path& file) const {
+  struct stat status {};
+  return stamp_ && stat(file.c_str(), &status) == 0 && FileStamp(status) == *stamp_;
+}
+
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
   const bool knownBefore = complete_ && file.native() == file_;
+  if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Same;
   complete_ = false;
+  stamp_ = std::nullopt;
   const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (!descriptor.IsOpen()) Raise();
+  // Looked at before it is read: a change in between is found the next time.
+  struct stat status {};
+  if (fstat(descriptor.Get(), &status) != 0) Raise();
+  const FileStamp stamp(status);
+  const bool settled = stamp.HasSettledFor(settledAfter_);
   // In pieces that stay in the processor's caches: mostly they are compared and nothing else.
   std::array<char, 65536> piece;
   bool same = knownBefore;
@@ -47,6 +59,7 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   content_.resize(filled);
   file_ = file.native();
   complete_ = true;
+  if (settled) stamp_ = stamp;
   return same ? Outcome::Same : Outcome::Other;
 }
 

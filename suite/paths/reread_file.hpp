@@ -1,18 +1,27 @@
-// The content of a file that is read anew each time it is asked for, and whether it is still the same.
+// The content of a file as it is each time it is asked for, and whether it is still the same.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "suite/paths/file_stamp.hpp"
+
 namespace suite {
 
-// Reads a file whenever it is asked, so that an edit counts at once; whoever has worked the content into
-// something else needs to do that again only when other bytes came.
+// Looks at a file whenever it is asked, so that an edit counts at once; whoever has worked the content into
+// something else needs to do that again only when other bytes came. A file is not read again while it bears
+// the stamp that it was read with, unless it had been changed shortly before.
 class RereadFile {
  public:
   enum class Outcome { Same, Other, TooLarge };
+
+  // File systems note the time of a change in steps of milliseconds up to two seconds.
+  explicit RereadFile(std::chrono::nanoseconds settledAfter = std::chrono::seconds(3))
+      : settledAfter_(settledAfter) {}
 
   // Reads the file, up to its end or past `most` bytes. Raises std::system_error (EISDIR for a folder) when
   // it cannot be read; the next content counts as other then.
@@ -22,9 +31,13 @@ class RereadFile {
   std::string_view Content() const { return content_; }
 
  private:
+  bool IsAsItWas(const std::filesystem::path& file) const;
+
+  std::chrono::nanoseconds settledAfter_;
   std::string file_;
   std::string content_;
-  bool complete_ = false;  // content_ is the whole of file_, as read last
+  bool complete_ = false;           // content_ is the whole of file_, as read last
+  std::optional<FileStamp> stamp_;  // of file_ before it was read; nothing while it had not settled
 };
 
 }  // namespace suite

@@ -1,9 +1,15 @@
 #include "suite/paths/reread_file.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "tests/support/temporary_folder.hpp"
 
@@ -71,6 +77,111 @@ TEST_F(RereadFileTest, ForgetsWhatItReadWhenTheFileCannotBeRead) {
   }
   EXPECT_EQ(Read("one"), Outcome::Other);
   EXPECT_THROW(file_.Read(folder_.Path(), 10), std::system_error);
+}
+
+// A file that has settled as soon as the file system's clock has moved on.
+class SettledFileTest : public testing::Test {
+ protected:
+  static constexpr std::chrono::milliseconds kStep{20};
+
+  Outcome Read() { return file_.Read(path_, 1'000'000); }
+
+  // Writes the file and gives it the times of a day long ago, as a copying program does.
+  void Write(const std::string& content, const char* name = "f") {
+    folder_.Write(name, content);
+    const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, (folder_.Path() / name).c_str(), times, 0), 0);
+    std::this_thread::sleep_for(2 * kStep);
+  }
+
+  // How many bytes this process has read from files so far, this question included.
+  static long long BytesRead() {
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    long long value = 0;
+    counters >> name >> value;
+    EXPECT_EQ(name, "rchar:");
+    return value;
+  }
+
+  orvane_test::TemporaryFolder folder_;
+  const std::filesystem::path path_ = folder_.Path() / "f";
+  RereadFile file_{kStep};
+};
+
+TEST_F(SettledFileTest, IsReadOnceAsLongAsItStaysAsItIs) {
+  const std::string content(200'000, 'a');
+  Write(content);
+  const long long before = BytesRead();
+  EXPECT_EQ(Read(), Outcome::Other);
+  const long long between = BytesRead();
+  EXPECT_GE(between - before, 200'000);
+  EXPECT_EQ(Read(), Outcome::Same);
+  EXPECT_LT(BytesRead() - between, 200'000);
+  EXPECT_EQ(file_.Content(), content);
+}
+
+TEST_F(SettledFileTest, IsReadEachTimeWhileItMightChangeWithoutATrace) {
+  RereadFile patient(std::chrono::hours(1));
+  Write(std::string(200'000, 'a'));
+  patient.Read(path_, 1'000'000);
+  const long long before = BytesRead();
+  EXPECT_EQ(patient.Read(path_, 1'000'000), Outcome::Same);
+  EXPECT_GE(BytesRead() - before, 200'000);
+}
+
+TEST_F(SettledFileTest, IsReadAgainWhenItWasWrittenInPlaceWithTheSameSizeAndTime) {
+  Write("one");
+  Read();
+  Write("two");
+  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(file_.Content(), "two");
+}
+
+TEST_F(SettledFileTest, IsReadAgainWhenAnotherFileOfTheSameSizeAndTimeTookItsPlace) {
+  Write("one");
+  Write("two", "g");
+  Read();
+  std::filesystem::rename(folder_.Path() / "g", path_);
+  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(file_.Content(), "two");
+}
+
+TEST_F(SettledFileTest, IsReadAgainWhenItsFolderWasExchanged) {
+  std::filesystem::create_directories(folder_.Path() / "a");
+  std::filesystem::create_directories(folder_.Path() / "b");
+  Write("one", "a/f");
+  Write("two", "b/f");
+  const auto read = [this] { return file_.Read(folder_.Path() / "a" / "f", 10); };
+  EXPECT_EQ(read(), Outcome::Other);
+  std::filesystem::rename(folder_.Path() / "a", folder_.Path() / "c");
+  std::filesystem::rename(folder_.Path() / "b", folder_.Path() / "a");
+  EXPECT_EQ(read(), Outcome::Other);
+  EXPECT_EQ(file_.Content(), "two");
+}
+
+TEST_F(SettledFileTest, IsReadAgainWhenALinkToItLeadsElsewhere) {
+  Write("one", "a");
+  Write("two", "b");
+  std::filesystem::create_symlink("a", path_);
+  Read();
+  std::filesystem::remove(path_);
+  std::filesystem::create_symlink("b", path_);
+  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(file_.Content(), "two");
+}
+
+TEST_F(SettledFileTest, RaisesOnceItIsGone) {
+  Write("one");
+  Read();
+  std::filesystem::remove(path_);
+  EXPECT_THROW(Read(), std::system_error);
+}
+
+TEST_F(SettledFileTest, IsRefusedWhenLessIsAskedForThanWasRead) {
+  Write("more than two");
+  Read();
+  EXPECT_EQ(file_.Read(path_, 2), Outcome::TooLarge);
 }
 
 }  // namespace
