@@ -32,7 +32,12 @@ void MakeArchiveSuite(const std::filesystem::path& home, const std::string& conn
 // One run of the job by orvane-host; throws when it fails.
 RunFigures RunArchiveJob(const std::filesystem::path& home);
 
-// Moves both tables to files: one row a transaction, or in bulk.
+// Moves both tables to files.
+struct PtArchiverWay {
+  bool bulk = false;      // 1,000 rows a transaction and statement instead of one
+  bool selecting = true;  // the closed requests and their transactions, as the job chooses them; or every row
+  int longestSeconds = 0;  // for each table, where it is not 0: the rest is left
+};
 struct PtArchiverFigures {
   std::int64_t rows = 0;  // that there were
   std::int64_t rowsMoved = 0;
@@ -40,8 +45,7 @@ struct PtArchiverFigures {
   double seconds = 0;  // for all rows: each table's time scaled by the rows that were moved of it
 };
 bool PtArchiverIsInstalled();
-// One row a transaction may take long: it ends after `longestSeconds` for each table.
 PtArchiverFigures RunPtArchiver(const orvane_test::ServerDatabase& database,
-                                const std::filesystem::path& folder, bool bulk, int longestSeconds);
+                                const std::filesystem::path& folder, PtArchiverWay way);
 
 }  // namespace orvane_bench

@@ -7,6 +7,15 @@ namespace {
 
 const char* const kProgram = "/usr/bin/pt-archiver";
 
+// The rows that the job would move.
+const std::string kClosed = "ENDSTATUSTIME + interval 30 day < now()";
+
+std::string Condition(const std::string& table, bool selecting) {
+  if (!selecting) return "1=1";
+  return table == "questionhistory" ? kClosed
+                                    : "Q_ID in (select Q_ID from QUESTIONHISTORY where " + kClosed + ")";
+}
+
 }  // namespace
 
 bool PtArchiverIsInstalled() {
@@ -14,7 +23,7 @@ bool PtArchiverIsInstalled() {
 }
 
 PtArchiverFigures RunPtArchiver(const orvane_test::ServerDatabase& database,
-                                const std::filesystem::path& folder, bool bulk, int longestSeconds) {
+                                const std::filesystem::path& folder, PtArchiverWay way) {
   const auto text = ADODB::engine::ConnectionString::Parse(database.ConnectionString());
   const auto value = [&](const char* keyword) { return text.Value(keyword).value_or(""); };
   const auto rowsOf = [&](const std::string& table) {
@@ -28,15 +37,18 @@ PtArchiverFigures RunPtArchiver(const orvane_test::ServerDatabase& database,
         "--source",
         "h=" + value("Server") + ",P=" + value("Port") + ",u=" + value("UID") + ",p=" + value("PWD") +
             ",D=" + value("Database") + ",t=" + table,
-        "--file", (folder / (table + (bulk ? ".bulk" : ".single"))).string(), "--where", "1=1", "--limit",
-        "1000",
+        "--file", (folder / table).string(), "--where", Condition(table, way.selecting), "--limit", "1000",
         // Otherwise it keeps the row with the highest number.
         "--no-safe-auto-increment", "--no-check-charset", "--no-version-check"};
-    if (bulk) {
+    if (way.bulk) {
       arguments.insert(arguments.end(), {"--bulk-delete", "--commit-each"});
     } else {
-      arguments.insert(arguments.end(), {"--txn-size", "1", "--run-time", std::to_string(longestSeconds)});
+      arguments.insert(arguments.end(), {"--txn-size", "1"});
     }
+    if (way.longestSeconds > 0) {
+      arguments.insert(arguments.end(), {"--run-time", std::to_string(way.longestSeconds)});
+    }
+    std::filesystem::remove(folder / table);
     const std::int64_t before = rowsOf(table);
     const double seconds = RunMeasured(kProgram, arguments).seconds;
     const std::int64_t moved = before - rowsOf(table);

@@ -28,6 +28,9 @@ server_create() {
       echo "innodb_flush_log_at_trx_commit=2"
       echo "innodb_flush_method=nosync"
       echo "innodb_doublewrite=0"
+    else
+      # As a server has it that serves a database of this size; the 128 MiB of the package would not hold it.
+      echo "innodb_buffer_pool_size=1G"
     fi
   } >"$folder/my.cnf"
   chmod 644 "$folder/my.cnf"

@@ -21,7 +21,8 @@ server_create() {
     echo "port = $port"
     echo "deadlock_timeout = 200ms"
     # For tests only: a power cut would cost the whole database. A crash of the server alone costs nothing.
-    [ -n "$durable" ] || printf 'fsync = off\nfull_page_writes = off\n'
+    # For benchmarks: memory for the whole database, as a server has it that serves one of this size.
+    if [ -z "$durable" ]; then printf 'fsync = off\nfull_page_writes = off\n'; else echo 'shared_buffers = 1GB'; fi
   } | as_account tee -a "$folder/data/postgresql.conf" >/dev/null
 }
 
