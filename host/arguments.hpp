@@ -28,7 +28,7 @@ class UsageError : public std::runtime_error {
 
 // Reads the words after the program's name. `environmentHome` stands in for a missing --home. Raises
 // UsageError with what is wrong.
-Arguments ParseArguments(const std::vector<std::string>& words, const char* environmentHome);
+Arguments ParseArguments(const std::vector<std::string>& given, const char* environmentHome);
 
 std::string_view HelpText();
 

@@ -6,7 +6,7 @@
 server_name=postgresql
 server_account=postgres
 server_stop_signal=INT  # the stop that does not wait for clients to leave
-bin=$(ls -d /usr/lib/postgresql/*/bin | sort -V | tail -n 1)
+bin=$(printf '%s\n' /usr/lib/postgresql/*/bin | sort -V | tail -n 1)
 
 server_create() {
   local secret=$folder/secret
