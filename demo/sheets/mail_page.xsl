@@ -82,30 +82,24 @@
               <xsl:value-of select="$LBLQX3668"/>
             </h2>
             <dl>
-              <xsl:call-template name="row">
+              <xsl:apply-templates select="CASEID[. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3659"/>
-                <xsl:with-param name="value" select="CASEID"/>
-              </xsl:call-template>
-              <xsl:call-template name="row">
+              </xsl:apply-templates>
+              <xsl:apply-templates select="DESCRIPTION[. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3045"/>
-                <xsl:with-param name="value" select="DESCRIPTION"/>
-              </xsl:call-template>
-              <xsl:call-template name="row">
+              </xsl:apply-templates>
+              <xsl:apply-templates select="QSTATUS[1][. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3119"/>
-                <xsl:with-param name="value" select="QSTATUS[1]"/>
-              </xsl:call-template>
-              <xsl:call-template name="row">
+              </xsl:apply-templates>
+              <xsl:apply-templates select="PRODUCTCATEGORY[. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3542"/>
-                <xsl:with-param name="value" select="PRODUCTCATEGORY"/>
-              </xsl:call-template>
-              <xsl:call-template name="row">
+              </xsl:apply-templates>
+              <xsl:apply-templates select="ECPRODUCT[. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3093"/>
-                <xsl:with-param name="value" select="ECPRODUCT"/>
-              </xsl:call-template>
-              <xsl:call-template name="row">
+              </xsl:apply-templates>
+              <xsl:apply-templates select="FAQCATEGORIES[. != '']" mode="row">
                 <xsl:with-param name="caption" select="$LBLQX3033"/>
-                <xsl:with-param name="value" select="FAQCATEGORIES"/>
-              </xsl:call-template>
+              </xsl:apply-templates>
             </dl>
           </section>
           <xsl:apply-templates select="INSTALLEDBASE"/>
@@ -127,87 +121,83 @@
     </xsl:if>
   </xsl:template>
 
+  <!-- The markup around an entry's heading tells what it is: 21 or 19 characters open it, 11 close it. -->
   <xsl:template match="QALINE">
-    <xsl:variable name="colour">
-      <xsl:call-template name="colour-of">
-        <xsl:with-param name="heading" select="string(QADATE)"/>
-      </xsl:call-template>
-    </xsl:variable>
-    <div class="entry {$colour}">
-      <h3>
-        <xsl:call-template name="heading-text">
-          <xsl:with-param name="heading" select="string(QADATE)"/>
-        </xsl:call-template>
-      </h3>
-      <p class="text">
-        <xsl:call-template name="lines">
-          <xsl:with-param name="text" select="string(QATEXT)"/>
-        </xsl:call-template>
-      </p>
-    </div>
-  </xsl:template>
-
-  <!-- "answer", "question" or nothing, by the markup around an entry's heading. -->
-  <xsl:template name="colour-of">
-    <xsl:param name="heading"/>
-    <xsl:if test="substring($heading, string-length($heading) - 10) = '&lt;/font&gt;&lt;/b&gt;'">
-      <xsl:if test="starts-with($heading, '&lt;b&gt;&lt;font color=green&gt;')">answer</xsl:if>
-      <xsl:if test="starts-with($heading, '&lt;b&gt;&lt;font color=red&gt;')">question</xsl:if>
-    </xsl:if>
-  </xsl:template>
-
-  <xsl:template name="heading-text">
-    <xsl:param name="heading"/>
-    <xsl:variable name="colour">
-      <xsl:call-template name="colour-of">
-        <xsl:with-param name="heading" select="$heading"/>
-      </xsl:call-template>
-    </xsl:variable>
+    <xsl:variable name="heading" select="string(QADATE)"/>
+    <xsl:variable name="length" select="string-length($heading)"/>
+    <xsl:variable name="closed" select="substring($heading, $length - 10) = '&lt;/font&gt;&lt;/b&gt;'"/>
     <xsl:choose>
-      <!-- 11 characters close the markup; 21 and 19 open it. -->
-      <xsl:when test="$colour = 'answer'">
-        <xsl:value-of select="substring($heading, 22, string-length($heading) - 32)"/>
+      <xsl:when test="$closed and starts-with($heading, '&lt;b&gt;&lt;font color=green&gt;')">
+        <div class="entry answer">
+          <h3>
+            <xsl:value-of select="substring($heading, 22, $length - 32)"/>
+          </h3>
+          <xsl:call-template name="entry-text"/>
+        </div>
       </xsl:when>
-      <xsl:when test="$colour = 'question'">
-        <xsl:value-of select="substring($heading, 20, string-length($heading) - 30)"/>
+      <xsl:when test="$closed and starts-with($heading, '&lt;b&gt;&lt;font color=red&gt;')">
+        <div class="entry question">
+          <h3>
+            <xsl:value-of select="substring($heading, 20, $length - 30)"/>
+          </h3>
+          <xsl:call-template name="entry-text"/>
+        </div>
       </xsl:when>
       <xsl:otherwise>
-        <xsl:value-of select="$heading"/>
+        <div class="entry ">
+          <h3>
+            <xsl:value-of select="$heading"/>
+          </h3>
+          <xsl:call-template name="entry-text"/>
+        </div>
       </xsl:otherwise>
     </xsl:choose>
   </xsl:template>
 
-  <!-- The text with a line break for each <br>. Halving keeps the recursion shallow however many lines there are. -->
+  <xsl:template name="entry-text">
+    <p class="text">
+      <xsl:call-template name="lines">
+        <xsl:with-param name="text" select="string(QATEXT)"/>
+      </xsl:call-template>
+    </p>
+  </xsl:template>
+
+  <!-- The text with a line break for each <br>. A long text is halved, which keeps the recursion shallow however many
+       lines there are. -->
   <xsl:template name="lines">
     <xsl:param name="text"/>
-    <xsl:variable name="half" select="floor(string-length($text) div 2)"/>
-    <xsl:variable name="rest" select="substring($text, $half + 1)"/>
     <xsl:choose>
       <xsl:when test="not(contains($text, '&lt;br&gt;'))">
         <xsl:value-of select="$text"/>
       </xsl:when>
-      <xsl:when test="contains($rest, '&lt;br&gt;')">
-        <xsl:call-template name="lines">
-          <xsl:with-param name="text" select="concat(substring($text, 1, $half), substring-before($rest, '&lt;br&gt;'))"/>
-        </xsl:call-template>
-        <br/>
-        <xsl:call-template name="lines">
-          <xsl:with-param name="text" select="substring-after($rest, '&lt;br&gt;')"/>
-        </xsl:call-template>
-      </xsl:when>
-      <!-- Up to three characters of the mark may lie behind the middle. -->
-      <xsl:when test="$half &gt; 8">
-        <xsl:call-template name="lines">
-          <xsl:with-param name="text" select="substring($text, 1, $half + 3)"/>
-        </xsl:call-template>
-        <xsl:value-of select="substring($text, $half + 4)"/>
-      </xsl:when>
-      <xsl:otherwise>
+      <xsl:when test="string-length($text) &lt; 1000">
         <xsl:value-of select="substring-before($text, '&lt;br&gt;')"/>
         <br/>
         <xsl:call-template name="lines">
           <xsl:with-param name="text" select="substring-after($text, '&lt;br&gt;')"/>
         </xsl:call-template>
+      </xsl:when>
+      <xsl:otherwise>
+        <xsl:variable name="half" select="floor(string-length($text) div 2)"/>
+        <xsl:variable name="rest" select="substring($text, $half + 1)"/>
+        <xsl:choose>
+          <xsl:when test="contains($rest, '&lt;br&gt;')">
+            <xsl:call-template name="lines">
+              <xsl:with-param name="text" select="concat(substring($text, 1, $half), substring-before($rest, '&lt;br&gt;'))"/>
+            </xsl:call-template>
+            <br/>
+            <xsl:call-template name="lines">
+              <xsl:with-param name="text" select="substring-after($rest, '&lt;br&gt;')"/>
+            </xsl:call-template>
+          </xsl:when>
+          <!-- Up to three characters of the mark may lie behind the middle. -->
+          <xsl:otherwise>
+            <xsl:call-template name="lines">
+              <xsl:with-param name="text" select="substring($text, 1, $half + 3)"/>
+            </xsl:call-template>
+            <xsl:value-of select="substring($text, $half + 4)"/>
+          </xsl:otherwise>
+        </xsl:choose>
       </xsl:otherwise>
     </xsl:choose>
   </xsl:template>
@@ -219,64 +209,69 @@
           <xsl:value-of select="$LBLQX3149"/>
         </h2>
         <dl>
-          <xsl:for-each select="QATT">
-            <xsl:call-template name="row">
-              <xsl:with-param name="caption" select="$LBLQX3120"/>
-              <xsl:with-param name="value" select="."/>
-            </xsl:call-template>
-          </xsl:for-each>
-          <xsl:for-each select="AATT">
-            <xsl:call-template name="row">
-              <xsl:with-param name="caption" select="$LBLQX3429"/>
-              <xsl:with-param name="value" select="."/>
-            </xsl:call-template>
-          </xsl:for-each>
+          <xsl:apply-templates select="QATT[. != '']" mode="row">
+            <xsl:with-param name="caption" select="$LBLQX3120"/>
+          </xsl:apply-templates>
+          <xsl:apply-templates select="AATT[. != '']" mode="row">
+            <xsl:with-param name="caption" select="$LBLQX3429"/>
+          </xsl:apply-templates>
         </dl>
       </section>
     </xsl:if>
   </xsl:template>
 
   <xsl:template match="INSTALLEDBASE">
-    <xsl:if test="*[string(.) != '']">
+    <xsl:if test="* != ''">
       <section>
         <h2>
           <xsl:value-of select="$LBLQX3692"/>
         </h2>
         <dl>
-          <xsl:call-template name="row">
+          <xsl:apply-templates select="BPNO[. != '']" mode="row">
             <xsl:with-param name="caption" select="$LBLQX3730"/>
-            <xsl:with-param name="value" select="BPNO"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3693"/>
-            <xsl:with-param name="value" select="SITE[1]"/>
-            <xsl:with-param name="code" select="SITE[2]"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3195"/>
-            <xsl:with-param name="value" select="PRODUCT[1]"/>
-            <xsl:with-param name="code" select="PRODUCT[2]"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3197"/>
-            <xsl:with-param name="value" select="PROBLEMCODE[1]"/>
-            <xsl:with-param name="code" select="PROBLEMCODE[2]"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3196"/>
-            <xsl:with-param name="value" select="PROBLEMPRIORITY[1]"/>
-            <xsl:with-param name="code" select="PROBLEMPRIORITY[2]"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3201"/>
-            <xsl:with-param name="value" select="CONTRACT[2]"/>
-            <xsl:with-param name="code" select="CONTRACT[1]"/>
-          </xsl:call-template>
-          <xsl:call-template name="row">
-            <xsl:with-param name="caption" select="$LBLQX3867"/>
-            <xsl:with-param name="value" select="WARRANTY[2]"/>
-            <xsl:with-param name="code" select="WARRANTY[1]"/>
-          </xsl:call-template>
+          </xsl:apply-templates>
+          <xsl:if test="SITE != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3693"/>
+              <xsl:with-param name="value" select="string(SITE[1])"/>
+              <xsl:with-param name="code" select="string(SITE[2])"/>
+            </xsl:call-template>
+          </xsl:if>
+          <xsl:if test="PRODUCT != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3195"/>
+              <xsl:with-param name="value" select="string(PRODUCT[1])"/>
+              <xsl:with-param name="code" select="string(PRODUCT[2])"/>
+            </xsl:call-template>
+          </xsl:if>
+          <xsl:if test="PROBLEMCODE != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3197"/>
+              <xsl:with-param name="value" select="string(PROBLEMCODE[1])"/>
+              <xsl:with-param name="code" select="string(PROBLEMCODE[2])"/>
+            </xsl:call-template>
+          </xsl:if>
+          <xsl:if test="PROBLEMPRIORITY != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3196"/>
+              <xsl:with-param name="value" select="string(PROBLEMPRIORITY[1])"/>
+              <xsl:with-param name="code" select="string(PROBLEMPRIORITY[2])"/>
+            </xsl:call-template>
+          </xsl:if>
+          <xsl:if test="CONTRACT != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3201"/>
+              <xsl:with-param name="value" select="string(CONTRACT[2])"/>
+              <xsl:with-param name="code" select="string(CONTRACT[1])"/>
+            </xsl:call-template>
+          </xsl:if>
+          <xsl:if test="WARRANTY != ''">
+            <xsl:call-template name="row">
+              <xsl:with-param name="caption" select="$LBLQX3867"/>
+              <xsl:with-param name="value" select="string(WARRANTY[2])"/>
+              <xsl:with-param name="code" select="string(WARRANTY[1])"/>
+            </xsl:call-template>
+          </xsl:if>
         </dl>
       </section>
     </xsl:if>
@@ -293,77 +288,77 @@
         </p>
       </xsl:if>
       <dl>
-        <xsl:call-template name="row">
+        <xsl:apply-templates select="FIRSTNAME[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3067"/>
-          <xsl:with-param name="value" select="FIRSTNAME"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="LASTNAME[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3670"/>
-          <xsl:with-param name="value" select="LASTNAME"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="POSITION[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3084"/>
-          <xsl:with-param name="value" select="POSITION"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="COMPANY[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3113"/>
-          <xsl:with-param name="value" select="COMPANY"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="COUNTRY[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3011"/>
-          <xsl:with-param name="value" select="COUNTRY"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="EMAIL[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3090"/>
-          <xsl:with-param name="value" select="EMAIL"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="PHONE[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3194"/>
-          <xsl:with-param name="value" select="PHONE"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="FAX[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3199"/>
-          <xsl:with-param name="value" select="FAX"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="MODEM[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3118"/>
-          <xsl:with-param name="value" select="MODEM"/>
-        </xsl:call-template>
-        <xsl:call-template name="row">
+        </xsl:apply-templates>
+        <xsl:apply-templates select="CONTACTINFO[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3112"/>
-          <xsl:with-param name="value" select="CONTACTINFO"/>
-        </xsl:call-template>
+        </xsl:apply-templates>
       </dl>
     </section>
   </xsl:template>
 
-  <!-- A caption with its value, and the code of the value behind it; without a value the code alone, without
-       either nothing at all. -->
+  <!-- A caption with its value. -->
+  <xsl:template match="*" mode="row">
+    <xsl:param name="caption"/>
+    <div class="row">
+      <dt>
+        <xsl:value-of select="$caption"/>
+      </dt>
+      <dd>
+        <xsl:value-of select="."/>
+      </dd>
+    </div>
+  </xsl:template>
+
+  <!-- ... and the code of the value behind it; without a value the code alone. -->
   <xsl:template name="row">
     <xsl:param name="caption"/>
     <xsl:param name="value"/>
     <xsl:param name="code"/>
-    <xsl:if test="string($value) != '' or string($code) != ''">
-      <div class="row">
-        <dt>
-          <xsl:value-of select="$caption"/>
-        </dt>
-        <dd>
-          <xsl:value-of select="$value"/>
-          <xsl:choose>
-            <xsl:when test="string($value) = ''">
+    <div class="row">
+      <dt>
+        <xsl:value-of select="$caption"/>
+      </dt>
+      <dd>
+        <xsl:value-of select="$value"/>
+        <xsl:choose>
+          <xsl:when test="$value = ''">
+            <xsl:value-of select="$code"/>
+          </xsl:when>
+          <xsl:when test="$code != '' and $code != $value">
+            <xsl:text> </xsl:text>
+            <span class="code">
               <xsl:value-of select="$code"/>
-            </xsl:when>
-            <xsl:when test="string($code) != '' and string($code) != string($value)">
-              <xsl:text> </xsl:text>
-              <span class="code">
-                <xsl:value-of select="$code"/>
-              </span>
-            </xsl:when>
-          </xsl:choose>
-        </dd>
-      </div>
-    </xsl:if>
+            </span>
+          </xsl:when>
+        </xsl:choose>
+      </dd>
+    </div>
   </xsl:template>
 
   <xsl:template name="style">

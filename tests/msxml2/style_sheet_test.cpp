@@ -1,6 +1,7 @@
 #include "tests/msxml2/xml_fixture.hpp"
 
 using MSXML2::DOMDocumentPtr;
+using MSXML2::NodePtr;
 using MSXML2::XSLProcessorPtr;
 using MSXML2::XSLTemplatePtr;
 
@@ -100,6 +101,28 @@ TEST_F(StyleSheetTest, TheInputIsNotChanged) {
   processor->setInput(input);
   ASSERT_TRUE(processor->transform());
   EXPECT_EQ(input->xml(), "<in> <a/> </in>\n");
+}
+
+TEST_F(StyleSheetTest, TheInputStaysInUse) {
+  const DOMDocumentPtr input = Parsed("<in xml:id='i'><a k='1'>x</a><b/><c>y</c></in>");
+  const NodePtr a = input->selectSingleNode("/in/a");
+  const XSLProcessorPtr processor = Processor(R"xsl(
+      <xsl:output method='xml' omit-xml-declaration='yes'/><xsl:key name='K' match='a' use='@k'/>
+      <xsl:template match='/'><o><xsl:copy-of select="key('K', '1')"/>
+        <xsl:value-of select="generate-id(//c) = generate-id(id('i')/c)"/>
+        <xsl:for-each select='//c | //a'><xsl:value-of select='.'/></xsl:for-each></o>
+      </xsl:template>)xsl");
+  processor->setInput(input);
+  ASSERT_TRUE(processor->transform());
+  EXPECT_EQ(processor->output(), "<o><a k=\"1\">x</a>truexy</o>\n");
+
+  // Whatever the sheet noted about the order of the nodes does not survive a change.
+  input->documentElement()->appendChild(a);
+  EXPECT_EQ(input->selectSingleNode("/in/*[self::a or self::c]")->nodeName(), "c");
+  EXPECT_EQ(a->text(), "x");
+  EXPECT_EQ(input->xml(), "<in xml:id=\"i\"><b/><c>y</c><a k=\"1\">x</a></in>\n");
+  ASSERT_TRUE(processor->transform());
+  EXPECT_EQ(processor->output(), "<o><a k=\"1\">x</a>trueyx</o>\n");
 }
 
 TEST_F(StyleSheetTest, WhatIsNoStyleSheetIsRefused) {

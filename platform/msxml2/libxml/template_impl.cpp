@@ -51,6 +51,36 @@ void ForbidEverything(xsltSecurityPrefs* preferences) {
   }
 }
 
+bool StripsBlanks(const xsltStylesheet& sheet) {
+  return sheet.stripSpaces != nullptr || sheet.stripAll != 0;  // no sheet is imported that might do so
+}
+
+// Transforming numbers the elements, in a field that has no other use for them, and sorts by these numbers as
+// long as they are there. A document that is changed afterwards must not be sorted by them.
+class WithoutNumbersAfterwards {
+ public:
+  explicit WithoutNumbersAfterwards(xmlDocPtr doc) : doc_(doc) {}
+  ~WithoutNumbersAfterwards() {
+    for (xmlNodePtr node = doc_->children; node != nullptr; node = Next(node)) {
+      if (node->type == XML_ELEMENT_NODE) node->content = nullptr;
+    }
+  }
+  WithoutNumbersAfterwards(const WithoutNumbersAfterwards&) = delete;
+  WithoutNumbersAfterwards& operator=(const WithoutNumbersAfterwards&) = delete;
+
+ private:
+  static xmlNodePtr Next(xmlNodePtr node) {
+    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
+    while (node->next == nullptr) {
+      node = node->parent;
+      if (node == nullptr || node->type != XML_ELEMENT_NODE) return nullptr;
+    }
+    return node->next;
+  }
+
+  xmlDocPtr doc_;
+};
+
 const DocumentImpl& Own(const DOMDocumentPtr& document) {
   if (!document) throw automation::Error(automation::ErrorNumber::ObjectRequired, kTemplateSource);
   const auto* own = dynamic_cast<const DocumentImpl*>(document.get());
@@ -89,12 +119,14 @@ bool ProcessorImpl::transform() {
   output_.clear();
   const TreePtr tree = Own(input_).GetTree();
   tree->ExpandAll();
-  // The sheet may strip blanks from its input; the caller's document stays as it is.
-  const Owned<xmlDoc> input(xmlCopyDoc(tree->Doc(), 1));
-  if (!input) throw std::bad_alloc();
+  // A sheet that strips blanks takes them out of its input; the caller's document stays as it is.
+  const Owned<xmlDoc> copy(StripsBlanks(*sheet_) ? xmlCopyDoc(tree->Doc(), 1) : nullptr);
+  if (!copy && StripsBlanks(*sheet_)) throw std::bad_alloc();
+  const xmlDocPtr input = copy ? copy.get() : tree->Doc();
+  const WithoutNumbersAfterwards clean(input);
   const std::unique_ptr<xsltSecurityPrefs, ContextFreer> preferences(xsltNewSecurityPrefs());
   const std::unique_ptr<xsltTransformContext, ContextFreer> context(
-      xsltNewTransformContext(sheet_.get(), input.get()));
+      xsltNewTransformContext(sheet_.get(), input));
   if (!preferences || !context) throw std::bad_alloc();
   ForbidEverything(preferences.get());
   std::string messages;
@@ -109,7 +141,7 @@ bool ProcessorImpl::transform() {
     }
   }
   const Owned<xmlDoc> result(
-      xsltApplyStylesheetUser(sheet_.get(), input.get(), nullptr, nullptr, nullptr, context.get()));
+      xsltApplyStylesheetUser(sheet_.get(), input, nullptr, nullptr, nullptr, context.get()));
   if (!result || context->state != XSLT_STATE_OK) Fail(Trimmed(messages), kTemplateSource);
   xmlChar* text = nullptr;
   int length = 0;
