@@ -43,6 +43,7 @@ CodePage::CodePage(const std::string& name) {
     const bool defined = U_SUCCESS(status) && character != kReplacement;
     characters_[static_cast<std::size_t>(byte)] = Utf8Of(defined ? character : kReplacement);
     if (defined) bytes_.try_emplace(static_cast<char32_t>(character), source);
+    if (byte < 0x80 && character != byte) hasAscii_ = false;
   }
 }
 
@@ -53,6 +54,12 @@ std::string CodePage::FromUtf8(std::string_view utf8) const {
   const auto length = static_cast<std::int64_t>(utf8.size());
   std::int64_t position = 0;
   while (position < length) {
+    if (hasAscii_) {
+      const std::int64_t start = position;
+      while (position < length && text[position] < 0x80) ++position;
+      result.append(utf8, static_cast<std::size_t>(start), static_cast<std::size_t>(position - start));
+      if (position == length) break;
+    }
     UChar32 character = 0;
     U8_NEXT(text, position, length, character);
     const auto found = character < 0 ? bytes_.end() : bytes_.find(static_cast<char32_t>(character));

@@ -21,6 +21,7 @@ class CodePage {
  private:
   std::array<std::string, 256> characters_;  // in UTF-8
   std::unordered_map<char32_t, char> bytes_;
+  bool hasAscii_ = true;  // in the usual places
 };
 
 }  // namespace automation

@@ -81,6 +81,25 @@ TEST(MimeTest, TextOfAnotherScriptIsBase64) {
               testing::EndsWith("Content-Transfer-Encoding: base64\r\n\r\n5pel5pys\r\n"));
 }
 
+TEST(MimeTest, AnAttachmentOfAnyLengthIsBase64) {
+  const auto encoded = [](const std::string& content) {
+    Mail mail = PlainMail();
+    mail.attachments.push_back({"a.bin", content});
+    const std::string text = Compose(mail, kStamp);
+    const std::size_t begin = text.find("\r\n\r\n", text.find("Content-Disposition")) + 4;
+    return text.substr(begin, text.rfind("\r\n--") - begin);
+  };
+  EXPECT_EQ(encoded(""), "");
+  EXPECT_EQ(encoded("f"), "Zg==\r\n");
+  EXPECT_EQ(encoded("fo"), "Zm8=\r\n");
+  EXPECT_EQ(encoded("foo"), "Zm9v\r\n");
+  EXPECT_EQ(encoded("foob"), "Zm9vYg==\r\n");
+  EXPECT_EQ(encoded("fooba"), "Zm9vYmE=\r\n");
+  EXPECT_EQ(encoded(std::string("\0\xFF\xFE", 3)), "AP/+\r\n");
+  EXPECT_EQ(encoded(std::string(58, 'x')),
+            "eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4\r\neA==\r\n");
+}
+
 TEST(MimeTest, NoLineIsLongerThanMailAllows) {
   Mail mail = PlainMail();
   mail.subject = std::string(3000, 's');

@@ -32,6 +32,23 @@ TEST(CodePageTest, KeepsTheFirstFourControlCharactersThatHistoriesUse) {
   EXPECT_EQ(page.FromUtf8(std::string(1, '\0')), std::string(1, '\0'));
 }
 
+TEST(CodePageTest, WritesAPageWhoseLettersStandElsewhere) {
+  const CodePage page("ibm-037");
+  EXPECT_EQ(page.FromUtf8("Ab1"), "\xC1\x82\xF1");
+  EXPECT_EQ(page.ToUtf8("\xC1\x82\xF1"), "Ab1");
+}
+
+TEST(CodePageTest, WritesPlainTextBeforeBetweenAndBehindOtherCharacters) {
+  const CodePage page("windows-1252");
+  EXPECT_EQ(page.FromUtf8("plain"), "plain");
+  EXPECT_EQ(page.FromUtf8("a\xC3\xA4"
+                          "b\xFF"
+                          "c\xE6\x97\xA5"),
+            "a\xE4"
+            "b?c?");
+  EXPECT_EQ(page.FromUtf8("\xC3\xA4 end"), "\xE4 end");
+}
+
 TEST(CodePageTest, GivesTheReplacementCharacterForUndefinedBytes) {
   const CodePage page("windows-1253");
   EXPECT_EQ(page.ToUtf8("\xE1\xD2"), "\xCE\xB1\xEF\xBF\xBD");

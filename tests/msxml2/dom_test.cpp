@@ -248,6 +248,28 @@ TEST_F(DomTest, SelectsByExpression) {
   EXPECT_EQ(document->selectNodes("//None")->length(), 0u);
 }
 
+TEST_F(DomTest, APositionCountsTheElementsOfANameInEachParent) {
+  const DOMDocumentPtr document = Parsed(
+      "<r xmlns:n='urn:n'><g><L>1</L><x/><L>2<L>2.1</L><n:L>n</n:L><L>2.2</L><L>2.3</L></L></g>"
+      "<g><L>3</L><L>4</L><L>5</L></g></r>");
+  const auto text = [&](const std::string& expression) {
+    const NodePtr node = document->selectSingleNode(expression);
+    return node ? node->text() : "none";
+  };
+  EXPECT_EQ(text("//L[position()=1]"), "1");
+  EXPECT_EQ(text("//L[position()=2]"), "22.1n2.22.3");
+  EXPECT_EQ(text("//L[position()=3]"), "2.3");
+  EXPECT_EQ(text("//L[position()=03]"), text("//L[position()=3 ]"));
+  EXPECT_EQ(text("//n:L[position()=1]"), "n");
+  EXPECT_EQ(text("//L[position()=4]"), "none");
+  EXPECT_EQ(text("//L[position()=0]"), "none");
+  EXPECT_EQ(text("//L[position()=-1]"), "none");
+  EXPECT_EQ(text("//L[position()=99999999999999999999]"), "none");
+  EXPECT_EQ(text("//L[position()=1][position()=2]"), "none");
+  EXPECT_EQ(text("//L[position()=2]/L[position()=2]"), "2.2");
+  EXPECT_EQ(ErrorOf([&] { text("//L[position()=]"); }).Number(), kFailure);
+}
+
 TEST_F(DomTest, AnExpressionThatIsNoneIsRefused) {
   const DOMDocumentPtr document = Parsed("<a/>");
   EXPECT_EQ(ErrorOf([&] { document->selectSingleNode("//["); }).Number(), kFailure);

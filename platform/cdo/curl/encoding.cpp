@@ -14,15 +14,24 @@ std::uint32_t Byte(char c) {
 }
 
 void AppendBase64(std::string& out, std::string_view bytes) {
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const std::size_t count = bytes.size() - i;
-    const std::uint32_t group = Byte(bytes[i]) << 16 | (count > 1 ? Byte(bytes[i + 1]) << 8 : 0U) |
-                                (count > 2 ? Byte(bytes[i + 2]) : 0U);
-    out += kBase64[group >> 18];
-    out += kBase64[group >> 12 & 63U];
-    out += count > 1 ? kBase64[group >> 6 & 63U] : '=';
-    out += count > 2 ? kBase64[group & 63U] : '=';
+  const std::size_t start = out.size();
+  out.resize(start + (bytes.size() + 2) / 3 * 4);
+  char* to = out.data() + start;
+  std::size_t i = 0;
+  for (; i + 2 < bytes.size(); i += 3) {
+    const std::uint32_t group = Byte(bytes[i]) << 16 | Byte(bytes[i + 1]) << 8 | Byte(bytes[i + 2]);
+    *to++ = kBase64[group >> 18];
+    *to++ = kBase64[group >> 12 & 63U];
+    *to++ = kBase64[group >> 6 & 63U];
+    *to++ = kBase64[group & 63U];
   }
+  if (i == bytes.size()) return;
+  const bool two = bytes.size() - i == 2;
+  const std::uint32_t group = Byte(bytes[i]) << 16 | (two ? Byte(bytes[i + 1]) << 8 : 0U);
+  *to++ = kBase64[group >> 18];
+  *to++ = kBase64[group >> 12 & 63U];
+  *to++ = two ? kBase64[group >> 6 & 63U] : '=';
+  *to++ = '=';
 }
 
 void AppendHex(std::string& out, char mark, char c) {

@@ -2,8 +2,12 @@
 
 #include <libxml/xpathInternals.h>
 
+#include <charconv>
+#include <cstddef>
 #include <new>
 #include <string>
+#include <system_error>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/msxml2/libxml/failure.hpp"
@@ -21,17 +25,50 @@ class NodeVector final : public NodeList {
   std::vector<NodePtr> nodes_;
 };
 
+// A name without a prefix, beyond doubt.
+bool IsPlainName(std::string_view name) {
+  if (name.empty() || name[0] == '-' || name[0] == '.' || (name[0] >= '0' && name[0] <= '9')) return false;
+  for (const char c : name) {
+    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                       c == '_' || c == '-' || c == '.';
+    if (!plain) return false;
+  }
+  return true;
+}
+
 // The name of an expression of the form "//name"; empty for any other expression.
 std::string_view NameOfSimplePath(std::string_view expression) {
   if (expression.substr(0, 2) != "//") return {};
   const std::string_view name = expression.substr(2);
-  if (name.empty() || name[0] == '-' || name[0] == '.' || (name[0] >= '0' && name[0] <= '9')) return {};
-  for (const char c : name) {
-    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                       c == '_' || c == '-' || c == '.';
-    if (!plain) return {};
+  return IsPlainName(name) ? name : std::string_view();
+}
+
+// Name and number of an expression of the form "//name[position()=number]"; an empty name for any other.
+struct NumberedName {
+  std::string_view name;
+  std::size_t number = 0;
+};
+
+NumberedName NumberedNameOf(std::string_view expression) {
+  constexpr std::string_view kPosition = "[position()=";
+  const std::size_t bracket = expression.find(kPosition);
+  if (bracket == std::string_view::npos || expression.back() != ']') return {};
+  const std::string_view name = NameOfSimplePath(expression.substr(0, bracket));
+  const std::string_view digits =
+      expression.substr(bracket + kPosition.size(), expression.size() - bracket - kPosition.size() - 1);
+  NumberedName result{name, 0};
+  const auto [end, problem] = std::from_chars(digits.data(), digits.data() + digits.size(), result.number);
+  const bool number = problem == std::errc() && end == digits.data() + digits.size();
+  return number ? result : NumberedName{};
+}
+
+// Of the elements that are the `number`th of their name in their parent, the first.
+xmlNodePtr FirstNumbered(const std::vector<xmlNodePtr>& elements, std::size_t number) {
+  std::unordered_map<const xmlNode*, std::size_t> seen;
+  for (const xmlNodePtr element : elements) {
+    if (++seen[element->parent] == number) return element;
   }
-  return name;
+  return nullptr;
 }
 
 void Ignore(void*, xmlErrorPtr) {}
@@ -71,6 +108,9 @@ std::vector<xmlNodePtr> Evaluate(Tree& tree, xmlNodePtr from, std::string_view e
 NodePtr SelectSingleNode(Tree& tree, xmlNodePtr from, std::string_view expression) {
   if (const std::string_view name = NameOfSimplePath(expression); !name.empty()) {
     return tree.Wrap(tree.FirstElement(name));
+  }
+  if (const auto [name, number] = NumberedNameOf(expression); !name.empty()) {
+    return tree.Wrap(FirstNumbered(tree.Elements(name), number));
   }
   const std::vector<xmlNodePtr> nodes = Evaluate(tree, from, expression);
   return nodes.empty() ? nullptr : tree.Wrap(nodes.front());

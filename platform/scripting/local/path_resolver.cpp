@@ -117,9 +117,14 @@ std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, s
   std::string start = native.front() == '/' ? "/" : "";
   if (drive != 0) start = drives_.at(drive);
   Found found{start, {}};
-  const std::string_view rest = drive != 0
-                                    ? std::string_view(native).substr(std::min(native.size(), start.size()))
-                                    : std::string_view(native);
+  std::string_view rest = drive != 0 ? std::string_view(native).substr(std::min(native.size(), start.size()))
+                                     : std::string_view(native);
+  // Mostly just the last part is missing, or spelled otherwise.
+  if (const auto [folder, name] = FolderAndName(native);
+      folder.size() > start.size() && lstat(std::string(folder).c_str(), &found.status) == 0) {
+    found.path = folder;
+    rest = name;
+  }
   for (const std::string& part : Parts(rest)) {
     std::string next = Joined(found.path, part);
     if (lstat(next.c_str(), &found.status) != 0) {
