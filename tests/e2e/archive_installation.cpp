@@ -1,10 +1,14 @@
 #include "tests/e2e/archive_installation.hpp"
 
-#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <regex>
+#include <set>
 #include <sstream>
 
 #include "tests/servers/server_database.hpp"
+#include "tests/support/archive_files.hpp"
 
 namespace orvane_test {
 namespace {
@@ -13,38 +17,57 @@ namespace fs = std::filesystem;
 
 class SqliteEngine : public Engine {
  public:
-  explicit SqliteEngine(const fs::path& file) : file_(file), database_(file) {
-    database_.Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
+  explicit SqliteEngine(const fs::path& file) : file_(file) {
+    Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
   }
   std::string ConnectionString() const override { return "Provider=SQLite;Data Source=" + file_.string(); }
-  void Execute(const std::string& statement) override { database_.Execute(statement); }
-  std::vector<std::string> Column(const std::string& query) override { return database_.Rows(query); }
+  void Execute(const std::string& statement) override { Database(file_).Execute(statement); }
+  void ExecuteAll(const std::vector<std::string>& statements) override {
+    Database database(file_);
+    database.Execute("begin");
+    for (const std::string& statement : statements) database.Execute(statement);
+    database.Execute("commit");
+  }
+  std::vector<std::string> Column(const std::string& query) override { return Database(file_).Rows(query); }
 
  private:
   fs::path file_;
-  Database database_;
 };
 
 class ServerEngine : public Engine {
  public:
-  explicit ServerEngine(const std::string& server) : server_(server), database_(server) {
-    database_.RunSchemaFile(server + ".sql");
+  explicit ServerEngine(const Server& server, const std::string& name)
+      : name_(name), database_(server, name) {
+    database_.RunSchemaFile(name + ".sql");
   }
   std::string ConnectionString() const override { return database_.ConnectionString(); }
-  void Execute(const std::string& statement) override { database_.Execute(statement); }
+  void Execute(const std::string& statement) override { ExecuteAll({statement}); }
+  void ExecuteAll(const std::vector<std::string>& statements) override {
+    ADODB::engine::Session& session = Connected();
+    session.Begin();
+    for (const std::string& statement : statements) session.Execute(statement, {});
+    session.Commit();
+  }
   std::vector<std::string> Column(const std::string& query) override {
-    const auto session = database_.Connect();
-    const auto rows = session->Query(query, {});
+    const auto rows = Connected().Query(query, {});
     std::vector<std::string> column;
     while (rows->Next()) column.push_back(automation::ToText(rows->Value(0)));
     return column;
   }
-  std::string TrueLiteral() const override { return server_ == "postgresql" ? "true" : "b'1'"; }
-  std::string FalseLiteral() const override { return server_ == "postgresql" ? "false" : "b'0'"; }
+  std::string TrueLiteral() const override { return name_ == "postgresql" ? "true" : "b'1'"; }
+  std::string FalseLiteral() const override { return name_ == "postgresql" ? "false" : "b'0'"; }
 
  private:
-  std::string server_;
+  // One session for all; another one when the server has been down since.
+  ADODB::engine::Session& Connected() {
+    if (session_ && !session_->Ping()) session_.reset();
+    if (!session_) session_ = database_.Connect();
+    return *session_;
+  }
+
+  std::string name_;
   ServerDatabase database_;
+  std::unique_ptr<ADODB::engine::Session> session_;
 };
 
 int Occurrences(const std::string& text, const std::string& part) {
@@ -53,11 +76,23 @@ int Occurrences(const std::string& text, const std::string& part) {
   return count;
 }
 
+// Whether a new file is left so when it is cut off while it is made: its first line, or a part of it.
+bool IsUnfinished(const std::string& content) {
+  for (const std::string root : {"QuestionsArchive", "TransactionsArchive"}) {
+    if (("<" + root + "></" + root + ">\r\n").rfind(content, 0) == 0) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite) {
   if (name == "sqlite") return std::make_unique<SqliteEngine>(suite.DatabaseFile());
-  return std::make_unique<ServerEngine>(name);
+  return MakeEngine(Server::Shared(name), name);
+}
+
+std::unique_ptr<Engine> MakeEngine(const Server& server, const std::string& name) {
+  return std::make_unique<ServerEngine>(server, name);
 }
 
 void ArchiveInstallation::MakeCatalogue() const {
@@ -179,6 +214,28 @@ std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation)
     copies.push_back(Occurrences(all, "step-" + std::to_string(id) + "<"));
   }
   return copies;
+}
+
+std::vector<std::string> CustomersLeft(Engine& engine) {
+  return engine.Column("select distinct Q_ORIGINATOR from QUESTIONHISTORY order by Q_ORIGINATOR");
+}
+
+void ExpectNothingLost(Engine& engine, const ArchiveInstallation& installation, const std::string& when) {
+  EXPECT_THAT(Copies(engine, installation), testing::Each(testing::Ge(1))) << when;
+  std::set<std::string> others;
+  for (const auto& [name, content] : installation.Files()) {
+    if (!name.ends_with(".xml") || IsUnfinished(content)) others.insert(name);
+  }
+  ExpectArchiveFiles(installation.Archives(), others);
+}
+
+void ExpectNextRunGoesThrough(Engine& engine, const ArchiveInstallation& installation,
+                              const std::string& when) {
+  EXPECT_EQ(installation.Run().exitCode, 0) << when;
+  EXPECT_THAT(CustomersLeft(engine), testing::IsEmpty()) << "the run " << when;
+  EXPECT_THAT(engine.Column("select T_ID from TRANSACTIONS"), testing::IsEmpty()) << "the run " << when;
+  EXPECT_THAT(Copies(engine, installation), testing::Each(testing::Ge(1))) << "the run " << when;
+  ExpectArchiveFiles(installation.Archives());  // and nothing else
 }
 
 }  // namespace orvane_test

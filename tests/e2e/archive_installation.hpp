@@ -9,6 +9,7 @@
 
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
+#include "tests/servers/server_state.hpp"
 
 namespace orvane_test {
 
@@ -18,6 +19,8 @@ class Engine {
   virtual ~Engine() = default;
   virtual std::string ConnectionString() const = 0;
   virtual void Execute(const std::string& statement) = 0;
+  // All of them in one transaction.
+  virtual void ExecuteAll(const std::vector<std::string>& statements) = 0;
   // The first column of a query's rows, as text.
   virtual std::vector<std::string> Column(const std::string& query) = 0;
   virtual std::string TrueLiteral() const { return "1"; }
@@ -60,8 +63,11 @@ class ArchiveInstallation {
   void MakeCatalogue() const;
 };
 
-// `name`: "sqlite", "postgresql", "mariadb".
+// `name`: "sqlite", "postgresql", "mariadb". The embedded one holds its file only while it is asked
+// something.
 std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite);
+// A database on a server of the caller's own, which must outlive it.
+std::unique_ptr<Engine> MakeEngine(const Server& server, const std::string& name);
 
 // The rows of most failure tests: three customers ("ann", "bob", "eve"), two requests each, two transactions
 // a request. The description of request N is "request-N", the name of transaction N "step-N".
@@ -73,5 +79,16 @@ std::vector<std::string> RowsOfThreeCustomers();
 // How often each text of the rows above stands in the database or in a file of the archive folder, in that
 // order: requests 1 to 6, transactions 1 to 12.
 std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation);
+
+// The customers who have requests in the database.
+std::vector<std::string> CustomersLeft(Engine& engine);
+
+// Each request and each transaction of those rows is in the database or in an archive file. Files that hold
+// nothing yet may be unfinished; all others must be archive files.
+void ExpectNothingLost(Engine& engine, const ArchiveInstallation& installation, const std::string& when);
+
+// An undisturbed run archives everything that is left, and leaves nothing beside the archive files.
+void ExpectNextRunGoesThrough(Engine& engine, const ArchiveInstallation& installation,
+                              const std::string& when);
 
 }  // namespace orvane_test

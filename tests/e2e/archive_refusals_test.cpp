@@ -27,16 +27,14 @@ class ArchiveRefusalsTest : public testing::Test {
   }
   void TearDown() override { ExpectArchiveFiles(installation_.Archives(), undescribed_); }
 
-  void Fill() {
-    for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
-  }
+  void Fill() { engine_->ExecuteAll(RowsOfThreeCustomers()); }
 
   // The first run makes the files; what `then` does is there before the second.
   template <class Then>
   void RunTwice(Then then) {
     installation_.suite.GiveAway();
     EXPECT_EQ(Run().exitCode, 0);
-    ASSERT_THAT(CustomersLeft(), IsEmpty());
+    ASSERT_THAT(CustomersLeft(*engine_), IsEmpty());
     before_ = installation_.Files();
     Fill();
     then();
@@ -46,12 +44,9 @@ class ArchiveRefusalsTest : public testing::Test {
     return RunHostUnprivileged({"run", "--home", installation_.Home().string(), "OrvaneProcess.Archive"});
   }
 
-  Strings CustomersLeft() {
-    return engine_->Column("select distinct Q_ORIGINATOR from QUESTIONHISTORY order by Q_ORIGINATOR");
-  }
   void ExpectTheNextRunGoesThrough() {
     EXPECT_EQ(Run().exitCode, 0);
-    EXPECT_THAT(CustomersLeft(), IsEmpty());
+    EXPECT_THAT(CustomersLeft(*engine_), IsEmpty());
     EXPECT_THAT(engine_->Column("select T_ID from TRANSACTIONS"), IsEmpty());
   }
   fs::path Bobs(const std::string& kind) const { return installation_.Archives() / ("BP7_bob" + kind); }
@@ -65,7 +60,7 @@ class ArchiveRefusalsTest : public testing::Test {
 TEST_F(ArchiveRefusalsTest, AFolderThatMayNotBeWrittenKeepsAllRowsAndFiles) {
   RunTwice([this] { fs::permissions(installation_.Archives(), static_cast<fs::perms>(0555)); });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("ann", "bob", "eve"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("ann", "bob", "eve"));
   EXPECT_EQ(installation_.Files(), before_);
   for (const Person& customer : ThreeCustomers()) {
     EXPECT_THAT(installation_.Messages(),
@@ -84,7 +79,7 @@ TEST_F(ArchiveRefusalsTest, NewFilesInAFolderThatMayNotBeWrittenKeepAllRows) {
   EXPECT_EQ(Run().exitCode, 0);
 
   EXPECT_THAT(Copies(*engine_, installation_), Each(1));
-  EXPECT_THAT(CustomersLeft(), ElementsAre("ann", "bob", "eve"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("ann", "bob", "eve"));
   EXPECT_THAT(installation_.Messages(),
               Contains("Questions XML file " + installation_.Path("BP7_bob_SR.xml") +
                        " could not be created/loaded"));
@@ -99,7 +94,7 @@ TEST_F(ArchiveRefusalsTest, AFolderThatMayNotBeMadeIsSaidOnceAndKeepsAllRows) {
 
   EXPECT_EQ(Run().exitCode, 0);
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("ann", "bob", "eve"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("ann", "bob", "eve"));
   EXPECT_THAT(
       installation_.Messages(),
       ElementsAre("Archiving Process started by NTService",
@@ -113,7 +108,7 @@ TEST_F(ArchiveRefusalsTest, AFolderThatMayNotBeMadeIsSaidOnceAndKeepsAllRows) {
 TEST_F(ArchiveRefusalsTest, AFileMarkedAsReadOnlyKeepsItsCustomersRows) {
   RunTwice([this] { fs::permissions(Bobs("_trans.xml"), static_cast<fs::perms>(0444)); });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before_.at("BP7_bob_trans.xml"));
   EXPECT_THAT(installation_.Messages(),
@@ -137,7 +132,7 @@ class ArchiveForeignFilesTest : public ArchiveRefusalsTest {
 TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReadKeepsItsCustomersRows) {
   RunTwice([this] { HoldByRoot(Bobs("_SR.xml"), 0600); });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_THAT(installation_.Messages(),
               Contains("Questions XML file " + installation_.Path("BP7_bob_SR.xml") +
@@ -149,7 +144,7 @@ TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReadKeepsItsCustomersRows) {
 TEST_F(ArchiveForeignFilesTest, ATransactionsFileThatMayNotBeReadGivesTheRequestsFileItsContentBack) {
   RunTwice([this] { HoldByRoot(Bobs("_trans.xml"), 0600); });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before_.at("BP7_bob_trans.xml"));
   EXPECT_THAT(installation_.Messages(),
@@ -162,7 +157,7 @@ TEST_F(ArchiveForeignFilesTest, ATransactionsFileThatMayNotBeReadGivesTheRequest
 TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReplacedKeepsItsCustomersRows) {
   RunTwice([this] { HoldByRoot(Bobs("_SR.xml"), 0644); });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_EQ(installation_.Files().size(), before_.size()) << "nothing is left beside the files";
   EXPECT_THAT(installation_.Messages(),
@@ -178,7 +173,7 @@ TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeMovedKeepsItsCustomersRowsAndNo
     HoldByRoot(installation_.Archives(), 01777);
   });
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_EQ(installation_.Files().size(), before_.size()) << "nothing is left beside the files";
   EXPECT_THAT(installation_.Messages(),
@@ -192,7 +187,7 @@ TEST_F(ArchiveRefusalsTest, AFileThatWasDamagedByHandIsLeftAsItIs) {
   RunTwice([&] { std::ofstream(Bobs("_trans.xml"), std::ios::binary) << damaged; });
   undescribed_ = {"BP7_bob_trans.xml"};
 
-  EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
   EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), damaged);
   EXPECT_THAT(installation_.Messages(),
@@ -209,7 +204,7 @@ TEST_F(ArchiveRefusalsTest, WithoutItsDirectoryServerTheJobArchivesUnderNoPartne
 
   EXPECT_EQ(installation_.Run().exitCode, 0);
 
-  EXPECT_THAT(CustomersLeft(), IsEmpty());
+  EXPECT_THAT(CustomersLeft(*engine_), IsEmpty());
   EXPECT_THAT(Copies(*engine_, installation_), Each(1));
   Strings names;
   for (const auto& [name, content] : installation_.Files()) names.push_back(name);

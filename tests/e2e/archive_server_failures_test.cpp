@@ -18,7 +18,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using testing::Ge;
 using testing::HasSubstr;
 using Fate = TcpProxy::Fate;
 using Strings = std::vector<std::string>;
@@ -30,37 +29,12 @@ bool CommitsNow(std::string_view sent) {
   return at != std::string_view::npos && (at == 0 || !letter(at - 1)) && !letter(at + 6);
 }
 
-// A test's database on a server, as the installation's engine; what the test itself does goes past the proxy.
-class ProxiedEngine : public Engine {
- public:
-  ProxiedEngine(const Server& server, const std::string& name) : database_(server, name) {
-    database_.RunSchemaFile(name + ".sql");
-    for (const std::string& statement : RowsOfThreeCustomers()) Execute(statement);
-  }
-  std::string ConnectionString() const override { return database_.ConnectionString(); }
-  std::string ConnectionStringAt(int port) const {
-    auto text = ADODB::engine::ConnectionString::Parse(ConnectionString());
-    text.Set("Port", std::to_string(port));
-    return text.ToString();
-  }
-  void Execute(const std::string& statement) override { database_.Execute(statement); }
-  Strings Column(const std::string& query) override {
-    const auto session = database_.Connect();
-    const auto rows = session->Query(query, {});
-    Strings column;
-    while (rows->Next()) column.push_back(automation::ToText(rows->Value(0)));
-    return column;
-  }
-
- private:
-  ServerDatabase database_;
-};
-
 class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
  protected:
   void Use(Server server) {
     server_.emplace(std::move(server));
-    engine_ = std::make_unique<ProxiedEngine>(*server_, GetParam());
+    engine_ = MakeEngine(*server_, GetParam());
+    engine_->ExecuteAll(RowsOfThreeCustomers());
   }
   bool OnPostgreSql() const { return GetParam() == "postgresql"; }
 
@@ -74,13 +48,10 @@ class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
       return CommitsNow(sent) && ++commits_ == 2 ? fate(*itself) : otherwise(sent);
     });
     itself = &proxy;
-    installation_.Configure(engine_->ConnectionStringAt(proxy.Port()), ThreeCustomers());
+    auto throughProxy = ADODB::engine::ConnectionString::Parse(engine_->ConnectionString());
+    throughProxy.Set("Port", std::to_string(proxy.Port()));
+    installation_.Configure(throughProxy.ToString(), ThreeCustomers());
     return installation_.Run();
-  }
-
-  // The customers whose rows are (not) in the database.
-  Strings CustomersLeft() {
-    return engine_->Column("select distinct Q_ORIGINATOR from QUESTIONHISTORY order by Q_ORIGINATOR");
   }
 
   long Lines(const std::string& end) const {
@@ -91,15 +62,12 @@ class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
 
   void ExpectTheNextRunArchivesTheRest() {
     installation_.Configure(engine_->ConnectionString(), ThreeCustomers());
-    EXPECT_EQ(installation_.Run().exitCode, 0);
-    EXPECT_EQ(CustomersLeft(), Strings{});
-    EXPECT_EQ(engine_->Column("select T_ID from TRANSACTIONS"), Strings{});
-    ExpectArchiveFiles(installation_.Archives());
+    ExpectNextRunGoesThrough(*engine_, installation_, "after it");
     EXPECT_EQ(installation_.Messages().back(), "Archiving Process ended.");
   }
 
   void ExpectNothingLost() {
-    EXPECT_THAT(Copies(*engine_, installation_), Each(Ge(1)));
+    orvane_test::ExpectNothingLost(*engine_, installation_, "by it");
     ExpectArchiveFiles(installation_.Archives());
   }
   void ExpectEverythingOnce() {
@@ -125,7 +93,7 @@ class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
 
   int commits_ = 0;
   std::optional<Server> server_;
-  std::unique_ptr<ProxiedEngine> engine_;
+  std::unique_ptr<Engine> engine_;
   ArchiveInstallation installation_;
 };
 
@@ -135,7 +103,7 @@ TEST_P(ArchiveServerFailuresTest, EachCustomersPurgeIsOneCommit) {
   EXPECT_EQ(RunWithSecondCommit([](TcpProxy&) { return Fate::PassedOn; }).exitCode, 0);
 
   EXPECT_EQ(commits_, 3) << "the other tests count on it";
-  EXPECT_EQ(CustomersLeft(), Strings{});
+  EXPECT_EQ(CustomersLeft(*engine_), Strings{});
   ExpectEverythingOnce();
 }
 
@@ -152,7 +120,7 @@ TEST_P(ArchiveServerFailuresTest, AServerThatDiesBetweenDeletesAndCommitLosesNot
   EXPECT_EQ(Lines(" could not be created/loaded"), 1);
   EXPECT_EQ(installation_.Messages().back(), "Archiving Process ended.");
   server_->Resume();
-  EXPECT_EQ(CustomersLeft().size(), 2U);
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 2U);
   ExpectNothingLost();
   ExpectTheNextRunArchivesTheRest();
   ExpectNothingLost();
@@ -167,7 +135,7 @@ TEST_P(ArchiveServerFailuresTest, ASessionThatEndsBetweenDeletesAndCommitIsUndon
   });
 
   EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-  EXPECT_EQ(CustomersLeft().size(), 2U);
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 2U);
   EXPECT_EQ(Lines(" edited"), 1);
   EXPECT_EQ(Lines(" undone"), 1);
   EXPECT_EQ(Lines(" failed1"), 1) << "the run's connection is gone for the third customer";
@@ -181,7 +149,7 @@ TEST_P(ArchiveServerFailuresTest, ACommitThatNeverReachesTheServerIsUndone) {
 
   RunWithSecondCommit([](TcpProxy&) { return Fate::CutOff; });
 
-  EXPECT_EQ(CustomersLeft().size(), 2U);
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 2U);
   EXPECT_EQ(Lines(" edited"), 1);
   EXPECT_EQ(Lines(" undone"), 1);
   ExpectEverythingOnce();
@@ -194,7 +162,7 @@ TEST_P(ArchiveServerFailuresTest, ACommitThatIsDoneButNotAnsweredKeepsTheFiles) 
 
   RunWithSecondCommit([](TcpProxy&) { return Fate::Unanswered; });
 
-  EXPECT_EQ(CustomersLeft().size(), 1U) << "the server has committed";
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 1U) << "the server has committed";
   EXPECT_EQ(Lines(" edited"), 2);
   EXPECT_EQ(Lines(" undone"), 0);
   ExpectEverythingOnce();
@@ -207,7 +175,7 @@ TEST_P(ArchiveServerFailuresTest, ACommitThatIsDoneWhileTheJobAsksKeepsTheFiles)
 
   RunWithSecondCommit([](TcpProxy&) { return Fate::DeliveredLate; });
 
-  EXPECT_EQ(CustomersLeft().size(), 1U);
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 1U);
   EXPECT_EQ(Lines(" edited"), 2) << "the question waits for the outcome";
   ExpectEverythingOnce();
   ExpectTheNextRunArchivesTheRest();
@@ -225,7 +193,7 @@ TEST_P(ArchiveServerFailuresTest, AConnectionThatEndsRightAfterACommitKeepsTheFi
       },
       [&](std::string_view) { return std::exchange(committed, false) ? Fate::CutOff : Fate::PassedOn; });
 
-  EXPECT_EQ(CustomersLeft().size(), 1U);
+  EXPECT_EQ(CustomersLeft(*engine_).size(), 1U);
   EXPECT_EQ(Lines(" edited"), 2);
   EXPECT_EQ(Lines(" undone"), 0);
   ExpectEverythingOnce();
@@ -245,7 +213,7 @@ TEST_P(ArchiveServerFailuresTest, ACommitOfWhichNobodyCanTellKeepsTheFiles) {
       return fate;
     });
 
-    EXPECT_EQ(CustomersLeft().size(), fate == Fate::Unanswered ? 1U : 2U);
+    EXPECT_EQ(CustomersLeft(*engine_).size(), fate == Fate::Unanswered ? 1U : 2U);
     EXPECT_EQ(Lines(" edited"), 2);
     EXPECT_EQ(Lines(" undone"), 0);
     ExpectNothingLost();

@@ -34,7 +34,7 @@ class ArchiveWebFarmTest : public testing::TestWithParam<std::string> {
 
   // Rows to archive: each call the same again.
   void Fill() {
-    for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
+    engine_->ExecuteAll(RowsOfThreeCustomers());
     engine_->Execute("insert into PARAMETERS values ('Webfarm Implemented', 'True')");
     engine_->Execute("insert into PARAMETERS values ('FTPPath', '" + place_.FtpPath() + "')");
   }
@@ -191,7 +191,7 @@ class ArchiveFtpFailureTest : public testing::Test {
  protected:
   ArchiveFtpFailureTest() : engine_(MakeEngine("sqlite", here_.suite)) {
     here_.Configure(engine_->ConnectionString(), ThreeCustomers());
-    for (const std::string& statement : RowsOfThreeCustomers()) engine_->Execute(statement);
+    engine_->ExecuteAll(RowsOfThreeCustomers());
     engine_->Execute("insert into PARAMETERS values ('Webfarm Implemented', 'True')");
   }
   ArchiveInstallation here_;
