@@ -210,14 +210,16 @@ TEST_F(DormantUserExpiryTest, ReadOnlyDatabaseEndsTheRunAtTheFirstDeletion) {
 TEST_F(DormantUserExpiryTest, NoConnectionAndNoRecordSetStaysOpenWhateverFails) {
   SetLimit("'30'");
   int failures = 0;
-  const int runs = environment_.LetEveryStepFail([this, &failures] {
-    database_.Run("DELETE FROM PROSPECT");
-    AddProspect("gone", "'1990-01-01 00:00:00'", "0");
-    AddProspect("here", "'2004-07-26 00:00:00'", "0");
-    const std::int32_t error = Expire();
-    EXPECT_TRUE(error == 0 || error == 70) << error;
-    failures += error == 70 ? 1 : 0;
-  });
+  const int runs = environment_.LetEveryStepFail(
+      [this, &failures] {
+        database_.Run("DELETE FROM PROSPECT");
+        AddProspect("gone", "'1990-01-01 00:00:00'", "0");
+        AddProspect("here", "'2004-07-26 00:00:00'", "0");
+        const std::int32_t error = Expire();
+        EXPECT_TRUE(error == 0 || error == 70) << error;
+        failures += error == 70 ? 1 : 0;
+      },
+      orvane_test::Closing::ByRelease);
   EXPECT_EQ(failures, runs - 1);
   EXPECT_GT(runs, 12);
   EXPECT_EQ(Prospects(), Names{"here"});

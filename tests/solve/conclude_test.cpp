@@ -101,6 +101,32 @@ TEST_P(CallOfAQuestionTest, IsNoCallForTheErp) {
 
 INSTANTIATE_TEST_SUITE_P(WithoutOne, CallOfAQuestionTest, testing::Values("NULL", "''", "'<NULL>'"));
 
+class UnusualCallTest : public ConclusionTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(UnusualCallTest, IsACallForTheErp) {
+  database_.Run(std::string("UPDATE QUESTIONS SET D_DIRECT_TO = 'anna', A_TEXT = 'x', Q_CALL = '") +
+                GetParam() + "' WHERE Q_ID = 26");
+  AddReminder(26, "", kDue);
+  job_.SolveOnNoResponse(3);
+  ASSERT_EQ(suite_->erpCalls.size(), 1U);
+  EXPECT_EQ(suite_->erpCalls[0].second.at(1).second, automation::Variant(GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, UnusualCallTest,
+                         testing::Values("<null>", "<NULL> ", " <NULL>", " ", "NULL", "0"));
+
+TEST_F(ConclusionTest, EveryRecordOfAPassHasItsOneMoment) {
+  AddQuestion(27);
+  AddReminder(26, "", kDue);
+  AddReminder(27, "", kDue);
+  suite_->before = [this](const std::string& step) {
+    if (step == "send") environment_.now = automation::AddMinutes(environment_.now, 10);
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Transactions(), (Texts{"26|LBLQX3479|160|7|2004-07-26 09:05:03|LBLQX3480||0",
+                                   "27|LBLQX3479|160|7|2004-07-26 09:05:03|LBLQX3480||0"}));
+}
+
 TEST_F(ConclusionTest, TheAnswerGoesToTheErpWithoutItsSeparators) {
   database_.Run(
       "UPDATE QUESTIONS SET Q_CALL = 'C-1', D_DIRECT_TO = 'anna', "

@@ -106,7 +106,9 @@ TEST_F(PassFaultsTest, NothingStaysOpenWhicheverComponentFails) {
     suite_->before = fail;
     directory_->before = fail;
     environment_.configuration->before = fail;
+    adodb_->connectionsLeftOpen = 0;
     EXPECT_NO_THROW(RunAnew());
+    EXPECT_EQ(adodb_->connectionsLeftOpen, 0) << failing;
     EXPECT_EQ(adodb_->openConnections, 0) << failing;
     EXPECT_EQ(adodb_->openRecordsets, 0) << failing;
     // The first step is the one on which the run log depends.

@@ -51,6 +51,56 @@ TEST_F(ReminderTest, NowIsTakenOnceForTheWholePass) {
             (Texts{"26|2004-07-20 09:00:00|2004-07-28 09:05:03|150", "27|2004-07-26 09:04:04|NULL|150"}));
 }
 
+TEST_F(ReminderTest, EveryConclusionOfAPassIsScheduledFromItsOneMoment) {
+  AddQuestion(27);
+  AddReminder(26, "2004-07-20 09:00:00", "");
+  AddReminder(27, "2004-07-20 09:00:00", "");
+  suite_->before = [this](const std::string& step) {
+    if (step == "send") environment_.now = automation::AddMinutes(environment_.now, 10);
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Reminders(), (Texts{"26|2004-07-20 09:00:00|2004-07-28 09:05:03|150",
+                                "27|2004-07-20 09:00:00|2004-07-28 09:05:03|150"}));
+}
+
+TEST_F(ReminderTest, TheMomentOfThePassComesAfterItsTimesWereRead) {
+  AddReminder(26, "2004-07-26 09:05:03", "");
+  adodb_->beforeStatement = [this](const std::string& sql) {
+    if (sql.find("Reminder_Time") != std::string::npos) {
+      environment_.now = automation::AddMinutes(environment_.now, 1);
+    }
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Reminders(), (Texts{"26|2004-07-26 09:05:03|2004-07-28 09:06:03|150"}));
+}
+
+TEST_F(ReminderTest, TheMomentOfThePassHasNoFractionOfASecond) {
+  automation::DateTimeParts parts = environment_.now.Parts();
+  parts.microsecond = 987654;
+  environment_.now = automation::DateTime::FromParts(parts);
+  AddQuestion(27);
+  AddReminder(26, "2004-07-20 09:00:00", "");
+  AddReminder(27, "", "2004-07-20 09:00:00");
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Reminders(), (Texts{"26|2004-07-20 09:00:00|2004-07-28 09:05:03|150"}));
+  EXPECT_EQ(Transactions(), (Texts{"27|LBLQX3479|160|7|2004-07-26 09:05:03|LBLQX3480||0"}));
+}
+
+TEST_F(ReminderTest, APassAsksAnewWhereTheInstallationLies) {
+  UseHtmlMails();
+  AddQuestion(27);
+  AddReminder(26, "2004-07-20 09:00:00", "");
+  job_.SolveOnNoResponse(0);
+  environment_.configuration->installDir = "/other/home";
+  disk_->AddFolder("/other/home/Data/HTML");
+  AddReminder(27, "2004-07-20 09:00:00", "");
+  job_.SolveOnNoResponse(0);
+  ASSERT_EQ(suite_->mails.size(), 2U);
+  EXPECT_EQ(suite_->mails[0].attachments.at(0).first, "\\suite\\home\\Data\\HTML\\26953.htm");
+  EXPECT_EQ(suite_->mails[1].attachments.at(0).first, "\\other\\home\\Data\\HTML\\26953.htm");
+  EXPECT_EQ(suite_->sheets.at(1).path, "\\other\\home\\Orvane\\Mail\\Sheets\\answer.xsl");
+}
+
 TEST_F(ReminderTest, ANullReminderDateIsNeverDue) {
   AddReminder(26, "", "");
   job_.SolveOnNoResponse(0);

@@ -153,6 +153,22 @@ TEST_F(SolveRunTest, AFailedEscalationIsReportedAndTheRunStops) {
   EXPECT_NE(disk_->Bytes(kLogFile).find("Stopped at"), std::string::npos);
 }
 
+TEST_F(SolveRunTest, AnEscalationComponentWithoutTheMemberIsReported) {
+  class WithAnotherEscalation : public FakeObjectContext {
+   public:
+    using FakeObjectContext::FakeObjectContext;
+    automation::ObjectPtr CreateInstance(std::string_view progId) override {
+      if (progId == "OrvaneProcessMTS.SolveOnNoResponse") return std::make_shared<automation::Object>();
+      return FakeObjectContext::CreateInstance(progId);
+    }
+  };
+  environment_.runtime.context = std::make_shared<WithAnotherEscalation>(environment_.runtime);
+  job_.Run();
+  EXPECT_EQ(suite_->events, Texts{});
+  EXPECT_EQ(Log(), (Texts{"Error occured in Orvane.ClearDueQuestions.HandleSolveOnNoResponse caught: "
+                          "Object doesn't support this property or method (438)."}));
+}
+
 TEST_F(SolveRunTest, ADatabaseThatCannotBeReachedIsReportedByTheReaderAndTheRun) {
   environment_.configuration->connectionStrings.clear();
   job_.Run();

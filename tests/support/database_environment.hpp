@@ -13,16 +13,19 @@
 namespace orvane_test {
 
 // Calls `run` again and again, letting a later step of ADO raise 70 each time, until a call comes to its end
-// undisturbed. `run` deals with what is raised. After each call no connection and no record set may be open.
-// The number of calls.
-int LetEveryStepFail(AdodbJournal& adodb, const std::function<void()>& run);
+// undisturbed. `run` deals with what is raised. After each call no connection and no record set may be open,
+// and unless `closing` says that its release may close it, each connection must have been closed. The number
+// of calls.
+enum class Closing { Explicit, ByRelease };
+int LetEveryStepFail(AdodbJournal& adodb, const std::function<void()>& run,
+                     Closing closing = Closing::Explicit);
 
 class DatabaseEnvironment : public TestRuntime {
  public:
   explicit DatabaseEnvironment(bool wal = true);
 
-  int LetEveryStepFail(const std::function<void()>& run) {
-    return orvane_test::LetEveryStepFail(*adodb, run);
+  int LetEveryStepFail(const std::function<void()>& run, Closing closing = Closing::Explicit) {
+    return orvane_test::LetEveryStepFail(*adodb, run, closing);
   }
 
   TemporaryFolder folder;

@@ -83,6 +83,9 @@ class WatchedConnection : public ADODB::Connection {
  public:
   WatchedConnection(JournalPtr journal, ConnectionPtr actual)
       : journal_(std::move(journal)), actual_(std::move(actual)), open_(journal_->openConnections) {}
+  ~WatchedConnection() override {
+    if (WatchedConnection::State() == ADODB::ObjectState::Open) ++journal_->connectionsLeftOpen;
+  }
 
   void Open(std::string_view connectionString, std::string_view user, std::string_view password,
             int options) override {

@@ -31,6 +31,7 @@ struct AdodbJournal {
 
   int openConnections = 0;
   int openRecordsets = 0;
+  int connectionsLeftOpen = 0;  // let go of without having been closed
 
   // Called with the name of each step ("Connection.Open", "Recordset.MoveNext", "Field.Value", ...) before it
   // is taken; what it raises is what the step raises.
