@@ -3,12 +3,12 @@
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "platform/locale/code_page.hpp"
+#include "platform/locale/date_pattern.hpp"
 #include "platform/locale/date_texts.hpp"
 #include "platform/locale/short_date.hpp"
 
@@ -49,9 +49,13 @@ class IcuLocale : public Locale {
     std::string text = ShortDate(value);
     const DateTimeParts parts = value.Parts();
     if (parts.hour == 0 && parts.minute == 0 && parts.second == 0) return text;
-    char time[40];
-    std::snprintf(time, sizeof time, " %02d:%02d:%02d", parts.hour, parts.minute, parts.second);
-    return text + time;
+    char separator = ' ';
+    for (const int part : {parts.hour, parts.minute, parts.second}) {
+      text += separator;
+      AppendNumber(text, part, 2);
+      separator = ':';
+    }
+    return text;
   }
 
   DateTime ParseDateTime(std::string_view text) const override {

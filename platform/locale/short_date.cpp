@@ -1,10 +1,10 @@
 #include "platform/locale/short_date.hpp"
 
 #include <cstddef>
-#include <cstdio>
 #include <optional>
 
 #include "platform/automation/error.hpp"
+#include "platform/locale/date_pattern.hpp"
 
 namespace automation {
 namespace {
@@ -34,12 +34,6 @@ char PartOf(char letter) {
     default:
       return 0;
   }
-}
-
-void AppendNumber(std::string& text, int number, int digits) {
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "%0*d", digits, number);
-  text += buffer;
 }
 
 struct Number {

@@ -8,7 +8,7 @@ namespace {
 using engine::ColumnType;
 
 // Room for the 255 characters of the widest ordinary text column, at four bytes each, and for the closing
-// zero.
+// zero; and for a paragraph or two of a long one.
 constexpr std::size_t kTextUnits = 512;
 constexpr std::size_t kTextBytes = kTextUnits * sizeof(SQLWCHAR);
 
@@ -21,8 +21,6 @@ std::size_t ClosingZero(TextForm form) {
 bool BoundColumn::Suits(SQLSMALLINT sqlType) {
   switch (sqlType) {
     case SQL_BIT:  // MariaDB's driver does not say whether a bound one is Null
-    case SQL_LONGVARCHAR:
-    case SQL_WLONGVARCHAR:
     case SQL_BINARY:
     case SQL_VARBINARY:
     case SQL_LONGVARBINARY:
@@ -53,6 +51,11 @@ SQLRETURN BoundColumn::Bind(SQLHANDLE statement, SQLUSMALLINT number, ColumnType
   }
   text_ = std::make_unique<SQLWCHAR[]>(kTextUnits);
   return bind(form == TextForm::Utf8 ? SQL_C_CHAR : SQL_C_WCHAR, text_.get(), kTextBytes);
+}
+
+SQLRETURN BoundColumn::Unbind(SQLHANDLE statement, SQLUSMALLINT number) {
+  text_.reset();
+  return SQLBindCol(statement, number, SQL_C_DEFAULT, nullptr, 0, nullptr);
 }
 
 bool BoundColumn::HoldsText() const {

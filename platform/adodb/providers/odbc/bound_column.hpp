@@ -16,12 +16,15 @@ namespace ADODB::odbc {
 // One call of the driver then fetches a row with all its short values, instead of one more call for each.
 class BoundColumn {
  public:
-  // Whether the values of a column of this type can be fetched so: they are short, most of the time.
+  // Whether the values of a column of this type can be fetched so, as long as they are short.
   static bool Suits(SQLSMALLINT sqlType);
 
   // The driver writes into this object with every fetch from now on: it must stay where it is, and outlive
   // the statement's results.
   SQLRETURN Bind(SQLHANDLE statement, SQLUSMALLINT number, engine::ColumnType type, TextForm form);
+
+  // The driver writes here no longer.
+  SQLRETURN Unbind(SQLHANDLE statement, SQLUSMALLINT number);
 
   // Whether the value that was fetched is here; a text that is too long for it is not.
   bool Holds() const { return !text_ || indicator_ == SQL_NULL_DATA || HoldsText(); }

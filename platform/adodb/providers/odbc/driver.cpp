@@ -36,8 +36,9 @@ Options DefaultOptions(Engine engine) {
           // A failed statement leaves the transaction as it was before it.
           {"Protocol", "7.4-2"},
           {"LFConversion", "0"},
-          // The just-in-time compiler takes minutes for conditions of thousands of terms.
-          {"ConnSettings", "SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'"},
+          // The just-in-time compiler takes minutes for conditions of thousands of terms. Named here, the
+          // encoding is also that of texts that the driver is asked for as bytes, whatever the locale is.
+          {"ConnSettings", "SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'%3BSET+client_encoding+to+'UTF8'"},
       };
     case Engine::MariaDb:
       return {
@@ -151,9 +152,14 @@ engine::ConnectionString ForDriver(const engine::ConnectionString& given, Engine
 }
 
 TextForm TextFormOf(Engine engine, const engine::ConnectionString& text) {
-  // MariaDB's driver opens a converter for every single text that it is asked for as UTF-16, while it passes
-  // texts on as they came when asked for bytes, which are UTF-8 in this character set.
-  const bool utf8 = engine == Engine::MariaDb && Lower(text.Value("CHARSET").value_or("")) == "utf8mb4";
+  // MariaDB's driver opens a converter for every single text that it is asked for as UTF-16, and PostgreSQL's
+  // converts it twice, once for its length. Both pass texts on as they came when asked for bytes, which are
+  // UTF-8 with these settings.
+  bool utf8 = false;
+  if (engine == Engine::MariaDb) utf8 = Lower(text.Value("CHARSET").value_or("")) == "utf8mb4";
+  if (engine == Engine::PostgreSql) {
+    utf8 = Contains(Lower(text.Value("ConnSettings").value_or("")), "client_encoding+to+'utf8'");
+  }
   return utf8 ? TextForm::Utf8 : TextForm::Utf16;
 }
 

@@ -136,8 +136,12 @@ bool Statement::Fetch() {
     Slot& slot = slots_[i];
     slot.asked = !slot.isBound || !slot.bound.Holds();
     if (!slot.asked) continue;
-    Check(ReadValue(handle_.Get(), static_cast<SQLUSMALLINT>(i + 1), columns_[i].type, style_.text, buffer_,
-                    slot.value));
+    const auto number = static_cast<SQLUSMALLINT>(i + 1);
+    Check(ReadValue(handle_.Get(), number, columns_[i].type, style_.text, buffer_, slot.value));
+    if (!slot.isBound) continue;
+    // One long text is followed by others, which would be copied twice.
+    Check(slot.bound.Unbind(handle_.Get(), number));
+    slot.isBound = false;
   }
   return true;
 }
