@@ -33,7 +33,8 @@ TEST(OdbcDriverTest, AddsTheOptionsThatThePostgreSqlDriverNeeds) {
   EXPECT_EQ(
       ForDriver("Provider=MSDASQL;Driver={PostgreSQL Unicode};Server=db;User ID=jobs;Password=a"),
       "Driver=PostgreSQL Unicode;Server=db;UID=jobs;PWD=a;BoolsAsChar=0;UseDeclareFetch=0;Protocol=7.4-2;"
-      "LFConversion=0;ConnSettings=SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'");
+      "LFConversion=0;ConnSettings=SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'%3B"
+      "SET+client_encoding+to+'UTF8'");
 }
 
 TEST(OdbcDriverTest, AddsTheOptionsThatTheMariaDbDriverNeeds) {
@@ -50,6 +51,20 @@ TEST(OdbcDriverTest, AddsTheOptionsThatTheSqlServerDriverNeeds) {
 TEST(OdbcDriverTest, LeavesOptionsOfTheStringAlone) {
   EXPECT_EQ(ForDriver("Driver={MariaDB Unicode};option=67108866;charset=latin1;InitStmt={SET @a = 1}"),
             "Driver=MariaDB Unicode;option=67108866;charset=latin1;InitStmt=SET @a = 1");
+}
+
+// As bytes only where they are sure to be UTF-8.
+TEST(OdbcDriverTest, ReadsTextsAsBytesWhenTheStringNamesTheirEncoding) {
+  using ADODB::odbc::TextForm;
+  const auto formOf = [](std::string_view text) {
+    const Engine engine = EngineOfDriver(*ConnectionString::Parse(text).Value("Driver"));
+    return ADODB::odbc::TextFormOf(engine, ADODB::odbc::ForDriver(ConnectionString::Parse(text), engine));
+  };
+  EXPECT_EQ(formOf("Driver={PostgreSQL Unicode}"), TextForm::Utf8);
+  EXPECT_EQ(formOf("Driver={PostgreSQL Unicode};ConnSettings=SET+jit%3Doff"), TextForm::Utf16);
+  EXPECT_EQ(formOf("Driver={MariaDB Unicode}"), TextForm::Utf8);
+  EXPECT_EQ(formOf("Driver={MariaDB Unicode};CHARSET=latin1"), TextForm::Utf16);
+  EXPECT_EQ(formOf("Driver=FreeTDS"), TextForm::Utf16);
 }
 
 TEST(OdbcDriverTest, KeepsUidAndPwdWhenBothSpellingsAreGiven) {

@@ -228,9 +228,10 @@ TEST_P(OdbcProviderTest, KeepsTheValuesOfOneRowOutOfTheNext) {
   EXPECT_FALSE(rows->Next());
 }
 
-TEST_P(OdbcProviderTest, ReadsShortTextsOfEverySizeAroundTheirMemory) {
-  session_->Execute("CREATE TABLE TEXTS (ID INTEGER PRIMARY KEY, SHORTTEXT VARCHAR(2000))" +
-                        std::string(TypeOfEngine("", " DEFAULT CHARACTER SET utf8mb4")),
+// Texts are fetched with their row until one is too long for that.
+TEST_P(OdbcProviderTest, ReadsTextsOfEverySizeAroundTheMemoryThatTheyAreFetchedInto) {
+  session_->Execute("CREATE TABLE TEXTS (ID INTEGER PRIMARY KEY, SHORTTEXT VARCHAR(2000), LONGTEXT_ " +
+                        std::string(TypeOfEngine("TEXT)", "LONGTEXT) DEFAULT CHARACTER SET utf8mb4")),
                     {});
   std::vector<std::string> texts;
   for (const std::size_t size : {0u, 1u, 250u, 254u, 255u, 256u, 509u, 510u, 511u, 512u, 513u, 1020u, 1021u,
@@ -245,15 +246,28 @@ TEST_P(OdbcProviderTest, ReadsShortTextsOfEverySizeAroundTheirMemory) {
     }
   }
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    session_->Execute("INSERT INTO TEXTS VALUES (?, ?)", {static_cast<std::int32_t>(i), texts[i]});
+    session_->Execute("INSERT INTO TEXTS VALUES (?, ?, ?)",
+                      {static_cast<std::int32_t>(i), texts[i], texts[i]});
   }
-  const auto rows = session_->Query("SELECT SHORTTEXT, ID, SHORTTEXT FROM TEXTS ORDER BY ID", {});
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    ASSERT_TRUE(rows->Next());
-    EXPECT_EQ(rows->Value(1), Variant(static_cast<std::int32_t>(i)));
-    for (const std::size_t column : {2u, 0u, 2u}) {  // in any order, and more than once
-      EXPECT_EQ(automation::ToText(rows->Value(column)), texts[i]);
+  const auto expectRow = [&](const ADODB::engine::Rows& rows, std::size_t i) {
+    EXPECT_EQ(rows.Value(1), Variant(static_cast<std::int32_t>(i)));
+    for (const std::size_t column : {3u, 0u, 2u, 0u}) {  // in any order, and more than once
+      EXPECT_EQ(automation::ToText(rows.Value(column)), texts[i]);
     }
+  };
+  const std::string select = "SELECT SHORTTEXT, ID, LONGTEXT_, SHORTTEXT FROM TEXTS ";
+  for (const bool descending : {false, true}) {
+    const auto rows = session_->Query(select + (descending ? "ORDER BY ID DESC" : "ORDER BY ID"), {});
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      ASSERT_TRUE(rows->Next());
+      expectRow(*rows, descending ? texts.size() - 1 - i : i);
+    }
+    EXPECT_FALSE(rows->Next());
+  }
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const auto rows = session_->Query(select + "WHERE ID = " + std::to_string(i), {});
+    ASSERT_TRUE(rows->Next());
+    expectRow(*rows, i);
   }
 }
 
