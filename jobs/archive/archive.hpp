@@ -61,7 +61,7 @@ class Archive : public Job {
   void archiveOriginator(const std::string& originator, const std::string& emailID);
   ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
   void purge(const ADODB::Statement& condition, ArchiveFile& questions, ArchiveFile& transactions);
-  bool purgeWasCommitted(const ADODB::Statement& deleteQuestions) const;
+  bool purgeWasCommitted() const;
   void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)
@@ -132,6 +132,7 @@ class Archive : public Job {
   Scripting::FileSystemObjectPtr m_oFileSystem;
   std::int64_t m_lRequestsWritten = 0;  // into the current customer's files by this run
   std::int64_t m_lTransactionsWritten = 0;
+  std::string m_sFirstRequest;      // the number of the first of them
   MSXML2::NodePtr m_oArchiveEntry;  // this run's entry, the same in both files
 
   Scripting::DictionaryPtr m_oFAQCategories;

@@ -171,15 +171,16 @@ void Archive::editQuestionsFile(ArchiveFile& questions) {
 
   const NodePtr requests = Required(document->selectSingleNode("//SRs"));
   for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
+    const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
     const NodePtr request = document->createNode(MSXML2::NodeType::Element, "SR", "");
-    addAttribute(document, request, "Q_ID", automation::ToText(m_rsQuestions->Value("Q_ID")));
+    addAttribute(document, request, "Q_ID", requestNumber);
     const automation::Variant& status = m_rsQuestions->Value("Q_STATUS");
     addAttribute(document, request, "Q_STATUS",
                  status.IsNull() ? std::string() : getStatusLabel(automation::ToInt32(status)));
     addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
     addFieldElements(document, request);
     requests->appendChild(request);
-    ++m_lRequestsWritten;
+    if (m_lRequestsWritten++ == 0) m_sFirstRequest = requestNumber;
   }
 }
 

@@ -159,7 +159,7 @@ void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, A
     }
     // A commit that was sent but not answered may have happened. Restoring the files would then destroy the
     // only copy, so they are restored only when the rows are known to be there still.
-    if (committing && !rolledBack && purgeWasCommitted(deleteQuestions)) {
+    if (committing && !rolledBack && purgeWasCommitted()) {
       tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
       return;
     }
@@ -171,20 +171,24 @@ void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, A
   tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
 }
 
-// The rows are asked for by deleting them and taking that back: a server that is still busy with the commit
-// holds them locked, so the answer waits until its outcome is settled. What ended this run's connection may
-// have ended one that waits to be used again as well, so one failure to ask says nothing.
-bool Archive::purgeWasCommitted(const ADODB::Statement& deleteQuestions) const {
+// A written request is asked for by deleting it and taking that back: a server that is still busy with the
+// commit holds it locked, so the answer waits until its outcome is settled. One that was written, and not
+// just any of the customer's: a request that came in since must not be taken for one that is still there.
+// What ended this run's connection may have ended one that waits to be used again as well, so one failure to
+// ask says nothing.
+bool Archive::purgeWasCommitted() const {
+  ADODB::Statement deleteRequest = "Delete from QUESTIONHISTORY where Q_ID=";
+  deleteRequest += ADODB::SqlValue(m_sFirstRequest);
   for (int attempt = 0; attempt < 2; ++attempt) {
     ADODB::ConnectionPtr connection;
     try {
       connection = OrvaneUtilities::GetOrvaneConnection();
       connection->BeginTrans();
       std::int64_t stillThere = 0;
-      connection->Execute(deleteQuestions, &stillThere, ADODB::kExecuteNoRecords);
+      connection->Execute(deleteRequest, &stillThere, ADODB::kExecuteNoRecords);
       connection->RollbackTrans();
       OrvaneUtilities::CloseConnection(connection);
-      return stillThere < m_lRequestsWritten;
+      return stillThere == 0;
     } catch (...) {
       OrvaneUtilities::CloseConnection(connection);
     }

@@ -99,6 +99,19 @@ TEST_F(ArchiveFilesTest, MissingLevelsOfTheFolderAreMadeOneByOne) {
   suite.Run();
 
   EXPECT_TRUE(std::filesystem::exists(suite.home / "deep" / "er" / "Data" / "Archives" / "NoBP_jdoe_SR.xml"));
+  const std::string folder = suite.home.string() + "\\deep\\er\\Data\\Archives\\";
+  EXPECT_THAT(suite.LogMessages(), Contains("Archive Files " + folder + "NoBP_jdoe_SR.xml and " + folder +
+                                            "NoBP_jdoe_trans.xml edited"));
+}
+
+TEST_F(ArchiveFilesTest, TheDriveOfAFolderThatIsThereIsNotAskedFor) {
+  std::filesystem::create_directories(suite.archives);
+  suite.faults->driveExists = [](const std::string&) { return false; };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
 }
 
 TEST_F(ArchiveFilesTest, AMissingDriveSkipsAllCustomersWithOneReason) {

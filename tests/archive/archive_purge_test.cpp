@@ -59,6 +59,37 @@ class ArchivePurgeTest : public ArchiveTest {
     };
   }
 
+  // jdoe's commit is made, but its answer is lost; `then` happens right after it.
+  void LoseTheFirstAnswer(std::function<void()> then) {
+    suite.journal->after = [then = std::move(then), lost = false](std::string_view step) mutable {
+      if (step != "Connection.CommitTrans" || std::exchange(lost, true)) return;
+      then();
+      Fail("server closed the connection");
+    };
+  }
+  // jdoe's commit does not arrive, and the engine rolls back by itself; `then` happens right after it.
+  void LoseTheFirstCommit(std::function<void()> then) {
+    FailCommits(1);
+    suite.journal->after = [then = std::move(then), lost = false](std::string_view step) mutable {
+      if (step != "Connection.RollbackTrans" || std::exchange(lost, true)) return;
+      then();
+      Fail("server closed the connection");
+    };
+  }
+  void FailNextConnections(int count) {
+    suite.journal->before = [count](std::string_view step) mutable {
+      if (step == "Connection.Open" && count-- > 0) Fail("server is not there");
+    };
+  }
+  void ExpectJdoesRowsGoneAndTheFilesKept() {
+    EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+    EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+    EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//Transaction/T_NAME"), ElementsAre("old", "new"));
+    EXPECT_THAT(NewMessages(),
+                Contains("Archive Files " + questionsPath + " and " + transactionsPath + " edited"));
+    EXPECT_THAT(NewMessages(), Not(Contains(::testing::HasSubstr("undone"))));
+  }
+
   const std::string questionsPath = suite.ArchivePath("NoBP_jdoe_SR.xml");
   const std::string transactionsPath = suite.ArchivePath("NoBP_jdoe_trans.xml");
   std::string questionsBefore;
@@ -213,6 +244,78 @@ TEST_F(ArchivePurgeTest, AFailedCommitRestoresTheFilesWhenTheRowsAreStillThere) 
   EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
 }
 
+TEST_F(ArchivePurgeTest, ACommitThatWasMadeButNotAnsweredKeepsTheFiles) {
+  LoseTheFirstAnswer([] {});
+
+  suite.Run();
+
+  ExpectJdoesRowsGoneAndTheFilesKept();
+}
+
+TEST_F(ArchivePurgeTest, ARowThatComesInBehindAnUnansweredCommitIsNotTakenForOneThatIsStillThere) {
+  LoseTheFirstAnswer([this] { suite.AddRequest(9, "jdoe"); });
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("9"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//Transaction/T_NAME"), ElementsAre("old", "new"));
+}
+
+TEST_F(ArchivePurgeTest, WhatBecameOfACommitIsAskedAgainWhenTheFirstConnectionIsGoneToo) {
+  LoseTheFirstAnswer([this] { FailNextConnections(1); });
+
+  suite.Run();
+
+  ExpectJdoesRowsGoneAndTheFilesKept();
+}
+
+TEST_F(ArchivePurgeTest, RowsThatAreStillThereAfterAFailedCommitGiveTheFilesTheirContentBack) {
+  LoseTheFirstCommit([] {});
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(),
+              Contains("Changes to XML files undone" + questionsPath + transactionsPath + " undone"));
+}
+
+TEST_F(ArchivePurgeTest, WhetherRowsAreStillThereIsAskedAgainWhenTheFirstConnectionIsGoneToo) {
+  LoseTheFirstCommit([this] { FailNextConnections(1); });
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+}
+
+TEST_F(ArchivePurgeTest, WhenNobodyCanTellWhatBecameOfACommitTheFilesStay) {
+  LoseTheFirstAnswer([this] { FailNextConnections(2); });
+
+  suite.Run();
+
+  ExpectJdoesRowsGoneAndTheFilesKept();
+}
+
+TEST_F(ArchivePurgeTest, AskingWhatBecameOfACommitLeavesNoConnectionOpen) {
+  int opened = 0;
+  int closed = 0;
+  LoseTheFirstAnswer([&] {
+    suite.journal->before = [&](std::string_view step) {
+      opened += step == "Connection.Open" ? 1 : 0;
+      closed += step == "Connection.Close" ? 1 : 0;
+    };
+  });
+
+  suite.Run();
+
+  EXPECT_GT(opened, 0);
+  EXPECT_EQ(closed, opened + 1) << "the run's own connection was opened before";
+}
+
 TEST_F(ArchivePurgeTest, RowsThatWentMeanwhileLeaveTheEntriesAndTheLine) {
   suite.faults->onSave = [this](const std::string& path) {
     if (path == transactionsPath) {
@@ -246,6 +349,53 @@ TEST_F(ArchivePurgeTest, ATransactionThatComesInAfterTheFilesWereWrittenIsNotDel
               Contains("Changes to XML files undone" + questionsPath + transactionsPath + " undone"));
 }
 
+TEST_F(ArchivePurgeTest, ALateRowOfTheNextCustomerIsNotCoveredByWhatTheOneBeforeHadWritten) {
+  int purges = 0;
+  suite.journal->before = [&](std::string_view step) {
+    if (step == "Connection.BeginTrans" && ++purges == 2) suite.AddTransaction(3, "late");
+  };
+
+  suite.Run();
+
+  EXPECT_EQ(purges, 2);
+  EXPECT_THAT(suite.Rows("select T_NAME from TRANSACTIONS"), ElementsAre("zoe's", "late"));
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("3"));
+}
+
+TEST_F(ArchivePurgeTest, ARequestThatComesInAfterTheFilesWereWrittenIsNotDeletedUnwritten) {
+  bool late = false;
+  suite.journal->before = [&](std::string_view step) {
+    if (step == "Connection.BeginTrans" && !std::exchange(late, true)) suite.AddRequest(9, "jdoe");
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe' order by Q_ID"),
+              ElementsAre("2", "9"));
+  EXPECT_THAT(suite.Rows("select T_NAME from TRANSACTIONS where Q_ID = 2"), ElementsAre("new"));
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+}
+
+TEST_F(ArchivePurgeTest, ANewCustomersEntryIsNumberedOneWhateverTheCustomerBeforeHad) {
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//Archive/@ArchiveID"), ElementsAre("1", "2"));
+  EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//Archive/@ArchiveID"), ElementsAre("1"));
+  EXPECT_THAT(suite.Texts("NoBP_zoe_trans.xml", "//@ArchiveID"), ElementsAre("1", "1"));
+}
+
+TEST_F(ArchivePurgeTest, ARequestsFileThatWasSavedButNotHandedOutStaysAsItWasSaved) {
+  suite.fileHandling->failingMember = "StoreFile(" + questionsPath;
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+  EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + questionsPath + " failed1"));
+}
+
 TEST_F(ArchivePurgeTest, AnEmptyCatalogueTableEndsTheCustomersThatNeedIt) {
   suite.ExecuteCatalogue("delete from PRODUCTCATEGORY");
   suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 3 where Q_ORIGINATOR = 'jdoe'");
@@ -264,6 +414,8 @@ TEST_F(ArchivePurgeTest, AFileHandlingComponentThatFailsEndsTheStageItServes) {
 
   ExpectJdoesRowsKeptAndZoeArchived();
   EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), questionsBefore);
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//SR/@Q_ID"), ElementsAre("1", "2"))
+      << "only the requests file is restored";
   EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + transactionsPath + " failed2"));
 }
 

@@ -110,6 +110,56 @@ TEST_F(ArchiveRunTest, NegativeArchiveAfterReachesIntoTheFuture) {
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
 }
 
+TEST_F(ArchiveRunTest, ArchiveAfterIsRoundedToWholeDays) {
+  suite.SetParameter("ArchiveAfter", " 3.5 ");
+  suite.AddRequest(1, "jdoe", "2004-07-22 09:05:02");  // four days and a second ago
+  suite.AddRequest(2, "jdoe", "2004-07-22 09:05:03");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
+}
+
+TEST_F(ArchiveRunTest, ArchiveAfterBeyondAnyWholeNumberEndsTheRun) {
+  suite.SetParameter("ArchiveAfter", "2147483648");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.LogMessages(),
+              ElementsAre("Archiving Process started by NTService", "Archiving Process ended."));
+  ASSERT_EQ(suite.test.log->size(), 1U);
+  EXPECT_EQ(suite.test.log->front().message,
+            "METHOD: \r\nOrvaneProcess.Archive.archiveQuestions caught: Overflow(6).");
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+}
+
+TEST_F(ArchiveRunTest, EveryStatementComparesWithTheMomentOfTheRunsStart) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  suite.AddRequest(3, "zoe", "2004-07-25 09:05:30");  // a day ago by the time it is zoe's turn
+  suite.faults->onLoad = [this](const std::string&) {
+    automation::DateTimeParts later = suite.test.now.Parts();
+    ++later.minute;
+    suite.test.now = automation::DateTime::FromParts(later);
+  };
+  std::vector<std::string> comparisons;
+  suite.journal->beforeStatement = [&](const std::string& sql) {
+    const std::size_t at = sql.find("ENDSTATUSTIME)<");
+    if (at != std::string::npos) comparisons.push_back(sql.substr(at + 15, 21));
+  };
+
+  suite.Run();
+
+  ASSERT_EQ(comparisons.size(), 9U) << "the selection of customers, and four statements for each of them";
+  EXPECT_EQ(comparisons.front().substr(0, 5), "{ts '");
+  for (std::size_t i = 1; i < comparisons.size(); ++i) EXPECT_EQ(comparisons[i], "'7-26-2004 09:05:03' ");
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("3"));
+  EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//Archive/@DateArchived"),
+              ElementsAre(::testing::Not("7-26-2004 09:05:03")))
+      << "an entry has the moment when it was made";
+}
+
 TEST_F(ArchiveRunTest, TheSameRowsGoInADayFirstLocale) {
   suite.test.locale->dayFirst = true;
   suite.test.locale->separator = ".";
@@ -216,6 +266,47 @@ TEST_F(ArchiveRunTest, AMissingCatalogueIsReportedAndReturns) {
       suite.test.log->back().message,
       HasSubstr("OrvaneProcess.Archive.archiveQuestions caught: no value for VnServer/ECatalog(1001)."));
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+}
+
+TEST_F(ArchiveRunTest, ARunThatDoesNotLearnWhereItsLogLiesWritesNoneOfTheRunBefore) {
+  OrvaneProcess::Archive archive;
+  archive.Run();
+  const std::string log = suite.RunLog();
+  suite.test.configuration->before = [](std::string_view member) {
+    if (member == "RootPath") throw automation::Error(-2147467259, "Vantrel.Configuration", "no home");
+  };
+
+  archive.Run();
+
+  EXPECT_EQ(suite.RunLog(), log);
+  ASSERT_EQ(suite.test.log->size(), 1U);
+  EXPECT_EQ(suite.test.log->front().message,
+            "METHOD: \r\nOrvaneProcess.Archive.archiveQuestions caught: no home(-2147467259).");
+}
+
+TEST_F(ArchiveRunTest, TheFolderOfTheArchivesIsAskedForAfterTheFirstLine) {
+  suite.AddRequest(1, "jdoe");
+  const std::filesystem::path elsewhere = suite.folder.Path() / "elsewhere";
+  int asked = 0;
+  suite.test.configuration->before = [&](std::string_view member) {
+    if (member == "RootPath" && ++asked == 2) suite.test.configuration->rootPath = elsewhere.string();
+  };
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(elsewhere / "Data" / "Archives" / "NoBP_jdoe_SR.xml"));
+  EXPECT_EQ(suite.LogMessages().back(), "Archiving Process ended.") << "where the log was at the start";
+}
+
+TEST_F(ArchiveRunTest, ACustomerNamedProspectIsFoundByItsIdAndNotByItsAddress) {
+  suite.AddRequest(1, "Prospect");
+  suite.Execute("update QUESTIONHISTORY set EMAILID = 'a@example.org'");
+  suite.AddProspectRequest(2, "a@example.org", "2004-07-26 09:05:04");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP__SR.xml", "//SR/@Q_ID"), ElementsAre("1"));
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
 }
 
 TEST_F(ArchiveRunTest, TheObjectMayBeUsedAgainAndReadsItsParametersAnew) {

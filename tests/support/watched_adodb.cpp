@@ -114,10 +114,12 @@ class WatchedConnection : public ADODB::Connection {
   void CommitTrans() override {
     Step(journal_, "Connection.CommitTrans");
     actual_->CommitTrans();
+    if (journal_->after) journal_->after("Connection.CommitTrans");
   }
   void RollbackTrans() override {
     Step(journal_, "Connection.RollbackTrans");
     actual_->RollbackTrans();
+    if (journal_->after) journal_->after("Connection.RollbackTrans");
   }
 
   const ConnectionPtr& Actual() const { return actual_; }

@@ -36,6 +36,9 @@ struct AdodbJournal {
   // Called with the name of each step ("Connection.Open", "Recordset.MoveNext", "Field.Value", ...) before it
   // is taken; what it raises is what the step raises.
   std::function<void(std::string_view step)> before;
+  // Called with "Connection.CommitTrans" or "Connection.RollbackTrans" after it was done; what it raises is
+  // what the step raises, as if the answer had been lost.
+  std::function<void(std::string_view step)> after;
   // Called with each text before it is opened or executed; what it raises is what that raises.
   std::function<void(const std::string& sql)> beforeStatement;
   // Called with the name of a column before a value is given to it.
