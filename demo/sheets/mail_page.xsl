@@ -42,14 +42,33 @@
   <xsl:param name="LBLQX3201"/><!-- Contract -->
   <xsl:param name="LBLQX3867"/><!-- Warranty -->
 
+  <!-- The language that the captions are in, told by the first of them; empty for one that is not known here.
+       Readers aloud pronounce the page by it, and browsers choose the shapes of Chinese characters. -->
+  <xsl:variable name="language">
+    <xsl:choose>
+      <xsl:when test="$LBLQX3120 = 'Service request'">en</xsl:when>
+      <xsl:when test="$LBLQX3120 = 'Serviceaanvraag'">nl</xsl:when>
+      <xsl:when test="$LBLQX3120 = 'Serviceanfrage'">de</xsl:when>
+      <xsl:when test="$LBLQX3120 = '&#12469;&#12540;&#12499;&#12473;&#20381;&#38972;'">ja</xsl:when>
+    </xsl:choose>
+  </xsl:variable>
+
   <xsl:template match="/">
     <xsl:apply-templates select="MAIL"/>
   </xsl:template>
 
   <xsl:template match="MAIL">
     <html>
+      <xsl:if test="$language != ''">
+        <xsl:attribute name="lang">
+          <xsl:value-of select="$language"/>
+        </xsl:attribute>
+      </xsl:if>
       <head>
+        <!-- The page shows text and loads nothing. -->
+        <meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'"/>
         <meta name="viewport" content="width=device-width, initial-scale=1"/>
+        <meta name="color-scheme" content="light dark"/>
         <title>
           <xsl:value-of select="concat($LBLQX3120, ' ', CASEID)"/>
         </title>
@@ -288,10 +307,14 @@
         </p>
       </xsl:if>
       <dl>
+        <!-- Japanese names begin with the family. -->
+        <xsl:apply-templates select="LASTNAME[. != '' and $language = 'ja']" mode="row">
+          <xsl:with-param name="caption" select="$LBLQX3670"/>
+        </xsl:apply-templates>
         <xsl:apply-templates select="FIRSTNAME[. != '']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3067"/>
         </xsl:apply-templates>
-        <xsl:apply-templates select="LASTNAME[. != '']" mode="row">
+        <xsl:apply-templates select="LASTNAME[. != '' and $language != 'ja']" mode="row">
           <xsl:with-param name="caption" select="$LBLQX3670"/>
         </xsl:apply-templates>
         <xsl:apply-templates select="POSITION[. != '']" mode="row">
@@ -363,8 +386,8 @@
 
   <xsl:template name="style">
     <xsl:text>
-:root { --ink: #1d2733; --soft: #5d6b7a; --line: #dfe5ec; --card: #ffffff; --ground: #f1f4f8; --accent: #1f5fbf;
-  --tint: #e8f0fc; --green: #1a7a3c; --red: #b3261e; }
+:root { color-scheme: light dark; --ink: #1d2733; --soft: #5d6b7a; --line: #dfe5ec; --card: #ffffff;
+  --ground: #f1f4f8; --accent: #1f5fbf; --tint: #e8f0fc; --green: #1a7a3c; --red: #b3261e; }
 body.conclusion { --accent: #46566a; --tint: #e9edf2; }
 @media (prefers-color-scheme: dark) {
   :root { --ink: #e6ebf1; --soft: #9fadbc; --line: #303b47; --card: #1b232c; --ground: #11171d; --accent: #6ea3f2;

@@ -252,8 +252,9 @@ class GenerationTest : public testing::TestWithParam<std::tuple<SuiteTablesMaker
     } else {
       page.push_back(label("3107"));
       const Person& person = suite_.directory_->people.at(one.person);
+      if (language == 1041) row("3670", person.lastName);
       row("3067", person.firstName);
-      row("3670", person.lastName);
+      if (language != 1041) row("3670", person.lastName);
       row("3090", person.email);
     }
     return page;

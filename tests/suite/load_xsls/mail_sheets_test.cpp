@@ -204,7 +204,37 @@ TEST_P(MailSheetsTest, AHostileTextShowsAsTextWhereverItStands) {
                                       "<b><font color=green onmouseover=alert(1)>x</font></b>"}));
   EXPECT_EQ(page.Texts("//h1"), std::vector<std::string>{hostile + "4"});
   EXPECT_EQ(page.Count("//style"), 1u);
-  EXPECT_EQ(page.Count("//meta"), 2u);
+  EXPECT_EQ(page.Count("//meta"), 4u);
+}
+
+// Should a text ever become markup, a browser still runs nothing and fetches nothing for it.
+TEST_P(MailSheetsTest, ThePageForbidsScriptsAndEverythingFromElsewhere) {
+  const Page page(Html(PlainDocument({})));
+  EXPECT_EQ(page.Texts("//meta[@http-equiv='Content-Security-Policy']/@content"),
+            std::vector<std::string>{"default-src 'none'; style-src 'unsafe-inline'"});
+}
+
+TEST_P(MailSheetsTest, TellsItsLanguageAndPutsNamesInItsOrder) {
+  std::map<std::string, std::map<std::string, std::string>> captions;  // by locale
+  std::ifstream file(ORVANE_TEXTS);
+  for (std::string line; std::getline(file, line);) {
+    if (!line.starts_with("LBLQX")) continue;
+    const std::size_t first = line.find('\t');
+    const std::size_t second = line.find('\t', first + 1);
+    captions[line.substr(first + 1, second - first - 1)][line.substr(0, first)] = line.substr(second + 1);
+  }
+  ASSERT_EQ(captions.size(), 4u);
+  const std::map<std::string, std::string> languages = {
+      {"1033", "en"}, {"1043", "nl"}, {"1031", "de"}, {"1041", "ja"}};
+  const std::string names = "//dd[starts-with(., 'value of FIRST') or starts-with(., 'value of LAST')]";
+  for (const auto& [locale, texts] : captions) {
+    const Page page(Html(PlainDocument({}), texts));
+    EXPECT_EQ(page.Texts("/html/@lang"), std::vector<std::string>{languages.at(locale)});
+    EXPECT_EQ(page.Texts(names), locale == "1041"
+                                     ? (std::vector<std::string>{"value of LASTNAME", "value of FIRSTNAME"})
+                                     : (std::vector<std::string>{"value of FIRSTNAME", "value of LASTNAME"}));
+  }
+  EXPECT_EQ(Page(Html(PlainDocument({}))).Count("//@lang"), 0u);  // captions of another language
 }
 
 TEST_P(MailSheetsTest, ThePageIsPlainAscii) {
