@@ -83,12 +83,13 @@ std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation)
 // The customers who have requests in the database.
 std::vector<std::string> CustomersLeft(Engine& engine);
 
-// Each request and each transaction of those rows is in the database or in an archive file. Files that hold
-// nothing yet may be unfinished; all others must be archive files.
-void ExpectNothingLost(Engine& engine, const ArchiveInstallation& installation, const std::string& when);
+// Each request and each transaction of those rows is in the database or in an archive file, as often as they
+// have been filled in. Files that hold nothing yet may be unfinished; all others must be archive files.
+void ExpectNothingLost(Engine& engine, const ArchiveInstallation& installation, const std::string& when,
+                       int times = 1);
 
 // An undisturbed run archives everything that is left, and leaves nothing beside the archive files.
 void ExpectNextRunGoesThrough(Engine& engine, const ArchiveInstallation& installation,
-                              const std::string& when);
+                              const std::string& when, int times = 1);
 
 }  // namespace orvane_test
