@@ -151,6 +151,36 @@ TEST_F(ConclusionTest, AnErpThatFailsHoldsUpNothing) {
   EXPECT_EQ(suite_->mails.size(), 1U);
 }
 
+TEST_F(ConclusionTest, TheRowIsDeletedOnceTheMailIsOnItsWay) {
+  AddReminder(26, "", kDue);
+  Texts rows;
+  suite_->before = [this, &rows](const std::string& step) {
+    if (step == "Concluded" || step == "send")
+      rows.push_back(step + " " + std::to_string(Reminders().size()));
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(rows, (Texts{"Concluded 1", "send 1"}));
+  EXPECT_EQ(Reminders(), Texts{});
+}
+
+TEST_F(ConclusionTest, TheQuestionIsWrittenBeforeItsRecordAndClosedBeforeItsComponentsAreAsked) {
+  AddReminder(26, "", kDue);
+  Texts states;
+  const auto note = [this, &states](const std::string& step) {
+    states.push_back(step + " " + Status(26) + " " + std::to_string(Transactions().size()) + " " +
+                     std::to_string(adodb_->openRecordsets));
+  };
+  adodb_->beforeStatement = [&note](const std::string& sql) {
+    if (sql.find("TRANSACTIONS") != std::string::npos) note("record");
+  };
+  suite_->before = [&note](const std::string& step) {
+    if (step == "Concluded") note(step);
+  };
+  job_.SolveOnNoResponse(0);
+  // While the record is made the reminders and the question are open, afterwards the reminders alone.
+  EXPECT_EQ(states, (Texts{"record 160 0 2", "Concluded 160 1 1"}));
+}
+
 TEST_F(ConclusionTest, AMailThatCannotBeSentHoldsUpNothing) {
   AddReminder(26, "", kDue);
   suite_->before = [](const std::string& step) {

@@ -266,6 +266,30 @@ TEST_F(MailDocumentTest, WithoutABackEndThereIsNoInstalledBase) {
   EXPECT_EQ(suite_->sheets[0].document.find("INSTALLEDBASE"), std::string::npos);
 }
 
+TEST_F(MailDocumentTest, AnyGenerationButZeroIsABackEnd) {
+  UseHtmlMails();
+  suite_->contracts[26] = {"CT-1", "Full service"};
+  for (const int generation : {-1, 1, 2, 5}) {
+    suite_->sheets.clear();
+    peer_.SetGeneration(generation);
+    peer_.SendMail(8, 26);
+    ASSERT_EQ(suite_->sheets.size(), 1U);
+    EXPECT_NE(suite_->sheets[0].document.find("<CONTRACT>CT-1</CONTRACT>"), std::string::npos) << generation;
+  }
+}
+
+TEST_F(MailDocumentTest, TheQuestionIsClosedBeforeThePageIsMade) {
+  UseHtmlMails();
+  Texts open;
+  suite_->before = [this, &open](const std::string& step) {
+    if (step == "LoadOrvaneTemplate" || step == "transform") {
+      open.push_back(step + " " + std::to_string(adodb_->openConnections));
+    }
+  };
+  peer_.SendMail(8, 26);
+  EXPECT_EQ(open, (Texts{"LoadOrvaneTemplate 0", "transform 0"}));
+}
+
 TEST_F(MailDocumentTest, WithABackEndAMailShowsTheInstalledBase) {
   UseHtmlMails();
   peer_.SetGeneration(3);
