@@ -10,12 +10,14 @@
         <meta name="viewport" content="width=device-width, initial-scale=1"/>
         <title><xsl:call-template name="title"/></title>
         <style>
-          body { font: 16px/1.5 system-ui, sans-serif; margin: 0 auto; max-width: 60rem; padding: 1rem; color: #1d2733; }
+          :root { color-scheme: light dark; --text: #1d2733; --quiet: #5b6775; --line: #d9dfe6; --page: #fff; }
+          @media (prefers-color-scheme: dark) { :root { --text: #e6ebf0; --quiet: #a3afbc; --line: #3a4552; --page: #14191f; } }
+          body { font: 16px/1.5 system-ui, sans-serif; margin: 0 auto; max-width: 60rem; padding: 1rem; color: var(--text); background: var(--page); }
           h1 { font-size: 1.4rem; } h2 { font-size: 1.1rem; margin: 2rem 0 .5rem; }
-          .note { color: #5b6775; font-size: .9rem; }
-          dl { display: grid; grid-template-columns: minmax(9rem, 14rem) 1fr; margin: 0; border-top: 1px solid #d9dfe6; }
-          dt, dd { margin: 0; padding: .3rem .5rem; border-bottom: 1px solid #d9dfe6; overflow-wrap: anywhere; }
-          dt { color: #5b6775; } dd { white-space: pre-wrap; }
+          .note { color: var(--quiet); font-size: .9rem; }
+          dl { display: grid; grid-template-columns: minmax(9rem, 14rem) 1fr; margin: 0; border-top: 1px solid var(--line); }
+          dt, dd { margin: 0; padding: .3rem .5rem; border-bottom: 1px solid var(--line); overflow-wrap: anywhere; }
+          dt { color: var(--quiet); } dd { white-space: pre-wrap; }
           .transaction { margin-top: 1rem; }
           @media (max-width: 36rem) { dl { grid-template-columns: 1fr; } dt { border: 0; padding-bottom: 0; } }
         </style>
@@ -23,8 +25,8 @@
       <body>
         <h1><xsl:call-template name="title"/></h1>
         <p class="note">
-          <xsl:value-of select="count(*[1]/SR)"/> requests, archived in
-          <xsl:value-of select="count(Archives/Archive)"/> runs.
+          <xsl:value-of select="count(*[1]/SR)"/> request<xsl:if test="count(*[1]/SR) != 1">s</xsl:if>, archived in
+          <xsl:value-of select="count(Archives/Archive)"/> run<xsl:if test="count(Archives/Archive) != 1">s</xsl:if>.
         </p>
         <xsl:apply-templates select="*[1]/SR"/>
         <h2>Runs</h2>

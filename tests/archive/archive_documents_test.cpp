@@ -332,6 +332,22 @@ TEST_F(ArchiveDocumentsTest, AFileThatAKilledRunWasJustCreatingIsMadeWhole) {
   }
 }
 
+TEST_F(ArchiveDocumentsTest, OnAFarmAFileThatAKilledRunWasJustCreatingIsReplacedByTheSharedOne) {
+  suite.SetParameter("Webfarm Implemented", "True");
+  suite.AddRequest(1, "jdoe");
+  suite.Run();
+  const std::string shared = suite.Archive("NoBP_jdoe_SR.xml");
+  suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", "<Quest");
+  suite.fileHandling->onFetch = [&](const std::string& name) {
+    if (name == "NoBP_jdoe_SR.xml") suite.folder.Write("suite/home/Data/Archives/" + name, shared);
+  };
+  suite.AddRequest(2, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+}
+
 TEST_F(ArchiveDocumentsTest, AShortFileOfAnotherKindIsNotTakenForOne) {
   suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", "<Quest!");
   suite.undescribed = {"NoBP_jdoe_SR.xml"};

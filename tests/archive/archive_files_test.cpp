@@ -54,6 +54,28 @@ TEST_F(ArchiveFilesTest, AProspectCarriesThePartnerNumberOfTheCustomerBefore) {
   EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_zoe@example.org_SR.xml"));
 }
 
+TEST_F(ArchiveFilesTest, ACustomerWhomTheDirectoryDoesNotKnowTakesNoNumberOverAndHandsNoneOn) {
+  suite.directory->people["jdoe"].businessPartner = 1042;
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "unknown");
+  suite.AddProspectRequest(3, "zoe@example.org");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP1042_jdoe_SR.xml"));
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_unknown_SR.xml"));
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_zoe@example.org_SR.xml"));
+}
+
+TEST_F(ArchiveFilesTest, ANegativePartnerNumberIsANumber) {
+  suite.directory->people["jdoe"].businessPartner = -7;
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_TRUE(std::filesystem::exists(suite.archives / "BP-7_jdoe_trans.xml"));
+}
+
 TEST_F(ArchiveFilesTest, ThePartnerNumberCarriesOverToTheNextRunOfTheSameObject) {
   suite.directory->people["jdoe"].businessPartner = 1042;
   suite.AddRequest(1, "jdoe");
@@ -248,6 +270,32 @@ TEST_F(ArchiveFilesTest, ALineAboutACustomerNeverNamesTheFilesOfTheOneBefore) {
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
 }
 
+TEST_F(ArchiveFilesTest, ALineAboutAProspectNamesTheFileOfItsAddress) {
+  suite.AddProspectRequest(1, "ann@example.org");
+  suite.journal->beforeStatement = [](const std::string& sql) {
+    if (sql.find("Webfarm Implemented") != std::string::npos)
+      throw automation::Error(-2147467259, "engine", "gone");
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Questions XML file " + suite.ArchivePath("NoBP_ann@example.org_SR.xml") +
+                       " could not be created/loaded"));
+}
+
+TEST_F(ArchiveFilesTest, TheOwnerIsLookedUpBeforeTheFolderIsMade) {
+  suite.faults->driveExists = [this](const std::string&) {
+    EXPECT_THAT(suite.directory->calls, Contains("BindAs(jdoe|cn=orvane|secret)"));
+    return false;
+  };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.LogMessages(), Contains("Reason : Invalid drive mentioned"));
+}
+
 TEST_F(ArchiveFilesTest, TheNextRunTriesTheFolderAgain) {
   suite.faults->driveExists = [](const std::string&) { return false; };
   suite.AddRequest(1, "jdoe");
@@ -262,8 +310,9 @@ TEST_F(ArchiveFilesTest, TheNextRunTriesTheFolderAgain) {
 
 TEST_F(ArchiveFilesTest, AnOwnerThatWouldLeaveTheFolderKeepsItsRows) {
   std::filesystem::create_directories(suite.home / "Data");
-  const std::vector<std::string> owners = {"../../evil@example.org", "..\\..\\evil@example.org",
-                                           "a/b@example.org", "tab\there@example.org"};
+  const std::vector<std::string> owners = {
+      "../../evil@example.org", "..\\..\\evil@example.org",      "a/b@example.org",
+      "tab\there@example.org",  "unit\x1fseparator@example.org", "rub\x7fout@example.org"};
   int id = 0;
   for (const std::string& owner : owners) suite.AddProspectRequest(++id, owner);
 
@@ -313,6 +362,10 @@ TEST_F(ArchiveFilesTest, DotsAndNonAsciiLettersAreOrdinaryNames) {
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
   EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_.._SR.xml"));
   EXPECT_TRUE(std::filesystem::exists(suite.archives / "NoBP_müller@example.org_SR.xml"));
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Archive Files " + suite.ArchivePath("NoBP_m?ller@example.org_SR.xml") + " and " +
+                       suite.ArchivePath("NoBP_m?ller@example.org_trans.xml") + " edited"))
+      << "the run log is in the code page";
 }
 
 }  // namespace

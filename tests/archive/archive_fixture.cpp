@@ -43,6 +43,7 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
                  OrvCommonMTS::FolderKind kind, std::int16_t mode) override {
     Call("FetchFile(" + std::string(ftpPath) + "," + std::string(name) + "," + std::string(fullPath) + "," +
          std::to_string(static_cast<int>(kind)) + "," + std::to_string(mode) + ")");
+    if (state_->onFetch) state_->onFetch(std::string(name));
   }
   bool IsInUse(std::string_view name) override {
     Call("IsInUse(" + std::string(name) + ")");

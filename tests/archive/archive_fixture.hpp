@@ -29,6 +29,7 @@ struct FileHandlingState {
   std::string failingMember;     // this member raises
   std::set<std::string> marked;  // by SetInUse
   std::function<void(const std::string& path)> onStore;
+  std::function<void(const std::string& name)> onFetch;
 };
 
 struct ArchiveSuite {

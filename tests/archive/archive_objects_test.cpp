@@ -147,13 +147,32 @@ TEST_F(ArchiveObjectsTest, AJobThatIsKeptKeepsNothingOfARunThatFailed) {
   EXPECT_EQ(suite.journal->openConnections, 0);
 }
 
-TEST_F(ArchiveObjectsTest, TheCatalogueIsAskedForTheAttachmentsFolderBeforeTheSuitesDatabaseIsOpened) {
+TEST_F(ArchiveObjectsTest, ConnectionsAreOpenedInTheirOrder) {
   suite.Run();
 
-  const auto& products = suite.test.configuration->selectedProducts;
-  ASSERT_GE(products.size(), 2U);
-  EXPECT_EQ(products[0], std::make_pair(std::string("VnServer"), 0));
-  EXPECT_EQ(products[1], std::make_pair(std::string("Orvane"), 0));
+  Strings products;
+  for (const auto& [product, flag] : suite.test.configuration->selectedProducts) {
+    products.push_back(product);
+    EXPECT_EQ(flag, 0);
+  }
+  EXPECT_THAT(products, ElementsAre("VnServer",              // the attachments' folder
+                                    "Orvane",                // the run's own, for all its rows
+                                    "Orvane", "Orvane",      // two parameters
+                                    "VnServer", "VnServer",  // the catalogue's tables, twice
+                                    "Orvane", "Orvane"));    // each customer's parameters
+}
+
+TEST_F(ArchiveObjectsTest, NoRecordSetIsOpenWhileRowsAreDeleted) {
+  int purges = 0;
+  suite.journal->before = [&](std::string_view step) {
+    if (step != "Connection.BeginTrans") return;
+    ++purges;
+    EXPECT_EQ(suite.journal->openRecordsets, 0);
+  };
+
+  suite.Run();
+
+  EXPECT_EQ(purges, 2);
 }
 
 TEST_F(ArchiveObjectsTest, RecordSetsHaveTheCursorsTheirReadingNeeds) {

@@ -127,6 +127,10 @@ TEST_F(ArchivePurgeTest, StatementsReadAsOperatorsKnowThem) {
   EXPECT_THAT(statements, Contains("Delete from QUESTIONHISTORY where " + condition));
   EXPECT_THAT(statements, Contains("select PARAM_VALUE from PARAMETERS where PARAM_NAME='ArchiveAfter'"));
   EXPECT_THAT(statements,
+              Contains("select PARAM_VALUE from PARAMETERS where PARAM_NAME='DataFileRelativePath'"));
+  EXPECT_THAT(statements, Contains("SELECT PARAM_NAME, PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME IN "
+                                   "('Webfarm Implemented', 'FTPPath')"));
+  EXPECT_THAT(statements,
               Contains("select PARAMVALUE from FAQPARAMETER where PARAMNAME='ATTACHMENTSDIRECTORY'"));
   EXPECT_THAT(statements, Contains("Select * from FAQCATEGORY"));
   EXPECT_THAT(statements, Contains("Select CATEGORYID,CATEGORYNAME from PRODUCTCATEGORY"));
@@ -140,9 +144,16 @@ TEST_F(ArchivePurgeTest, AProspectsStatementsGoByItsAddress) {
 
   suite.Run();
 
+  const std::string condition =
+      "dateadd(d,1,ENDSTATUSTIME)<'7-26-2004 09:05:03' and EMAILID='ann@example.org'";
+  EXPECT_THAT(statements, Contains("select * from QUESTIONHISTORY where " + condition));
   EXPECT_THAT(statements,
-              Contains("Delete from QUESTIONHISTORY where dateadd(d,1,ENDSTATUSTIME)<'7-26-2004 09:05:03' "
-                       "and EMAILID='ann@example.org'"));
+              Contains("select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where " +
+                       condition + ")"));
+  EXPECT_THAT(statements,
+              Contains("Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where " +
+                       condition + ")"));
+  EXPECT_THAT(statements, Contains("Delete from QUESTIONHISTORY where " + condition));
 }
 
 TEST_F(ArchivePurgeTest, LookupsAreLoadedTwiceARun) {
@@ -167,6 +178,29 @@ TEST_F(ArchivePurgeTest, AQuestionsFileThatDoesNotLoadIsLeftAsItIs) {
   EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
   EXPECT_THAT(NewMessages(),
               Contains("Questions XML file " + questionsPath + " could not be created/loaded"));
+}
+
+TEST_F(ArchivePurgeTest, AFileThatDoesNotLoadASecondTimeEndsItsStage) {
+  for (const std::string& file : {questionsPath, transactionsPath}) {
+    int loads = 0;
+    suite.faults->onLoad = [&](const std::string& path) {
+      if (path == file && ++loads == 2) {
+        suite.folder.Write("suite/home/Data/Archives/" + path.substr(path.rfind('\\') + 1), "damaged");
+      }
+    };
+
+    suite.Run();
+
+    ExpectJdoesRowsKeptAndZoeArchived();
+    EXPECT_EQ(suite.Archive("NoBP_jdoe_SR.xml"), file == questionsPath ? "damaged" : questionsBefore);
+    EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), file == questionsPath ? transactionsBefore : "damaged");
+    suite.folder.Write("suite/home/Data/Archives/NoBP_jdoe_SR.xml", questionsBefore);
+  }
+  suite.undescribed = {"NoBP_jdoe_trans.xml"};
+  EXPECT_THAT(NewMessages(),
+              Contains("Questions XML file " + questionsPath + " could not be created/loaded"));
+  EXPECT_THAT(NewMessages(),
+              Contains("Transactions XML file " + transactionsPath + " could not be created/loaded "));
 }
 
 TEST_F(ArchivePurgeTest, AQuestionsFileThatCannotBeSavedDeletesNothing) {
@@ -435,6 +469,10 @@ TEST_F(ArchivePurgeTest, OnAFarmTheOtherServersGetBackWhatAnUndoneRunHandedThem)
 
   ExpectJdoesRowsKeptAndZoeArchived();
   ASSERT_GE(handedOut.size(), 4U);
+  EXPECT_EQ(handedOut[0].first, "NoBP_jdoe_SR.xml");
+  EXPECT_THAT(handedOut[0].second, ::testing::HasSubstr("<SR Q_ID=\"2\"")) << "saved before it is handed out";
+  EXPECT_EQ(handedOut[1].first, "NoBP_jdoe_trans.xml");
+  EXPECT_THAT(handedOut[1].second, ::testing::HasSubstr("<SR Q_ID=\"2\""));
   EXPECT_EQ(handedOut[2], std::make_pair(std::string("NoBP_jdoe_SR.xml"), questionsBefore));
   EXPECT_EQ(handedOut[3], std::make_pair(std::string("NoBP_jdoe_trans.xml"), transactionsBefore));
 }
@@ -498,6 +536,28 @@ TEST_F(ArchivePurgeTest, NoMarkOutlivesAFailedStage) {
     EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe'"), ElementsAre("2"))
         << "stage " << stage;
   }
+}
+
+TEST_F(ArchivePurgeTest, AMarkThatCannotBeTakenBackDoesNotKeepTheNextCustomerFromBeingArchived) {
+  suite.fileHandling->failingMember = "SetInUse(NoBP_jdoe_SR.xml,0)";
+
+  suite.Run();
+
+  ExpectJdoesRowsKeptAndZoeArchived();
+  EXPECT_THAT(NewMessages(), Contains("Editing of Archive file " + questionsPath + " failed1"));
+}
+
+TEST_F(ArchivePurgeTest, AMarkThatSomebodyElseHasSetIsNotTakenBackByAFailedStage) {
+  suite.fileHandling->inUse = true;
+  suite.fileHandling->calls.clear();
+  suite.faults->onSave = [this](const std::string& path) {
+    if (path == questionsPath) Fail("disk full");
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.fileHandling->calls, Not(Contains("SetInUse(NoBP_jdoe_SR.xml,0)")));
+  EXPECT_THAT(suite.fileHandling->calls, Contains("SetInUse(NoBP_zoe_SR.xml,0)"));
 }
 
 TEST_F(ArchivePurgeTest, FailuresAreLinesOfTheRunLogOnly) {

@@ -158,6 +158,9 @@ TEST_F(ArchiveRunTest, EveryStatementComparesWithTheMomentOfTheRunsStart) {
   EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//Archive/@DateArchived"),
               ElementsAre(::testing::Not("7-26-2004 09:05:03")))
       << "an entry has the moment when it was made";
+  EXPECT_EQ(suite.Texts("NoBP_zoe_SR.xml", "//Archive/@DateArchived"),
+            suite.Texts("NoBP_zoe_trans.xml", "//Archive/@DateArchived"))
+      << "one entry in both files";
 }
 
 TEST_F(ArchiveRunTest, TheSameRowsGoInADayFirstLocale) {
@@ -266,6 +269,15 @@ TEST_F(ArchiveRunTest, AMissingCatalogueIsReportedAndReturns) {
       suite.test.log->back().message,
       HasSubstr("OrvaneProcess.Archive.archiveQuestions caught: no value for VnServer/ECatalog(1001)."));
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+}
+
+TEST_F(ArchiveRunTest, AProspectWithAnEmptyAddressStays) {
+  suite.AddProspectRequest(1, "");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("1"));
+  EXPECT_THAT(suite.Texts("NoBP__SR.xml", "//SR"), IsEmpty());
 }
 
 TEST_F(ArchiveRunTest, ARunThatDoesNotLearnWhereItsLogLiesWritesNoneOfTheRunBefore) {

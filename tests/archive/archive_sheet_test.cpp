@@ -74,6 +74,12 @@ TEST_F(ArchiveSheetTest, ShowsTransactionsUnderTheirRequest) {
           kRunsShown);
 }
 
+TEST_F(ArchiveSheetTest, CountsOneAsOne) {
+  EXPECT_THAT(Page("<QuestionsArchive><SRs><SR Q_ID=\"1\" Q_STATUS=\"\" ArchiveID=\"1\"/></SRs><Archives>"
+                   "<Archive DateArchived=\"x\" ArchiveID=\"1\"/></Archives></QuestionsArchive>"),
+              ::testing::HasSubstr(">1 request, archived in 1 run. </p>"));
+}
+
 TEST_F(ArchiveSheetTest, ShowsAFileWithoutRequests) {
   EXPECT_EQ(Page("<QuestionsArchive><SRs/><Archives/></QuestionsArchive>"),
             "<h1>Archived requests</h1><p class=\"note\">0 requests, archived in 0 runs. </p><h2>Runs</h2>");
