@@ -14,15 +14,15 @@ constexpr std::int64_t FloorDivide(std::int64_t value, std::int64_t unit) {
   return value / unit - (value % unit < 0 ? 1 : 0);
 }
 
-std::int64_t DaysFromCivil(int year, int month, int day) {
+constexpr std::int64_t DaysFromCivil(int year, int month, int day) {
   using namespace std::chrono;
   const year_month_day date{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
                             std::chrono::day{static_cast<unsigned>(day)}};
   return sys_days{date}.time_since_epoch().count();
 }
 
-const std::int64_t kFirst = DaysFromCivil(100, 1, 1) * kMicrosecondsPerDay;
-const std::int64_t kPastLast = DaysFromCivil(10000, 1, 1) * kMicrosecondsPerDay;
+constexpr std::int64_t kFirst = DaysFromCivil(100, 1, 1) * kMicrosecondsPerDay;
+constexpr std::int64_t kPastLast = DaysFromCivil(10000, 1, 1) * kMicrosecondsPerDay;
 
 DateTime Checked(std::int64_t microseconds) {
   if (microseconds < kFirst || microseconds >= kPastLast) throw Error(ErrorNumber::InvalidProcedureCall);

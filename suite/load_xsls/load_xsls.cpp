@@ -25,7 +25,7 @@ MSXML2::XSLTemplatePtr Prepared(std::string_view path) {
     throw automation::Error(kNotLoaded, kSource,
                             "The style sheet could not be loaded: " + document->parseErrorReason());
   }
-  const auto prepared = automation::CreateObject<MSXML2::XSLTemplate>("MSXML2.XSLTemplate");
+  auto prepared = automation::CreateObject<MSXML2::XSLTemplate>("MSXML2.XSLTemplate");
   try {
     prepared->setStylesheet(document);
   } catch (const automation::Error& error) {

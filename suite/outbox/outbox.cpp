@@ -23,7 +23,6 @@ class Descriptor {
   }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
-  int Number() const { return number_; }
 
  private:
   int number_;

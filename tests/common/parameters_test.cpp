@@ -10,7 +10,6 @@
 namespace OrvaneUtilities {
 namespace {
 
-using automation::Error;
 using automation::Variant;
 using orvane_test::ErrorNumberOf;
 using orvane_test::OpenedRecordset;

@@ -14,7 +14,7 @@ constexpr std::size_t kPageRows = 1000;
 constexpr std::size_t kFirstWindowRows = 32;
 constexpr std::size_t kScatteredRows = 200;
 constexpr std::size_t kCompositeRows = 50;
-constexpr std::size_t kWindowBytes = 4 * 1024 * 1024;
+constexpr std::size_t kWindowBytes = std::size_t{4} * 1024 * 1024;
 
 // Or a text that looks like one, which does no harm.
 bool HoldsSubquery(std::string_view condition) {

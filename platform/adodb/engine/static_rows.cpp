@@ -9,9 +9,9 @@ namespace ADODB::engine {
 namespace {
 
 constexpr std::size_t kSmallRows = 256;
-constexpr std::size_t kSmallBytes = 256 * 1024;
-constexpr std::size_t kTailBytes = 16 * 1024 * 1024;
-constexpr std::size_t kChunkBytes = 256 * 1024;
+constexpr std::size_t kSmallBytes = std::size_t{256} * 1024;
+constexpr std::size_t kTailBytes = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{256} * 1024;
 
 [[noreturn]] void RaiseSpillFailure() {
   throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::DiskFull), "ADODB.Recordset",

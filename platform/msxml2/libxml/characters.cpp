@@ -45,7 +45,7 @@ bool AllowedByXml(std::uint32_t character) {
 
 // Whether eight bytes are ASCII characters from the blank on.
 bool AllPlain(const char* bytes) {
-  std::uint64_t word;
+  std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
   constexpr std::uint64_t kHigh = 0x8080808080808080U;
   constexpr std::uint64_t kBlanks = 0x2020202020202020U;

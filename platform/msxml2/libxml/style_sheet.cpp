@@ -125,7 +125,7 @@ class Includer {
 }  // namespace
 
 StyleSheetPtr Compile(const DocumentImpl& document) {
-  const TreePtr tree = document.GetTree();
+  const TreePtr& tree = document.GetTree();
   tree->ExpandAll();
   // The compiler takes the document over and changes it.
   Owned<xmlDoc> copy(xmlCopyDoc(tree->Doc(), 1));

@@ -62,8 +62,8 @@ class Tree : public std::enable_shared_from_this<Tree> {
   // To be called before the document changes in any other way.
   void Touch();
 
-  // Replaces every placeholder below `node`, or in the whole document, by its nodes.
-  void Expand(xmlNodePtr node);
+  // Replaces every placeholder below `top`, or in the whole document, by its nodes.
+  void Expand(xmlNodePtr top);
   void ExpandAll() { Expand(Root()); }
 
   // What the expression "//name" selects, a name without prefix: the first element, or all of them. A search
@@ -81,7 +81,7 @@ class Tree : public std::enable_shared_from_this<Tree> {
 
  private:
   xmlNodePtr ExpandPlaceholder(xmlNodePtr placeholder);
-  void ForgetNamesIn(xmlNodePtr node);
+  void ForgetNamesIn(xmlNodePtr top);
   void MaybeCollapse(xmlNodePtr node);
 
   Owned<xmlDoc> doc_;

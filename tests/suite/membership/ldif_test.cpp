@@ -8,7 +8,6 @@
 
 namespace {
 
-using VnMembership::Entry;
 using VnMembership::ParseLdif;
 using Values = std::vector<std::string>;
 
