@@ -2,7 +2,6 @@
 
 #include <unicode/calendar.h>
 #include <unicode/datefmt.h>
-#include <unicode/dtfmtsym.h>
 #include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
@@ -12,11 +11,9 @@
 
 #include <map>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 #include "platform/automation/error.hpp"
-#include "platform/locale/date_pattern.hpp"
 
 namespace automation {
 namespace {
@@ -106,37 +103,6 @@ std::string Formatted(const icu::SimpleDateFormat& format, DateTime value) {
   return PlainUtf8(text);
 }
 
-// The pattern of a format that ICU is not needed for. It must write dates with short and long numbers, in
-// each half of the day, as ICU does, which also tells whether the locale has digits of its own.
-std::optional<DatePattern> PlainPattern(const icu::SimpleDateFormat& format) {
-  icu::UnicodeString pattern;
-  format.toPattern(pattern);
-  int32_t count = 0;
-  const icu::UnicodeString* halves = format.getDateFormatSymbols()->getAmPmStrings(count);
-  if (count != 2) return std::nullopt;
-  auto plain = DatePattern::Read(PlainUtf8(pattern), {PlainUtf8(halves[0]), PlainUtf8(halves[1])});
-  if (!plain) return std::nullopt;
-  for (const DateTimeParts& sample :
-       {DateTimeParts{.year = 2004, .month = 1, .day = 2},
-        DateTimeParts{.year = 987, .month = 6, .day = 5, .hour = 12},
-        DateTimeParts{1999, 12, 31, 23, 58, 59, 0}, DateTimeParts{2010, 11, 10, 1, 2, 3, 0}}) {
-    if (plain->Text(sample) != Formatted(format, DateTime::FromParts(sample))) return std::nullopt;
-  }
-  return plain;
-}
-
-struct Format {
-  std::unique_ptr<icu::SimpleDateFormat> icu;
-  std::optional<DatePattern> plain;
-
-  explicit Format(std::unique_ptr<icu::SimpleDateFormat> format)
-      : icu(std::move(format)), plain(PlainPattern(*icu)) {}
-
-  std::string Text(DateTime value) const {
-    return plain ? plain->Text(value.Parts()) : Formatted(*icu, value);
-  }
-};
-
 // Empty for an id that stands for no language of its own, such as "the user's default".
 std::string LocaleNameOf(std::int32_t localeId) {
   char name[ULOC_FULLNAME_CAPACITY];
@@ -151,9 +117,9 @@ std::string LocaleNameOf(std::int32_t localeId) {
 
 struct DateTexts::Formatters {
   struct OneLocale {
-    Format shortDate;
-    Format longDate;
-    Format time;
+    std::unique_ptr<icu::SimpleDateFormat> shortDate;
+    std::unique_ptr<icu::SimpleDateFormat> longDate;
+    std::unique_ptr<icu::SimpleDateFormat> time;
   };
   std::mutex mutex;  // ICU's formatters keep state while they format
   std::map<std::int32_t, OneLocale> byId;
@@ -163,8 +129,8 @@ struct DateTexts::Formatters {
     const std::string name = LocaleNameOf(localeId);
     if (name.empty()) return For(kFallbackLocaleId);
     const icu::Locale locale = Gregorian(name.c_str());
-    OneLocale formats{Format(DateFormat(locale, icu::DateFormat::kShort)),
-                      Format(DateFormat(locale, icu::DateFormat::kLong)), Format(TimeFormat(locale))};
+    OneLocale formats{DateFormat(locale, icu::DateFormat::kShort), DateFormat(locale, icu::DateFormat::kLong),
+                      TimeFormat(locale)};
     return byId.emplace(localeId, std::move(formats)).first->second;
   }
 };
@@ -175,10 +141,10 @@ DateTexts::~DateTexts() = default;
 std::string DateTexts::Text(DateTime value, int style, std::int32_t localeId) const {
   const std::lock_guard<std::mutex> lock(formatters_->mutex);
   const Formatters::OneLocale& formats = formatters_->For(localeId);
-  if (style == kLong) return formats.longDate.Text(value);
-  std::string text = formats.shortDate.Text(value);
+  if (style == kLong) return Formatted(*formats.longDate, value);
+  std::string text = Formatted(*formats.shortDate, value);
   static_assert(kShort == 1);
-  if (style == kShortWithTime) text += " " + formats.time.Text(value);
+  if (style == kShortWithTime) text += " " + Formatted(*formats.time, value);
   return text;
 }
 

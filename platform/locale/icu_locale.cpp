@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "platform/locale/code_page.hpp"
-#include "platform/locale/date_pattern.hpp"
 #include "platform/locale/date_texts.hpp"
 #include "platform/locale/short_date.hpp"
 

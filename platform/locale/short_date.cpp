@@ -1,10 +1,11 @@
 #include "platform/locale/short_date.hpp"
 
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <optional>
 
 #include "platform/automation/error.hpp"
-#include "platform/locale/date_pattern.hpp"
 
 namespace automation {
 namespace {
@@ -181,6 +182,15 @@ ShortDateForm ShortDateFormOf(std::string_view pattern) {
   for (std::size_t i = 0; i < order.size(); ++i) form.order[i] = order[i];
   if (!separator.empty()) form.separator = separator;
   return form;
+}
+
+void AppendNumber(std::string& text, int number, int digits) {
+  std::array<char, 12> buffer;
+  const std::to_chars_result written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+  const auto length = static_cast<std::size_t>(written.ptr - buffer.data());
+  const auto wanted = static_cast<std::size_t>(digits);
+  if (length < wanted) text.append(wanted - length, '0');
+  text.append(buffer.data(), length);
 }
 
 std::string FormatShortDate(const ShortDateForm& form, DateTime value) {

@@ -25,6 +25,9 @@ struct ShortDateForm {
 // default form.
 ShortDateForm ShortDateFormOf(std::string_view pattern);
 
+// Appends a number that is not negative, with zeros before it up to `digits` digits.
+void AppendNumber(std::string& text, int number, int digits);
+
 std::string FormatShortDate(const ShortDateForm& form, DateTime value);
 
 // As Locale::ParseDateTime says: three numbers with "/", "-", "." or the form's separator between them, in

@@ -140,4 +140,12 @@ TEST(ParseDateTimeTest, RefusesWhatIsNoDate) {
 }
 
 }  // namespace
+TEST(AppendNumberTest, PadsWithZerosAndCutsNothing) {
+  std::string text;
+  automation::AppendNumber(text, 0, 1);
+  automation::AppendNumber(text, 7, 3);
+  automation::AppendNumber(text, 12345, 2);
+  EXPECT_EQ(text, "000712345");
+}
+
 }  // namespace orvane_test
