@@ -32,36 +32,40 @@ xmlNsPtr DeclaredOn(xmlDocPtr doc, xmlNodePtr element, const xmlNs& wanted) {
 }  // namespace
 
 xmlAttrPtr AttributeMap::Find(std::string_view name) const {
-  for (xmlAttrPtr attribute = element_->properties; attribute != nullptr; attribute = attribute->next) {
+  for (xmlAttrPtr attribute = owner_.GetNode()->properties; attribute != nullptr;
+       attribute = attribute->next) {
     if (IsNamed(attribute, name)) return attribute;
   }
   return nullptr;
 }
 
 NodePtr AttributeMap::getNamedItem(std::string_view name) const {
-  return tree_->Wrap(reinterpret_cast<xmlNodePtr>(Find(name)));
+  return owner_.GetTree()->Wrap(reinterpret_cast<xmlNodePtr>(Find(name)));
 }
 
 void AttributeMap::setNamedItem(const NodePtr& attribute) {
   if (!attribute) throw automation::Error(automation::ErrorNumber::ObjectRequired, kDocumentSource);
-  const auto given = std::dynamic_pointer_cast<NodeImpl>(attribute);
-  if (!given || given->nodeType() != NodeType::Attribute) {
+  const NodeImpl* const given = AsNodeImpl(*attribute);
+  if (given == nullptr || given->nodeType() != NodeType::Attribute) {
     Fail("'" + attribute->nodeName() + "' is no attribute.");
   }
+  if (owner_.TakeDraft(*given)) return;
+  Tree& tree = *owner_.GetTree();
+  const xmlNodePtr element = owner_.GetNode();
   auto* node = reinterpret_cast<xmlAttrPtr>(given->GetNode());
-  if (given->GetTree() != tree_) {
-    node = reinterpret_cast<xmlAttrPtr>(CopyAttribute(tree_->Doc(), node));
-  } else if (node->parent == element_) {
+  if (given->GetTree().get() != &tree) {
+    node = reinterpret_cast<xmlAttrPtr>(CopyAttribute(tree.Doc(), node));
+  } else if (node->parent == element) {
     return;
   } else if (node->parent != nullptr) {
     Fail("The attribute '" + attribute->nodeName() + "' belongs to another element.");
   }
-  if (tree_->IsAttached(element_)) tree_->Touch();
-  if (node->ns != nullptr) node->ns = DeclaredOn(tree_->Doc(), element_, *node->ns);
+  if (tree.IsAttached(element)) tree.Touch();
+  if (node->ns != nullptr) node->ns = DeclaredOn(tree.Doc(), element, *node->ns);
   const xmlAttrPtr old = Find(given->nodeName());
   // Linked by hand: the library's own call would free the attribute that is replaced, though somebody may
   // hold it.
-  node->parent = element_;
+  node->parent = element;
   if (old != nullptr) {
     node->prev = old->prev;
     node->next = old->next;
@@ -69,12 +73,12 @@ void AttributeMap::setNamedItem(const NodePtr& attribute) {
     old->prev = old->next = nullptr;
   } else {
     node->prev = nullptr;
-    for (xmlAttrPtr last = element_->properties; last != nullptr; last = last->next) node->prev = last;
+    for (xmlAttrPtr last = element->properties; last != nullptr; last = last->next) node->prev = last;
     node->next = nullptr;
   }
-  (node->prev != nullptr ? node->prev->next : element_->properties) = node;
+  (node->prev != nullptr ? node->prev->next : element->properties) = node;
   if (node->next != nullptr) node->next->prev = node;
-  if (old != nullptr) tree_->FreeIfUnheld(reinterpret_cast<xmlNodePtr>(old));
+  if (old != nullptr) tree.FreeIfUnheld(reinterpret_cast<xmlNodePtr>(old));
 }
 
 }  // namespace MSXML2::libxml

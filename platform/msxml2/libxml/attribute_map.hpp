@@ -7,11 +7,12 @@
 
 namespace MSXML2::libxml {
 
+class NodeImpl;
+
 class AttributeMap final : public NamedNodeMap {
  public:
-  // `owner` is the element's handle; it keeps the element where it is for as long as the map is held.
-  AttributeMap(TreePtr tree, NodePtr owner, xmlNodePtr element)
-      : tree_(std::move(tree)), owner_(std::move(owner)), element_(element) {}
+  // A part of the handle of the element.
+  explicit AttributeMap(const NodeImpl& owner) : owner_(owner) {}
 
   // By the name with its prefix.
   NodePtr getNamedItem(std::string_view name) const override;
@@ -21,9 +22,7 @@ class AttributeMap final : public NamedNodeMap {
  private:
   xmlAttrPtr Find(std::string_view name) const;
 
-  TreePtr tree_;
-  NodePtr owner_;
-  xmlNodePtr element_;
+  const NodeImpl& owner_;
 };
 
 }  // namespace MSXML2::libxml

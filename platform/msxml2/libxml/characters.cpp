@@ -2,6 +2,7 @@
 
 #include <libxml/tree.h>
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -43,42 +44,88 @@ bool AllowedByXml(std::uint32_t character) {
   return character != 0xFFFE && character != 0xFFFF;
 }
 
-// Whether eight bytes are ASCII characters from the blank on.
-bool AllPlain(const char* bytes) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  constexpr std::uint64_t kHigh = 0x8080808080808080U;
-  constexpr std::uint64_t kBlanks = 0x2020202020202020U;
-  // Without a high bit anywhere, adding 0x60 to a byte sets its high bit unless it is below 0x20.
-  return (word & kHigh) == 0 && ((word + (kHigh - kBlanks)) & kHigh) == kHigh;
+// What there is to say about a character by itself.
+constexpr std::uint8_t kOdd = 1;     // a control character, or a part of one that is not ASCII
+constexpr std::uint8_t kMarkup = 2;  // may be replaced by a reference in markup
+
+constexpr std::uint8_t KindOf(std::uint8_t c) {
+  const bool odd = c < 0x20 || c >= 0x80;
+  const bool markup = c < 0x20 || c == '&' || c == '<' || c == '>' || c == '"';
+  return static_cast<std::uint8_t>((odd ? kOdd : 0) | (markup ? kMarkup : 0));
+}
+
+constexpr std::array<std::uint8_t, 256> kKinds = [] {
+  std::array<std::uint8_t, 256> kinds{};
+  for (std::size_t c = 0; c < kinds.size(); ++c) kinds[c] = KindOf(static_cast<std::uint8_t>(c));
+  return kinds;
+}();
+
+// Looked at together, so that the compiler can do it in a few steps.
+constexpr std::size_t kBlock = 16;
+
+// What is to be said about the characters of a block, eight in each half of the answer.
+std::uint64_t KindsInBlock(const char* block) {
+  std::array<std::uint8_t, kBlock> found;
+  for (std::size_t i = 0; i < kBlock; ++i) {
+    const auto c = static_cast<std::uint8_t>(block[i]);
+    // What is not ASCII is negative; "<" and ">" are the two that "|2" makes equal to ">".
+    const bool odd = static_cast<std::int8_t>(c) < 0x20;
+    const bool markup = (c | 2) == '>' || c == '&' || c == '"' || c < 0x20;
+    found[i] = static_cast<std::uint8_t>((odd ? kOdd : 0) | (markup ? kMarkup : 0));
+  }
+  std::array<std::uint64_t, kBlock / sizeof(std::uint64_t)> together;
+  std::memcpy(together.data(), found.data(), kBlock);
+  return together[0] | together[1];
+}
+
+// What is to be said about any of the characters.
+std::uint8_t KindsIn(std::string_view text) {
+  std::uint64_t inBlocks = 0;
+  for (; text.size() >= kBlock; text.remove_prefix(kBlock)) inBlocks |= KindsInBlock(text.data());
+  constexpr std::uint64_t kEach = 0x0101010101010101U;
+  std::uint8_t kinds = static_cast<std::uint8_t>(((inBlocks & kEach * kOdd) != 0 ? kOdd : 0) |
+                                                 ((inBlocks & kEach * kMarkup) != 0 ? kMarkup : 0));
+  for (const char c : text) kinds = static_cast<std::uint8_t>(kinds | kKinds[static_cast<std::uint8_t>(c)]);
+  return kinds;
+}
+
+[[noreturn]] void RefuseCharacter(const Decoded& decoded, std::string_view text, std::size_t at,
+                                  const char* source) {
+  char what[64];
+  if (decoded.length == 0) {
+    std::snprintf(what, sizeof what, "byte 0x%02X, not UTF-8", static_cast<unsigned>(text[at]) & 0xFFU);
+  } else {
+    std::snprintf(what, sizeof what, "U+%04X", decoded.character);
+  }
+  Fail("An invalid character was found in text content (" + std::string(what) + " at position " +
+           std::to_string(at) + ").",
+       source);
 }
 
 }  // namespace
 
-void RequireXmlText(std::string_view text, const char* source) {
+bool RequireXmlText(std::string_view text, const char* source) {
+  bool markup = false;
+  constexpr std::size_t kStretch = 256;
   for (std::size_t i = 0; i < text.size();) {
-    if (i + sizeof(std::uint64_t) <= text.size() && AllPlain(text.data() + i)) {
-      i += sizeof(std::uint64_t);
+    const std::string_view stretch = text.substr(i, kStretch);
+    const std::uint8_t kinds = KindsIn(stretch);
+    markup = markup || (kinds & kMarkup) != 0;
+    if ((kinds & kOdd) == 0) {
+      i += stretch.size();
       continue;
     }
-    if (text[i] >= 0x20) {
-      ++i;
-      continue;
-    }
-    const Decoded decoded = Decode(text.substr(i));
-    char what[64];
-    if (decoded.length == 0) {
-      std::snprintf(what, sizeof what, "byte 0x%02X, not UTF-8", static_cast<unsigned>(text[i]) & 0xFFU);
-    } else if (!AllowedByXml(decoded.character)) {
-      std::snprintf(what, sizeof what, "U+%04X", decoded.character);
-    } else {
+    for (const std::size_t end = i + stretch.size(); i < end;) {
+      if ((kKinds[static_cast<std::uint8_t>(text[i])] & kOdd) == 0) {
+        ++i;
+        continue;
+      }
+      const Decoded decoded = Decode(text.substr(i));
+      if (decoded.length == 0 || !AllowedByXml(decoded.character)) RefuseCharacter(decoded, text, i, source);
       i += decoded.length;
-      continue;
     }
-    Fail("An invalid character was found in text content (" + std::string(what) + " at position " +
-             std::to_string(i) + ").",
-         source);
   }
+  return markup;
 }
 
 void RequireXmlName(std::string_view name) {

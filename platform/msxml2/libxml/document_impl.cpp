@@ -98,7 +98,10 @@ bool DocumentImpl::load(std::string_view path) {
     Become(Tree::Empty());
     return false;
   }
-  if (Read(std::move(*bytes), nullptr)) return true;
+  if (Read(std::move(*bytes), nullptr)) {
+    tree_->KeepDrafts();
+    return true;
+  }
   reason_ = std::string(path) + ": " + reason_;
   return false;
 }
@@ -133,6 +136,9 @@ NodePtr DocumentImpl::documentElement() const {
 }
 
 NodePtr DocumentImpl::createNode(NodeType type, std::string_view name, std::string_view namespaceUri) {
+  if (namespaceUri.empty()) {
+    if (NodePtr draft = tree_->NewDraft(tree_, type, name)) return draft;
+  }
   return tree_->Wrap(NewNode(tree_->Doc(), type, name, namespaceUri));
 }
 

@@ -9,6 +9,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "platform/msxml2/libxml/names.hpp"
+
 namespace MSXML2::libxml {
 
 class Markup {
@@ -20,8 +22,13 @@ class Markup {
       : source_(std::move(source)), fromSource_(piece), names_(std::move(names)) {}
 
   // Adds whole elements at the end; only for markup that is no view.
-  void Append(std::string_view text);
+  void Append(std::string_view text) { RoomFor(text.size()).append(text); }
+  // The text to add `size` bytes of whole elements to, at its end; those are then a piece or a part of one.
+  std::string& RoomFor(std::size_t size);
+  // Takes back the last `size` bytes that were added, all of them of one RoomFor.
+  void TakeBack(std::size_t size);
   bool CanGrow() const { return source_ == nullptr; }
+  bool IsEmpty() const { return source_ == nullptr && own_.empty(); }
 
   // The markup in order, in pieces that are well-formed each.
   template <class Taker>
@@ -36,7 +43,11 @@ class Markup {
   // The local names of the elements inside. `name` must stay where it is: equal pointers are taken for equal
   // names.
   void AddName(const char* name);
-  bool HoldsElement(std::string_view name) const { return names_.find(name) != names_.end(); }
+  void AddNames(NameSet names) { nameBits_ |= names; }
+  // Whether there may be elements of that name inside; `bit` is the name's.
+  bool MayHold(std::string_view name, NameSet bit) const {
+    return (nameBits_ & bit) != 0 || names_.find(name) != names_.end();
+  }
 
  private:
   std::shared_ptr<const std::string> source_;
@@ -44,6 +55,7 @@ class Markup {
   std::vector<std::string> own_;
   std::set<std::string, std::less<>> names_;
   std::unordered_set<const char*> seen_;
+  NameSet nameBits_ = 0;
 };
 
 }  // namespace MSXML2::libxml

@@ -1,12 +1,12 @@
 #include "platform/msxml2/libxml/new_node.hpp"
 
-#include <algorithm>
 #include <new>
 #include <string>
 
 #include "platform/msxml2/libxml/characters.hpp"
 #include "platform/msxml2/libxml/failure.hpp"
 #include "platform/msxml2/libxml/handles.hpp"
+#include "platform/msxml2/libxml/names.hpp"
 
 namespace MSXML2::libxml {
 namespace {
@@ -14,14 +14,6 @@ namespace {
 xmlNodePtr Checked(xmlNodePtr node) {
   if (node == nullptr) throw std::bad_alloc();
   return node;
-}
-
-// Whether a name is one beyond doubt: the names of nearly all elements.
-bool IsPlainName(std::string_view name) {
-  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
-  return !name.empty() && isLetter(name[0]) && std::all_of(name.begin(), name.end(), [isLetter](char c) {
-    return isLetter(c) || (c >= '0' && c <= '9');
-  });
 }
 
 // A namespace for an attribute without an element: it is kept with the document until the attribute gets an

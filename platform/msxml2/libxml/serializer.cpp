@@ -1,8 +1,9 @@
 #include "platform/msxml2/libxml/serializer.hpp"
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 
+#include "platform/msxml2/libxml/escaping.hpp"
 #include "platform/msxml2/libxml/handles.hpp"
 #include "platform/msxml2/libxml/tree.hpp"
 
@@ -59,7 +60,7 @@ class Writer {
         return node->children != nullptr;
       case XML_TEXT_NODE:
       case XML_CDATA_SECTION_NODE:
-        if (node->content != nullptr) EscapedText(reinterpret_cast<const char*>(node->content));
+        if (node->content != nullptr) Escaped(Text(node->content), Place::Content);
         return false;
       case XML_COMMENT_NODE:
         if (const Markup* markup = tree_.MarkupOf(node)) {
@@ -101,7 +102,7 @@ class Writer {
         Raw(Text(ns->prefix));
       }
       Raw("=\"");
-      Escaped(Text(ns->href), true);
+      Escaped(Text(ns->href), Place::Attribute);
       Raw("\"");
     }
     for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
@@ -110,7 +111,7 @@ class Writer {
       Raw("=\"");
       for (const xmlNode* part = attribute->children; part != nullptr; part = part->next) {
         if (part->type == XML_TEXT_NODE) {
-          Escaped(Text(part->content), true);
+          Escaped(Text(part->content), Place::Attribute);
         } else {
           Other(part);
         }
@@ -128,53 +129,11 @@ class Writer {
     Raw(Text(name));
   }
 
-  // The same as Escaped outside of attributes: long texts with few characters to escape are most of a
-  // document, and the C library looks at many characters at once.
-  void EscapedText(const char* text) {
-    for (;;) {
-      const std::size_t plain = std::strcspn(text, "&<>\r");
-      Raw(std::string_view(text, plain));
-      if (text[plain] == '\0') return;
-      Escaped(std::string_view(text + plain, 1), false);
-      text += plain + 1;
+  void Escaped(std::string_view text, Place place) {
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kFlushAt))) {
+      AppendEscaped(buffer_, text.substr(0, kFlushAt), place);
+      if (buffer_.size() >= kFlushAt) Flush();
     }
-  }
-
-  void Escaped(std::string_view text, bool inAttribute) {
-    std::size_t written = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      const char* replacement = nullptr;
-      switch (text[i]) {
-        case '&':
-          replacement = "&amp;";
-          break;
-        case '<':
-          replacement = "&lt;";
-          break;
-        case '>':
-          replacement = "&gt;";
-          break;
-        case '\r':
-          replacement = "&#13;";
-          break;
-        case '"':
-          if (inAttribute) replacement = "&quot;";
-          break;
-        case '\t':
-          if (inAttribute) replacement = "&#9;";
-          break;
-        case '\n':
-          if (inAttribute) replacement = "&#10;";
-          break;
-        default:
-          break;
-      }
-      if (replacement == nullptr) continue;
-      Raw(text.substr(written, i - written));
-      Raw(replacement);
-      written = i + 1;
-    }
-    Raw(text.substr(written));
   }
 
   // Document types and references to entities, which no job makes.

@@ -3,6 +3,7 @@
 #include <libxml/parser.h>
 
 #include <new>
+#include <utility>
 
 #include "platform/msxml2/libxml/document_impl.hpp"
 #include "platform/msxml2/libxml/failure.hpp"
@@ -91,7 +92,77 @@ void Tree::FreeIfUnheld(xmlNodePtr orphan) {
   if (!IsHeld(orphan)) Free(orphan);
 }
 
+NodePtr Tree::NewDraft(const TreePtr& self, NodeType type, std::string_view name) {
+  if (!keepsDrafts_ || !mayCollapse_) return nullptr;
+  if (type != NodeType::Element && (type != NodeType::Attribute || name == "xmlns")) return nullptr;
+  const Name* const known = names_.Of(name);
+  if (known == nullptr) return nullptr;
+  return std::make_shared<NodeImpl>(self, type, *known);
+}
+
+// Not where an element without a prefix would be read back in another namespace than it has now.
+bool Tree::KeepsMarkupIn(const xmlNode* parent) const {
+  if (!mayCollapse_ || parent->type != XML_ELEMENT_NODE) return false;
+  for (; parent->type == XML_ELEMENT_NODE; parent = parent->parent) {
+    for (const xmlNs* ns = parent->nsDef; ns != nullptr; ns = ns->next) {
+      if (ns->prefix == nullptr) return false;
+    }
+    if (parent->parent == nullptr) return false;
+  }
+  return parent == reinterpret_cast<const xmlNode*>(doc_.get());
+}
+
+bool Tree::AppendDraft(xmlNodePtr parent, const NodeImpl& child) {
+  const Draft& draft = child.GetDraft();
+  Settle();
+  if (!KeepsMarkupIn(parent)) return false;
+  const auto last = parent->last == nullptr ? markup_.end() : markup_.find(parent->last);
+  const bool grows = last != markup_.end() && last->second.CanGrow();
+  // The few elements that make up the frame of a document are looked for again and again.
+  if (!grows && !draft.hasElements && draft.attributes.empty()) return false;
+  xmlNodePtr placeholder = grows ? parent->last : nullptr;
+  if (placeholder == nullptr) placeholder = AddPlaceholder(parent, {});
+  Markup& markup = grows ? last->second : markup_.at(placeholder);
+  Open open{&child, parent, placeholder, draft.MarkupSize()};
+  try {
+    draft.AppendMarkup(markup.RoomFor(open.size));
+  } catch (...) {
+    if (markup.IsEmpty()) RemovePlaceholder(placeholder);
+    throw;
+  }
+  markup.AddNames(draft.elementNames);
+  Touch();
+  std::erase_if(firstByName_,
+                [&](const auto& known) { return (names_.BitOf(known.first) & draft.elementNames) != 0; });
+  open_ = open;
+  return true;
+}
+
+void Tree::Settle() {
+  if (open_.draft == nullptr) return;
+  const xmlNodePtr node = open_.draft->BecomeNode();
+  const Open open = std::exchange(open_, {});
+  Markup& markup = markup_.at(open.placeholder);
+  markup.TakeBack(open.size);
+  if (markup.IsEmpty()) RemovePlaceholder(open.placeholder);
+  Append(open.parent, node);
+}
+
+std::string Tree::TakeBuffer() {
+  return buffersKept_ == 0 ? std::string() : std::move(buffers_[--buffersKept_]);
+}
+
+void Tree::ReturnBuffer(std::string&& buffer) {
+  constexpr std::size_t kWorthKeeping = 64;
+  constexpr std::size_t kTooLarge = std::size_t{1} << 16;
+  if (buffer.capacity() < kWorthKeeping || buffer.capacity() > kTooLarge || buffersKept_ == buffers_.size())
+    return;
+  buffer.clear();
+  buffers_[buffersKept_++] = std::move(buffer);
+}
+
 void Tree::DiscardChildren(xmlNodePtr node) {
+  Settle();
   while (node->children != nullptr) {
     const xmlNodePtr child = node->children;
     Unlink(child);
@@ -101,6 +172,7 @@ void Tree::DiscardChildren(xmlNodePtr node) {
 }
 
 void Tree::Unlink(xmlNodePtr node) {
+  Settle();
   if (node->parent != nullptr && IsAttached(node)) {
     Touch();
     firstByName_.clear();
@@ -110,6 +182,7 @@ void Tree::Unlink(xmlNodePtr node) {
 }
 
 void Tree::Detach(xmlNodePtr node) {
+  Settle();
   xmlNodePtr top = node->parent;
   while (top->parent != nullptr) top = top->parent;
   Unlink(node);
@@ -117,6 +190,7 @@ void Tree::Detach(xmlNodePtr node) {
 }
 
 void Tree::Append(xmlNodePtr parent, xmlNodePtr child) {
+  Settle();
   // Linked by hand: the library's own call would merge neighbouring texts and free the one that came last.
   child->parent = parent;
   child->prev = parent->last;
@@ -180,11 +254,18 @@ const Markup* Tree::MarkupOf(const xmlNode* node) const {
   return found == markup_.end() ? nullptr : &found->second;
 }
 
-void Tree::AddPlaceholder(xmlNodePtr parent, Markup markup) {
+xmlNodePtr Tree::AddPlaceholder(xmlNodePtr parent, Markup markup) {
   const xmlNodePtr placeholder = xmlNewDocComment(Doc(), nullptr);
   if (placeholder == nullptr) throw std::bad_alloc();
   xmlAddChild(parent, placeholder);
   markup_.emplace(placeholder, std::move(markup));
+  return placeholder;
+}
+
+void Tree::RemovePlaceholder(xmlNodePtr placeholder) {
+  markup_.erase(placeholder);
+  xmlUnlinkNode(placeholder);
+  xmlFreeNode(placeholder);
 }
 
 xmlNodePtr Tree::ExpandPlaceholder(xmlNodePtr placeholder) {
@@ -213,13 +294,12 @@ xmlNodePtr Tree::ExpandPlaceholder(xmlNodePtr placeholder) {
     }
   });
   const xmlNodePtr after = placeholder->next;
-  xmlUnlinkNode(placeholder);
-  xmlFreeNode(placeholder);
-  markup_.erase(found);
+  RemovePlaceholder(placeholder);
   return first != nullptr ? first : after;
 }
 
 void Tree::Expand(xmlNodePtr top) {
+  Settle();
   if (markup_.empty()) return;
   std::vector<xmlNodePtr> placeholders;
   for (xmlNodePtr node = top; node != nullptr; node = Next(node, top)) {
@@ -229,9 +309,11 @@ void Tree::Expand(xmlNodePtr top) {
 }
 
 xmlNodePtr Tree::FirstElement(std::string_view name) {
+  Settle();
   if (const auto known = firstByName_.find(name); known != firstByName_.end()) return known->second;
+  const NameSet bit = names_.BitOf(name);
   for (xmlNodePtr node = Root(); node != nullptr;) {
-    if (const Markup* markup = MarkupOf(node); markup != nullptr && markup->HoldsElement(name)) {
+    if (const Markup* markup = MarkupOf(node); markup != nullptr && markup->MayHold(name, bit)) {
       node = ExpandPlaceholder(node);
       continue;
     }
@@ -245,9 +327,11 @@ xmlNodePtr Tree::FirstElement(std::string_view name) {
 }
 
 std::vector<xmlNodePtr> Tree::Elements(std::string_view name) {
+  Settle();
   std::vector<xmlNodePtr> result;
+  const NameSet bit = names_.BitOf(name);
   for (xmlNodePtr node = Root(); node != nullptr;) {
-    if (const Markup* markup = MarkupOf(node); markup != nullptr && markup->HoldsElement(name)) {
+    if (const Markup* markup = MarkupOf(node); markup != nullptr && markup->MayHold(name, bit)) {
       node = ExpandPlaceholder(node);
       continue;
     }

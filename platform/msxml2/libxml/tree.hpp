@@ -7,10 +7,13 @@
 // Size: nodes take many times the room of their markup. A large document is therefore kept as markup, except
 // for its upper levels: a placeholder (a comment node known to the tree) stands for a run of child nodes, and
 // is replaced by them when somebody needs to see them. Elements appended one after the other to a large
-// document become markup again as soon as nobody holds them. Whoever walks nodes by himself calls Expand
-// first.
+// document become markup again as soon as nobody holds them. In a document that was read from a file, which
+// is there to be added to and saved, new elements are drafts (markup, see Draft) until they have to be nodes,
+// and those with content of their own are appended as markup. The draft that was appended last may still be
+// held; Settle makes nodes of it. Whoever walks nodes by himself calls Expand first, which settles as well.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -21,6 +24,7 @@
 
 #include "platform/msxml2/libxml/handles.hpp"
 #include "platform/msxml2/libxml/markup.hpp"
+#include "platform/msxml2/libxml/names.hpp"
 #include "platform/msxml2/node.hpp"
 
 namespace MSXML2::libxml {
@@ -46,6 +50,25 @@ class Tree : public std::enable_shared_from_this<Tree> {
   void Release(xmlNodePtr node);
 
   bool IsAttached(const xmlNode* node) const;
+
+  // Whether new elements and attributes are drafts; not before this was called.
+  void KeepDrafts() { keepsDrafts_ = mayCollapse_ && Doc()->intSubset == nullptr; }
+  // The handle of a new element or attribute that hangs nowhere; null when it has to be a node. `self` is
+  // this tree.
+  NodePtr NewDraft(const std::shared_ptr<Tree>& self, NodeType type, std::string_view name);
+  // Makes `child`, a draft that hangs nowhere, the last child of `parent` without making nodes. False when it
+  // has to be a node there.
+  bool AppendDraft(xmlNodePtr parent, const NodeImpl& child);
+  bool IsOpen(const NodeImpl& handle) const { return open_.draft == &handle; }
+  // Makes nodes of the draft that was appended last, if somebody still holds it.
+  void Settle();
+  // To be called by the handle of a draft that ends as one.
+  void Close(const NodeImpl& handle) {
+    if (IsOpen(handle)) open_ = {};
+  }
+  // Buffers go from draft to draft.
+  std::string TakeBuffer();
+  void ReturnBuffer(std::string&& buffer);
 
   // Removes all children; those that somebody holds (or holds a part of) live on by themselves.
   void DiscardChildren(xmlNodePtr node);
@@ -73,13 +96,23 @@ class Tree : public std::enable_shared_from_this<Tree> {
 
   // Markup behind a placeholder; null for any other node.
   const Markup* MarkupOf(const xmlNode* node) const;
-  void AddPlaceholder(xmlNodePtr parent, Markup markup);
+  xmlNodePtr AddPlaceholder(xmlNodePtr parent, Markup markup);
 
   // The bytes that the document was loaded from, as long as it has not been changed.
   void SetSource(std::shared_ptr<const std::string> source) { source_ = std::move(source); }
   const std::string* Source() const { return source_.get(); }
 
  private:
+  // The draft that was appended last, as long as somebody holds it.
+  struct Open {
+    const NodeImpl* draft = nullptr;
+    xmlNodePtr parent = nullptr;
+    xmlNodePtr placeholder = nullptr;
+    std::size_t size = 0;  // of its markup, the last of the placeholder's
+  };
+
+  bool KeepsMarkupIn(const xmlNode* parent) const;
+  void RemovePlaceholder(xmlNodePtr placeholder);
   xmlNodePtr ExpandPlaceholder(xmlNodePtr placeholder);
   void ForgetNamesIn(xmlNodePtr top);
   void MaybeCollapse(xmlNodePtr node);
@@ -90,6 +123,11 @@ class Tree : public std::enable_shared_from_this<Tree> {
   std::unordered_map<const xmlNode*, Markup> markup_;
   std::map<std::string, xmlNodePtr, std::less<>> firstByName_;
   std::size_t appended_ = 0;  // nodes appended to the document so far
+  Names names_;
+  Open open_;
+  std::array<std::string, 4> buffers_;
+  std::size_t buffersKept_ = 0;
+  bool keepsDrafts_ = false;
   bool mayCollapse_;  // markup tells names apart by address, which takes a document that keeps its names
 };
 using TreePtr = std::shared_ptr<Tree>;
