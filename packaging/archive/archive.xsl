@@ -1,5 +1,5 @@
 <?xml version="1.0" encoding="UTF-8"?>
-<!-- Shows an archive file, of requests or of transactions, as a page: xsltproc archive.xsl FILE > page.html -->
+<!-- Shows an archive file, of requests or of transactions, as a page; docs/archive-format.md tells how. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
   <xsl:output method="html" encoding="UTF-8" doctype-system="about:legacy-compat" indent="no"/>
   <xsl:key name="run" match="Archive" use="@ArchiveID"/>

@@ -180,6 +180,33 @@ TEST_F(ArchiveFilesTest, AFailedCreationRemovesWhatIsThereOfTheFolder) {
   EXPECT_THAT(suite.LogMessages(), Contains("Reason : Permission denied"));
 }
 
+TEST_F(ArchiveFilesTest, AFailedCreationRemovesTheFoldersInTheirOrderAndForcesNothing) {
+  suite.faults->onCreateFolder = [this](const std::string& path) {
+    if (path.find("Archives") == std::string::npos) return;
+    std::filesystem::create_directories(suite.archives / "questions");
+    std::filesystem::create_directories(suite.archives / "transactions");
+    throw automation::Error(automation::ErrorNumber::PermissionDenied);
+  };
+  std::vector<std::string> deleted;
+  suite.faults->onDeleteFolder = [&](const std::string& path, bool force) {
+    deleted.push_back(path.substr(path.find("\\Data")));
+    EXPECT_FALSE(force);
+    // One that stays does not keep the next from going.
+    if (path.ends_with("questions")) throw automation::Error(automation::ErrorNumber::PermissionDenied);
+  };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(deleted, ElementsAre("\\Data\\Archives\\questions", "\\Data\\Archives\\transactions",
+                                   "\\Data\\Archives"));
+  EXPECT_THAT(suite.LogMessages(),
+              ElementsAre("Archiving Process started by NTService",
+                          "Creation of Archive Folder " + suite.home.string() + "\\Data\\Archives" +
+                              " or questions and transactions folder under this folder failed .",
+                          "Reason : Permission denied", "Archiving Process ended."));
+}
+
 TEST_F(ArchiveFilesTest, AShareThatComesBackAfterTheFailedCreationKeepsItsArchives) {
   suite.faults->onCreateFolder = [this](const std::string& path) {
     if (path.find("Archives") == std::string::npos) return;
@@ -201,6 +228,21 @@ TEST_F(ArchiveFilesTest, AShareThatComesBackAfterTheFailedCreationKeepsItsArchiv
                           "Creation of Archive Folder " + suite.home.string() + "\\Data\\Archives" +
                               " or questions and transactions folder under this folder failed .",
                           "Reason : File already exists", "Archiving Process ended."));
+}
+
+TEST_F(ArchiveFilesTest, AFailedCreationTakesTheEmptyFolderOfRequestsFromAShareThatComesBack) {
+  suite.faults->onCreateFolder = [this](const std::string& path) {
+    if (path.find("Archives") == std::string::npos) return;
+    suite.folder.Write("suite/home/Data/Archives/transactions/old.xml", "the only copy");
+    std::filesystem::create_directories(suite.archives / "questions");
+    throw automation::Error(automation::ErrorNumber::FileAlreadyExists);
+  };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_FALSE(std::filesystem::exists(suite.archives / "questions"));
+  EXPECT_EQ(suite.Archive("transactions/old.xml"), "the only copy");
 }
 
 TEST_F(ArchiveFilesTest, AFolderThatComesIntoExistenceBetweenTwoCustomersIsUsedWithoutACreation) {
@@ -309,10 +351,17 @@ TEST_F(ArchiveFilesTest, TheNextRunTriesTheFolderAgain) {
 }
 
 TEST_F(ArchiveFilesTest, AnOwnerThatWouldLeaveTheFolderKeepsItsRows) {
-  std::filesystem::create_directories(suite.home / "Data");
-  const std::vector<std::string> owners = {
-      "../../evil@example.org", "..\\..\\evil@example.org",      "a/b@example.org",
-      "tab\there@example.org",  "unit\x1fseparator@example.org", "rub\x7fout@example.org"};
+  // Folders through which such a name would lead out.
+  for (const char* folder : {"NoBP_a", "NoBP_x"})
+    std::filesystem::create_directories(suite.archives / folder);
+  const std::vector<std::string> owners = {"x/../../evil@example.org",
+                                           "x\\..\\..\\evil@example.org",
+                                           "../../evil@example.org",
+                                           "..\\..\\evil@example.org",
+                                           "a/b@example.org",
+                                           "tab\there@example.org",
+                                           "unit\x1fseparator@example.org",
+                                           "rub\x7fout@example.org"};
   int id = 0;
   for (const std::string& owner : owners) suite.AddProspectRequest(++id, owner);
 
@@ -326,6 +375,9 @@ TEST_F(ArchiveFilesTest, AnOwnerThatWouldLeaveTheFolderKeepsItsRows) {
   }
   for (const auto& entry : std::filesystem::recursive_directory_iterator(suite.folder.Path())) {
     EXPECT_EQ(entry.path().filename().string().find("evil"), std::string::npos) << entry.path();
+  }
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(suite.home / "Data")) {
+    EXPECT_TRUE(entry.is_directory()) << entry.path();
   }
   EXPECT_THAT(suite.test.log->size(), 0U);
 }

@@ -28,7 +28,10 @@ class FaultyFileSystem : public Scripting::FileSystemObject {
     return real_->OpenTextFile(path, mode, create);
   }
   void DeleteFile(std::string_view path, bool force) override { real_->DeleteFile(path, force); }
-  void DeleteFolder(std::string_view path, bool force) override { real_->DeleteFolder(path, force); }
+  void DeleteFolder(std::string_view path, bool force) override {
+    if (faults_->onDeleteFolder) faults_->onDeleteFolder(std::string(path), force);
+    real_->DeleteFolder(path, force);
+  }
   std::string GetParentFolderName(std::string_view path) const override {
     return real_->GetParentFolderName(path);
   }

@@ -15,6 +15,7 @@ struct FileFaults {
   std::function<void(const std::string& path)> onLoad;
   std::function<bool(const std::string& drive)> driveExists;
   std::function<void(const std::string& path)> onCreateFolder;
+  std::function<void(const std::string& path, bool force)> onDeleteFolder;
 };
 
 Scripting::FileSystemObjectPtr MakeFaulty(Scripting::FileSystemObjectPtr real,
