@@ -1,6 +1,7 @@
 // The ODBC provider against real servers, below the cursor engine.
 #include <gmock/gmock.h>
 
+#include <future>
 #include <memory>
 #include <string>
 #include <utility>
@@ -433,6 +434,22 @@ TEST_P(OdbcProviderTest, CommitsAndRollsBack) {
   EXPECT_FALSE(rows->Next());
 }
 
+// MariaDB commits whenever a table is made.
+TEST_P(OdbcProviderTest, RollsBackWhatFollowsAStatementThatCommits) {
+  MakeTable();
+  session_->Begin();
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (1)", {});
+  session_->Execute("CREATE TABLE OTHER (ID INTEGER PRIMARY KEY)", {});
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (2)", {});
+  session_->Rollback();
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{OnPostgreSql() ? 0 : 1}));
+  // Afterwards each statement is on its own again.
+  session_->Execute("INSERT INTO SAMPLE (ID) VALUES (3)", {});
+  const auto other = database_.Connect();
+  const auto rows = other->Query("SELECT ID FROM SAMPLE WHERE ID = 3", {});
+  EXPECT_TRUE(rows->Next());
+}
+
 TEST_P(OdbcProviderTest, TellsKeyColumnsInTheirOrderAndTheGeneratedOne) {
   MakeTable();
   const auto sample = session_->Describe("SAMPLE");
@@ -605,6 +622,38 @@ TEST(MariaDbProviderTest, ReadsZeroDatesAsNull) {
   EXPECT_TRUE(rows->Value(0).IsNull());
   ASSERT_TRUE(rows->Next());
   EXPECT_EQ(rows->Value(0), Variant(Moment(2004, 7, 26, 0, 0, 0)));
+}
+
+// The server takes back all of a transaction that it ends because of a deadlock. What follows is not on its
+// own for that: it goes when the caller rolls back.
+TEST(MariaDbProviderTest, RollsBackWhatFollowsADeadlock) {
+  const orvane_test::ServerDatabase database("mariadb");
+  const auto heavy = database.Connect();
+  const auto light = database.Connect();
+  heavy->Execute("CREATE TABLE SAMPLE (ID INTEGER PRIMARY KEY, NUMBER INTEGER)", {});
+  heavy->Execute("INSERT INTO SAMPLE VALUES (1, 0), (2, 0)", {});
+  heavy->Begin();
+  light->Begin();
+  heavy->Execute("UPDATE SAMPLE SET NUMBER = 1 WHERE ID = 1", {});
+  light->Execute("UPDATE SAMPLE SET NUMBER = 1 WHERE ID = 2", {});
+  // The transaction that has changed less is the one that is ended.
+  heavy->Execute("INSERT INTO SAMPLE VALUES (11, 1), (12, 1), (13, 1), (14, 1), (15, 1), (16, 1)", {});
+  auto waiting = std::async(std::launch::async,
+                            [&] { return heavy->Execute("UPDATE SAMPLE SET NUMBER = 1 WHERE ID = 2", {}); });
+  try {
+    light->Execute("UPDATE SAMPLE SET NUMBER = 1 WHERE ID = 1", {});
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const automation::Error& error) {
+    EXPECT_EQ(error.SqlState(), "40001") << error.Description();
+  }
+  EXPECT_EQ(waiting.get(), 1);
+  heavy->Rollback();
+  light->Execute("INSERT INTO SAMPLE VALUES (3, 0)", {});
+  light->Rollback();
+  const auto rows = heavy->Query("SELECT COUNT(*), SUM(NUMBER) FROM SAMPLE", {});
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant(std::int32_t{2}));
+  EXPECT_EQ(rows->Value(1), Variant(std::int32_t{0}));
 }
 
 TEST(OdbcDriverTest, ReportsADriverThatIsNotInstalled) {

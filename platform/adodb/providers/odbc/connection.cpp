@@ -132,7 +132,25 @@ void Connection::ApplyIsolationLevel() {
 
 Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Parameters& parameters) {
   ApplyIsolationLevel();
-  settingsKept_ = settingsKept_ && KeepsSettings(sql);
+  const bool plain = KeepsSettings(sql);
+  settingsKept_ = settingsKept_ && plain;
+  if (!inTransaction_ || autocommitOff_) return RunInAnyWay(sql, parameters);
+  // The statement may end the transaction by committing, or by failing. What follows belongs to the next one,
+  // until the caller says that it is done.
+  if (!plain) TurnAutocommitOff();
+  try {
+    return RunInAnyWay(sql, parameters);
+  } catch (const automation::Error&) {
+    try {
+      if (!lost_ && !autocommitOff_) TurnAutocommitOff();
+    } catch (const automation::Error&) {
+      lost_ = true;  // the first failure is the one to tell
+    }
+    throw;
+  }
+}
+
+Connection::StatementPtr Connection::RunInAnyWay(std::string_view sql, const engine::Parameters& parameters) {
   if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
   if (parameters.empty() && IsRepeatedRead(sql)) {
     try {
@@ -225,8 +243,19 @@ std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters&
 void Connection::Begin() {
   if (inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
   ApplyIsolationLevel();
-  SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF);
+  if (engine_ == Engine::MariaDb) {
+    // The driver tells this server at once when autocommit changes: a message at the beginning and one at the
+    // end.
+    Statement(handle_, fetchStyle_, lost_).ExecuteDirect("START TRANSACTION");
+  } else {
+    TurnAutocommitOff();
+  }
   inTransaction_ = true;
+}
+
+void Connection::TurnAutocommitOff() {
+  SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF);
+  autocommitOff_ = true;
 }
 
 void Connection::Commit() {
@@ -239,17 +268,20 @@ void Connection::Rollback() {
 void Connection::EndTransaction(SQLSMALLINT completion) {
   if (!inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
   inTransaction_ = false;
+  const bool autocommitOff = std::exchange(autocommitOff_, false);
   try {
     Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), completion));
   } catch (...) {
     // A commit that failed may have left the transaction open.
-    SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK);
-    if (!Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0))) {
-      lost_ = true;
+    bool ended = Succeeded(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK));
+    if (autocommitOff) {
+      ended =
+          Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0));
     }
+    lost_ = lost_ || !ended;
     throw;
   }
-  SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_ON);
+  if (autocommitOff) SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_ON);
 }
 
 void Connection::SetIsolationLevel(IsolationLevel level) {

@@ -44,11 +44,13 @@ class Connection : public engine::Session {
   void SetAttribute(SQLINTEGER attribute, std::uintptr_t value);
   void ApplyIsolationLevel();
   StatementPtr Run(std::string_view sql, const engine::Parameters& parameters);
+  StatementPtr RunInAnyWay(std::string_view sql, const engine::Parameters& parameters);
   bool IsRepeatedRead(std::string_view sql);
   StatementPtr RunPrepared(std::string_view sql, const engine::Parameters& parameters);
   StatementPtr RunPreparedOnce(std::string_view sql, const engine::Parameters& parameters);
   void AddCollations(std::vector<engine::Column>& columns);
   const Table& LookUp(const std::string& table);
+  void TurnAutocommitOff();
   void EndTransaction(SQLSMALLINT completion);
 
   ConnectionHandle handle_;
@@ -58,6 +60,7 @@ class Connection : public engine::Session {
   bool lost_ = false;         // the server or the network has ended the connection
   bool settingsKept_ = true;  // no statement has run that may have changed the session's settings
   bool inTransaction_ = false;
+  bool autocommitOff_ = false;  // for the time of a transaction
   IsolationLevel isolationLevel_ = IsolationLevel::ReadCommitted;  // as the user of the session wants it
   IsolationLevel appliedIsolationLevel_ = IsolationLevel::ReadCommitted;  // as the database has it
   // Prepared statements, the one used last in front.
