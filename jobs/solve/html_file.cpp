@@ -36,16 +36,18 @@ void SolveOnNoResponseJob::CreateHTMLFile() {
   m_sHTMLFilePath.clear();
   try {
     const std::string root = OrvaneUtilities::ReplaceAll(m_sRootPath, "/", "\\");
-    m_sHTMLFilePath =
+    const std::string path =
         root + "\\" +
         OrvaneUtilities::NormalizeFolderPath(OrvaneUtilities::GetParamValue("DataFileRelativePath")) +
         "\\HTML\\" + PageName(automation::Now().Parts());
     const std::string sheetPath = root + "\\Orvane\\Mail\\Sheets\\" + m_sXSLPath;
 
     // A mail of the same second that was not sent has left its page under this name. If this one fails before
-    // it has a page of its own, the other customer's must not be found there.
+    // it has a page of its own, or cannot have one because the other's cannot be deleted, the other
+    // customer's must not be found there.
     const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
-    if (files->FileExists(m_sHTMLFilePath)) files->DeleteFile(m_sHTMLFilePath, true);
+    if (files->FileExists(path)) files->DeleteFile(path, true);
+    m_sHTMLFilePath = path;
 
     const MSXML2::XSLProcessorPtr processor =
         automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId)

@@ -115,6 +115,32 @@ TEST_F(HtmlFileTest, APageThatAnUnsentMailOfTheSameSecondLeftIsNotTakenForThisOn
   EXPECT_FALSE(disk_->Exists(kPage));
 }
 
+TEST_F(HtmlFileTest, APageThatCannotBeDeletedIsNotSentToAnotherCustomer) {
+  disk_->AddFile(kPage, "of another customer");
+  disk_->SetHeld(kPage);
+  // Whoever held it has let go of it by the time the mail is put together.
+  environment_.logFactory = [this]() -> automation::ObjectPtr {
+    disk_->SetHeld(kPage, false);
+    throw automation::Error(automation::ErrorNumber::CannotCreateObject);
+  };
+  testing::internal::CaptureStderr();
+  peer_.SendMail(8, 26);
+  const std::string report = testing::internal::GetCapturedStderr();
+  EXPECT_NE(report.find("OrvaneProcess.SolveOnNoResponse.CreateHTMLFile caught: Permission denied (70)."),
+            std::string::npos)
+      << report;
+  EXPECT_EQ(suite_->events, Texts{});
+  EXPECT_EQ(disk_->Bytes(kPage), "of another customer");
+}
+
+TEST_F(HtmlFileTest, AReadOnlyPageOfTheSameSecondIsReplaced) {
+  disk_->AddFile(kPage, "of another customer");
+  disk_->SetReadOnly(kPage);
+  suite_->render = [](const SheetUse&) { return "later"; };
+  peer_.CreateHTMLFile();
+  EXPECT_EQ(disk_->Bytes(kPage), "later");
+}
+
 TEST_F(HtmlFileTest, ASheetThatFailsIsReportedAndLeavesAnEmptyPage) {
   suite_->before = [](const std::string& step) {
     if (step == "transform") throw automation::Error(-2147467259, "MSXML2", "endless recursion");

@@ -198,6 +198,20 @@ TEST_F(MailDataTest, TheTimeOfDayHasNoLeadingZerosAndMidnightIsAllZero) {
   EXPECT_NE(peer_.Body().find("We conclude on 1/2/2005[1,1033] 0:0:0\t"), std::string::npos) << peer_.Body();
 }
 
+TEST_F(MailDataTest, AMailThatIsMadeAtMidnightTakesDayAndTimeFromOneMoment) {
+  environment_.now = automation::DateTime::FromParts(
+      {.year = 2004, .month = 12, .day = 30, .hour = 23, .minute = 59, .second = 59});
+  environment_.runtime.clock = [this] {
+    const automation::DateTime now = environment_.now;
+    environment_.now = automation::AddMinutes(now, 1);
+    return now;
+  };
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.GetMailData();
+  EXPECT_NE(peer_.Body().find("We conclude on 1/2/2005[1,1033] 23:59:59\t"), std::string::npos)
+      << peer_.Body();
+}
+
 TEST_F(MailDataTest, AProspectsCustomerIsGreetedAsAUserAllTheSame) {
   peer_.Begin(26, 8, "anna", 1033);
   peer_.SetProspect("visitor@example.org");
