@@ -36,6 +36,24 @@ TEST_F(ArchiveDocumentsTest, FirstRunMakesBothFilesWithOneEntryNumberedOne) {
               ElementsAre("7-26-2004 09:05:03"));
 }
 
+TEST_F(ArchiveDocumentsTest, ANewFileBeginsAsOneLineWithItsRoot) {
+  std::vector<std::string> firstLoads;
+  suite.faults->onLoad = [&](const std::string& path) {
+    if (firstLoads.size() < 2 || path.ends_with("_trans.xml"))
+      firstLoads.push_back(suite.Archive(path.substr(path.rfind('\\') + 1)));
+  };
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  ASSERT_EQ(firstLoads.size(), 4U) << "each file is loaded to be changed and to be kept for the undo";
+  EXPECT_EQ(firstLoads[0], "<QuestionsArchive></QuestionsArchive>\r\n");
+  EXPECT_THAT(firstLoads[1], StartsWith("<QuestionsArchive><SRs/><Archives/></QuestionsArchive>"));
+  EXPECT_EQ(firstLoads[2], "<TransactionsArchive></TransactionsArchive>\r\n");
+  EXPECT_THAT(firstLoads[3],
+              StartsWith("<TransactionsArchive><Transactions/><Archives/></TransactionsArchive>"));
+}
+
 TEST_F(ArchiveDocumentsTest, AttributesStandInTheirOrder) {
   suite.AddRequest(5531, "jdoe");
 
@@ -168,6 +186,28 @@ TEST_F(ArchiveDocumentsTest, NumbersOfTheCatalogueBecomeNames) {
   EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/Q_PRODUCTCAT"), ElementsAre("Printers"));
   EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/PRODUCTID"), ElementsAre("Laser 40"));
   EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/Q_CATEGORY"), ElementsAre("Paper jam"));
+}
+
+TEST_F(ArchiveDocumentsTest, ACatalogueNumberWithoutANameIsAnEmptyElement) {
+  suite.ExecuteCatalogue("insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values (4, null)");
+  suite.AddRequest(1, "jdoe");
+  suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 4");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/Q_PRODUCTCAT"), ElementsAre(""));
+}
+
+TEST_F(ArchiveDocumentsTest, CatalogueNumbersAreComparedAsNumbers) {
+  suite.ExecuteCatalogue("drop table PRODUCTCATEGORY");
+  suite.ExecuteCatalogue("create table PRODUCTCATEGORY (CATEGORYID varchar(9), CATEGORYNAME varchar(50))");
+  suite.ExecuteCatalogue("insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values ('003', 'Plotters')");
+  suite.AddRequest(1, "jdoe");
+  suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 3");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/Q_PRODUCTCAT"), ElementsAre("Plotters"));
 }
 
 TEST_F(ArchiveDocumentsTest, CatalogueNumbersZeroAndUnknownAreEmptyElements) {

@@ -148,6 +148,8 @@ TEST_F(ArchiveFailuresTest, ARunLogThatTakesNoMoreLinesDoesNotKeepCustomersFromB
   ASSERT_EQ(suite.test.log->size(), 3U) << "one entry a customer, one for the closing lines";
   for (const int customer : {0, 1}) {
     const std::string name = customer == 0 ? "jdoe" : "zoe";
+    EXPECT_THAT((*suite.test.log)[static_cast<std::size_t>(customer)].message,
+                ::testing::StartsWith("OrvaneProcess.Archive.archiveOriginator caught: "));
     EXPECT_THAT(
         (*suite.test.log)[static_cast<std::size_t>(customer)].message,
         HasSubstr("Additional information: Archive Files " + suite.ArchivePath("NoBP_" + name + "_SR.xml") +

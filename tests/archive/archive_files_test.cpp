@@ -1,7 +1,7 @@
 // Where the files lie, what they are called, and what happens when the folder cannot be made.
 #include <gmock/gmock.h>
 
-#include <fstream>
+#include <algorithm>
 
 #include "tests/archive/archive_fixture.hpp"
 
@@ -259,7 +259,9 @@ TEST_F(ArchiveFilesTest, AFolderThatComesIntoExistenceBetweenTwoCustomersIsUsedW
 
   suite.Run();
 
-  EXPECT_THAT(created, ElementsAre(::testing::EndsWith("\\OrvLog"), suite.home.string() + "/Data/",
+  std::string logFolder = suite.home.parent_path().string() + "\\OrvLog";
+  std::replace(logFolder.begin(), logFolder.end(), '/', '\\');
+  EXPECT_THAT(created, ElementsAre(logFolder, suite.home.string() + "/Data/",
                                    suite.home.string() + "/Data/Archives/"));
   EXPECT_THAT(suite.Texts("NoBP_zoe_SR.xml", "//SR/@Q_ID"), ElementsAre("2"));
 }

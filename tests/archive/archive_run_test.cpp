@@ -258,6 +258,17 @@ TEST_F(ArchiveRunTest, ARunThatFailsWithoutAnExpectedReasonStillClosesItsLogAndR
             "METHOD: \r\nOrvaneProcess.Archive.archiveQuestions caught: disk I/O error(-2147467259).");
 }
 
+TEST_F(ArchiveRunTest, AnAttachmentsFolderThatIsNullIsNoFailure) {
+  suite.ExecuteCatalogue(
+      "insert into FAQPARAMETER (PARAMNAME, PARAMVALUE) values ('ATTACHMENTSDIRECTORY', null)");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_THAT(*suite.test.log, IsEmpty());
+}
+
 TEST_F(ArchiveRunTest, AMissingCatalogueIsReportedAndReturns) {
   suite.test.configuration->connectionStrings.erase({"VnServer", "ECatalog"});
   suite.AddRequest(1, "jdoe");

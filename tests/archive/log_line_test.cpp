@@ -28,6 +28,10 @@ TEST_F(ArchiveLogLineTest, BlanksAroundAMessageAreKept) {
             "7-26-2004 09:05:03  :  could not be created/loaded ");
 }
 
+TEST_F(ArchiveLogLineTest, ATabIsText) {
+  EXPECT_EQ(ArchiveLogLine("\t"), "7-26-2004 09:05:03  : \t");
+}
+
 TEST_F(ArchiveLogLineTest, AsterisksBlanksOrNothingHaveNoTimestamp) {
   for (const std::string ruler : {"********", "** **", "   ", ""}) EXPECT_EQ(ArchiveLogLine(ruler), ruler);
 }

@@ -19,6 +19,7 @@
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/support/archive_files.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {
@@ -238,6 +239,9 @@ class Suite {
       if (!entry.is_regular_file()) continue;
       const std::string path = entry.path().lexically_relative(folder_.Path()).string();
       if (path.starts_with("home/db/") || path.starts_with("home/config/siteConf")) continue;
+      if (path.ends_with("_SR.xml") || path.ends_with("_trans.xml")) {
+        EXPECT_EQ(ArchiveFileProblem(entry.path()), "");
+      }
       const std::string text = Masked(Readable(TemporaryFolder::Read(entry.path())), folder_.Path());
       if (path.starts_with("home/mail/pickup/")) {
         remains.mails.push_back(text);

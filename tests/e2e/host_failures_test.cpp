@@ -8,6 +8,7 @@
 
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
+#include "tests/support/archive_files.hpp"
 
 namespace {
 
@@ -187,6 +188,7 @@ TEST_F(HostFailuresTest, OnlyTheFirstWarningsArePrintedAndTheRestIsCounted) {
             std::string::npos)
       << outcome.err;
   EXPECT_EQ(suite_.ErrorLog().size(), 23U);
+  orvane_test::ExpectArchiveFiles(suite_.Home() / "Data" / "Archives");
 }
 
 TEST_F(HostFailuresTest, StatusShowsFinishedAndUnfinishedRuns) {

@@ -17,6 +17,7 @@
 #include "components/interfaces/load_xsls.hpp"
 #include "host/commands.hpp"
 #include "host/composition.hpp"
+#include "tests/support/archive_files.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -71,6 +72,10 @@ TEST(ThreadsTest, SuitesServedSideBySideComeOutAsTheyWouldOneByOne) {
   for (const DemoSuite& suite : suites) {
     EXPECT_EQ(finished(suite.output.str()), 4U) << suite.output.str();
     EXPECT_EQ(Files(suite.home), Files(suites[0].home));
+    for (const std::string& name : Files(suite.home)) {
+      if (!name.ends_with("_SR.xml") && !name.ends_with("_trans.xml")) continue;
+      EXPECT_EQ(orvane_test::ArchiveFileProblem(suite.home / name), "");
+    }
   }
   EXPECT_THAT(Files(suites[0].home), testing::Not(testing::IsEmpty()));
 }
