@@ -4,9 +4,10 @@
 //
 // The job does everything (reading the rows, building the document, rendering, sending, writing the rows
 // back); the loop puts the question's id into a document that is there already, renders and sends. Fails when
-// the job makes fewer than 10 times as many mails a second. Into the pickup folder the loop sends with curl,
-// which does not sync the mail as the job does; beside it stand the loop that syncs, and one that sends
-// nothing and writes into the folder itself.
+// the job makes fewer than 10 times as many mails a second. Sent is to two servers: aiosmtpd, whose own time
+// is a part of the job's that no client can save, and smtp-sink, which needs next to none. Into the pickup
+// folder the loop sends with curl, which does not sync the mail as the job does; beside it stand the loop
+// that syncs, and one that sends nothing and writes into the folder itself.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -72,7 +73,7 @@ void PrintLoop(const char* what, double shell, double job) {
 
 void Print(const char* way, const Rates& rates, double render, double database) {
   const auto share = [&](double seconds) { return 100 * seconds / rates.job; };
-  std::printf("%-6s  job %7.0f mails/s   shell loop %5.0f mails/s   ratio %5.1f\n", way, 1 / rates.job,
+  std::printf("%-9s  job %7.0f mails/s   shell loop %5.0f mails/s   ratio %5.1f\n", way, 1 / rates.job,
               1 / rates.shell, rates.shell / rates.job);
   std::printf(
       "        of %.2f ms a mail: rendering by itself %.0f %%, sending %.0f %%, the statements %.0f %%\n",
@@ -84,15 +85,10 @@ int Run(int mails, int shellMails) {
   fs::permissions(folder.Path(), static_cast<fs::perms>(0755));
   const fs::path work = folder.Path();
   const fs::path pickupHome = work / "pickup" / "home";
-  const fs::path smtpHome = work / "smtp" / "home";
   const fs::path shellPickup = work / "shell-pickup";
-  for (const fs::path& made : {pickupHome.parent_path(), smtpHome.parent_path(), shellPickup})
-    fs::create_directory(made);
-  const MailSink sink;
+  for (const fs::path& made : {pickupHome.parent_path(), shellPickup}) fs::create_directory(made);
   WriteLoopInput(work);
-
   orvane_bench::MakeDueSuite(pickupHome, mails, 0);
-  orvane_bench::MakeDueSuite(smtpHome, mails, sink.Port());
   const fs::path sheet = pickupHome / "Orvane" / "Mail" / "Sheets" / "reminder.xsl";
   const auto shell = [&](const std::string& way, const std::string& target) {
     const RunFigures figures = orvane_bench::RunMeasured(
@@ -106,24 +102,35 @@ int Run(int mails, int shellMails) {
   if (FilesIn(orvane_bench::PickupFolder(pickupHome)) != static_cast<std::size_t>(mails)) {
     throw std::runtime_error("mails are missing in the pickup folder");
   }
-  Rates smtp{JobSeconds(smtpHome, mails) / mails, shell("smtp", std::to_string(sink.Port())), 0};
-
   const fs::path page = work / "page.htm";
   pickup.send =
       orvane_bench::SendSeconds(
           {.sendUsing = CDO::SendUsing::Pickup, .pickupDirectory = shellPickup.string()}, page, mails) /
-      mails;
-  smtp.send =
-      orvane_bench::SendSeconds(
-          {.sendUsing = CDO::SendUsing::Port, .server = "127.0.0.1", .port = sink.Port()}, page, mails) /
       mails;
   const double render = orvane_bench::RenderSeconds(sheet, mails) / mails;
   const double database = orvane_bench::DatabaseSeconds(pickupHome, mails) / mails;
   Print("pickup", pickup, render, database);
   PrintLoop("the loop with each mail synced", synced, pickup.job);
   PrintLoop("the loop without curl", written, pickup.job);
-  Print("smtp", smtp, render, database);
-  const bool reached = pickup.shell >= kWantedRatio * pickup.job && smtp.shell >= kWantedRatio * smtp.job;
+  bool reached = pickup.shell >= kWantedRatio * pickup.job;
+  for (const auto& [kind, name] :
+       {std::pair(MailSink::Kind::Aiosmtpd, "aiosmtpd"), {MailSink::Kind::SmtpSink, "smtp-sink"}}) {
+    if (!MailSink::IsInstalled(kind)) {
+      std::printf("%s is not installed\n", name);
+      continue;
+    }
+    const MailSink sink(kind);
+    const fs::path home = work / name / "home";
+    fs::create_directory(home.parent_path());
+    orvane_bench::MakeDueSuite(home, mails, sink.Port());
+    Rates smtp{JobSeconds(home, mails) / mails, shell("smtp", std::to_string(sink.Port())), 0};
+    smtp.send =
+        orvane_bench::SendSeconds(
+            {.sendUsing = CDO::SendUsing::Port, .server = "127.0.0.1", .port = sink.Port()}, page, mails) /
+        mails;
+    Print(name, smtp, render, database);
+    reached = reached && smtp.shell >= kWantedRatio * smtp.job;
+  }
   if (!reached) std::printf("MISSED: at least %.0f times the shell loop\n", kWantedRatio);
   return reached ? 0 : 1;
 }

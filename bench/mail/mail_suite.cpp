@@ -23,6 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kSmtpSink[] = "/usr/sbin/smtp-sink";
+
 // Two posts and two answers of some lines each.
 constexpr const char* kPost =
     "since yesterday the printer in room 12 stops with error E-104.<br>I switched it off and on again.<br>"
@@ -182,15 +184,23 @@ double DatabaseSeconds(const fs::path& home, int count) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-MailSink::MailSink() : port_(FreePort()) {
+bool MailSink::IsInstalled(Kind kind) {
+  return kind == Kind::Aiosmtpd || access(kSmtpSink, X_OK) == 0;
+}
+
+MailSink::MailSink(Kind kind) : port_(FreePort()) {
   process_ = fork();
   if (process_ == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     constexpr uid_t kNobody = 65534;
     if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
     const std::string address = "127.0.0.1:" + std::to_string(port_);
-    execl("/usr/bin/python3", "python3", "-m", "aiosmtpd", "-n", "-c", "aiosmtpd.handlers.Sink", "-l",
-          address.c_str(), nullptr);
+    if (kind == Kind::SmtpSink) {
+      execl(kSmtpSink, "smtp-sink", address.c_str(), "100", nullptr);
+    } else {
+      execl("/usr/bin/python3", "python3", "-m", "aiosmtpd", "-n", "-c", "aiosmtpd.handlers.Sink", "-l",
+            address.c_str(), nullptr);
+    }
     _exit(127);
   }
   for (int i = 0; i < 500 && !Answers(port_); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -27,7 +27,13 @@ double DatabaseSeconds(const std::filesystem::path& home, int count);
 // A mail server on loopback that forgets what it takes.
 class MailSink {
  public:
-  MailSink();
+  enum class Kind {
+    Aiosmtpd,  // a library in Python, which needs much of the time by itself
+    SmtpSink   // a program in C, made for measuring clients
+  };
+  // Whether the server is there on this machine.
+  static bool IsInstalled(Kind kind);
+  explicit MailSink(Kind kind);
   ~MailSink();
   MailSink(const MailSink&) = delete;
   MailSink& operator=(const MailSink&) = delete;

@@ -94,6 +94,22 @@ TEST_F(StyleSheetTest, OutputIsUtf8OrAscii) {
   for (const char c : Output("<xsl:output method='html' encoding='us-ascii'/>" + body)) EXPECT_GT(c, 0);
 }
 
+TEST_F(StyleSheetTest, AnAsciiPageHoldsEverythingElseAsReferences) {
+  const std::string page = Output(R"xsl(
+      <xsl:output method='html' encoding='us-ascii'/>
+      <xsl:template match='/'><html><head><title>&#233;</title><style>a &gt; b { content: "&#8364;"; }</style></head>
+        <body title='&lt;&#228;"&#26085;'><a href='/&#228; b?x=1&amp;y=2'>&#128512;&amp;&lt;&#160;<br/>&#127;</a>
+        <xsl:comment>&#246;</xsl:comment></body></html></xsl:template>)xsl");
+  EXPECT_THAT(page, testing::HasSubstr("charset=us-ascii"));
+  EXPECT_THAT(page, testing::HasSubstr("<title>&#233;</title>"));
+  EXPECT_THAT(page, testing::HasSubstr("a > b { content: \"&#8364;\"; }"));
+  EXPECT_THAT(page, testing::HasSubstr("title='&lt;&#228;\"&#26085;'"));
+  EXPECT_THAT(page, testing::HasSubstr("href=\"/%C3%A4%20b?x=1&amp;y=2\""));
+  EXPECT_THAT(page, testing::HasSubstr(">&#128512;&amp;&lt;&#160;<br>\x7F</a>"));
+  EXPECT_THAT(page, testing::HasSubstr("<!--&#246;-->"));
+  EXPECT_EQ(Output("<xsl:output method='html' encoding='ASCII'/><xsl:template match='/'/>"), "");
+}
+
 TEST_F(StyleSheetTest, TheInputIsNotChanged) {
   const DOMDocumentPtr input = Parsed("<in> <a/> </in>");
   const XSLProcessorPtr processor =

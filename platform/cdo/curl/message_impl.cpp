@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstddef>
 #include <ctime>
-#include <random>
 #include <string>
 
 #include "platform/automation/error.hpp"
@@ -23,11 +22,14 @@ namespace {
 std::string UniqueName() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   std::string name = std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
-  std::random_device random;
-  for (int i = 0; i < 3; ++i) {
-    std::array<char, 9> digits{};
-    std::snprintf(digits.data(), digits.size(), "%08x", random());
-    name += digits.data();
+  std::array<unsigned char, 12> random{};
+  if (getentropy(random.data(), random.size()) != 0) {
+    throw automation::Error(automation::ErrorNumber::InternalError, kSource);
+  }
+  constexpr char kHex[] = "0123456789abcdef";
+  for (const unsigned char byte : random) {
+    name += kHex[byte >> 4];
+    name += kHex[byte & 15];
   }
   return name;
 }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 #include "platform/automation/error.hpp"
 #include "platform/cdo/curl/failure.hpp"
@@ -32,13 +33,23 @@ class PickupTransport final : public Transport {
     int code = WriteAll(descriptor, mail);
     if (code == 0 && fsync(descriptor) != 0) code = errno;
     if (close(descriptor) != 0 && code == 0) code = errno;
-    // A link refuses a name that is taken; a rename would replace that mail.
-    if (code == 0 && link(beside.c_str(), target.c_str()) != 0) code = errno;
+    if (code == 0) code = MoveTo(target, beside);
+    if (code == 0) return;
     unlink(beside.c_str());
-    if (code != 0) Raise(code);
+    Raise(code);
   }
 
  private:
+  // A name that is taken is refused: the mail that has it must not be replaced.
+  static int MoveTo(const std::string& target, const std::string& beside) {
+    if (renameat2(AT_FDCWD, beside.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return errno;
+    // Not every file system can do so; a link refuses the name as well.
+    if (link(beside.c_str(), target.c_str()) != 0) return errno;
+    unlink(beside.c_str());
+    return 0;
+  }
+
   static int WriteAll(int descriptor, std::string_view data) {
     while (!data.empty()) {
       const ssize_t written = write(descriptor, data.data(), data.size());
