@@ -14,15 +14,20 @@ namespace {
 Scripting::DictionaryPtr LoadTable(const ADODB::ConnectionPtr& connection, const ADODB::Statement& query,
                                    const char* keyColumn, const char* valueColumn) {
   auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-  rows->Open(query, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
-             ADODB::kOptionsUnspecified);
   Scripting::DictionaryPtr table;
-  for (; !rows->Eof(); rows->MoveNext()) {
-    if (!table) table = automation::CreateObject<Scripting::Dictionary>("Scripting.Dictionary");
-    table->Add(std::to_string(automation::ToInt32(rows->Value(keyColumn))),
-               automation::ToTextOrEmpty(rows->Value(valueColumn)));
+  try {
+    rows->Open(query, connection, ADODB::CursorType::ForwardOnly, ADODB::LockType::ReadOnly,
+               ADODB::kOptionsUnspecified);
+    for (; !rows->Eof(); rows->MoveNext()) {
+      if (!table) table = automation::CreateObject<Scripting::Dictionary>("Scripting.Dictionary");
+      table->Add(std::to_string(automation::ToInt32(rows->Value(keyColumn))),
+                 automation::ToTextOrEmpty(rows->Value(valueColumn)));
+    }
+  } catch (...) {
+    OrvaneUtilities::CloseRecordset(rows);
+    throw;
   }
-  rows->Close();
+  OrvaneUtilities::CloseRecordset(rows);
   return table;
 }
 

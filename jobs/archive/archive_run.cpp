@@ -83,16 +83,21 @@ void Archive::archiveCustomers() {
   m_sRunTime = OrvaneUtilities::GetTimestampText();
 
   auto customers = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-  customers->Open(selectionOfCustomers(), m_cnConnection, ADODB::CursorType::Keyset,
-                  ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);
   std::int64_t count = 0;
   std::vector<std::vector<automation::Variant>> rows;
-  if (!customers->Eof()) {
-    count = customers->RecordCount();
-    rows = customers->GetRows();
-    loadLookups();
+  try {
+    customers->Open(selectionOfCustomers(), m_cnConnection, ADODB::CursorType::Keyset,
+                    ADODB::LockType::ReadOnly, ADODB::kOptionsUnspecified);
+    if (!customers->Eof()) {
+      count = customers->RecordCount();
+      rows = customers->GetRows();
+      loadLookups();
+    }
+  } catch (...) {
+    OrvaneUtilities::CloseRecordset(customers);
+    throw;
   }
-  customers->Close();
+  OrvaneUtilities::CloseRecordset(customers);
   if (count < 1) {
     log("No questions qualified for Archiving.");
     return;

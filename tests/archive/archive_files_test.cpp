@@ -114,6 +114,20 @@ TEST_F(ArchiveFilesTest, MembershipIsReadFromTheSiteConfigurationBelowTheRoot) {
               Contains(suite.home.string() + "\\config\\SiteConfiguration.xml"));
 }
 
+TEST_F(ArchiveFilesTest, ArchivesAndTheOwnersAccountLieBelowTheRootAndNotTheInstallation) {
+  suite.test.configuration->installDir = "/elsewhere";
+  suite.AddRequest(1, "jdoe");
+  suite.Execute("update QUESTIONHISTORY set REGISTEREDDATE = '2003-12-24 18:30:00'");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1"));
+  EXPECT_THAT(suite.test.configuration->loadedFiles,
+              ElementsAre(suite.home.string() + "\\config\\SiteConfiguration.xml",
+                          "/elsewhere\\config\\siteConfiguration.xml"))
+      << "the owner, then the originator of a date";
+}
+
 TEST_F(ArchiveFilesTest, MissingLevelsOfTheFolderAreMadeOneByOne) {
   suite.SetParameter("DataFileRelativePath", "deep/er/Data/");
   suite.AddRequest(1, "jdoe");

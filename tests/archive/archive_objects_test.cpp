@@ -107,10 +107,10 @@ TEST_F(ArchiveObjectsTest, ConnectionsAreClosedWhateverReadFails) {
     EXPECT_EQ(steps["Connection.Close"], steps["Connection.Open"]) << table;
   }
   suite.SetParameter("ArchiveAfter", "1");
-  for (const std::string table : {"FAQCATEGORY", "PRODUCTCATEGORY", "PRODUCT"}) {
+  for (const std::string table : {"FAQCATEGORY", "PRODUCTCATEGORY", "PRODUCT", "'FTPPath')"}) {
     steps.clear();
     suite.journal->beforeStatement = [&](const std::string& sql) {
-      if (sql.ends_with("from " + table)) throw automation::Error(-2147467259, "engine", "disk I/O error");
+      if (sql.ends_with(" " + table)) throw automation::Error(-2147467259, "engine", "disk I/O error");
     };
 
     suite.Run();
@@ -118,6 +118,27 @@ TEST_F(ArchiveObjectsTest, ConnectionsAreClosedWhateverReadFails) {
     EXPECT_EQ(steps["Connection.Close"], steps["Connection.Open"]) << table;
   }
   EXPECT_EQ(suite.Rows("select Q_ID from QUESTIONHISTORY").size(), 2U);
+}
+
+TEST_F(ArchiveObjectsTest, WhatIsOpenedIsClosedWhicheverRowCannotBeReached) {
+  suite.undescribed = {"NoBP_jdoe_trans.xml", "NoBP_zoe@example.org_trans.xml"};
+  int reached = 0;
+  for (int failing = 1; failing < 100; ++failing) {
+    steps.clear();
+    suite.journal->before = [&](std::string_view step) {
+      if (++steps[std::string(step)] == failing && step == "Recordset.Eof")
+        throw automation::Error(-2147467259, "engine", "connection lost");
+    };
+
+    suite.Run();
+
+    EXPECT_EQ(steps["Connection.Close"], steps["Connection.Open"]) << failing;
+    EXPECT_EQ(steps["Recordset.Close"], steps["Recordset.Open"]) << failing;
+    if (steps["Recordset.Eof"] < failing) break;
+    reached = failing;
+  }
+  EXPECT_GE(reached, 13)
+      << "two parameters, two times three tables, the selection, and each customer's reads";
 }
 
 TEST_F(ArchiveObjectsTest, AJobThatIsKeptKeepsNoConnectionRecordSetOrFile) {
