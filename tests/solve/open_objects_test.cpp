@@ -83,6 +83,17 @@ TEST_F(OpenObjectsTest, APassClosesItsRecordSetsBeforeItsConnection) {
   EXPECT_EQ(outOfOrder_, Texts{});
 }
 
+// It fails where the reminders and the question are open: a question without a service centre.
+TEST_F(OpenObjectsTest, APassThatFailsClosesItsRecordSetsBeforeItsConnectionToo) {
+  database_.Run("UPDATE QUESTIONS SET CENTER = NULL");
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  WatchTheOrder();
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Log().size(), 1U);
+  EXPECT_EQ(open_, Texts{});
+  EXPECT_EQ(outOfOrder_, Texts{});
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Procedures, OpenObjectsTest,
     testing::Values(
