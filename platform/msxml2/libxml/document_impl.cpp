@@ -113,7 +113,8 @@ bool DocumentImpl::loadXML(std::string_view text) {
 
 void DocumentImpl::save(std::string_view path) {
   try {
-    FileReplacement file(paths_->PlaceFor(path).path);
+    const auto place = paths_->PlaceFor(path);
+    FileReplacement file(place.path, place.existing);
     if (const std::string* source = tree_->Source(); source != nullptr && !loadedFrom_.empty()) {
       file.Write(*source);
     } else {

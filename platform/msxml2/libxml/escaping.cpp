@@ -39,24 +39,24 @@ bool MayNeedReplacing(const char* block) {
 }
 
 // By character: the number of its replacement, and one more; 0 for none.
-constexpr std::array<std::uint8_t, '>' + 1> kNumbers = [] {
-  std::array<std::uint8_t, '>' + 1> numbers{};
+using Numbers = std::array<std::uint8_t, 256>;
+
+constexpr Numbers NumbersFor(Place place) {
+  Numbers numbers{};
   for (std::size_t i = 0; i < kReplacements.size(); ++i) {
-    numbers[static_cast<std::size_t>(kReplacements[i].character)] = static_cast<std::uint8_t>(i + 1);
+    if (place == Place::Content && !kReplacements[i].inContent) continue;
+    numbers[static_cast<std::uint8_t>(kReplacements[i].character)] = static_cast<std::uint8_t>(i + 1);
   }
   return numbers;
-}();
-
-const Replacement* ReplacementOf(char c, Place place) {
-  const auto code = static_cast<unsigned char>(c);
-  if (code >= kNumbers.size() || kNumbers[code] == 0) return nullptr;
-  const Replacement& replacement = kReplacements[kNumbers[code] - std::size_t{1}];
-  return replacement.inContent || place == Place::Attribute ? &replacement : nullptr;
 }
+
+constexpr Numbers kInContent = NumbersFor(Place::Content);
+constexpr Numbers kInAttribute = NumbersFor(Place::Attribute);
 
 }  // namespace
 
 void AppendEscaped(std::string& out, std::string_view text, Place place) {
+  const Numbers& numbers = place == Place::Content ? kInContent : kInAttribute;
   std::size_t from = 0;
   for (std::size_t i = 0; i < text.size();) {
     if (i + kBlock <= text.size() && !MayNeedReplacing(text.data() + i)) {
@@ -64,9 +64,9 @@ void AppendEscaped(std::string& out, std::string_view text, Place place) {
       continue;
     }
     for (const std::size_t end = std::min(i + kBlock, text.size()); i < end; ++i) {
-      const Replacement* const replacement = ReplacementOf(text[i], place);
-      if (replacement == nullptr) continue;
-      out.append(text, from, i - from).append(replacement->reference);
+      const std::uint8_t number = numbers[static_cast<std::uint8_t>(text[i])];
+      if (number == 0) continue;
+      out.append(text, from, i - from).append(kReplacements[number - std::size_t{1}].reference);
       from = i + 1;
     }
   }

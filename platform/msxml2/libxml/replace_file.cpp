@@ -25,9 +25,11 @@ using Scripting::local::RaiseSystemError;
 }
 
 // The file that a link leads to: replacing the link itself would leave the real file as it is.
-std::string Resolved(std::string target) {
+std::string Resolved(std::string target, std::optional<struct stat>& existing) {
+  if (!existing || !S_ISLNK(existing->st_mode)) return target;
+  existing.reset();
   struct stat status {};
-  if (lstat(target.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return target;
+  if (stat(target.c_str(), &status) == 0) existing = status;
   const std::unique_ptr<char, void (*)(void*)> real(realpath(target.c_str(), nullptr), std::free);
   if (!real) Refuse(errno);
   return real.get();
@@ -46,31 +48,33 @@ std::string FolderOf(const std::string& path) {
   return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
-// The permissions of the file that is replaced; nothing when there is none.
-std::optional<mode_t> RequireWritable(const std::string& target) {
-  struct stat status {};
-  if (stat(target.c_str(), &status) != 0) {
-    if (errno != ENOENT) Refuse(errno);
-    return std::nullopt;
-  }
-  if (S_ISDIR(status.st_mode)) Refuse(EISDIR);
+void RequireWritable(const std::string& target, const struct stat& existing) {
+  if (S_ISDIR(existing.st_mode)) Refuse(EISDIR);
   constexpr mode_t kAnyWriter = S_IWUSR | S_IWGRP | S_IWOTH;
   // The superuser may write everything; a file marked as read-only is meant to stay as it is all the same.
-  if ((status.st_mode & kAnyWriter) == 0 || access(target.c_str(), W_OK) != 0) Refuse(EACCES);
-  return status.st_mode & 07777U;
+  if ((existing.st_mode & kAnyWriter) == 0 || access(target.c_str(), W_OK) != 0) Refuse(EACCES);
+}
+
+// Makes the file. What a killed process left under the name goes: a program that still holds it open must not
+// write into the new one.
+int MakeAnew(const std::string& path) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+  const int descriptor = open(path.c_str(), kFlags, 0666);
+  if (descriptor >= 0 || errno != EEXIST) return descriptor;
+  unlink(path.c_str());
+  return open(path.c_str(), kFlags, 0666);
 }
 
 }  // namespace
 
-FileReplacement::FileReplacement(std::string target)
-    : target_(Resolved(std::move(target))),
+FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing)
+    : target_(Resolved(std::move(target), existing)),
       folder_(FolderOf(target_)),
       beside_(NameBeside(folder_, target_)) {
-  const std::optional<mode_t> mode = RequireWritable(target_);
-  unlink(beside_.c_str());
-  descriptor_ = open(beside_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+  if (existing) RequireWritable(target_, *existing);
+  descriptor_ = MakeAnew(beside_);
   if (descriptor_ < 0) Refuse(errno);
-  if (mode && fchmod(descriptor_, *mode) != 0) {
+  if (existing && fchmod(descriptor_, existing->st_mode & 07777U) != 0) {
     const int code = errno;
     close(descriptor_);
     unlink(beside_.c_str());

@@ -2,6 +2,9 @@
 // meanwhile.
 #pragma once
 
+#include <sys/stat.h>
+
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,8 +15,9 @@ namespace MSXML2::libxml {
 // beside it.
 class FileReplacement {
  public:
-  // `target` is the operating system's path. A target that nobody may write is refused with 70 at once.
-  explicit FileReplacement(std::string target);
+  // `target` is the operating system's path, `existing` what lies there now (a link not followed). A target
+  // that nobody may write is refused with 70 at once.
+  FileReplacement(std::string target, std::optional<struct stat> existing);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
