@@ -193,10 +193,13 @@ TEST_F(HistoryTest, LabelsThatCannotBeReadAreEmpty) {
   EXPECT_EQ(Log(), Texts{});
 }
 
-TEST_F(HistoryTest, ACountThatIsHandedInCountsForNothing) {
+TEST_F(HistoryTest, ACountAndEntriesThatAreHandedInCountForNothing) {
   std::int32_t count = 7;
-  EXPECT_TRUE(peer_.SeparateData(99, count).empty());
+  EXPECT_TRUE(peer_.SeparateData(99, count, {{"heading", "text of another question"}}).empty());
   EXPECT_EQ(count, 0);
+  SetHistory(Post("2004-07-20 10:00:00.000", "x"), "");
+  EXPECT_EQ(peer_.SeparateData(26, count, {{"heading", "text of another question"}}).size(), 1U);
+  EXPECT_EQ(count, 1);
 }
 
 TEST_F(HistoryTest, TheQuestionIsReadWhole) {

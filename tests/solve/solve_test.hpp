@@ -89,8 +89,7 @@ class SolveOnNoResponsePeer {
                        const std::string& directTo, const std::string& answer) {
     job_.ChangeERPStatus(call, backend, originator, directTo, answer);
   }
-  Entries SeparateData(int questionId, std::int32_t& count) {
-    Entries entries;
+  Entries SeparateData(int questionId, std::int32_t& count, Entries entries = {}) {
     job_.SeparateData(questionId, count, entries);
     return entries;
   }

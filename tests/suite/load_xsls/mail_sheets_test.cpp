@@ -257,9 +257,9 @@ TEST(MailTextsTest, EveryLabelHasATextInEveryLanguage) {
         << line;
   }
   std::set<std::string> wanted(kCaptions.begin(), kCaptions.end());
-  for (const char* label :
-       {"LBLQX3388", "LBLQX3429", "LBLQX3463", "LBLQX3470", "LBLQX3478", "LBLQX3479", "LBLQX3480",
-        "LBLQX3658", "LBLQX3996", "LBLQX3997", "LBLQX3077", "LBLQX3557", "LBLQX3558"}) {
+  for (const char* label : {"LBLQX3388", "LBLQX3429", "LBLQX3463", "LBLQX3470", "LBLQX3478", "LBLQX3479",
+                            "LBLQX3480", "LBLQX3658", "LBLQX3996", "LBLQX3997", "LBLQX3077", "LBLQX3557",
+                            "LBLQX3558", "MAIL8SUBJECT", "MAIL8BODY", "MAIL10SUBJECT", "MAIL10BODY"}) {
     wanted.insert(label);
   }
   for (const std::string& label : wanted) {
