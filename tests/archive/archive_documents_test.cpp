@@ -330,6 +330,61 @@ TEST_F(ArchiveDocumentsTest, AsksTheFileHandlingComponentAtItsPoints) {
                   "SetInUse(NoBP_jdoe_trans.xml,0)"));
 }
 
+TEST_F(ArchiveDocumentsTest, ANewFileIsNeitherFetchedNorMarkedButHandedOut) {
+  suite.SetParameter("Webfarm Implemented", "True");
+  suite.AddRequest(1, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.fileHandling->calls,
+              ElementsAre("FileExists(NoBP_jdoe_SR.xml,[13])",
+                          "StoreFile(" + suite.ArchivePath("NoBP_jdoe_SR.xml") + ",13)",
+                          "SetInUse(NoBP_jdoe_SR.xml,0)", "FileExists(NoBP_jdoe_trans.xml,[13])",
+                          "StoreFile(" + suite.ArchivePath("NoBP_jdoe_trans.xml") + ",13)",
+                          "SetInUse(NoBP_jdoe_trans.xml,0)"));
+}
+
+TEST_F(ArchiveDocumentsTest, EachCustomerIsServedByTheParametersOfItsTurn) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  suite.Run();
+  suite.fileHandling->calls.clear();
+  suite.SetParameter("Webfarm Implemented", "True");
+  suite.SetParameter("FTPPath", "ftp://one.example");
+  suite.AddRequest(3, "jdoe");
+  suite.AddRequest(4, "zoe");
+  suite.journal->before = [this](std::string_view step) {
+    if (step == "Connection.CommitTrans") suite.fileHandling->calls.push_back("commit");
+  };
+  suite.journal->beforeStatement = [this, reads = 0](const std::string& sql) mutable {
+    if (sql.find("Webfarm Implemented") == std::string::npos || ++reads != 2) return;
+    suite.SetParameter("Webfarm Implemented", "0");
+  };
+
+  suite.Run();
+
+  std::string customer = "jdoe";
+  for (const std::string& call : suite.fileHandling->calls) {
+    if (call == "commit") customer = "zoe";
+    EXPECT_FALSE(customer == "zoe" && call.rfind("FetchFile(", 0) == 0) << call;
+  }
+  EXPECT_THAT(suite.fileHandling->calls,
+              ::testing::Contains(StartsWith("FetchFile(ftp://one.example,NoBP_jdoe_SR.xml,")));
+}
+
+TEST_F(ArchiveDocumentsTest, WithoutItsParametersThereIsNoFarm) {
+  suite.Execute("delete from PARAMETERS where PARAM_NAME = 'Webfarm Implemented'");
+  suite.AddRequest(1, "jdoe");
+  suite.Run();
+  suite.fileHandling->calls.clear();
+  suite.AddRequest(2, "jdoe");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+  EXPECT_EQ(suite.fileHandling->calls[2], "SetInUse(NoBP_jdoe_SR.xml,-1)");
+}
+
 TEST_F(ArchiveDocumentsTest, AFileInUseIsNeitherFetchedNorMarked) {
   suite.SetParameter("Webfarm Implemented", "True");
   suite.AddRequest(1, "jdoe");

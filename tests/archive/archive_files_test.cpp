@@ -140,6 +140,28 @@ TEST_F(ArchiveFilesTest, MissingLevelsOfTheFolderAreMadeOneByOne) {
                                             "NoBP_jdoe_trans.xml edited"));
 }
 
+TEST_F(ArchiveFilesTest, TheFolderIsLookedForOnceACustomerAndLevelByLevelWhenItIsMissing) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe");
+  std::vector<std::string> asked;
+  suite.faults->onFolderExists = [&](const std::string& path) {
+    if (path.find("OrvLog") == std::string::npos) asked.push_back(path);
+  };
+
+  suite.Run();
+
+  const std::string location = suite.home.string() + "\\Data\\Archives";
+  std::vector<std::string> expected = {location};
+  for (std::string level, rest = suite.home.string() + "/Data/Archives/"; !rest.empty();) {
+    const std::size_t end = rest.find('/') + 1;
+    level += rest.substr(0, end);
+    rest.erase(0, end);
+    expected.push_back(level);
+  }
+  expected.push_back(location);
+  EXPECT_EQ(asked, expected) << "jdoe's look, the levels from the root on, zoe's look";
+}
+
 TEST_F(ArchiveFilesTest, TheDriveOfAFolderThatIsThereIsNotAskedFor) {
   std::filesystem::create_directories(suite.archives);
   suite.faults->driveExists = [](const std::string&) { return false; };

@@ -10,7 +10,10 @@ class FaultyFileSystem : public Scripting::FileSystemObject {
   FaultyFileSystem(Scripting::FileSystemObjectPtr real, std::shared_ptr<FileFaults> faults)
       : real_(std::move(real)), faults_(std::move(faults)) {}
 
-  bool FolderExists(std::string_view path) const override { return real_->FolderExists(path); }
+  bool FolderExists(std::string_view path) const override {
+    if (faults_->onFolderExists) faults_->onFolderExists(std::string(path));
+    return real_->FolderExists(path);
+  }
   bool FileExists(std::string_view path) const override { return real_->FileExists(path); }
   bool DriveExists(std::string_view drive) const override {
     return faults_->driveExists ? faults_->driveExists(std::string(drive)) : real_->DriveExists(drive);

@@ -14,6 +14,7 @@ struct FileFaults {
   std::function<void(const std::string& path)> onSave;  // of a document
   std::function<void(const std::string& path)> onLoad;
   std::function<bool(const std::string& drive)> driveExists;
+  std::function<void(const std::string& path)> onFolderExists;
   std::function<void(const std::string& path)> onCreateFolder;
   std::function<void(const std::string& path, bool force)> onDeleteFolder;
 };
