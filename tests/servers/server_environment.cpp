@@ -5,7 +5,10 @@
 
 namespace orvane_test {
 
-ServerEnvironment::ServerEnvironment(const std::string& server) : database(server) {
+ServerEnvironment::ServerEnvironment(const std::string& server)
+    : ServerEnvironment(Server::Shared(server), server) {}
+
+ServerEnvironment::ServerEnvironment(const Server& own, const std::string& server) : database(own, server) {
   database.RunSchemaFile(server + ".sql");
   auto actual = std::make_shared<automation::ClassTable>();
   ADODB::RegisterClasses(*actual, {ADODB::odbc::MakeProvider()});

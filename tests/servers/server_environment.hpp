@@ -15,6 +15,8 @@ namespace orvane_test {
 class ServerEnvironment : public TestRuntime {
  public:
   explicit ServerEnvironment(const std::string& server);  // "postgresql" or "mariadb"
+  // On a server of the test's own, which must outlive it.
+  ServerEnvironment(const Server& own, const std::string& server);
 
   // The rows of a statement past the cursor engine, values joined by "|", NULL for a null.
   std::vector<std::string> Rows(const std::string& sql) const;

@@ -1,0 +1,62 @@
+#include "tests/servers/dying_server.hpp"
+
+#include <regex>
+#include <utility>
+
+namespace orvane_test {
+
+std::string NameOf(const Trouble& trouble) {
+  static const char* const kNames[] = {"Stopped", "Killed", "Restarted"};
+  return (trouble.server == "postgresql" ? "PostgreSQL" : "MariaDB") + std::string(kNames[trouble.what]);
+}
+
+std::vector<Trouble> AllTroubles() {
+  std::vector<Trouble> all;
+  for (const char* server : {"postgresql", "mariadb"}) {
+    for (const auto what : {Trouble::Stopped, Trouble::Killed, Trouble::Restarted})
+      all.push_back({server, what});
+  }
+  return all;
+}
+
+DyingServer::DyingServer(Trouble trouble)
+    : trouble_(std::move(trouble)), server_(Server::StartOwn(trouble_.server)) {}
+
+void DyingServer::Befall() {
+  if (std::exchange(befallen_, true)) return;
+  if (trouble_.what == Trouble::Stopped) {
+    server_.Halt();
+  } else {
+    server_.Kill();
+  }
+  if (trouble_.what == Trouble::Restarted) server_.Resume();
+}
+
+void DyingServer::Recover() {
+  if (trouble_.what != Trouble::Restarted) server_.Resume();
+}
+
+std::string WithoutDriversWords(std::string message) {
+  const std::string caught = " caught: ";
+  const std::string number = "(-2147467259).";
+  const std::string more = " Additional information: ";
+  const std::size_t begin = message.find(caught);
+  const std::size_t end = message.find(number);
+  if (begin == std::string::npos || end == std::string::npos) return message;
+  const std::size_t again = message.find(more, end);
+  const std::string words = again != std::string::npos
+                                ? message.substr(again + more.size())
+                                : message.substr(begin + caught.size(), end - begin - caught.size());
+  static const std::regex kLost(
+      "terminating connection|server closed the connection|[Cc]ould not (send|receive)|no connection to the "
+      "server|"
+      "Connection was killed|server has gone away|Lost connection|link failure|Connection refused|"
+      "Can't connect to server|not connected|Server shutdown in progress");
+  if (!std::regex_search(words, kLost)) return message;
+  for (std::size_t at = 0; (at = message.find(words, at)) != std::string::npos;) {
+    message.replace(at, words.size(), "<lost>");
+  }
+  return message;
+}
+
+}  // namespace orvane_test
