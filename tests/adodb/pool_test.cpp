@@ -108,6 +108,21 @@ TEST_F(PoolTest, ThrowsADeadSessionAwayAndAsksItsCompanions) {
   EXPECT_EQ(counters.open, 1);
 }
 
+// What killed one, say a restart of the server, may have killed those that were in use at the time.
+TEST_F(PoolTest, AsksASessionThatWasInUseWhenAnotherDied) {
+  auto first = Acquire();
+  auto second = Acquire();
+  static_cast<CountingSession&>(*second.session).dead = true;
+  pool->GiveBack(std::move(second));
+  pool->GiveBack(std::move(first));
+  auto answering = Acquire();
+  EXPECT_EQ(counters.pings, 1);
+  EXPECT_EQ(counters.connects, 2);
+  pool->GiveBack(std::move(answering));
+  auto asked = Acquire();
+  EXPECT_EQ(counters.pings, 1) << "it has answered since";
+}
+
 TEST_F(PoolTest, AsksASessionThatHasBeenIdleForAWhile) {
   pool->GiveBack(Acquire());
   now += 3s;

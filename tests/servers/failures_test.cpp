@@ -125,6 +125,23 @@ TEST_P(ServerFailureTest, APooledConnectionThatDiedIsHandedOutOnceAtMost) {
   EXPECT_LE(failures, 1);
 }
 
+// As jobs walk: the connection has prepared statements and an open record set when it dies.
+TEST_P(ServerFailureTest, AConnectionThatDiedInAWalkIsNotHandedOutAgain) {
+  const auto connection = Connect();
+  const auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+  rows->Open("SELECT * FROM PROSPECT", connection, ADODB::CursorType::Keyset, ADODB::LockType::Optimistic,
+             -1);
+  server_.Kill();
+  server_.Resume();
+  Message([&] {
+    rows->SetValue("PENDINGQUESTIONS", std::int32_t{1});
+    rows->Update();
+  });
+  rows->Close();
+  connection->Close();
+  EXPECT_NO_THROW(Touch(Connect(), 1));
+}
+
 TEST_P(ServerFailureTest, AnIdleConnectionIsAskedBeforeItIsUsed) {
   const auto idle = Connect();
   Touch(idle, 1);

@@ -10,8 +10,8 @@ namespace ADODB::engine {
 struct Pool::Target {
   std::shared_ptr<Provider> provider;
   ConnectionString text;
-  std::deque<Idle> idle;    // the one used last at the back
-  bool suspicious = false;  // a session died: the idle ones must answer before they are used
+  std::deque<Idle> idle;     // the one used last at the back
+  std::uint64_t deaths = 0;  // sessions that were found dead; what killed one may have killed others
 };
 
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
@@ -58,6 +58,7 @@ Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view us
   std::shared_ptr<Target> target = TargetOf(connectionString, user, password);
   const auto now = clock_();
   std::vector<Idle> expired;  // closed outside the lock
+  std::uint64_t deaths = 0;
   for (;;) {
     Idle candidate;
     bool mustAnswer = false;
@@ -67,20 +68,20 @@ Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view us
         expired.push_back(std::move(target->idle.front()));
         target->idle.pop_front();
       }
+      deaths = target->deaths;
       if (target->idle.empty()) break;
       candidate = std::move(target->idle.back());
       target->idle.pop_back();
-      mustAnswer = target->suspicious || now - candidate.since > kPingAfter;
-      if (target->idle.empty()) target->suspicious = false;
+      mustAnswer = candidate.deaths != deaths || now - candidate.since > kPingAfter;
     }
     if (!mustAnswer || candidate.session->Ping()) {
-      return {std::move(candidate.session), std::move(candidate.memo), std::move(target)};
+      return {std::move(candidate.session), std::move(candidate.memo), std::move(target), deaths};
     }
     const std::lock_guard lock(mutex_);
-    target->suspicious = !target->idle.empty();
+    ++target->deaths;
   }
   std::unique_ptr<Session> session = target->provider->Connect(target->text);
-  return {std::move(session), std::make_unique<TranslationMemo>(), std::move(target)};
+  return {std::move(session), std::make_unique<TranslationMemo>(), std::move(target), deaths};
 }
 
 void Pool::GiveBack(Lease lease) noexcept {
@@ -91,14 +92,14 @@ void Pool::GiveBack(Lease lease) noexcept {
     const std::lock_guard lock(mutex_);
     std::deque<Idle>& idle = lease.target->idle;
     if (!usable) {
-      lease.target->suspicious = !idle.empty();
+      ++lease.target->deaths;
       return;
     }
     if (idle.size() >= kMostIdle) {
       surplus = std::move(idle.front().session);
       idle.pop_front();
     }
-    idle.push_back({std::move(lease.session), std::move(lease.memo), clock_()});
+    idle.push_back({std::move(lease.session), std::move(lease.memo), clock_(), lease.deaths});
   } catch (...) {
     // Whatever went wrong with it, the session is not used again.
   }

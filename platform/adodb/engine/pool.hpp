@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -36,13 +37,14 @@ class Pool {
     std::unique_ptr<Session> session;
     std::unique_ptr<TranslationMemo> memo;
     std::shared_ptr<Target> target;
+    std::uint64_t deaths = 0;  // of sessions of the target, when this one was last known to answer
   };
 
   // A session that is ready for use: an idle one, or a new one. 3706 when no provider serves the string.
   Lease Acquire(std::string_view connectionString, std::string_view user, std::string_view password);
 
-  // Takes the session back. A dead one is thrown away, and its idle companions must answer before they are
-  // used.
+  // Takes the session back. A dead one is thrown away, and its companions, idle or in use, must answer before
+  // they are handed out again.
   void GiveBack(Lease lease) noexcept;
 
   std::size_t IdleCount() const;
@@ -52,6 +54,7 @@ class Pool {
     std::unique_ptr<Session> session;
     std::unique_ptr<TranslationMemo> memo;
     std::chrono::steady_clock::time_point since;
+    std::uint64_t deaths = 0;  // as in Lease
   };
 
   std::shared_ptr<Target> TargetOf(std::string_view connectionString, std::string_view user,

@@ -98,7 +98,7 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
     fetchStyle_ = {.text = TextFormOf(engine_, text), .bound = ReadsBoundColumns(raw)};
     SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
     const std::string setUp = SessionSetUp(engine_);
-    if (!setUp.empty()) Statement(handle_, fetchStyle_, lost_).ExecuteDirect(setUp);
+    if (!setUp.empty()) Statement(handle_, fetchStyle_, health_).ExecuteDirect(setUp);
   } catch (...) {
     SQLDisconnect(raw);
     throw;
@@ -114,7 +114,7 @@ Connection::~Connection() {
 void Connection::Check(SQLRETURN status) {
   if (Succeeded(status)) return;
   const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, handle_.Get());
-  lost_ = lost_ || MeansConnectionLost(diagnostics);
+  health_.Note(diagnostics);
   Raise(diagnostics);
 }
 
@@ -142,9 +142,9 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
     return RunInAnyWay(sql, parameters);
   } catch (const automation::Error&) {
     try {
-      if (!lost_ && !autocommitOff_) TurnAutocommitOff();
+      if (!health_.lost && !autocommitOff_) TurnAutocommitOff();
     } catch (const automation::Error&) {
-      lost_ = true;  // the first failure is the one to tell
+      health_.lost = true;  // the first failure is the one to tell
     }
     throw;
   }
@@ -157,10 +157,10 @@ Connection::StatementPtr Connection::RunInAnyWay(std::string_view sql, const eng
       return RunPrepared(sql, parameters);
     } catch (const automation::Error&) {
       // What is wrong may be what was prepared: a column has another type now.
-      if (inTransaction_ || lost_) throw;
+      if (inTransaction_ || health_.lost) throw;
     }
   }
-  auto statement = std::make_shared<Statement>(handle_, fetchStyle_, lost_);
+  auto statement = std::make_shared<Statement>(handle_, fetchStyle_, health_);
   if (parameters.empty()) {
     statement->ExecuteDirect(sql);
   } else {
@@ -211,7 +211,7 @@ Connection::StatementPtr Connection::RunPreparedOnce(std::string_view sql,
   if (found != prepared_.end()) {
     prepared_.splice(prepared_.begin(), prepared_, found);
   } else {
-    auto statement = std::make_shared<Statement>(handle_, fetchStyle_, lost_);
+    auto statement = std::make_shared<Statement>(handle_, fetchStyle_, health_);
     statement->Prepare(sql);
     prepared_.emplace_front(std::string(sql), std::move(statement));
     if (prepared_.size() > kMostPrepared) prepared_.pop_back();
@@ -246,7 +246,7 @@ void Connection::Begin() {
   if (engine_ == Engine::MariaDb) {
     // The driver tells this server at once when autocommit changes: a message at the beginning and one at the
     // end.
-    Statement(handle_, fetchStyle_, lost_).ExecuteDirect("START TRANSACTION");
+    Statement(handle_, fetchStyle_, health_).ExecuteDirect("START TRANSACTION");
   } else {
     TurnAutocommitOff();
   }
@@ -278,7 +278,7 @@ void Connection::EndTransaction(SQLSMALLINT completion) {
       ended =
           Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0));
     }
-    lost_ = lost_ || !ended;
+    health_.lost = health_.lost || !ended;
     throw;
   }
   if (autocommitOff) SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_ON);
@@ -323,7 +323,7 @@ void Connection::AddCollations(std::vector<engine::Column>& columns) {
 }
 
 bool Connection::Reset() {
-  if (inTransaction_ && !lost_) {
+  if (inTransaction_ && !health_.lost) {
     try {
       Rollback();
     } catch (const automation::Error&) {
@@ -331,12 +331,13 @@ bool Connection::Reset() {
     }
   }
   isolationLevel_ = IsolationLevel::ReadCommitted;
-  return !lost_ && settingsKept_;
+  if (std::exchange(health_.doubtful, false) && !health_.lost) health_.lost = !Ping();
+  return !health_.lost && settingsKept_;
 }
 
 bool Connection::Ping() {
   try {
-    Statement(handle_, fetchStyle_, lost_).ExecuteDirect("SELECT 1");
+    Statement(handle_, fetchStyle_, health_).ExecuteDirect("SELECT 1");
     return true;
   } catch (const automation::Error&) {
     return false;

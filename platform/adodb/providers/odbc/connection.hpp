@@ -57,7 +57,7 @@ class Connection : public engine::Session {
   Engine engine_ = Engine::Other;
   const engine::Dialect* dialect_ = nullptr;
   FetchStyle fetchStyle_;
-  bool lost_ = false;         // the server or the network has ended the connection
+  Health health_;
   bool settingsKept_ = true;  // no statement has run that may have changed the session's settings
   bool inTransaction_ = false;
   bool autocommitOff_ = false;  // for the time of a transaction

@@ -49,6 +49,8 @@ Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle) {
   return diagnostics;
 }
 
+namespace {
+
 bool MeansConnectionLost(const Diagnostics& diagnostics) {
   const std::string_view state = diagnostics.sqlState;
   // 08: connection exceptions. 57P01 to 57P03: a PostgreSQL server that goes down, has crashed, or is not yet
@@ -65,6 +67,14 @@ bool MeansConnectionLost(const Diagnostics& diagnostics) {
     default:
       return false;
   }
+}
+
+}  // namespace
+
+// PostgreSQL's driver tells of a connection that it lost while it prepared a statement in its words alone.
+void Health::Note(const Diagnostics& diagnostics) {
+  lost = lost || MeansConnectionLost(diagnostics);
+  doubtful = doubtful || diagnostics.sqlState == "HY000";
 }
 
 void Raise(const Diagnostics& diagnostics) {

@@ -16,8 +16,13 @@ struct Diagnostics {
 
 Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle);
 
-// Whether the connection is of no further use after a failure with these diagnostics.
-bool MeansConnectionLost(const Diagnostics& diagnostics);
+// What the failures so far tell about a connection.
+struct Health {
+  bool lost = false;      // of no further use
+  bool doubtful = false;  // a failure gave no reason that says so or rules it out
+
+  void Note(const Diagnostics& diagnostics);
+};
 
 // Raises the failure as automation::Error with the engine's message, SQLSTATE and native code.
 [[noreturn]] void Raise(const Diagnostics& diagnostics);

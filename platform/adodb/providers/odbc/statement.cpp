@@ -21,12 +21,12 @@ WideText ToStatementText(std::string_view sql) {
 
 }  // namespace
 
-Statement::Statement(const ConnectionHandle& connection, FetchStyle style, bool& connectionLost)
-    : connectionLost_(connectionLost), style_(style) {
+Statement::Statement(const ConnectionHandle& connection, FetchStyle style, Health& health)
+    : health_(health), style_(style) {
   SQLHANDLE raw = nullptr;
   if (!Succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection.Get(), &raw))) {
     const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, connection.Get());
-    connectionLost_ = connectionLost_ || MeansConnectionLost(diagnostics);
+    health_.Note(diagnostics);
     Raise(diagnostics);
   }
   handle_ = StatementHandle(raw);
@@ -35,7 +35,7 @@ Statement::Statement(const ConnectionHandle& connection, FetchStyle style, bool&
 void Statement::Check(SQLRETURN status) {
   if (Succeeded(status)) return;
   const Diagnostics diagnostics = ReadDiagnostics(SQL_HANDLE_STMT, handle_.Get());
-  connectionLost_ = connectionLost_ || MeansConnectionLost(diagnostics);
+  health_.Note(diagnostics);
   Raise(diagnostics);
 }
 

@@ -18,9 +18,8 @@ namespace ADODB::odbc {
 
 class Statement {
  public:
-  // `connectionLost` becomes true when a failure means that the connection is gone; it must outlive the
-  // statement.
-  Statement(const ConnectionHandle& connection, FetchStyle style, bool& connectionLost);
+  // `health` is told of each failure; it must outlive the statement.
+  Statement(const ConnectionHandle& connection, FetchStyle style, Health& health);
 
   void Prepare(std::string_view sql);
   // Runs the prepared statement with values for its "?". All of these raise the engine's failure.
@@ -46,7 +45,7 @@ class Statement {
   std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
 
   StatementHandle handle_;
-  bool& connectionLost_;
+  Health& health_;
   std::vector<ParameterBuffer> parameters_;
   bool described_ = false;
   std::vector<SQLSMALLINT> types_;  // as the driver calls those of columns_
