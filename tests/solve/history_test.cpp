@@ -95,6 +95,12 @@ TEST_F(HistoryTest, ADateThatIsNoneIsShownAsItStands) {
   EXPECT_EQ(Log(), Texts{});
 }
 
+TEST_F(HistoryTest, OnlyThePointBehindTheTimeBeginsAFraction) {
+  SetHistory(Post("07.20.2004 10:00:00.000", "x") + Post("07.21.2004 10:00:00    ", "y"), "");
+  EXPECT_EQ(Separate(),
+            (Texts{Q("7/20/2004 10:00:00[3,1033]") + "x", Q("7/21/2004 10:00:00[3,1033]") + "y"}));
+}
+
 TEST_F(HistoryTest, CharactersAreCountedNotBytes) {
   SetHistory(
       "\x01\x02\x03\x04\xE2\x82\xAC"

@@ -133,6 +133,27 @@ TEST_F(HtmlFileTest, APageThatCannotBeDeletedIsNotSentToAnotherCustomer) {
   EXPECT_EQ(disk_->Bytes(kPage), "of another customer");
 }
 
+TEST_F(HtmlFileTest, AMailWhosePagePathCannotBeToldDoesNotTakeThePageOfTheMailBefore) {
+  suite_->before = [](const std::string& step) {
+    if (step == "send")
+      throw automation::Error(-2147220973, "CDO.Message", "The transport failed to connect");
+  };
+  peer_.SendMail(8, 26);
+  ASSERT_TRUE(disk_->Exists(kPage));
+  suite_->before = nullptr;
+  suite_->events.clear();
+  adodb_->beforeStatement = [](const std::string& sql) {
+    if (sql.find("DataFileRelativePath") != std::string::npos) {
+      throw automation::Error(70, "I", "Permission denied");
+    }
+  };
+  AddQuestion(27);
+  peer_.SendMail(8, 27);
+  EXPECT_EQ(suite_->events, Texts{});
+  EXPECT_EQ(peer_.PagePath(), "");
+  EXPECT_EQ(Log().back(), "OrvaneProcess.SolveOnNoResponse.CreateHTMLFile caught: Permission denied (70).");
+}
+
 TEST_F(HtmlFileTest, AReadOnlyPageOfTheSameSecondIsReplaced) {
   disk_->AddFile(kPage, "of another customer");
   disk_->SetReadOnly(kPage);

@@ -74,6 +74,21 @@ TEST_F(MailDeliveryTest, AFailedSendLeavesThePageAndSaysNothing) {
   EXPECT_EQ(Log(), Texts{});
 }
 
+TEST_F(MailDeliveryTest, APlainMailLeavesThePageOfAnUnsentOneAlone) {
+  database_.Run("UPDATE EMAIL SET Mail_HTML_File = 1 WHERE Mail_Id = 8");
+  Prepare();
+  suite_->before = [](const std::string& step) {
+    if (step == "send")
+      throw automation::Error(-2147220973, "CDO.Message", "The transport failed to connect");
+  };
+  peer_.SendMail(8, 26);
+  suite_->before = nullptr;
+  peer_.SendMail(10, 26);
+  ASSERT_EQ(suite_->mails.size(), 1U);
+  EXPECT_EQ(suite_->mails[0].members, (Texts{"From", "To", "Subject", "MimeFormatted", "TextBody", "send"}));
+  EXPECT_TRUE(disk_->Exists("/suite/home/Data/HTML/26953.htm"));
+}
+
 TEST_F(MailDeliveryTest, APageThatWasNeverWrittenKeepsTheMailBackInSilence) {
   UseHtmlMails();
   Prepare();
