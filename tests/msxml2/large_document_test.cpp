@@ -177,6 +177,32 @@ TEST_F(LargeDocumentTest, OtherEncodingsAndDocumentTypesAreRead) {
   EXPECT_EQ(LoadedFrom("c.xml")->selectSingleNode("//b")->text(), filler);
 }
 
+TEST_F(LargeDocumentTest, TheSameFileLoadedTwiceGivesTwoDocuments) {
+  const std::string text = File(1000, 2);
+  WriteFile("a.xml", text);
+  const DOMDocumentPtr working = LoadedFrom("a.xml");
+  DOMDocumentPtr snapshot = LoadedFrom("a.xml");
+  AppendRows(working, 3, 1000, 1100);
+  working->selectSingleNode("//Archive[@ArchiveID='1']")->setText("changed");
+  working->save(Path("a.xml"));
+  EXPECT_EQ(LoadedFrom("a.xml")->selectNodes("//SR")->length(), 1100u);
+  snapshot->save(Path("b.xml"));
+  EXPECT_TRUE(ReadFile("b.xml") == text);
+  EXPECT_TRUE(snapshot->xml() == text);
+  EXPECT_EQ(snapshot->selectNodes("//SR")->length(), 1000u);
+  snapshot = LoadedFrom("b.xml");
+  EXPECT_EQ(snapshot->selectNodes("//SR")->length(), 1000u);
+  // The same length, another content.
+  std::string other = text;
+  other[other.find("DateArchived=\"7") + 14] = '9';
+  WriteFile("b.xml", other);
+  const DOMDocumentPtr third = LoadedFrom("b.xml");
+  EXPECT_EQ(third->selectSingleNode("//Archive")->attributes()->getNamedItem("DateArchived")->text(),
+            "9/26/2004");
+  EXPECT_EQ(snapshot->selectSingleNode("//Archive")->attributes()->getNamedItem("DateArchived")->text(),
+            "7/26/2004");
+}
+
 TEST_F(LargeDocumentTest, DamageAnywhereIsFoundOnLoading) {
   const std::string sound = File(1000, 2);
   for (const std::size_t place : {sound.size() / 3, sound.size() / 2, sound.size() - 10}) {

@@ -11,7 +11,6 @@
 
 #include "platform/msxml2/libxml/characters.hpp"
 #include "platform/msxml2/libxml/failure.hpp"
-#include "platform/msxml2/libxml/load.hpp"
 #include "platform/msxml2/libxml/new_node.hpp"
 #include "platform/msxml2/libxml/replace_file.hpp"
 #include "platform/msxml2/libxml/selection.hpp"
@@ -48,20 +47,18 @@ std::optional<std::string> Content(const std::string& path) {
 
 }  // namespace
 
-DocumentImpl::DocumentImpl(std::shared_ptr<const Scripting::local::PathResolver> paths, TreePtr tree)
-    : paths_(std::move(paths)), tree_(std::move(tree)) {}
+DocumentImpl::DocumentImpl(SurroundingsPtr surroundings, TreePtr tree)
+    : surroundings_(std::move(surroundings)), tree_(std::move(tree)) {}
 
-std::shared_ptr<DocumentImpl> DocumentImpl::Create(
-    std::shared_ptr<const Scripting::local::PathResolver> paths) {
-  auto document = std::make_shared<DocumentImpl>(std::move(paths), Tree::Empty());
+std::shared_ptr<DocumentImpl> DocumentImpl::Create(SurroundingsPtr surroundings) {
+  auto document = std::make_shared<DocumentImpl>(std::move(surroundings), Tree::Empty());
   document->tree_->SetDocumentObject(document);
   return document;
 }
 
 std::shared_ptr<DocumentImpl> DocumentImpl::Over(TreePtr tree) {
   static const Scripting::local::DriveTable kNoDrives;
-  auto document = std::make_shared<DocumentImpl>(
-      std::make_shared<const Scripting::local::PathResolver>(kNoDrives), std::move(tree));
+  auto document = std::make_shared<DocumentImpl>(std::make_shared<Surroundings>(kNoDrives), std::move(tree));
   document->tree_->SetDocumentObject(document);
   return document;
 }
@@ -72,7 +69,8 @@ void DocumentImpl::Become(TreePtr tree) {
 }
 
 bool DocumentImpl::Read(std::string bytes, const char* encoding) {
-  Loaded loaded = Load(std::make_shared<const std::string>(std::move(bytes)), encoding);
+  Loaded loaded =
+      Load(std::make_shared<const std::string>(std::move(bytes)), encoding, surroundings_->lastLoaded);
   reason_ = std::move(loaded.reason);
   const bool succeeded = loaded.tree != nullptr;
   Become(succeeded ? std::move(loaded.tree) : Tree::Empty());
@@ -83,7 +81,7 @@ bool DocumentImpl::load(std::string_view path) {
   loadedFrom_.clear();
   std::optional<std::string> bytes;
   try {
-    const auto found = paths_->Find(path);
+    const auto found = surroundings_->paths.Find(path);
     if (found) {
       bytes = Content(found->path);
       if (bytes) loadedFrom_ = found->path;
@@ -113,7 +111,7 @@ bool DocumentImpl::loadXML(std::string_view text) {
 
 void DocumentImpl::save(std::string_view path) {
   try {
-    const auto place = paths_->PlaceFor(path);
+    const auto place = surroundings_->paths.PlaceFor(path);
     FileReplacement file(place.path, place.existing);
     if (const std::string* source = tree_->Source(); source != nullptr && !loadedFrom_.empty()) {
       file.Write(*source);
@@ -154,7 +152,7 @@ void DocumentImpl::setText(std::string_view) {
 }
 
 NodePtr DocumentImpl::cloneNode(bool deep) const {
-  auto clone = std::make_shared<DocumentImpl>(paths_, Tree::Empty());
+  auto clone = std::make_shared<DocumentImpl>(surroundings_, Tree::Empty());
   clone->tree_->SetDocumentObject(clone);
   if (!deep) return clone;
   tree_->ExpandAll();

@@ -6,17 +6,27 @@
 #include <string_view>
 
 #include "platform/msxml2/dom_document.hpp"
+#include "platform/msxml2/libxml/load.hpp"
 #include "platform/msxml2/libxml/node_impl.hpp"
 #include "platform/msxml2/libxml/tree.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
 
 namespace MSXML2::libxml {
 
+// What the documents of one runtime share.
+struct Surroundings {
+  explicit Surroundings(const Scripting::local::DriveTable& drives) : paths(drives) {}
+
+  Scripting::local::PathResolver paths;
+  LastLoaded lastLoaded;
+};
+using SurroundingsPtr = std::shared_ptr<Surroundings>;
+
 class DocumentImpl final : public DOMDocument,
                            public TreeNode,
                            public std::enable_shared_from_this<DocumentImpl> {
  public:
-  static std::shared_ptr<DocumentImpl> Create(std::shared_ptr<const Scripting::local::PathResolver> paths);
+  static std::shared_ptr<DocumentImpl> Create(SurroundingsPtr surroundings);
   // The document object of a tree whose own is gone, or has turned to another content.
   static std::shared_ptr<DocumentImpl> Over(TreePtr tree);
 
@@ -49,13 +59,13 @@ class DocumentImpl final : public DOMDocument,
   NodeListPtr selectNodes(std::string_view expression) const override;
 
   // Use Create and Over.
-  DocumentImpl(std::shared_ptr<const Scripting::local::PathResolver> paths, TreePtr tree);
+  DocumentImpl(SurroundingsPtr surroundings, TreePtr tree);
 
  private:
   void Become(TreePtr tree);
   bool Read(std::string bytes, const char* encoding);
 
-  std::shared_ptr<const Scripting::local::PathResolver> paths_;
+  SurroundingsPtr surroundings_;
   TreePtr tree_;
   std::string loadedFrom_;
   std::string reason_;

@@ -1,6 +1,5 @@
 #include "platform/msxml2/libxml/load.hpp"
 
-#include "platform/msxml2/libxml/outline.hpp"
 #include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::libxml {
@@ -20,7 +19,7 @@ std::string WithoutCuts(std::string_view text, const Outline& outline) {
 }
 
 // The document with its large parts left as markup.
-Loaded LoadLarge(const std::shared_ptr<const std::string>& bytes, Outline outline) {
+Loaded LoadLarge(const std::shared_ptr<const std::string>& bytes, const Outline& outline) {
   Parsed parsed = Parse(WithoutCuts(*bytes, outline), "UTF-8");
   if (!parsed.doc) return {nullptr, std::move(parsed.reason)};
   auto tree = std::make_shared<Tree>(std::move(parsed.doc));
@@ -31,7 +30,7 @@ Loaded LoadLarge(const std::shared_ptr<const std::string>& bytes, Outline outlin
     if (node->type != XML_ELEMENT_NODE) continue;
     if (child++ != cut->child) continue;
     const std::string_view piece = std::string_view(*bytes).substr(cut->begin, cut->end - cut->begin);
-    tree->AddPlaceholder(node, Markup(bytes, piece, std::move(cut->names)));
+    tree->AddPlaceholder(node, Markup(bytes, piece, cut->names));
     ++cut;
   }
   return {std::move(tree), {}};
@@ -39,13 +38,23 @@ Loaded LoadLarge(const std::shared_ptr<const std::string>& bytes, Outline outlin
 
 }  // namespace
 
-Loaded Load(std::shared_ptr<const std::string> bytes, const char* encoding) {
+std::shared_ptr<const Outline> LastLoaded::OutlineOf(std::shared_ptr<const std::string>& bytes) {
+  if (std::shared_ptr<const std::string> known = bytes_.lock(); known && *known == *bytes) {
+    bytes = std::move(known);
+    return outline_;
+  }
+  outline_ = std::make_shared<const Outline>(ReadOutline(*bytes));
+  bytes_ = bytes;
+  return outline_;
+}
+
+Loaded Load(std::shared_ptr<const std::string> bytes, const char* encoding, LastLoaded& last) {
   Loaded loaded;
-  Outline outline;
-  if (bytes->size() >= kKeepMarkupFrom && bytes->size() <= kLargestDocument) outline = ReadOutline(*bytes);
-  if (outline.usable && !outline.wellFormed) return {nullptr, std::move(outline.reason)};
-  if (outline.usable && !outline.cuts.empty()) {
-    loaded = LoadLarge(bytes, std::move(outline));
+  std::shared_ptr<const Outline> outline;
+  if (bytes->size() >= kKeepMarkupFrom && bytes->size() <= kLargestDocument) outline = last.OutlineOf(bytes);
+  if (outline && outline->usable && !outline->wellFormed) return {nullptr, outline->reason};
+  if (outline && outline->usable && !outline->cuts.empty()) {
+    loaded = LoadLarge(bytes, *outline);
   } else {
     Parsed parsed = Parse(*bytes, encoding);
     loaded.reason = std::move(parsed.reason);

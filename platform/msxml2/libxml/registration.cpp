@@ -20,8 +20,9 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &Ignore);
   xsltSetGenericErrorFunc(nullptr, &Ignore);
-  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
-  classes.Register("MSXML2.DOMDocument", [paths] { return libxml::DocumentImpl::Create(paths); });
+  const auto surroundings = std::make_shared<libxml::Surroundings>(settings.drives);
+  classes.Register("MSXML2.DOMDocument",
+                   [surroundings] { return libxml::DocumentImpl::Create(surroundings); });
   classes.Register("MSXML2.XSLTemplate", [] { return std::make_shared<libxml::TemplateImpl>(); });
 }
 
