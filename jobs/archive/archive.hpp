@@ -72,8 +72,10 @@ class Archive : public Job {
   void restoreArchiveFile(ArchiveFile& file);
   static void passOn(ArchiveFile& file);
   static void releaseMark(ArchiveFile& file);
-  void editQuestionsFile(ArchiveFile& questions);
-  void editTransactionsFile(ArchiveFile& transactions);
+  void addNewEntry(const MSXML2::DOMDocumentPtr& document);
+  void addSameEntry(const MSXML2::DOMDocumentPtr& document) const;
+  void addRequests(const MSXML2::DOMDocumentPtr& document);
+  void addTransactions(const MSXML2::DOMDocumentPtr& document);
   void getNextArchiveID(const MSXML2::DOMDocumentPtr& document);
   MSXML2::NodePtr createArchiveEntry(const MSXML2::DOMDocumentPtr& document) const;
   void addFieldElements(const MSXML2::DOMDocumentPtr& document, const MSXML2::NodePtr& parent);

@@ -163,12 +163,13 @@ NodePtr Archive::createArchiveEntry(const DOMDocumentPtr& document) const {
   return entry;
 }
 
-void Archive::editQuestionsFile(ArchiveFile& questions) {
-  const DOMDocumentPtr& document = questions.working;
+void Archive::addNewEntry(const DOMDocumentPtr& document) {
   const NodePtr archives = Required(document->selectSingleNode("//Archives"));
   getNextArchiveID(document);
   m_oArchiveEntry = archives->appendChild(createArchiveEntry(document));
+}
 
+void Archive::addRequests(const DOMDocumentPtr& document) {
   const NodePtr requests = Required(document->selectSingleNode("//SRs"));
   for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
     const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
@@ -184,12 +185,12 @@ void Archive::editQuestionsFile(ArchiveFile& questions) {
   }
 }
 
-void Archive::editTransactionsFile(ArchiveFile& transactions) {
-  const DOMDocumentPtr& document = transactions.working;
-  const NodePtr container = Required(document->selectSingleNode("//Transactions"));
-  const NodePtr archives = Required(document->selectSingleNode("//Archives"));
-  archives->appendChild(m_oArchiveEntry);
+void Archive::addSameEntry(const DOMDocumentPtr& document) const {
+  Required(document->selectSingleNode("//Archives"))->appendChild(m_oArchiveEntry);
+}
 
+void Archive::addTransactions(const DOMDocumentPtr& document) {
+  const NodePtr container = Required(document->selectSingleNode("//Transactions"));
   for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
     const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
     const NodePtr request = document->createNode(MSXML2::NodeType::Element, "SR", "");

@@ -59,11 +59,12 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
     openArchiveFile(kQuestionsFile, questions);
   };
   const auto editQuestions = [&] {
+    addNewEntry(questions.working);
     ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
     selection += condition;
     // Rows that may be changed come in the order of their key on every engine.
     openRecords(m_rsQuestions, selection, ADODB::CursorType::Static, ADODB::LockType::Optimistic);
-    editQuestionsFile(questions);
+    addRequests(questions.working);
     saveArchiveFile(questions);
   };
   const auto openTransactionsFile = [&] {
@@ -71,13 +72,14 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
     openArchiveFile(kTransactionsFile, transactions);
   };
   const auto editTransactions = [&] {
+    addSameEntry(transactions.working);
     m_rsQuestions->MoveFirst();
     ADODB::Statement selection =
         "select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
     selection += condition;
     selection += ")";
     openRecords(m_rsTransactions, selection, ADODB::CursorType::Keyset, ADODB::LockType::Optimistic);
-    editTransactionsFile(transactions);
+    addTransactions(transactions.working);
     saveArchiveFile(transactions);
   };
 

@@ -163,6 +163,21 @@ TEST_F(ArchiveRunTest, EveryStatementComparesWithTheMomentOfTheRunsStart) {
       << "one entry in both files";
 }
 
+TEST_F(ArchiveRunTest, AnEntryIsMadeBeforeTheRequestsAreRead) {
+  suite.AddRequest(1, "jdoe");
+  suite.journal->beforeStatement = [this](const std::string& sql) {
+    if (sql.rfind("select * from QUESTIONHISTORY ", 0) != 0) return;
+    suite.test.now = automation::DateTime::FromParts(
+        {.year = 2004, .month = 7, .day = 26, .hour = 10, .minute = 0, .second = 0});
+  };
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//Archive/@DateArchived"), ElementsAre("7-26-2004 09:05:03"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//Archive/@DateArchived"),
+              ElementsAre("7-26-2004 09:05:03"));
+}
+
 TEST_F(ArchiveRunTest, TheSameRowsGoInADayFirstLocale) {
   suite.test.locale->dayFirst = true;
   suite.test.locale->separator = ".";
