@@ -78,8 +78,7 @@ WholeSuite::WholeSuite(std::unique_ptr<SuiteTables> tables) : tables_(std::move(
     }
   };
 
-  connection_ = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
-  connection_->Open(tables_->ConnectionString(), "", "", ADODB::kOptionsUnspecified);
+  Reconnect();
   connection_->BeginTrans();
   FillSettings();
   FillTexts();
@@ -181,6 +180,11 @@ void WholeSuite::AddProspect(const std::string& email, int pendingQuestions) {
 
 void WholeSuite::Execute(const std::string& statement) {
   connection_->Execute(ADODB::SqlFragment(statement), nullptr, ADODB::kOptionsUnspecified);
+}
+
+void WholeSuite::Reconnect() {
+  connection_ = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
+  connection_->Open(tables_->ConnectionString(), "", "", ADODB::kOptionsUnspecified);
 }
 
 void WholeSuite::UseTransport(const CDO::Settings& settings) {

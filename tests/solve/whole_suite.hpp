@@ -62,6 +62,8 @@ class WholeSuite {
   // Mails leave through the real transport from now on, instead of being kept in `doubles_`.
   void UseTransport(const CDO::Settings& settings);
   void Run() { job_.Run(); }
+  // After the database was down: rows are read and changed over a new connection.
+  void Reconnect();
 
   // The rows of a statement, columns joined by "|", dates as above, nulls as NULL.
   Texts Rows(const std::string& sql);

@@ -66,6 +66,7 @@ class FaultySession : public Session {
  private:
   void Pass(std::string_view sql) {
     faults_->statements.emplace_back(sql);
+    if (faults_->before) faults_->before(sql);
     const bool matches =
         !faults_->failMatching.empty() && sql.find(faults_->failMatching) != std::string_view::npos;
     const bool counted = faults_->failAfter > 0 && --faults_->failAfter == 0;

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/adodb/engine/provider.hpp"
@@ -24,6 +26,9 @@ struct Faults {
   bool sessionsDie = false;  // after a failure the session counts as dead: Reset and Ping answer false
   automation::Error error =
       automation::Error(-2147467259, "Faulty", "disk I/O error").WithEngineCodes("HY000", 10);
+
+  // Called with each statement before it is sent.
+  std::function<void(std::string_view sql)> before;
 
   std::vector<std::string> statements;  // all that were sent, in order
   int connects = 0;
