@@ -58,6 +58,23 @@ TEST_F(ErpStatusTest, MissingParametersAreEmptyTexts) {
   }
 }
 
+TEST_F(ErpStatusTest, AProblemOfBlanksIsAProblem) {
+  peer_.SetReportedBy("  ");
+  peer_.ChangeERPStatus("C-1", 3, "anna", "lberg", "");
+  ASSERT_EQ(suite_->erpCalls.size(), 1U);
+  EXPECT_EQ(suite_->erpCalls[0].second.at(5).second, automation::Variant("  "));
+}
+
+TEST_F(ErpStatusTest, ParametersWithoutAValueAreEmptyTexts) {
+  database_.Run("UPDATE PARAMETERS SET PARAM_VALUE = NULL WHERE PARAM_NAME LIKE 'ERP0%'");
+  peer_.ChangeERPStatus("C-1", 3, "anna", "lberg", "");
+  ASSERT_EQ(suite_->erpCalls.size(), 1U);
+  for (const std::size_t i : {5U, 6U, 7U}) {
+    EXPECT_EQ(suite_->erpCalls[0].second.at(i).second, automation::Variant("")) << i;
+  }
+  EXPECT_EQ(Log(), Texts{});
+}
+
 class OtherGenerationTest : public ErpStatusTest, public testing::WithParamInterface<int> {};
 
 TEST_P(OtherGenerationTest, HasNoComponentToCall) {

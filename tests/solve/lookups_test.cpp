@@ -158,6 +158,31 @@ TEST_F(LookupsTest, Id0AsksNobody) {
   EXPECT_TRUE(suite_->events.empty());
 }
 
+TEST_F(LookupsTest, OtherIdsThanZeroAreAskedForWhateverTheirSign) {
+  suite_->products[-7] = "Pump of old";
+  suite_->faqCategories[-7] = "Old";
+  database_.Run("INSERT INTO PROBLEM VALUES ('-7', 'Old pumps')");
+  EXPECT_EQ(peer_.GetProductCategory(-7), "Old pumps");
+  EXPECT_EQ(job_.GetECProductDesc(-7), "Pump of old");
+  EXPECT_EQ(peer_.GetQuestionCategory(-7), "Old");
+}
+
+TEST_F(LookupsTest, ACategoryWithoutANameIsEmpty) {
+  database_.Run("INSERT INTO PROBLEM VALUES ('6', NULL)");
+  EXPECT_EQ(peer_.GetProductCategory(6), "");
+  EXPECT_EQ(Log(), Texts{});
+}
+
+TEST_F(LookupsTest, KeysOfOtherWhiteSpaceThanBlanksAreAskedFor) {
+  for (const char* key : {"\t", " \r\n"}) {
+    EXPECT_EQ(peer_.GetSiteDescription(key), "");
+    EXPECT_EQ(peer_.GetProductDescription(key), "");
+    EXPECT_EQ(peer_.GetReportedDescription(key), "");
+  }
+  EXPECT_EQ(adodb_->connectionStrings.size(), 6U);
+  EXPECT_EQ(Log(), Texts{});
+}
+
 TEST_F(LookupsTest, AFailingCatalogueIsLoggedUnderEachSource) {
   suite_->before = [](const std::string&) { throw automation::Error(70, "C", "Permission denied"); };
   EXPECT_EQ(peer_.GetProductCategory(5), "");
