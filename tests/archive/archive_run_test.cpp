@@ -347,6 +347,28 @@ TEST_F(ArchiveRunTest, ACustomerNamedProspectIsFoundByItsIdAndNotByItsAddress) {
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), ElementsAre("2"));
 }
 
+TEST_F(ArchiveRunTest, NothingOfARunIsKeptForTheNextOneOfTheSameObject) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddRequest(2, "zoe", "2004-07-25 12:00:00");
+  suite.Execute("update QUESTIONHISTORY set Q_PRODUCTCAT = 3");
+  OrvaneProcess::Archive archive;
+  archive.archiveQuestions("one", "first");
+  suite.SetParameter("DataFileRelativePath", "Other");
+  suite.SetParameter("ArchiveAfter", "2");
+  suite.ExecuteCatalogue("update PRODUCTCATEGORY set CATEGORYNAME = 'Plotters'");
+  suite.test.now = automation::AddDays(suite.test.now, 2);
+
+  archive.archiveQuestions("two", "second");
+
+  const MSXML2::DOMDocumentPtr document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+  ASSERT_TRUE(document->load(suite.home.string() + "\\Other\\Archives\\NoBP_zoe_SR.xml"));
+  EXPECT_EQ(document->selectSingleNode("//Archive")->text(), "Supervisortwosecond");
+  EXPECT_EQ(document->selectSingleNode("//SR/@Q_ID")->text(), "2");
+  EXPECT_EQ(document->selectSingleNode("//SR/Q_PRODUCTCAT")->text(), "Plotters");
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1"));
+  EXPECT_EQ(suite.LogMessages().front(), "Archiving Process started by two");
+}
+
 TEST_F(ArchiveRunTest, TheObjectMayBeUsedAgainAndReadsItsParametersAnew) {
   suite.SetParameter("ArchiveAfter", "100000");
   suite.AddRequest(1, "jdoe");
