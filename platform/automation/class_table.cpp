@@ -1,7 +1,6 @@
 #include "platform/automation/class_table.hpp"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/automation/error.hpp"
 
@@ -17,15 +16,6 @@ bool AlphabeticallyLess(std::string_view left, std::string_view right) {
                                       [](char a, char b) { return Folded(a) < Folded(b); });
 }
 
-// A few characters tell ProgIDs apart well enough: jobs create some hundred objects for a mail.
-std::size_t Hash(std::string_view progId) {
-  std::size_t hash = progId.size();
-  for (std::size_t i = progId.size() / 2; i < progId.size(); i += 3) {
-    hash = hash * 31 + static_cast<unsigned char>(Folded(progId[i]));
-  }
-  return hash;
-}
-
 bool EqualIgnoringCase(std::string_view left, std::string_view right) {
   return left == right ||
          (left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin(),
@@ -34,27 +24,38 @@ bool EqualIgnoringCase(std::string_view left, std::string_view right) {
 
 }  // namespace
 
-const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {
-  const auto [begin, end] = entries_.equal_range(Hash(progId));
-  for (auto entry = begin; entry != end; ++entry) {
-    if (EqualIgnoringCase(entry->second.progId, progId)) return &entry->second;
+// A few characters, in lower case, tell ProgIDs apart well enough: jobs create some hundred objects for a
+// mail.
+std::size_t ClassTable::Hash(std::string_view progId) {
+  std::size_t hash = progId.size();
+  for (std::size_t i = progId.size() / 2; i < progId.size(); i += 3) {
+    hash = hash * 31 + static_cast<unsigned char>(Folded(progId[i]));
   }
-  return nullptr;
+  return hash % kBuckets;
 }
 
-void ClassTable::Register(std::string_view progId, Factory factory) {
+const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {
+  const Entry* entry = byHash_[Hash(progId)];
+  while (entry != nullptr && !EqualIgnoringCase(entry->progId, progId)) entry = entry->next;
+  return entry;
+}
+
+void ClassTable::Add(std::string_view progId, Factory factory, const std::type_info* interface) {
   if (Contains(progId)) {
     throw Error(static_cast<std::int32_t>(ErrorNumber::DuplicateKey), "ClassTable",
                 std::string(StandardDescription(static_cast<std::int32_t>(ErrorNumber::DuplicateKey))) +
                     ": " + std::string(progId));
   }
-  entries_.emplace(Hash(progId), Entry{std::string(progId), std::move(factory)});
+  const Entry*& bucket = byHash_[Hash(progId)];
+  entries_.push_back(
+      std::make_shared<const Entry>(Entry{std::string(progId), std::move(factory), interface, bucket}));
+  bucket = entries_.back().get();
 }
 
-ObjectPtr ClassTable::Create(std::string_view progId) const {
+ClassTable::Typed ClassTable::CreateTyped(std::string_view progId) const {
   const Entry* entry = Find(progId);
   if (entry == nullptr) throw Error(ErrorNumber::CannotCreateObject, std::string(progId));
-  return entry->factory();
+  return {entry->factory(), entry->interface};
 }
 
 bool ClassTable::Contains(std::string_view progId) const {
@@ -64,7 +65,7 @@ bool ClassTable::Contains(std::string_view progId) const {
 std::vector<std::string> ClassTable::ProgIds() const {
   std::vector<std::string> result;
   result.reserve(entries_.size());
-  for (const auto& [key, entry] : entries_) result.push_back(entry.progId);
+  for (const auto& entry : entries_) result.push_back(entry->progId);
   std::sort(result.begin(), result.end(), AlphabeticallyLess);
   return result;
 }

@@ -1,11 +1,15 @@
 // Which class stands behind a ProgID.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "platform/automation/object.hpp"
@@ -16,11 +20,30 @@ using Factory = std::function<ObjectPtr()>;
 
 class ClassTable {
  public:
+  ClassTable() = default;
+  // Moving is copying: a table is never left with classes that it does not keep.
+  ClassTable(const ClassTable&) = default;
+  ClassTable& operator=(const ClassTable&) = default;
+
   // ProgIDs are compared without regard to (ASCII) case. A ProgID registered twice raises 457.
-  void Register(std::string_view progId, Factory factory);
+  void Register(std::string_view progId, Factory factory) { Add(progId, std::move(factory), nullptr); }
+
+  // The same for a class that is nearly always created for this interface, which then need not be looked for.
+  template <class Interface, class Maker>
+  void RegisterAs(std::string_view progId, Maker maker) {
+    static_assert(std::is_convertible_v<std::invoke_result_t<Maker>, std::shared_ptr<Interface>>);
+    Add(progId, std::move(maker), &typeid(Interface));
+  }
 
   // A new object of the class; 429 when the ProgID is unknown. What the factory raises passes through.
-  ObjectPtr Create(std::string_view progId) const;
+  ObjectPtr Create(std::string_view progId) const { return CreateTyped(progId).object; }
+
+  // The same, with the interface that it was registered for, if any.
+  struct Typed {
+    ObjectPtr object;
+    const std::type_info* interface;
+  };
+  Typed CreateTyped(std::string_view progId) const;
 
   bool Contains(std::string_view progId) const;
 
@@ -31,10 +54,16 @@ class ClassTable {
   struct Entry {
     std::string progId;
     Factory factory;
+    const std::type_info* interface;
+    const Entry* next;  // with the same hash
   };
+  static std::size_t Hash(std::string_view progId);
   const Entry* Find(std::string_view progId) const;
+  void Add(std::string_view progId, Factory factory, const std::type_info* interface);
 
-  std::unordered_multimap<std::size_t, Entry> entries_;  // by a hash of the ProgID in lower case
+  static constexpr std::size_t kBuckets = 256;
+  std::vector<std::shared_ptr<const Entry>> entries_;  // shared with copies of the table
+  std::array<const Entry*, kBuckets> byHash_{};
 };
 
 }  // namespace automation

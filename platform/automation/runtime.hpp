@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "platform/automation/class_table.hpp"
 #include "platform/automation/date_time.hpp"
@@ -53,16 +54,20 @@ const Locale& CurrentLocale();
 
 // `object` seen through the interface T; 430 when it does not have it, 91 when it is null.
 template <class T>
-std::shared_ptr<T> As(const ObjectPtr& object) {
+std::shared_ptr<T> As(ObjectPtr object) {
   if (!object) throw Error(ErrorNumber::ObjectNotSet);
-  std::shared_ptr<T> result = std::dynamic_pointer_cast<T>(object);
-  if (!result) throw Error(ErrorNumber::InterfaceNotSupported);
-  return result;
+  T* const interface = dynamic_cast<T*>(object.get());
+  if (interface == nullptr) throw Error(ErrorNumber::InterfaceNotSupported);
+  return std::shared_ptr<T>(std::move(object), interface);
 }
 
 template <class T>
 std::shared_ptr<T> CreateObject(std::string_view progId) {
-  return As<T>(CreateObject(progId));
+  ClassTable::Typed created = CurrentRuntime().classes.CreateTyped(progId);
+  if (created.object && created.interface != nullptr && *created.interface == typeid(T)) {
+    return std::static_pointer_cast<T>(std::move(created.object));
+  }
+  return As<T>(std::move(created.object));
 }
 
 }  // namespace automation

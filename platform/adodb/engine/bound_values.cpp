@@ -70,28 +70,27 @@ bool ForEachPiece(const Statement& statement, Take&& take) {
 
 }  // namespace
 
-std::optional<Parameters> ValuesToBind(const Statement& statement) {
+bool ValuesToBind(const Statement& statement, Parameters& values) {
   const std::string_view sql = statement.ToString();
   const auto spans = statement.Values();
-  if (spans.empty() || spans.size() > kMostValues || sql.size() > kLongestText) return std::nullopt;
-  Parameters values;
+  if (spans.empty() || spans.size() > kMostValues || sql.size() > kLongestText) return false;
   values.reserve(spans.size());
   std::size_t at = 0;
   for (const Statement::Span& span : spans) {
     const std::string_view value = sql.substr(span.offset, span.length);
     const std::size_t end = span.offset + span.length;
-    if (span.offset <= at) return std::nullopt;
+    if (span.offset <= at) return false;
     if (sql[span.offset - 1] == '\'') {
-      if (end >= sql.size() || sql[end] != '\'' ||
-          value.find_first_of(std::string_view("'\0", 2)) != value.npos) {
-        return std::nullopt;
+      const auto endsText = [](char c) { return c == '\'' || c == '\0'; };
+      if (end >= sql.size() || sql[end] != '\'' || std::any_of(value.begin(), value.end(), endsText)) {
+        return false;
       }
       values.emplace_back(value);
       at = end + 1;
     } else {
       const std::optional<std::int64_t> number = WholeNumber(value);
       const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
-      if (!number || !delimited) return std::nullopt;
+      if (!number || !delimited) return false;
       // As an engine types the literal.
       if (*number == static_cast<std::int32_t>(*number)) {
         values.emplace_back(static_cast<std::int32_t>(*number));
@@ -101,14 +100,13 @@ std::optional<Parameters> ValuesToBind(const Statement& statement) {
       at = end;
     }
   }
-  return values;
+  return true;
 }
 
 std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number) {
-  std::optional<Parameters> values = ValuesToBind(statement);
-  if (!values) return std::nullopt;
+  BoundStatement bound;
+  if (!ValuesToBind(statement, bound.values)) return std::nullopt;
   const std::string_view sql = statement.ToString();
-  BoundStatement bound{{}, std::move(*values)};
   bound.text.reserve(sql.size());
   std::size_t at = 0;
   for (const Statement::Span& span : statement.Values()) {

@@ -25,9 +25,9 @@ struct BoundStatement {
 // a value. The values of such a statement are in order; CheckValues would find nothing to say about them.
 std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number = "?");
 
-// The values alone, of a statement with the same fixed text as one that BindValues has taken; nothing when
-// they are not of that kind.
-std::optional<Parameters> ValuesToBind(const Statement& statement);
+// The values alone, of a statement with the same fixed text as one that BindValues has taken, put into an
+// empty `values`; false when they are not of that kind.
+bool ValuesToBind(const Statement& statement, Parameters& values);
 
 // The fixed text of a statement, to know it again with other values in it.
 class FixedText {

@@ -48,7 +48,7 @@ RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* r
   const auto prepared = link->Prepare(statement);
   const Translation& translation = *prepared;
   const bool wantsRows = options == kOptionsUnspecified || (options & kExecuteNoRecords) == 0;
-  if (wantsRows && YieldsRows(translation.statements.front())) {
+  if (wantsRows && translation.yieldsRows) {
     auto records = std::make_shared<RecordsetImpl>();
     records->OpenTranslated(statement, translation, link, CursorType::ForwardOnly, LockType::ReadOnly);
     if (recordsAffected != nullptr) *recordsAffected = -1;

@@ -8,7 +8,7 @@
 
 namespace ADODB::engine {
 
-class ConnectionImpl : public Connection {
+class ConnectionImpl final : public Connection {
  public:
   explicit ConnectionImpl(std::shared_ptr<Pool> pool) : pool_(std::move(pool)) {}
   ~ConnectionImpl() override;

@@ -17,8 +17,6 @@ bool HasWideNumber(const Parameters& values) {
   });
 }
 
-constexpr std::string_view kRowWords[] = {"select", "with", "values", "pragma", "explain", "show"};
-
 }  // namespace
 
 Session& Link::GetSession() const {
@@ -35,18 +33,19 @@ void Link::Close() noexcept {
 std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
   // Values are looked at each time: the same text may have other parts inserted.
   CheckValues(statement, GetSession().GetDialect());
+  lease_.memo->values.clear();
   if (auto known = lease_.memo->Find(statement.ToString())) return known;
   return Translated(statement);
 }
 
-std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement, Parameters& parameters) {
+std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement) {
   const Dialect& dialect = GetSession().GetDialect();
   if (!dialect.ComparesBoundValuesAsLiterals()) return Prepare(statement);
   const bool onServer = dialect.PreparesOnTheServer();
+  Parameters& values = lease_.memo->values;
   if (auto known = lease_.memo->FindBound(statement)) {
-    std::optional<Parameters> values = ValuesToBind(statement);
-    if (!values || (onServer && HasWideNumber(*values))) return Prepare(statement);
-    parameters = std::move(*values);
+    values.clear();
+    if (!ValuesToBind(statement, values) || (onServer && HasWideNumber(values))) return Prepare(statement);
     return known;
   }
   std::optional<BoundStatement> bound = BindValues(statement, dialect.NumberParameter());
@@ -55,7 +54,7 @@ std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement,
   auto translation = Translated(SqlFragment(std::move(bound->text)));
   lease_.memo->KeepBound(statement, translation);
   if (onServer) return Prepare(statement);  // bound when it comes again
-  parameters = std::move(bound->values);
+  values = std::move(bound->values);
   return translation;
 }
 
@@ -85,15 +84,6 @@ std::int64_t Run(Link& link, const Translation& translation) {
     std::rethrow_exception(failure);
   }
   return affected;
-}
-
-bool YieldsRows(std::string_view sql) {
-  const std::size_t at = sql.find_first_not_of(" \t\r\n(");
-  for (const std::string_view word : kRowWords) {
-    if (at != std::string_view::npos && EqualsIgnoringAsciiCase(sql.substr(at, word.size()), word))
-      return true;
-  }
-  return false;
 }
 
 }  // namespace ADODB::engine

@@ -24,9 +24,11 @@ class Link {
   // Checks and translates the statement. Several pieces come out only for a DELETE.
   std::shared_ptr<const Translation> Prepare(const Statement& statement);
 
-  // The same for a statement whose rows are only read, with its values put into `parameters` where the engine
+  // The same for a statement whose rows are only read, with its values put into Values() where the engine
   // takes them as well; they belong to the translation's one statement then.
-  std::shared_ptr<const Translation> PrepareRead(const Statement& statement, Parameters& parameters);
+  std::shared_ptr<const Translation> PrepareRead(const Statement& statement);
+  // What the last Prepare or PrepareRead put there.
+  const Parameters& Values() const { return lease_.memo->values; }
 
   // Gives the session back to the pool; record sets on it are closed by that.
   void Close() noexcept;
@@ -42,8 +44,5 @@ class Link {
 
 // Runs a statement whose rows are not wanted; pieces run in one transaction. Rows affected.
 std::int64_t Run(Link& link, const Translation& translation);
-
-// Whether the text is one that yields rows, by its first word.
-bool YieldsRows(std::string_view sql);
 
 }  // namespace ADODB::engine

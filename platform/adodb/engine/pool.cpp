@@ -29,59 +29,58 @@ std::shared_ptr<Provider> Pool::ProviderOf(ConnectionString& text) const {
                           "Provider cannot be found. It may not be properly installed.");
 }
 
-std::shared_ptr<Pool::Target> Pool::TargetOf(std::string_view connectionString, std::string_view user,
-                                             std::string_view password) {
+Pool::~Pool() = default;
+
+Pool::Target& Pool::TargetOf(std::string_view connectionString, std::string_view user,
+                             std::string_view password, std::unique_lock<std::mutex>& lock) {
   std::string withUser;
   if (!user.empty() || !password.empty()) {
     withUser.append(connectionString).append(1, '\0').append(user).append(1, '\0').append(password);
   }
   const std::string_view key = withUser.empty() ? connectionString : withUser;
-  {
-    const std::lock_guard lock(mutex_);
-    if (lastTarget_ != nullptr && lastTarget_->first == key) return lastTarget_->second;
-    if (const auto found = targets_.find(key); found != targets_.end()) {
-      lastTarget_ = &*found;
-      return found->second;
-    }
+  if (lastTarget_ != nullptr && lastTarget_->first == key) return *lastTarget_->second;
+  if (const auto found = targets_.find(key); found != targets_.end()) {
+    lastTarget_ = &*found;
+    return *found->second;
   }
-  auto target = std::make_shared<Target>();
+  lock.unlock();
+  auto target = std::make_unique<Target>();
   target->text = ConnectionString::Parse(connectionString);
   if (!user.empty()) target->text.Set("User ID", std::string(user));
   if (!password.empty()) target->text.Set("Password", std::string(password));
   target->provider = ProviderOf(target->text);
-  const std::lock_guard lock(mutex_);
-  return targets_.emplace(key, std::move(target)).first->second;
+  lock.lock();
+  return *targets_.emplace(key, std::move(target)).first->second;
 }
 
 Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view user,
                           std::string_view password) {
-  std::shared_ptr<Target> target = TargetOf(connectionString, user, password);
   const auto now = clock_();
   std::vector<Idle> expired;  // closed outside the lock
+  std::unique_lock lock(mutex_);
+  Target& target = TargetOf(connectionString, user, password, lock);
   std::uint64_t deaths = 0;
   for (;;) {
-    Idle candidate;
-    bool mustAnswer = false;
-    {
-      const std::lock_guard lock(mutex_);
-      while (!target->idle.empty() && now - target->idle.front().since > kCloseAfter) {
-        expired.push_back(std::move(target->idle.front()));
-        target->idle.pop_front();
-      }
-      deaths = target->deaths;
-      if (target->idle.empty()) break;
-      candidate = std::move(target->idle.back());
-      target->idle.pop_back();
-      mustAnswer = candidate.deaths != deaths || now - candidate.since > kPingAfter;
+    while (!target.idle.empty() && now - target.idle.front().since > kCloseAfter) {
+      expired.push_back(std::move(target.idle.front()));
+      target.idle.pop_front();
     }
+    deaths = target.deaths;
+    if (target.idle.empty()) break;
+    Idle candidate = std::move(target.idle.back());
+    target.idle.pop_back();
+    const bool mustAnswer = candidate.deaths != deaths || now - candidate.since > kPingAfter;
+    lock.unlock();
     if (!mustAnswer || candidate.session->Ping()) {
-      return {std::move(candidate.session), std::move(candidate.memo), std::move(target), deaths};
+      return {std::move(candidate.session), std::move(candidate.memo), &target, deaths};
     }
-    const std::lock_guard lock(mutex_);
-    ++target->deaths;
+    candidate = {};  // closed outside the lock as well
+    lock.lock();
+    ++target.deaths;
   }
-  std::unique_ptr<Session> session = target->provider->Connect(target->text);
-  return {std::move(session), std::make_unique<TranslationMemo>(), std::move(target), deaths};
+  lock.unlock();
+  std::unique_ptr<Session> session = target.provider->Connect(target.text);
+  return {std::move(session), std::make_unique<TranslationMemo>(), &target, deaths};
 }
 
 void Pool::GiveBack(Lease lease) noexcept {

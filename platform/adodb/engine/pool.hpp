@@ -31,12 +31,13 @@ class Pool {
   static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
 
   explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow);
+  ~Pool();
 
   struct Target;  // a connection string with its user
   struct Lease {
     std::unique_ptr<Session> session;
     std::unique_ptr<TranslationMemo> memo;
-    std::shared_ptr<Target> target;
+    Target* target = nullptr;
     std::uint64_t deaths = 0;  // of sessions of the target, when this one was last known to answer
   };
 
@@ -57,8 +58,9 @@ class Pool {
     std::uint64_t deaths = 0;  // as in Lease
   };
 
-  std::shared_ptr<Target> TargetOf(std::string_view connectionString, std::string_view user,
-                                   std::string_view password);
+  // The mutex is held when this begins and when it ends.
+  Target& TargetOf(std::string_view connectionString, std::string_view user, std::string_view password,
+                   std::unique_lock<std::mutex>& lock);
   std::shared_ptr<Provider> ProviderOf(ConnectionString& text) const;
 
   const std::vector<std::shared_ptr<Provider>> providers_;
@@ -68,8 +70,8 @@ class Pool {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
-  using Targets = std::unordered_map<std::string, std::shared_ptr<Target>, TextHash, std::equal_to<>>;
-  Targets targets_;                                  // never taken out
+  using Targets = std::unordered_map<std::string, std::unique_ptr<Target>, TextHash, std::equal_to<>>;
+  Targets targets_;                                  // never taken out, as leases point to them
   const Targets::value_type* lastTarget_ = nullptr;  // asked for last
 };
 

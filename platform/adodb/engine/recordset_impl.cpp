@@ -1,6 +1,7 @@
 #include "platform/adodb/engine/recordset_impl.hpp"
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 #include "platform/adodb/engine/connection_impl.hpp"
@@ -43,64 +44,76 @@ void RecordsetImpl::SetMaxRecords(std::int64_t count) {
 void RecordsetImpl::Open(const Statement& statement, const ConnectionPtr& connection, CursorType cursorType,
                          LockType lockType, int /*options*/) {
   RequireClosed();
-  const auto* opened = dynamic_cast<ConnectionImpl*>(connection.get());
-  if (opened == nullptr) Raise(ErrorNumber::ArgumentsInvalid);
-  std::shared_ptr<Link> link = opened->GetLink();
+  const Connection* const given = connection.get();
+  if (given == nullptr || typeid(*given) != typeid(ConnectionImpl)) Raise(ErrorNumber::ArgumentsInvalid);
+  std::shared_ptr<Link> link = static_cast<const ConnectionImpl*>(given)->GetLink();
   // Changes are written one by one; gathering them for a later batch is not offered.
   if (lockType == LockType::BatchOptimistic) Raise(ErrorNumber::FeatureNotAvailable);
   const bool walksByKey = cursorType == CursorType::Keyset || cursorType == CursorType::Dynamic;
   const bool onlyRead = lockType == LockType::ReadOnly && !walksByKey;
-  Parameters parameters;
-  const auto prepared = onlyRead ? link->PrepareRead(statement, parameters) : link->Prepare(statement);
-  const Translation& translation = *prepared;
-  if (!YieldsRows(translation.statements.front())) {
-    Run(*link, parameters.empty() ? translation : *link->Prepare(statement));
+  const auto prepared = onlyRead ? link->PrepareRead(statement) : link->Prepare(statement);
+  if (!prepared->yieldsRows) {
+    Run(*link, link->Values().empty() ? *prepared : *link->Prepare(statement));
     return;
   }
-  OpenTranslated(statement, translation, std::move(link), cursorType, lockType, parameters);
+  OpenTranslated(statement, *prepared, std::move(link), cursorType, lockType);
 }
 
 void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation& translation,
-                                   std::shared_ptr<Link> link, CursorType cursorType, LockType lockType,
-                                   const Parameters& parameters) {
+                                   std::shared_ptr<Link> link, CursorType cursorType, LockType lockType) {
   Reset();
   type_ = location_ == CursorLocation::Client ? CursorType::Static : cursorType;
   const std::string& sql = translation.statements.front();
   Session& session = link->GetSession();
   const bool walksByKey = type_ == CursorType::Keyset || type_ == CursorType::Dynamic;
+  if (walksByKey || lockType != LockType::ReadOnly) {
+    OpenOnTable(link, sql, lockType);
+  } else {
+    Copy(session, sql, link->Values(), 0);
+  }
+  if (!source_) return;
+  NameFields(statement, session.GetDialect());
+  link_ = std::move(link);
+  GoTo(0, true);
+}
+
+// Opens a set whose rows are walked or changed by their table's key, where the statement has one.
+void RecordsetImpl::OpenOnTable(const std::shared_ptr<Link>& link, const std::string& sql,
+                                LockType lockType) {
+  Session& session = link->GetSession();
   SelectShape select;
   TableShape table;
-  if ((walksByKey || lockType != LockType::ReadOnly) && ReadSelect(sql, select)) {
-    table = session.Describe(select.table);
-  }
+  if (ReadSelect(sql, select)) table = session.Describe(select.table);
   const bool keyed = !table.keyColumns.empty();
+  const bool walksByKey = type_ == CursorType::Keyset || type_ == CursorType::Dynamic;
   if (keyed && walksByKey && select.order.empty()) {
     auto source = std::make_unique<KeyedRows>(link, select, table, type_ == CursorType::Keyset, mostRows_);
     keyed_ = source.get();
     source_ = std::move(source);
-  } else {
-    std::string text;
-    const std::size_t keyCount = lockType == LockType::ReadOnly ? 0 : table.keyColumns.size();
-    if (keyCount > 0) {
-      std::string keys;
-      for (const std::string& column : table.keyColumns) {
-        keys += "," + select.name + "." + session.GetDialect().QuotedName(column);
-      }
-      // In the key's order unless the statement says otherwise: engines differ in the index that they walk,
-      // and what is written from these rows must not.
-      text = "SELECT " + select.list + keys + select.From({}) + " " +
-             (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order);
+  } else if (keyed && lockType != LockType::ReadOnly) {
+    std::string keys;
+    for (const std::string& column : table.keyColumns) {
+      keys += "," + select.name + "." + session.GetDialect().QuotedName(column);
     }
-    const std::unique_ptr<Rows> rows = session.Query(keyCount > 0 ? text : sql, parameters);
-    if (rows->Columns().empty()) return;
-    source_ = std::make_unique<StaticRows>(*rows, keyCount, mostRows_);
+    // In the key's order unless the statement says otherwise: engines differ in the index that they walk,
+    // and what is written from these rows must not.
+    Copy(session,
+         "SELECT " + select.list + keys + select.From({}) + " " +
+             (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order),
+         {}, table.keyColumns.size());
+  } else {
+    Copy(session, sql, {}, 0);
   }
-  if (keyed && lockType != LockType::ReadOnly) {
+  if (source_ && keyed && lockType != LockType::ReadOnly) {
     writer_ = std::make_unique<RowWriter>(link, select.table, table, source_->Columns());
   }
-  NameFields(statement, session.GetDialect());
-  link_ = std::move(link);
-  GoTo(0, true);
+}
+
+// Reads all rows; a statement that yields none, and no columns, leaves the set closed.
+void RecordsetImpl::Copy(Session& session, std::string_view sql, const Parameters& parameters,
+                         std::size_t keyCount) {
+  const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
+  if (!rows->Columns().empty()) source_ = std::make_unique<StaticRows>(*rows, keyCount, mostRows_);
 }
 
 // An engine that folds names gets the suite's spelling back: that of the statement's own select list, or else
@@ -114,13 +127,19 @@ void RecordsetImpl::NameFields(const Statement& statement, const Dialect& dialec
       if (token.kind == TokenKind::Word) spelled.push_back(token.In(sql));
     }
   }
-  fields_.reserve(source_->Columns().size());
-  for (const Column& column : source_->Columns()) {
-    std::string name = dialect.ShownName(column.name);
-    for (const std::string_view word : spelled) {
-      if (EqualsIgnoringAsciiCase(word, name)) name = word;
+  const std::vector<Column>& columns = source_->Columns();
+  fields_.reserve(columns.size());
+  if (dialect.FoldsNames()) shownNames_.reserve(columns.size());
+  for (const Column& column : columns) {
+    const std::string* name = &column.name;
+    if (dialect.FoldsNames()) {
+      std::string shown = dialect.ShownName(column.name);
+      for (const std::string_view word : spelled) {
+        if (EqualsIgnoringAsciiCase(word, shown)) shown = word;
+      }
+      name = &shownNames_.emplace_back(std::move(shown));
     }
-    fields_.emplace_back(*this, fields_.size(), std::move(name));
+    fields_.emplace_back(*this, fields_.size(), *name);
   }
 }
 
@@ -136,6 +155,7 @@ ObjectState RecordsetImpl::State() const {
 
 void RecordsetImpl::Reset() {
   fields_.clear();
+  shownNames_.clear();
   indexes_.clear();
   writer_.reset();
   keyed_ = nullptr;
@@ -231,25 +251,21 @@ std::int64_t RecordsetImpl::RecordCount() const {
 
 // --- Values ---
 
-Fields& RecordsetImpl::Fields() {
-  RequireOpen();
-  return *this;
-}
-
-std::size_t RecordsetImpl::Count() const {
-  return fields_.size();
-}
-
-Field& RecordsetImpl::Item(std::string_view name) {
-  for (FieldImpl& field : fields_) {
+Field& FieldList::Item(std::string_view name) {
+  for (FieldImpl& field : *this) {
     if (EqualsIgnoringAsciiCase(field.Name(), name)) return field;
   }
   Raise(ErrorNumber::ItemNotFound);
 }
 
-Field& RecordsetImpl::Item(std::size_t index) {
-  if (index >= fields_.size()) Raise(ErrorNumber::ItemNotFound);
-  return fields_[index];
+Field& FieldList::Item(std::size_t index) {
+  if (index >= size()) Raise(ErrorNumber::ItemNotFound);
+  return (*this)[index];
+}
+
+Fields& RecordsetImpl::Fields() {
+  RequireOpen();
+  return fields_;
 }
 
 // There is a current record, and row_ points to it.

@@ -20,8 +20,9 @@ class RecordsetImpl;
 
 class FieldImpl : public Field {
  public:
-  FieldImpl(RecordsetImpl& owner, std::size_t place, std::string name)
-      : owner_(owner), place_(place), name_(std::move(name)) {}
+  // The name is kept by the record set.
+  FieldImpl(RecordsetImpl& owner, std::size_t place, const std::string& name)
+      : owner_(owner), place_(place), name_(name) {}
   const std::string& Name() const override { return name_; }
   const automation::Variant& Value() const override;
   void SetValue(const automation::Variant& value) override;
@@ -29,10 +30,17 @@ class FieldImpl : public Field {
  private:
   RecordsetImpl& owner_;
   std::size_t place_;
-  std::string name_;
+  const std::string& name_;
 };
 
-class RecordsetImpl : public Recordset, private Fields {
+class FieldList : public Fields, public std::vector<FieldImpl> {
+ public:
+  std::size_t Count() const override { return size(); }
+  Field& Item(std::string_view name) override;
+  Field& Item(std::size_t index) override;
+};
+
+class RecordsetImpl : public Recordset {
  public:
   void SetCursorLocation(CursorLocation location) override;
   void SetMaxRecords(std::int64_t count) override;
@@ -53,24 +61,21 @@ class RecordsetImpl : public Recordset, private Fields {
   void SetFilter(std::string_view criterion) override;
   std::vector<std::vector<automation::Variant>> GetRows() override;
 
-  // Opens the set on a statement that is already translated. `parameters` are for a set that is only read,
-  // front to back or as a copy.
+  // Opens the set on a statement that the link has just prepared.
   void OpenTranslated(const Statement& statement, const Translation& translation, std::shared_ptr<Link> link,
-                      CursorType cursorType, LockType lockType, const Parameters& parameters = {});
+                      CursorType cursorType, LockType lockType);
 
   const automation::Variant& ValueOf(std::size_t column);
   void SetValueOf(std::size_t column, const automation::Variant& value);
 
  private:
-  std::size_t Count() const override;
-  Field& Item(std::string_view name) override;
-  Field& Item(std::size_t index) override;
-
   void RequireOpen() const;
   void RequireClosed() const;
   void RequireCurrent();
   RowWriter& Writer();
   void Reset();
+  void OpenOnTable(const std::shared_ptr<Link>& link, const std::string& sql, LockType lockType);
+  void Copy(Session& session, std::string_view sql, const Parameters& parameters, std::size_t keyCount);
   void NameFields(const Statement& statement, const Dialect& dialect);
 
   bool Exists() const;
@@ -92,7 +97,8 @@ class RecordsetImpl : public Recordset, private Fields {
   std::unique_ptr<RowSource> source_;
   KeyedRows* keyed_ = nullptr;  // the source, when it is one
   std::unique_ptr<RowWriter> writer_;
-  std::vector<FieldImpl> fields_;
+  FieldList fields_;
+  std::vector<std::string> shownNames_;  // where they differ from the columns'
 
   // The place is an ordinal, or one in the filter's list. A move only notes where to go; what is there is
   // looked at when somebody asks, so that a search that starts from the front need not fetch the front.

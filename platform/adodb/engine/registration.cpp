@@ -9,9 +9,10 @@ namespace ADODB {
 void RegisterClasses(automation::ClassTable& classes,
                      std::vector<std::shared_ptr<engine::Provider>> providers) {
   auto pool = std::make_shared<engine::Pool>(std::move(providers));
-  classes.Register("ADODB.Connection", [pool] { return std::make_shared<engine::ConnectionImpl>(pool); });
-  classes.Register("ADODB.Recordset", [] { return std::make_shared<engine::RecordsetImpl>(); });
-  classes.Register("ADODB.Command", [] { return std::make_shared<engine::CommandImpl>(); });
+  classes.RegisterAs<Connection>("ADODB.Connection",
+                                 [pool] { return std::make_shared<engine::ConnectionImpl>(pool); });
+  classes.RegisterAs<Recordset>("ADODB.Recordset", [] { return std::make_shared<engine::RecordsetImpl>(); });
+  classes.RegisterAs<Command>("ADODB.Command", [] { return std::make_shared<engine::CommandImpl>(); });
 }
 
 }  // namespace ADODB

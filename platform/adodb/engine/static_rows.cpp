@@ -1,88 +1,40 @@
 #include "platform/adodb/engine/static_rows.hpp"
 
-#include <algorithm>
 #include <utility>
-
-#include "platform/automation/error.hpp"
 
 namespace ADODB::engine {
 namespace {
 
 constexpr std::size_t kSmallRows = 256;
-constexpr std::size_t kSmallBytes = std::size_t{256} * 1024;
-constexpr std::size_t kTailBytes = std::size_t{16} * 1024 * 1024;
-constexpr std::size_t kChunkBytes = std::size_t{256} * 1024;
-
-[[noreturn]] void RaiseSpillFailure() {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::DiskFull), "ADODB.Recordset",
-                          "Disk full: the temporary file of a record set could not be written or read.");
-}
+constexpr std::size_t kSmallBytes = 256 * 1024;
 
 }  // namespace
 
 StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows) {
   const std::vector<Column>& all = rows.Columns();
-  while ((mostRows == 0 || KnownCount() < mostRows) && rows.Next()) {
-    Row row;
-    row.reserve(all.size());
-    for (std::size_t i = 0; i < all.size(); ++i) row.push_back(rows.Value(i));
-    Push(std::move(row));
-  }
+  const std::size_t count = all.size();
   columns_ = keyCount == 0 ? rows.KeptColumns()
                            : std::make_shared<const std::vector<Column>>(
                                  all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
+  while ((mostRows == 0 || KnownCount() < mostRows) && rows.Next()) {
+    Row row(count);
+    for (std::size_t i = 0; i < count; ++i) rows.Read(i, row[i]);
+    Push(std::move(row));
+  }
 }
 
 void StaticRows::Push(Row row) {
-  if (offsets_.empty() && small_.size() < kSmallRows && smallBytes_ < kSmallBytes) {
+  if (!more_ && small_.size() < kSmallRows && smallBytes_ < kSmallBytes) {
     smallBytes_ += MemoryOf(row);
     small_.push_back(std::move(row));
     return;
   }
-  offsets_.push_back(fileBytes_ + tail_.size());
-  for (const automation::Variant& value : row) Encode(value, tail_);
-  // The count of values stands in for an end mark.
-  if (decoded_.size() != row.size()) decoded_.resize(row.size());
-  if (tail_.size() >= kTailBytes) Spill();
-}
-
-void StaticRows::Spill() {
-  if (!file_) file_.reset(std::tmpfile());
-  if (!file_ || std::fseek(file_.get(), 0, SEEK_END) != 0 ||
-      std::fwrite(tail_.data(), 1, tail_.size(), file_.get()) != tail_.size() ||
-      std::fflush(file_.get()) != 0) {
-    RaiseSpillFailure();
-  }
-  fileBytes_ += tail_.size();
-  tail_.clear();
-}
-
-// The encoded row number `place`, whole.
-const char* StaticRows::Bytes(std::size_t place) {
-  const std::uint64_t begin = offsets_[place];
-  if (begin >= fileBytes_) return tail_.data() + (begin - fileBytes_);
-  const std::uint64_t end =
-      place + 1 < offsets_.size() ? std::min(offsets_[place + 1], fileBytes_) : fileBytes_;
-  if (begin < chunkStart_ || end > chunkStart_ + chunk_.size()) {
-    const std::uint64_t size =
-        std::max<std::uint64_t>(end - begin, std::min<std::uint64_t>(fileBytes_ - begin, kChunkBytes));
-    chunk_.resize(size);
-    chunkStart_ = begin;
-    if (std::fseek(file_.get(), static_cast<long>(begin), SEEK_SET) != 0 ||
-        std::fread(chunk_.data(), 1, size, file_.get()) != size) {
-      chunk_.clear();
-      RaiseSpillFailure();
-    }
-  }
-  return chunk_.data() + (begin - chunkStart_);
+  if (!more_) more_ = std::make_unique<SpilledRows>();
+  more_->Push(row);
 }
 
 const Row* StaticRows::At(std::size_t ordinal, std::span<const std::uint32_t> /*upcoming*/) {
-  if (ordinal < small_.size()) return &small_[ordinal];
-  if (const auto found = changed_.find(ordinal); found != changed_.end()) return &found->second;
-  const char* at = Bytes(ordinal - small_.size());
-  for (automation::Variant& value : decoded_) value = Decode(at);
-  return &decoded_;
+  return ordinal < small_.size() ? &small_[ordinal] : more_->At(ordinal - small_.size());
 }
 
 std::size_t StaticRows::Append(Row row) {
@@ -94,7 +46,7 @@ void StaticRows::Replace(std::size_t ordinal, Row row) {
   if (ordinal < small_.size()) {
     small_[ordinal] = std::move(row);
   } else {
-    changed_[ordinal] = std::move(row);
+    more_->Replace(ordinal - small_.size(), std::move(row));
   }
 }
 

@@ -266,6 +266,15 @@ class Translator {
   bool usesLocale_ = false;
 };
 
+constexpr std::string_view kRowWords[] = {"select", "with", "values", "pragma", "explain", "show"};
+
+bool YieldsRows(std::string_view sql, const std::vector<Token>& tokens) {
+  const auto first =
+      std::find_if(tokens.begin(), tokens.end(), [&](const Token& token) { return !Is(sql, token, "("); });
+  return first != tokens.end() && std::any_of(std::begin(kRowWords), std::end(kRowWords),
+                                              [&](std::string_view word) { return Is(sql, *first, word); });
+}
+
 // The table of "delete from NAME where ... in (select ...)", empty for any other statement. The form that
 // names the table twice takes no second look at it, no order and no limit.
 std::string_view TableOfDeleteBySubquery(std::string_view sql, const std::vector<Token>& tokens) {
@@ -294,6 +303,7 @@ Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
   Translation translation;
   const std::string_view sql = checked.sql;
   const std::vector<Token>& tokens = checked.list.tokens;
+  translation.yieldsRows = YieldsRows(sql, tokens);
   if (dialect.TakesTextUnchanged()) {
     translation.statements.emplace_back(sql);
     return translation;

@@ -12,6 +12,8 @@ namespace ADODB::engine {
 struct Translation {
   // One statement; or the pieces of a long DELETE, to be run in one transaction.
   std::vector<std::string> statements;
+  // Whether it is one that yields rows, by its first word.
+  bool yieldsRows = false;
   // Whether a text was read as a date in the current locale, so that the result holds for this locale only.
   bool usesLocale = false;
 };

@@ -164,7 +164,7 @@ StatementRows::StatementRows(StatementCache& cache, std::string_view sql,
   // that changed since the statement was prepared is taken in before the columns are looked at.
   statement_->Bind(parameters);
   hasRow_ = statement_->Step();
-  statement_->Columns();
+  columns_ = &statement_->Columns();
 }
 
 bool StatementRows::Next() {

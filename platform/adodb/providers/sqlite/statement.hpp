@@ -79,10 +79,8 @@ class StatementRows : public engine::Rows {
  public:
   StatementRows(StatementCache& cache, std::string_view sql, const engine::Parameters& parameters);
 
-  const std::vector<engine::Column>& Columns() const override { return *statement_->Columns(); }
-  std::shared_ptr<const std::vector<engine::Column>> KeptColumns() const override {
-    return statement_->Columns();
-  }
+  const std::vector<engine::Column>& Columns() const override { return **columns_; }
+  std::shared_ptr<const std::vector<engine::Column>> KeptColumns() const override { return *columns_; }
   bool Next() override;
   automation::Variant Value(std::size_t column) const override {
     automation::Variant value;
@@ -93,6 +91,7 @@ class StatementRows : public engine::Rows {
 
  private:
   StatementCache::Lease statement_;
+  const std::shared_ptr<const std::vector<engine::Column>>* columns_;  // the statement's
   bool first_ = true;
   bool hasRow_ = false;
 };
