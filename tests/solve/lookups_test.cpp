@@ -169,7 +169,9 @@ TEST_F(LookupsTest, OtherIdsThanZeroAreAskedForWhateverTheirSign) {
 
 TEST_F(LookupsTest, ACategoryWithoutANameIsEmpty) {
   database_.Run("INSERT INTO PROBLEM VALUES ('6', NULL)");
+  suite_->faqCategories[6] = Variant::Null();
   EXPECT_EQ(peer_.GetProductCategory(6), "");
+  EXPECT_EQ(peer_.GetQuestionCategory(6), "");
   EXPECT_EQ(Log(), Texts{});
 }
 

@@ -41,7 +41,7 @@ struct SuiteDoubles {
   std::map<std::int32_t, OrvServiceRequest::CodeAndDescription> contracts;
   std::map<std::int32_t, OrvServiceRequest::CodeAndDescription> warranties;
   std::map<std::int32_t, std::string> products;
-  std::map<std::int32_t, std::string> faqCategories;
+  std::map<std::int32_t, automation::Variant> faqCategories;
 
   // What the page is; by default its document as it stands.
   std::function<std::string(const SheetUse&)> render;
