@@ -44,14 +44,13 @@ std::string WithoutDriversWords(std::string message) {
   const std::size_t end = message.find(number);
   if (begin == std::string::npos || end == std::string::npos) return message;
   const std::size_t again = message.find(more, end);
-  const std::string words = again != std::string::npos
-                                ? message.substr(again + more.size())
-                                : message.substr(begin + caught.size(), end - begin - caught.size());
+  std::string words = message.substr(begin + caught.size(), end - begin - caught.size());
+  if (again != std::string::npos) words = message.substr(again + more.size());
+  if (words.ends_with(' ')) words.pop_back();  // before the number; what drivers say does not end so
   static const std::regex kLost(
       "terminating connection|server closed the connection|[Cc]ould not (send|receive)|no connection to the "
-      "server|"
-      "Connection was killed|server has gone away|Lost connection|link failure|Connection refused|"
-      "Can't connect to server|not connected|Server shutdown in progress");
+      "server|Connection was killed|server has gone away|Lost connection|link failure|Connection refused|"
+      "Can't connect to server|connection lost|Connection not open");
   if (!std::regex_search(words, kLost)) return message;
   for (std::size_t at = 0; (at = message.find(words, at)) != std::string::npos;) {
     message.replace(at, words.size(), "<lost>");

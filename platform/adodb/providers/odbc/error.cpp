@@ -9,8 +9,9 @@
 namespace ADODB::odbc {
 namespace {
 
-// Messages go into line-oriented logs.
+// Messages go into line-oriented logs, where more text follows them.
 void AppendOnOneLine(std::string_view message, std::string& line) {
+  message = message.substr(0, message.find_last_not_of("\r\n\t ") + 1);
   if (!line.empty()) line += ' ';
   for (const char c : message) {
     if (c != '\n' && c != '\r') {
