@@ -25,15 +25,24 @@ bool IsPlainName(std::string_view name) {
 }
 
 const Name* Names::Of(std::string_view name) {
+  // Records have the same columns in the same order.
+  if (last_ != nullptr && last_->next != nullptr && last_->next->text == name) return last_ = last_->next;
+  Name* const found = Find(name);
+  if (found == nullptr) return nullptr;
+  if (last_ != nullptr) last_->next = found;
+  return last_ = found;
+}
+
+Name* Names::Find(std::string_view name) {
   if (name.empty()) return nullptr;
-  const Name*& recent = recent_[Hash(name) % recent_.size()];
+  Name*& recent = recent_[Hash(name) % recent_.size()];
   if (recent != nullptr && recent->text == name) return recent;
   auto found = names_.find(name);
   if (found == names_.end()) {
     if (!IsPlainName(name)) return nullptr;
     const bool hasOwnBit = names_.size() < kOwnBits;
     const NameSet bit = NameSet{1} << (hasOwnBit ? names_.size() : kOwnBits);
-    found = names_.emplace(name, Name{{}, bit, hasOwnBit}).first;
+    found = names_.emplace(name, Name{{}, bit, hasOwnBit, nullptr}).first;
     found->second.text = found->first;
   }
   recent = &found->second;

@@ -18,6 +18,7 @@ struct Name {
   std::string_view text;
   NameSet bit = 0;
   bool hasOwnBit = false;
+  Name* next = nullptr;  // the name that was asked for after it, the last time
 };
 
 // Whether a name is one beyond doubt, and has no prefix: the names of nearly all elements.
@@ -31,8 +32,11 @@ class Names {
   NameSet BitOf(std::string_view name) const;
 
  private:
+  Name* Find(std::string_view name);
+
   std::map<std::string, Name, std::less<>> names_;
-  std::array<const Name*, 128> recent_{};  // by a hash that different names may share
+  std::array<Name*, 128> recent_{};  // by a hash that different names may share
+  Name* last_ = nullptr;
 };
 
 }  // namespace MSXML2::libxml
