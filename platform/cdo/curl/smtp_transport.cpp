@@ -101,6 +101,8 @@ class SmtpTransport final : public Transport {
     Set(CURLOPT_PROXY, "");  // the environment's proxies are meant for browsing
     Set(CURLOPT_NOSIGNAL, 1L);
     Set(CURLOPT_UPLOAD, 1L);
+    // Enough for most mails. The usual buffers are so large that the heap grows and shrinks with every mail.
+    Set(CURLOPT_UPLOAD_BUFFERSIZE, 16384L);
     Set(CURLOPT_READFUNCTION, &OnRead);
     Set(CURLOPT_HEADERFUNCTION, &OnAnswer);
     Set(CURLOPT_WRITEFUNCTION, &Discard);
