@@ -83,6 +83,19 @@ TEST_F(ArchiveDocumentsTest, ColumnsStandInTheTablesOrderWithoutNumberAndStatus)
                                  "D_DIRECT_TO", "CENTER", "Q_CALL", "ENDSTATUSTIME"));
 }
 
+TEST_F(ArchiveDocumentsTest, ColumnsOfATransactionStandInTheTablesOrderWithoutTheRequestsNumber) {
+  suite.AddRequest(1, "jdoe");
+  suite.AddTransaction(1, "step");
+
+  suite.Run();
+
+  std::vector<std::string> names;
+  const MSXML2::NodeListPtr children = suite.Document("NoBP_jdoe_trans.xml")->selectNodes("//Transaction/*");
+  for (std::size_t i = 0; i < children->length(); ++i) names.push_back(children->item(i)->nodeName());
+  EXPECT_THAT(names, ElementsAre("T_ID", "T_NAME", "T_STATUS", "CENTER", "T_DATE", "T_COMMENT", "USERCOMMENT",
+                                 "TIMESPENT"));
+}
+
 TEST_F(ArchiveDocumentsTest, LaterRunsAppendAndNumberOn) {
   suite.AddRequest(1, "jdoe");
   suite.Run();
@@ -244,6 +257,18 @@ TEST_F(ArchiveDocumentsTest, RegisteredDateIsWrittenForItsOriginatorsLocale) {
   suite.Run();
 
   EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/REGISTEREDDATE"),
+              ElementsAre("12/24/2003 18:30:00[3,1043]"));
+}
+
+TEST_F(ArchiveDocumentsTest, RegisteredDateIsWrittenForTheOneWhoAskedAndNotForTheOwnerOfTheFile) {
+  suite.directory->people["zz-prospect"].locale = 1043;
+  suite.directory->people["ann@example.org"].locale = 1041;
+  suite.AddProspectRequest(1, "ann@example.org");
+  suite.Execute("update QUESTIONHISTORY set REGISTEREDDATE = '2003-12-24 18:30:00'");
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Texts("NoBP_ann@example.org_SR.xml", "//SR/REGISTEREDDATE"),
               ElementsAre("12/24/2003 18:30:00[3,1043]"));
 }
 
