@@ -26,9 +26,9 @@ constexpr const char* kLongAgo = "1999-12-31 23:59:59";
 
 // Entries of the error log, with the driver's words as "<lost>".
 const std::string kPassFailed =
-    "OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: <lost>(-2147467259).";
+    "OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: <lost> (-2147467259).";
 const std::string kMailDataFailed =
-    "OrvaneProcess.SolveOnNoResponse.getMailData caught: <lost>(-2147467259).";
+    "OrvaneProcess.SolveOnNoResponse.getMailData caught: <lost> (-2147467259).";
 const std::string kNoConnection =
     "METHOD: \r\nOrvServiceRequestOrvaneUtilities.GetOrvaneConnection caught: <lost>(-2147467259).";
 
@@ -122,7 +122,7 @@ const Point& MailOfTheConclusion(Trouble::What what) {
       "EMAIL where Mail_Id=10",
       {kMail26},
       {kMailDataFailed, kNoConnection,
-       "OrvaneProcess.SolveOnNoResponse.OpenQuestionRS caught: <lost>(-2147467259).",
+       "OrvaneProcess.SolveOnNoResponse.OpenQuestionRS caught: <lost> (-2147467259).",
        "OrvaneProcess.SolveOnNoResponse.formSRDetailsNodes caught: Object variable or With block variable "
        "not set "
        "(91).",
@@ -130,7 +130,7 @@ const Point& MailOfTheConclusion(Trouble::What what) {
        "variable not "
        "set (91).",
        kNoConnection, "METHOD: \r\nOrvaneProcess.Dispatch.GetParamValue caught: <lost>(-2147467259).",
-       "OrvaneProcess.SolveOnNoResponse.CreateHTMLFile caught: <lost>(-2147467259).", kPassFailed},
+       "OrvaneProcess.SolveOnNoResponse.CreateHTMLFile caught: <lost> (-2147467259).", kPassFailed},
       kFirstReminded,
       "160",
       1,
