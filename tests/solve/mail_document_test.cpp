@@ -266,6 +266,13 @@ TEST_F(MailDocumentTest, WithoutABackEndThereIsNoInstalledBase) {
   EXPECT_EQ(suite_->sheets[0].document.find("INSTALLEDBASE"), std::string::npos);
 }
 
+TEST_F(MailDocumentTest, ContractAndWarrantyAreNotAskedForWithoutABackEnd) {
+  suite_->contracts[26] = {"CT-1", "Full service"};
+  suite_->warranties[26] = {"W-2", "Two years"};
+  BuildInstalledBase(0);
+  EXPECT_NE(InstalledBase().find("<BPNO>1042</BPNO></INSTALLEDBASE>"), std::string::npos) << InstalledBase();
+}
+
 TEST_F(MailDocumentTest, AnyGenerationButZeroIsABackEnd) {
   UseHtmlMails();
   suite_->contracts[26] = {"CT-1", "Full service"};
