@@ -9,6 +9,7 @@
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/sqlite_database.hpp"
 
 namespace {
@@ -17,6 +18,7 @@ using ADODB::CursorType;
 using ADODB::LockType;
 using automation::DateTime;
 using automation::Variant;
+using orvane_test::ErrorOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -32,15 +34,6 @@ class SqliteProviderTest : public testing::Test {
     auto connection = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
     connection->Open("Provider=SQLite;" + text, "", "", -1);
     return connection;
-  }
-  static automation::Error ErrorOf(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error was raised";
-    return automation::Error(0, {}, {});
   }
   ADODB::RecordsetPtr Open(const ADODB::Statement& statement, CursorType cursor = CursorType::Static,
                            LockType lock = LockType::ReadOnly) {

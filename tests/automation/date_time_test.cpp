@@ -8,22 +8,14 @@
 
 #include "platform/automation/error.hpp"
 #include "tests/support/error_number.hpp"
+#include "tests/support/moment.hpp"
 
 namespace orvane_test {
 namespace {
 
 using automation::DateTime;
 using automation::DateTimeParts;
-
-DateTime Moment(int year, int month, int day, int hour, int minute, int second = 0, int microsecond = 0) {
-  return DateTime::FromParts({.year = year,
-                              .month = month,
-                              .day = day,
-                              .hour = hour,
-                              .minute = minute,
-                              .second = second,
-                              .microsecond = microsecond});
-}
+using orvane_test::Moment;
 
 TEST(DateTimeTest, StartsAtDateZero) {
   EXPECT_EQ(DateTime().Parts(), (DateTimeParts{.year = 1899, .month = 12, .day = 30}));

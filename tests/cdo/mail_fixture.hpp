@@ -15,6 +15,7 @@
 #include "platform/automation/error.hpp"
 #include "platform/cdo/message.hpp"
 #include "platform/cdo/registration.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -56,17 +57,6 @@ class MailTest : public testing::Test {
     for (const auto& entry : std::filesystem::directory_iterator(folder))
       names.push_back(entry.path().filename());
     return names;
-  }
-
-  template <class Action>
-  static automation::Error ErrorOf(Action&& action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "nothing was raised";
-    return automation::Error(0, {}, {});
   }
 
   TestRuntime runtime_;

@@ -8,6 +8,8 @@
 
 namespace {
 
+using orvane_test::ErrorOf;
+
 class PickupTest : public orvane_test::MailTest {
  protected:
   PickupTest() {

@@ -2,6 +2,7 @@
 #include "tests/cdo/mail_fixture.hpp"
 #include "tests/cdo/smtp_server.hpp"
 
+using orvane_test::ErrorOf;
 using orvane_test::SmtpServer;
 
 namespace {

@@ -4,6 +4,7 @@
 #include "tests/cdo/mail_fixture.hpp"
 #include "tests/cdo/scripted_peer.hpp"
 
+using orvane_test::ErrorOf;
 using orvane_test::ScriptedPeer;
 
 namespace {

@@ -49,6 +49,11 @@ class ArchiveRefusalsTest : public testing::Test {
     EXPECT_THAT(CustomersLeft(*engine_), IsEmpty());
     EXPECT_THAT(engine_->Column("select T_ID from TRANSACTIONS"), IsEmpty());
   }
+  void ExpectBobKeepsRowsAndFiles() {
+    EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
+    EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
+    EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before_.at("BP7_bob_trans.xml"));
+  }
   fs::path Bobs(const std::string& kind) const { return installation_.Archives() / ("BP7_bob" + kind); }
 
   ArchiveInstallation installation_;
@@ -108,9 +113,7 @@ TEST_F(ArchiveRefusalsTest, AFolderThatMayNotBeMadeIsSaidOnceAndKeepsAllRows) {
 TEST_F(ArchiveRefusalsTest, AFileMarkedAsReadOnlyKeepsItsCustomersRows) {
   RunTwice([this] { fs::permissions(Bobs("_trans.xml"), static_cast<fs::perms>(0444)); });
 
-  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before_.at("BP7_bob_trans.xml"));
+  ExpectBobKeepsRowsAndFiles();
   EXPECT_THAT(installation_.Messages(),
               Contains("Editing of Archive file " + installation_.Path("BP7_bob_trans.xml") + " failed2"));
   fs::permissions(Bobs("_trans.xml"), static_cast<fs::perms>(0644));
@@ -132,8 +135,7 @@ class ArchiveForeignFilesTest : public ArchiveRefusalsTest {
 TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReadKeepsItsCustomersRows) {
   RunTwice([this] { HoldByRoot(Bobs("_SR.xml"), 0600); });
 
-  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
+  ExpectBobKeepsRowsAndFiles();
   EXPECT_THAT(installation_.Messages(),
               Contains("Questions XML file " + installation_.Path("BP7_bob_SR.xml") +
                        " could not be created/loaded"));
@@ -144,9 +146,7 @@ TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReadKeepsItsCustomersRows) {
 TEST_F(ArchiveForeignFilesTest, ATransactionsFileThatMayNotBeReadGivesTheRequestsFileItsContentBack) {
   RunTwice([this] { HoldByRoot(Bobs("_trans.xml"), 0600); });
 
-  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_trans.xml"), before_.at("BP7_bob_trans.xml"));
+  ExpectBobKeepsRowsAndFiles();
   EXPECT_THAT(installation_.Messages(),
               Contains("Transactions XML file " + installation_.Path("BP7_bob_trans.xml") +
                        " could not be created/loaded "));
@@ -157,8 +157,7 @@ TEST_F(ArchiveForeignFilesTest, ATransactionsFileThatMayNotBeReadGivesTheRequest
 TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeReplacedKeepsItsCustomersRows) {
   RunTwice([this] { HoldByRoot(Bobs("_SR.xml"), 0644); });
 
-  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
+  ExpectBobKeepsRowsAndFiles();
   EXPECT_EQ(installation_.Files().size(), before_.size()) << "nothing is left beside the files";
   EXPECT_THAT(installation_.Messages(),
               Contains("Editing of Archive file " + installation_.Path("BP7_bob_SR.xml") + " failed1"));
@@ -173,8 +172,7 @@ TEST_F(ArchiveForeignFilesTest, AFileThatMayNotBeMovedKeepsItsCustomersRowsAndNo
     HoldByRoot(installation_.Archives(), 01777);
   });
 
-  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("bob"));
-  EXPECT_EQ(installation_.Files().at("BP7_bob_SR.xml"), before_.at("BP7_bob_SR.xml"));
+  ExpectBobKeepsRowsAndFiles();
   EXPECT_EQ(installation_.Files().size(), before_.size()) << "nothing is left beside the files";
   EXPECT_THAT(installation_.Messages(),
               Contains("Editing of Archive file " + installation_.Path("BP7_bob_SR.xml") + " failed1"));

@@ -5,27 +5,18 @@
 #include <string>
 
 #include "platform/automation/error.hpp"
+#include "tests/support/moment.hpp"
 
 namespace orvane_test {
 namespace {
 
 using automation::DateTime;
 using automation::ShortDateForm;
+using orvane_test::Moment;
 
 const ShortDateForm kMonthFirst{};
 const ShortDateForm kDayFirst{{'d', 'M', 'y'}, 2, 2, "."};
 const ShortDateForm kYearFirst{{'y', 'M', 'd'}, 2, 2, "/"};
-
-DateTime Moment(int year, int month, int day, int hour = 0, int minute = 0, int second = 0,
-                int microsecond = 0) {
-  return DateTime::FromParts({.year = year,
-                              .month = month,
-                              .day = day,
-                              .hour = hour,
-                              .minute = minute,
-                              .second = second,
-                              .microsecond = microsecond});
-}
 
 std::int32_t ParseErrorOf(const ShortDateForm& form, const std::string& text) {
   try {

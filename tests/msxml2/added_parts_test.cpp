@@ -11,6 +11,7 @@
 using MSXML2::DOMDocumentPtr;
 using MSXML2::NodePtr;
 using MSXML2::NodeType;
+using orvane_test::ErrorOf;
 
 namespace {
 

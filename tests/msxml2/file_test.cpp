@@ -8,6 +8,7 @@
 #include "tests/msxml2/xml_fixture.hpp"
 
 using MSXML2::DOMDocumentPtr;
+using orvane_test::ErrorOf;
 
 namespace {
 

@@ -4,6 +4,7 @@ using MSXML2::DOMDocumentPtr;
 using MSXML2::NodePtr;
 using MSXML2::XSLProcessorPtr;
 using MSXML2::XSLTemplatePtr;
+using orvane_test::ErrorOf;
 
 namespace {
 

@@ -15,6 +15,7 @@
 #include "platform/msxml2/dom_document.hpp"
 #include "platform/msxml2/registration.hpp"
 #include "platform/msxml2/xsl_template.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -73,17 +74,6 @@ class XmlTest : public testing::Test {
     std::size_t count = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder_)) ++count;
     return count;
-  }
-
-  template <class Action>
-  static automation::Error ErrorOf(Action&& action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "nothing was raised";
-    return automation::Error(0, {}, {});
   }
 
   TestRuntime runtime_;

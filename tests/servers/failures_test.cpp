@@ -13,6 +13,7 @@
 #include "platform/adodb/registration.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace {
@@ -45,14 +46,9 @@ class ServerFailureTest : public testing::TestWithParam<std::string> {
   }
 
   static std::string Message(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      EXPECT_FALSE(error.SqlState().empty());
-      return error.Description();
-    }
-    ADD_FAILURE() << "nothing was raised";
-    return {};
+    const automation::Error error = orvane_test::ErrorOf(action);
+    EXPECT_FALSE(error.SqlState().empty());
+    return error.Description();
   }
 
   static void Touch(const ADODB::ConnectionPtr& connection, int id) {

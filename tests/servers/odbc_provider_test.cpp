@@ -11,6 +11,8 @@
 #include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/support/moment.hpp"
+#include "tests/support/raised_error.hpp"
 
 namespace {
 
@@ -20,6 +22,8 @@ using ADODB::engine::Rows;
 using ADODB::engine::Session;
 using automation::DateTime;
 using automation::Variant;
+using orvane_test::ErrorOf;
+using orvane_test::Moment;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -52,30 +56,9 @@ class OdbcProviderTest : public testing::TestWithParam<std::string> {
     return value;
   }
 
-  template <class Action>
-  automation::Error ErrorOf(Action action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "nothing was raised";
-    return automation::Error(automation::ErrorNumber::InternalError);
-  }
-
   orvane_test::ServerDatabase database_{GetParam()};
   std::unique_ptr<Session> session_ = database_.Connect();
 };
-
-DateTime Moment(int year, int month, int day, int hour, int minute, int second, int microsecond = 0) {
-  return DateTime::FromParts({.year = year,
-                              .month = month,
-                              .day = day,
-                              .hour = hour,
-                              .minute = minute,
-                              .second = second,
-                              .microsecond = microsecond});
-}
 
 TEST_P(OdbcProviderTest, ReadsEveryTypeAsItsVariant) {
   MakeTable();

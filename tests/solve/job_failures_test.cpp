@@ -57,6 +57,18 @@ class JobFailuresTest : public WholeSuiteTest {
     EXPECT_THAT(suite_.PagesLeft(), IsEmpty());
   }
 
+  // Of a question that comes before the two.
+  void ExpectAnUnknownCustomerToEndThePass() {
+    AddTwo();
+    suite_.Run();
+    ExpectNothingWritten();
+    EXPECT_THAT(Subjects(), IsEmpty());
+    EXPECT_THAT(
+        suite_.Log(),
+        ElementsAre("OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).",
+                    std::string("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ") + kNotSet));
+  }
+
   std::string Page() const { return TemporaryFolder::Read(suite_.Home() / "Data" / "HTML" / kPage); }
   void WriteSheet(const std::string& name, const std::string& content) {
     std::ofstream(suite_.Home() / "Orvane" / "Mail" / "Sheets" / name) << content;
@@ -287,27 +299,13 @@ TEST_P(JobFailuresTest, MissingSubjectsAndBodiesAreEmpty) {
 
 TEST_P(JobFailuresTest, AnUnknownCustomerEndsThePassAtTheReminder) {
   suite_.Add({{25, kLongAgo, "", {{"Q_ORIGINATOR", "ghost"}}}});
-  AddTwo();
-  suite_.Run();
-  ExpectNothingWritten();
-  EXPECT_THAT(Subjects(), IsEmpty());
-  EXPECT_THAT(
-      suite_.Log(),
-      ElementsAre("OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).",
-                  std::string("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ") + kNotSet));
+  ExpectAnUnknownCustomerToEndThePass();
 }
 
 TEST_P(JobFailuresTest, AnUnknownCustomerEndsThePassAtTheConclusion) {
   suite_.Add(
       {{25, "", kLongAgo, {{"Q_ORIGINATOR", "ghost"}, {"PROSPECT", true}, {"EMAILID", "v@x.example"}}}});
-  AddTwo();
-  suite_.Run();
-  ExpectNothingWritten();
-  EXPECT_THAT(Subjects(), IsEmpty());
-  EXPECT_THAT(
-      suite_.Log(),
-      ElementsAre("OrvaneProcess.OrvaneUtilities.getUserFromID caught: no such user(1010).",
-                  std::string("OrvaneProcess.SolveOnNoResponse.SolveOnNoResponse caught: ") + kNotSet));
+  ExpectAnUnknownCustomerToEndThePass();
 }
 
 TEST_P(JobFailuresTest, ADirectoryThatGoesDownInMidPassCostsTheTextsOfTheMail) {

@@ -1,6 +1,7 @@
 #include "tests/adodb/conformance/conformance.hpp"
 
 #include "platform/adodb/registration.hpp"
+#include "tests/support/raised_error.hpp"
 
 namespace orvane_test {
 
@@ -88,16 +89,6 @@ void Conformance::MakePeople() {
                                  {"SEEN", ColumnKind::DateTime},
                                  {"NOTE", ColumnKind::LongText}});
   engine->Run("INSERT INTO PEOPLE (NAME) VALUES (NULL)");
-}
-
-automation::Error ErrorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const automation::Error& error) {
-    return error;
-  }
-  ADD_FAILURE() << "no error was raised";
-  return automation::Error(0, {}, {});
 }
 
 std::vector<std::string> Walk(ADODB::Recordset& rows, std::string_view column) {

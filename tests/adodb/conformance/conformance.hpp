@@ -19,6 +19,7 @@
 #include "platform/adodb/recordset.hpp"
 #include "tests/adodb/conformance/engine_under_test.hpp"
 #include "tests/support/faulty_provider.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -50,7 +51,6 @@ inline std::string EngineName(const testing::TestParamInfo<EngineMaker>& info) {
 }
 
 // The error that `action` raises; a test failure and number 0 when it raises none.
-automation::Error ErrorOf(const std::function<void()>& action);
 inline std::int32_t NumberOf(const std::function<void()>& action) {
   return ErrorOf(action).Number();
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/automation/error.hpp"
+#include "tests/support/raised_error.hpp"
 
 namespace orvane_test {
 namespace {
@@ -17,15 +18,6 @@ using ::testing::IsEmpty;
 
 automation::Variant Names(const std::vector<std::string>& names) {
   return automation::VariantArray(names.begin(), names.end());
-}
-
-automation::Error ErrorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const automation::Error& error) {
-    return error;
-  }
-  return {0, "", "no error"};
 }
 
 class SharedPlaceTest : public ::testing::TestWithParam<std::string> {

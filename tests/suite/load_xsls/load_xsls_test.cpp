@@ -8,6 +8,8 @@
 
 namespace {
 
+using orvane_test::ErrorOf;
+
 class LoadXSLsTest : public orvane_test::XmlTest {
  protected:
   LoadXSLsTest() { OrvCommon::RegisterLoadXSLs(runtime_.runtime.classes); }

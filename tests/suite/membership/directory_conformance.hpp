@@ -12,6 +12,7 @@
 #include "platform/automation/runtime.hpp"
 #include "suite/membership/directory.hpp"
 #include "suite/membership/user.hpp"
+#include "tests/suite/membership/failure.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {
@@ -42,18 +43,6 @@ class DirectoryConformanceTest : public testing::TestWithParam<DirectoryKind> {
     user->setServerInfo(folder_.Path().string() + "/home\\config\\siteConfiguration.xml");
     user->BindAs(id, account, credential);
     return user;
-  }
-
-  template <class Action>
-  static std::string Failure(int number, Action action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      EXPECT_EQ(error.Number(), number);
-      EXPECT_EQ(error.Source(), "VnMembership.User");
-      return error.Description();
-    }
-    return "no failure";
   }
 
   TemporaryFolder folder_;

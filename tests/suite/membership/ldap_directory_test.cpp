@@ -9,6 +9,7 @@
 
 #include "tests/servers/server_state.hpp"
 #include "tests/suite/membership/directory_conformance.hpp"
+#include "tests/suite/membership/failure.hpp"
 
 namespace orvane_test {
 namespace {
@@ -82,14 +83,7 @@ class LdapFailureTest : public testing::Test {
 
   // The description of the failure, which is always that the directory cannot be reached.
   std::string Failure(const std::string& keys) const {
-    try {
-      Bind(keys);
-    } catch (const automation::Error& error) {
-      EXPECT_EQ(error.Number(), kDirectoryUnavailable);
-      EXPECT_EQ(error.Source(), "VnMembership.User");
-      return error.Description();
-    }
-    return "no failure";
+    return orvane_test::Failure(kDirectoryUnavailable, [&] { Bind(keys); });
   }
 
   TemporaryFolder folder_;

@@ -7,9 +7,12 @@
 #include "components/interfaces/user.hpp"
 #include "platform/automation/runtime.hpp"
 #include "suite/membership/directory.hpp"
+#include "tests/suite/membership/failure.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
+
+using orvane_test::Failure;
 
 constexpr std::string_view kPeople = R"(dn: cn=orvane,dc=site
 cn: orvane
@@ -74,17 +77,6 @@ class UserTest : public testing::Test {
     auto user = Create();
     user->BindAs(id, account, credential);
     return user;
-  }
-  template <class Action>
-  static std::string Failure(int number, Action action) {
-    try {
-      action();
-    } catch (const automation::Error& error) {
-      EXPECT_EQ(error.Number(), number);
-      EXPECT_EQ(error.Source(), "VnMembership.User");
-      return error.Description();
-    }
-    return "no failure";
   }
 
   orvane_test::TemporaryFolder folder_;
