@@ -60,7 +60,8 @@ server_launch() {
   disown
   for ((tries = 0; tries < 600; tries++)); do
     if server_ready >/dev/null 2>&1; then return 0; fi
-    if [ "$tries" -gt 20 ] && ! running "$(cat "$folder/pid" 2>/dev/null)"; then break; fi
+    # Without a number there it is still being started: on a busy machine that takes seconds.
+    if [ -s "$folder/pid" ] && ! running "$(cat "$folder/pid")"; then break; fi
     sleep 0.1
   done
   echo "$server_name did not start:" >&2
