@@ -86,9 +86,12 @@ bool Prepared::Step() {
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
-  automation::Error error = ErrorOf(database_, code);
-  Reset();
-  throw error;
+  // Once it is reset, the database no longer tells what went wrong.
+  struct ResetAfterwards {
+    Prepared& statement;
+    ~ResetAfterwards() { statement.Reset(); }
+  } const reset{*this};
+  throw ErrorOf(database_, code);
 }
 
 void Prepared::Reset() noexcept {
