@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 #include "platform/automation/error.hpp"
 #include "platform/cdo/curl/failure.hpp"
@@ -34,7 +36,10 @@ class PickupTransport final : public Transport {
     if (code == 0 && fsync(descriptor) != 0) code = errno;
     if (close(descriptor) != 0 && code == 0) code = errno;
     if (code == 0) code = MoveTo(target, beside);
-    if (code == 0) return;
+    if (code == 0) {
+      SyncNames(folder->path);
+      return;
+    }
     unlink(beside.c_str());
     Raise(code);
   }
@@ -48,6 +53,15 @@ class PickupTransport final : public Transport {
     if (link(beside.c_str(), target.c_str()) != 0) return errno;
     unlink(beside.c_str());
     return 0;
+  }
+
+  // Puts the mail's name on the disk as well: nobody makes the mail again once it counts as sent. One whose
+  // name cannot be synced is there all the same, so that is no error.
+  static void SyncNames(const std::string& folder) {
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
   }
 
   static int WriteAll(int descriptor, std::string_view data) {
