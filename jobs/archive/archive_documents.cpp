@@ -1,15 +1,15 @@
 // The two XML documents of a customer: opening, entries, requests, transactions, saving.
-#include <algorithm>
-
 #include "common/directory_users.hpp"
 #include "common/parameters.hpp"
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
+#include "platform/automation/ascii_case.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace OrvaneProcess {
 namespace {
 
+using automation::EqualIgnoringAsciiCase;
 using automation::Error;
 using automation::ErrorNumber;
 using MSXML2::DOMDocumentPtr;
@@ -49,13 +49,6 @@ DOMDocumentPtr LoadDocument(const std::string& path) {
                 path + ": " + document->parseErrorReason());
   }
   return document;
-}
-
-bool SameName(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
-    const auto folded = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
-    return folded(a) == folded(b);
-  });
 }
 
 }  // namespace
@@ -212,7 +205,8 @@ void Archive::addFieldElements(const DOMDocumentPtr& document, const NodePtr& pa
   ADODB::Fields& fields = records.Fields();
   for (std::size_t index = 0; index < fields.Count(); ++index) {
     ADODB::Field& field = fields.Item(index);
-    if (SameName(field.Name(), "Q_ID") || SameName(field.Name(), "Q_STATUS")) continue;
+    if (EqualIgnoringAsciiCase(field.Name(), "Q_ID") || EqualIgnoringAsciiCase(field.Name(), "Q_STATUS"))
+      continue;
     addElement(document, parent, field.Name(), fieldText(records, field));
   }
 }
@@ -221,16 +215,17 @@ std::string Archive::fieldText(ADODB::Recordset& records, ADODB::Field& field) c
   const automation::Variant& value = field.Value();
   if (value.IsNull()) return {};
   const std::string& name = field.Name();
-  if (SameName(name, "Q_PRODUCTCAT")) return getProductCategoryName(automation::ToInt32(value));
-  if (SameName(name, "PRODUCTID")) return getProductDescription(automation::ToInt32(value));
-  if (SameName(name, "Q_CATEGORY")) return getFAQCategoryDescription(automation::ToInt32(value));
-  if (SameName(name, "Q_TEXT")) {
+  if (EqualIgnoringAsciiCase(name, "Q_PRODUCTCAT")) return getProductCategoryName(automation::ToInt32(value));
+  if (EqualIgnoringAsciiCase(name, "PRODUCTID")) return getProductDescription(automation::ToInt32(value));
+  if (EqualIgnoringAsciiCase(name, "Q_CATEGORY"))
+    return getFAQCategoryDescription(automation::ToInt32(value));
+  if (EqualIgnoringAsciiCase(name, "Q_TEXT")) {
     return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x01\x02\x03\x04", "LBLQX3388");
   }
-  if (SameName(name, "A_TEXT")) {
+  if (EqualIgnoringAsciiCase(name, "A_TEXT")) {
     return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x04\x03\x02\x01", "LBLQX3429");
   }
-  if (SameName(name, "REGISTEREDDATE")) {
+  if (EqualIgnoringAsciiCase(name, "REGISTEREDDATE")) {
     const VnMembership::UserPtr user =
         OrvaneUtilities::getUserFromID(automation::ToTextOrEmpty(records.Value("Q_ORIGINATOR")));
     // Prospects are not in the directory; their dates are written for the suite's default language.

@@ -2,24 +2,15 @@
 
 #include <algorithm>
 
+#include "platform/automation/ascii_case.hpp"
 #include "platform/automation/error.hpp"
 
 namespace automation {
 namespace {
 
-char Folded(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool AlphabeticallyLess(std::string_view left, std::string_view right) {
   return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                      [](char a, char b) { return Folded(a) < Folded(b); });
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right) {
-  return left == right ||
-         (left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin(),
-                                                    [](char a, char b) { return Folded(a) == Folded(b); }));
+                                      [](char a, char b) { return AsciiLower(a) < AsciiLower(b); });
 }
 
 }  // namespace
@@ -29,14 +20,15 @@ bool EqualIgnoringCase(std::string_view left, std::string_view right) {
 std::size_t ClassTable::Hash(std::string_view progId) {
   std::size_t hash = progId.size();
   for (std::size_t i = progId.size() / 2; i < progId.size(); i += 3) {
-    hash = hash * 31 + static_cast<unsigned char>(Folded(progId[i]));
+    hash = hash * 31 + static_cast<unsigned char>(AsciiLower(progId[i]));
   }
   return hash % kBuckets;
 }
 
 const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {
   const Entry* entry = byHash_[Hash(progId)];
-  while (entry != nullptr && !EqualIgnoringCase(entry->progId, progId)) entry = entry->next;
+  while (entry != nullptr && entry->progId != progId && !EqualIgnoringAsciiCase(entry->progId, progId))
+    entry = entry->next;
   return entry;
 }
 

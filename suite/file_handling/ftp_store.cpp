@@ -5,6 +5,7 @@
 #include <system_error>
 #include <unordered_map>
 
+#include "platform/automation/ascii_case.hpp"
 #include "suite/file_handling/ftp_listing.hpp"
 
 namespace OrvCommonMTS {
@@ -16,12 +17,6 @@ namespace fs = std::filesystem;
 constexpr int kDeepestFolder = 64;
 constexpr int kFolderCreated = 257;
 constexpr int kModificationTime = 213;
-
-bool EqualButForCase(std::string_view left, std::string_view right) {
-  const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [&](char a, char b) { return fold(a) == fold(b); });
-}
 
 bool HoldsControlCharacter(std::string_view name) {
   return std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
@@ -203,7 +198,8 @@ class FtpStore : public SharedStore {
     if (!Find(rootItems_, name)) {
       std::string found;
       for (const auto& [candidate, kind] : rootItems_) {
-        if (EqualButForCase(candidate, folder) && (found.empty() || candidate < found)) found = candidate;
+        if (automation::EqualIgnoringAsciiCase(candidate, folder) && (found.empty() || candidate < found))
+          found = candidate;
       }
       if (!found.empty()) name = found;
     }

@@ -2,23 +2,15 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <string>
 #include <system_error>
+
+#include "platform/automation/ascii_case.hpp"
 
 namespace suite {
 namespace {
 
 namespace fs = std::filesystem;
-
-char Folded(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool EqualButForCase(const std::string& left, const std::string& right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return Folded(a) == Folded(b); });
-}
 
 // `folder` / `name`, or the entry of the folder that is meant by it.
 fs::path Entry(const fs::path& folder, const std::string& name) {
@@ -29,7 +21,8 @@ fs::path Entry(const fs::path& folder, const std::string& name) {
   std::string found;
   for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end; entry.increment(failed)) {
     const std::string candidate = entry->path().filename().string();
-    if (EqualButForCase(candidate, name) && (found.empty() || candidate < found)) found = candidate;
+    if (automation::EqualIgnoringAsciiCase(candidate, name) && (found.empty() || candidate < found))
+      found = candidate;
   }
   return found.empty() ? exact : folder / found;
 }
