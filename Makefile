@@ -1,5 +1,5 @@
 # One target per chore.
-.PHONY: build run test quick format lint bench install bootstrap clean
+.PHONY: build run test quick soak format lint bench install bootstrap clean
 
 BUILD_JOBS ?= $(shell nproc)
 
@@ -11,18 +11,24 @@ build: bootstrap
 run: build
 	scripts/demo
 
-# Everything, the tests against real servers included.
+# Everything but the soak tests, the tests against real servers included.
 test: bootstrap
 	scripts/check-layers
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
-	ctest --preset debug -j $(BUILD_JOBS)
+	ctest --preset debug -j $(BUILD_JOBS) -LE '^soak$$'
 
 # The everyday tests: no servers, under three minutes.
 quick:
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
 	ctest --preset debug -j $(BUILD_JOBS) -L quick
+
+# The tests that take longer than everyday ones may; their results go to docs/soak.md.
+soak: bootstrap
+	cmake --preset debug
+	cmake --build --preset debug -j $(BUILD_JOBS)
+	scripts/soak
 
 format:
 	scripts/format

@@ -11,7 +11,8 @@ endfunction()
 # orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])
 # A GoogleTest program whose cases are registered with CTest one by one.
 # IN_MEMORY puts the temporary folders of a test that runs a program hundreds of times where syncing costs nothing.
-# The label "quick" marks the everyday tests; "server" marks those that talk to a real server.
+# The label "quick" marks the everyday tests; "server" marks those that talk to a real server; "soak" those that take
+# longer than "make test" allows and are run by "make soak" alone.
 function(orvane_test name)
   cmake_parse_arguments(ARG "IN_MEMORY" "TIMEOUT" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
   if(NOT ARG_LABELS)
@@ -33,4 +34,25 @@ function(orvane_test name)
   endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
+
+# orvane_soak(NAME PROGRAM program [FILTER filter] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])
+# The soak test NAME: the test program PROGRAM, or the tests of it that FILTER names, with ORVANE_SOAK=1 in its
+# environment. A test that does a sample of its work in "make test" does all of it then, and prints its figures in lines
+# that begin with "soak: ".
+function(orvane_soak name)
+  cmake_parse_arguments(ARG "IN_MEMORY" "PROGRAM;FILTER;TIMEOUT" "FIXTURES" ${ARGN})
+  if(NOT ARG_FILTER)
+    set(ARG_FILTER "*")
+  endif()
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 7200)
+  endif()
+  set(environment ORVANE_SOAK=1)
+  if(ARG_IN_MEMORY AND IS_DIRECTORY /dev/shm)
+    list(APPEND environment TMPDIR=/dev/shm)
+  endif()
+  add_test(NAME ${name} COMMAND ${ARG_PROGRAM} "--gtest_filter=${ARG_FILTER}")
+  set_tests_properties(${name} PROPERTIES LABELS soak TIMEOUT ${ARG_TIMEOUT}
+    FIXTURES_REQUIRED "${ARG_FIXTURES}" ENVIRONMENT "${environment}")
 endfunction()
