@@ -4,6 +4,7 @@
 
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
+#include "jobs/archive/log_texts.hpp"
 #include "platform/automation/error.hpp"
 
 namespace OrvaneProcess {
@@ -49,9 +50,8 @@ void Archive::createArchiveFolder() {
       }
     }
     m_bFolderFailed = true;
-    tryToLog("Creation of Archive Folder " + m_sArchiveLocation +
-             " or questions and transactions folder under this folder failed .");
-    tryToLog("Reason : " + error.Description());
+    tryToLog(archive_log::FolderNotCreated(m_sArchiveLocation));
+    tryToLog(archive_log::Reason(error.Description()));
   }
 }
 

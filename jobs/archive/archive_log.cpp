@@ -3,13 +3,15 @@
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
 #include "jobs/archive/log_line.hpp"
+#include "jobs/archive/log_texts.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace OrvaneProcess {
 
 std::string ArchiveLogLine(const std::string& message) {
   const bool hasText = message.find_first_not_of("* ") != std::string::npos;
-  return hasText ? OrvaneUtilities::GetTimestampText() + "  : " + message : message;
+  if (!hasText) return message;
+  return OrvaneUtilities::GetTimestampText() + std::string(archive_log::kSeparator) + message;
 }
 
 std::string Archive::logFolder() const {
@@ -17,7 +19,8 @@ std::string Archive::logFolder() const {
 }
 
 std::string Archive::logFileName() const {
-  return logFolder() + "\\OrvArchiveSvc_log_" + OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
+  return logFolder() + "\\" + std::string(archive_log::kFilePrefix) +
+         OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
 }
 
 // The writer only appends to a file that is there, so the day's file is made first: at the start of a run,

@@ -3,6 +3,7 @@
 #include "common/error_reporting.hpp"
 #include "common/parameters.hpp"
 #include "jobs/archive/archive.hpp"
+#include "jobs/archive/log_texts.hpp"
 #include "platform/adodb/command.hpp"
 #include "platform/automation/runtime.hpp"
 
@@ -91,18 +92,18 @@ void Archive::archiveOriginator(const std::string& originator, const std::string
                    m_sFileOwner = originator == "Prospect" ? emailID : originator;
                    questions.path = getArchiveFileName(kQuestionsFile.kind);
                  }
-                 tryToLog("Questions XML file " + questions.path + " could not be created/loaded");
+                 tryToLog(archive_log::QuestionsNotOpened(questions.path));
                }) &&
       !m_bFolderFailed &&
-      Succeeds(editQuestions, [&] { tryToLog("Editing of Archive file " + questions.path + " failed1"); }) &&
+      Succeeds(editQuestions, [&] { tryToLog(archive_log::QuestionsNotEdited(questions.path)); }) &&
       Succeeds(openTransactionsFile,
                [&] {
                  restoreArchiveFile(questions);
-                 tryToLog("Transactions XML file " + transactions.path + " could not be created/loaded ");
+                 tryToLog(archive_log::TransactionsNotOpened(transactions.path));
                }) &&
       Succeeds(editTransactions, [&] {
         restoreArchiveFile(questions);
-        tryToLog("Editing of Archive file " + transactions.path + " failed2");
+        tryToLog(archive_log::TransactionsNotEdited(transactions.path));
       });
   OrvaneUtilities::CloseRecordset(m_rsQuestions);
   OrvaneUtilities::CloseRecordset(m_rsTransactions);
@@ -162,15 +163,15 @@ void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, A
     // A commit that was sent but not answered may have happened. Restoring the files would then destroy the
     // only copy, so they are restored only when the rows are known to be there still.
     if (committing && !rolledBack && purgeWasCommitted()) {
-      tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
+      tryToLog(archive_log::Edited(questions.path, transactions.path));
       return;
     }
     restoreArchiveFile(questions);
     restoreArchiveFile(transactions);
-    tryToLog("Changes to XML files undone" + questions.path + transactions.path + " undone");
+    tryToLog(archive_log::Undone(questions.path, transactions.path));
     return;
   }
-  tryToLog("Archive Files " + questions.path + " and " + transactions.path + " edited");
+  tryToLog(archive_log::Edited(questions.path, transactions.path));
 }
 
 // A written request is asked for by deleting it and taking that back: a server that is still busy with the

@@ -2,6 +2,7 @@
 #include "common/error_reporting.hpp"
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
+#include "jobs/archive/log_texts.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace OrvaneProcess {
@@ -30,7 +31,7 @@ void Archive::archiveQuestions(const std::string& i_sCalledFrom, const std::stri
   m_oFAQCategories = m_oProductCategories = m_oProducts = m_oStatuses = nullptr;
 
   const auto close = [this] {
-    log("Archiving Process ended.");
+    log(std::string(archive_log::kEnded));
     log(kRuler);
   };
   m_sLogRoot.clear();
@@ -40,7 +41,7 @@ void Archive::archiveQuestions(const std::string& i_sCalledFrom, const std::stri
     m_sAttachmentsDirectory = getFAQParameter("ATTACHMENTSDIRECTORY");
     m_cnConnection = OrvaneUtilities::GetOrvaneConnection();
     log(kRuler);
-    log("Archiving Process started by " + m_sCalledFrom);
+    log(std::string(archive_log::kStartedBy) + m_sCalledFrom);
     archiveCustomers();
     close();
   } catch (...) {
@@ -69,14 +70,14 @@ void Archive::archiveCustomers() {
                        OrvaneUtilities::NormalizeFolderPath(getParameter("DataFileRelativePath")) +
                        "\\Archives";
   if (m_sArchiveLocation.empty()) {
-    log("Archive Location could not be retrieved.");
-    log("Archiving process failed");
+    log(std::string(archive_log::kNoLocation));
+    log(std::string(archive_log::kProcessFailed));
     return;
   }
   const std::string archiveAfter = getParameter("ArchiveAfter");
   if (!automation::IsNumeric(archiveAfter)) {
-    log("No Archive After parameter mentioned in the parameter table");
-    log("Archiving process failed");
+    log(std::string(archive_log::kNoArchiveAfter));
+    log(std::string(archive_log::kProcessFailed));
     return;
   }
   m_lArchiveAfterDays = automation::ToInt32(archiveAfter);
@@ -99,7 +100,7 @@ void Archive::archiveCustomers() {
   }
   OrvaneUtilities::CloseRecordset(customers);
   if (count < 1) {
-    log("No questions qualified for Archiving.");
+    log(std::string(archive_log::kNothingQualified));
     return;
   }
   loadLookups();
