@@ -7,11 +7,29 @@
 #include "platform/automation/runtime.hpp"
 
 namespace OrvaneProcess {
+namespace {
+
+// A message is one line, whatever the address or the path in it holds: with a line break it would write
+// lines of its own, which operators and the host take for the job's. U+0080 to U+009F are two bytes of UTF-8.
+std::string OnOneLine(std::string_view message) {
+  std::string line;
+  for (std::size_t at = 0; at < message.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(message[at]);
+    const auto next = static_cast<unsigned char>(at + 1 < message.size() ? message[at + 1] : 0);
+    const bool twoBytes = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+    const bool control = byte < 0x20 || byte == 0x7F || twoBytes;
+    line += control ? '?' : message[at];
+    if (twoBytes) ++at;
+  }
+  return line;
+}
+
+}  // namespace
 
 std::string ArchiveLogLine(const std::string& message) {
   const bool hasText = message.find_first_not_of("* ") != std::string::npos;
   if (!hasText) return message;
-  return OrvaneUtilities::GetTimestampText() + std::string(archive_log::kSeparator) + message;
+  return OrvaneUtilities::GetTimestampText() + std::string(archive_log::kSeparator) + OnOneLine(message);
 }
 
 std::string Archive::logFolder() const {

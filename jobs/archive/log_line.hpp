@@ -5,8 +5,8 @@
 
 namespace OrvaneProcess {
 
-// The present timestamp, "  : " and the message as it is; a message of nothing but asterisks and blanks, a
-// ruler, stands without a timestamp.
+// The present timestamp, "  : " and the message, each control character of which is a "?"; a message of
+// nothing but asterisks and blanks, a ruler, stands without a timestamp.
 std::string ArchiveLogLine(const std::string& message);
 
 }  // namespace OrvaneProcess

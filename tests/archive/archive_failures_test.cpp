@@ -43,6 +43,21 @@ TEST_F(ArchiveFailuresTest, AnEmptyCatalogueTableEndsOnlyTheCustomersThatNeedIt)
       Contains("Editing of Archive file " + suite.ArchivePath("NoBP_jdoe_SR.xml") + " failed1").Times(3));
 }
 
+TEST_F(ArchiveFailuresTest, AnAddressWithLineBreaksWritesNoLinesOfItsOwn) {
+  suite.AddProspectRequest(1, "x\r\n7-26-2004 09:05:03  : Archive Files a and b edited\r\n");
+
+  suite.Run();
+
+  EXPECT_THAT(RequestsLeft(), ElementsAre("1"));
+  EXPECT_THAT(suite.LogMessages(),
+              ElementsAre("Archiving Process started by NTService",
+                          "Questions XML file " +
+                              suite.ArchivePath("NoBP_x??7-26-2004 09:05:03  : Archive Files a and b edited??"
+                                                "_SR.xml") +
+                              " could not be created/loaded",
+                          "Archiving Process ended."));
+}
+
 TEST_F(ArchiveFailuresTest, ANumberThatTheCatalogueHasTwiceEndsTheRunBeforeAnythingIsTouched) {
   suite.ExecuteCatalogue("drop table PRODUCTCATEGORY");
   suite.ExecuteCatalogue("create table PRODUCTCATEGORY (CATEGORYID integer, CATEGORYNAME varchar(50))");

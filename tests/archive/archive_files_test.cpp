@@ -406,7 +406,8 @@ TEST_F(ArchiveFilesTest, AnOwnerThatWouldLeaveTheFolderKeepsItsRows) {
   suite.Run();
 
   EXPECT_EQ(suite.Rows("select Q_ID from QUESTIONHISTORY").size(), owners.size());
-  for (const std::string& owner : owners) {
+  for (std::string owner : owners) {
+    for (char& c : owner) c = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
     EXPECT_THAT(suite.LogMessages(),
                 Contains("Questions XML file " + suite.ArchivePath("NoBP_" + owner + "_SR.xml") +
                          " could not be created/loaded"));
