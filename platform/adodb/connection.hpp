@@ -33,11 +33,20 @@ class Connection : public automation::Object {
 
   // Runs one statement. A statement that yields rows returns them in a forward-only read-only record set,
   // unless `options` holds kExecuteNoRecords; any other returns null. `recordsAffected` may be null.
+  // Outside a transaction the statement commits by itself: when it fails, Error::Outcome() tells whether its
+  // changes may be there.
   virtual RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) = 0;
 
-  // Transactions do not nest: a second BeginTrans raises 3001, Commit or Rollback without one raises 3001.
+  // Transactions do not nest. 3001 while one is open.
   virtual void BeginTrans() = 0;
+
+  // Makes the transaction's changes permanent. 3001 without a transaction, or when a commit of it has failed.
+  // After a failure Error::Outcome() tells whether the changes may be there all the same, and RollbackTrans
+  // (or Close) is due either way.
   virtual void CommitTrans() = 0;
+
+  // Undoes the transaction's changes and ends it, also where it raises: then the connection no longer
+  // answers, and the engine undoes what was not committed. 3001 without a transaction.
   virtual void RollbackTrans() = 0;
 };
 

@@ -87,6 +87,11 @@ Error& Error::WithEngineCodes(std::string sqlState, std::int32_t nativeCode) {
   return *this;
 }
 
+Error& Error::WithOutcome(automation::Outcome outcome) {
+  outcome_ = outcome;
+  return *this;
+}
+
 Error PendingError() {
   const std::exception_ptr pending = std::current_exception();
   if (!pending) return Error(0, {}, {});

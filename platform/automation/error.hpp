@@ -48,6 +48,12 @@ enum class ErrorNumber : std::int32_t {
 // The platform's usual text for a number, e.g. "Type mismatch" for 13; empty for a number it does not know.
 std::string_view StandardDescription(std::int32_t number);
 
+// Whether what failed may have been done all the same.
+enum class Outcome {
+  NotDone,  // it was refused, or never sent
+  Unknown,  // it was sent, and no answer settled it: what was to change may have changed
+};
+
 class Error : public std::exception {
  public:
   // An error with the platform's usual description for `number`. `source` names the component that raised it.
@@ -63,6 +69,11 @@ class Error : public std::exception {
   std::int32_t NativeCode() const { return nativeCode_; }
   Error& WithEngineCodes(std::string sqlState, std::int32_t nativeCode);
 
+  // Of a commit, or of a statement that commits by itself. NotDone unless the place that sent it says
+  // otherwise; without meaning for what changes nothing.
+  automation::Outcome Outcome() const { return outcome_; }
+  Error& WithOutcome(automation::Outcome outcome);
+
   const char* what() const noexcept override { return description_.c_str(); }
 
  private:
@@ -71,6 +82,7 @@ class Error : public std::exception {
   std::string description_;
   std::string sqlState_;
   std::int32_t nativeCode_ = 0;
+  automation::Outcome outcome_ = automation::Outcome::NotDone;
 };
 
 // The error being handled, seen from inside a catch clause: an Error as it is, any other exception as the

@@ -1,9 +1,11 @@
 // What is particular to SQLite: files that cannot be used, declared types, databases made by hand.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <thread>
 
 #include "platform/adodb/providers/sqlite/provider.hpp"
@@ -118,6 +120,59 @@ TEST_F(SqliteProviderTest, TellsThatADatabaseIsLockedAfterWaiting) {
   Connect("Data Source=a.sqlite;Timeout=10")->Execute("INSERT INTO T VALUES(2)", nullptr, -1);
   release.join();
   EXPECT_THAT(database.Rows("SELECT A FROM T"), ElementsAre("2"));
+}
+
+TEST_F(SqliteProviderTest, ARefusedCommitIsNotDoneAndCanBeRolledBack) {
+  orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
+  database.Run(
+      "CREATE TABLE P(ID INTEGER PRIMARY KEY);"
+      "CREATE TABLE C(ID INTEGER PRIMARY KEY, P INTEGER REFERENCES P(ID) DEFERRABLE INITIALLY DEFERRED)");
+  const auto connection = Connect("Data Source=a.sqlite");
+  connection->Execute("PRAGMA foreign_keys = ON", nullptr, -1);
+  connection->BeginTrans();
+  connection->Execute("INSERT INTO C VALUES(1, 7)", nullptr, -1);
+  const auto error = ErrorOf([&] { connection->CommitTrans(); });
+  EXPECT_EQ(error.Outcome(), automation::Outcome::NotDone);
+  EXPECT_EQ(error.SqlState(), "23000");
+  EXPECT_EQ(ErrorOf([&] { connection->CommitTrans(); }).Number(), 3001);
+  connection->RollbackTrans();
+  EXPECT_EQ(ErrorOf([&] { connection->RollbackTrans(); }).Number(), 3001);
+  connection->Execute("INSERT INTO P VALUES(7)", nullptr, -1);
+  EXPECT_THAT(database.Rows("SELECT (SELECT count(*) FROM P), (SELECT count(*) FROM C)"), ElementsAre("1|0"));
+}
+
+// As when the device fails.
+class SmallestFiles {
+ public:
+  SmallestFiles() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit none{0, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &none);
+  }
+  ~SmallestFiles() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(SqliteProviderTest, ACommitThatTheDeviceFailedMayBeDone) {
+  orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
+  database.Run("CREATE TABLE T(A INTEGER)");
+  const auto connection = Connect("Data Source=a.sqlite");
+  connection->BeginTrans();
+  connection->Execute("INSERT INTO T VALUES(1)", nullptr, -1);
+  {
+    const SmallestFiles failing;
+    const auto error = ErrorOf([&] { connection->CommitTrans(); });
+    EXPECT_EQ(error.Outcome(), automation::Outcome::Unknown) << error.Description();
+    EXPECT_EQ(error.NativeCode() & 0xFF, 10);
+    connection->RollbackTrans();
+    const auto single = ErrorOf([&] { connection->Execute("INSERT INTO T VALUES(2)", nullptr, -1); });
+    EXPECT_EQ(single.Outcome(), automation::Outcome::Unknown) << single.Description();
+  }
+  connection->Execute("INSERT INTO T VALUES(3)", nullptr, -1);
+  EXPECT_THAT(database.Rows("SELECT A FROM T"), ElementsAre("3"));
 }
 
 TEST_F(SqliteProviderTest, RefusesSettingsThatItDoesNotKnow) {

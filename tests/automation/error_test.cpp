@@ -69,6 +69,8 @@ TEST(ErrorTest, CarriesWhatItWasMadeOf) {
   EXPECT_EQ(error.SqlState(), "HY000");
   EXPECT_EQ(error.NativeCode(), 1205);
   EXPECT_STREQ(error.what(), "Invalid drive mentioned");
+  EXPECT_EQ(error.Outcome(), automation::Outcome::NotDone);
+  EXPECT_EQ(error.WithOutcome(automation::Outcome::Unknown).Outcome(), automation::Outcome::Unknown);
 }
 
 template <class Thrown>
@@ -81,7 +83,9 @@ Error Caught(Thrown&& thrown) {
 }
 
 TEST(PendingErrorTest, IsThePlatformErrorAsItWasRaised) {
-  const Error error = Caught(Error(ErrorNumber::PathNotFound, "Scripting.FileSystemObject"));
+  const Error error = Caught(Error(ErrorNumber::PathNotFound, "Scripting.FileSystemObject")
+                                 .WithOutcome(automation::Outcome::Unknown));
+  EXPECT_EQ(error.Outcome(), automation::Outcome::Unknown);
   EXPECT_EQ(error.Number(), 76);
   EXPECT_EQ(error.Source(), "Scripting.FileSystemObject");
   EXPECT_EQ(error.Description(), "Path not found");

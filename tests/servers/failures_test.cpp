@@ -180,8 +180,10 @@ TEST_P(ServerFailureTest, ACommitThatTheServerDoesNotTakeIsReported) {
   connection->Execute("DELETE FROM PROSPECT WHERE ID = 1", nullptr, ADODB::kExecuteNoRecords);
   server_.Kill();
   server_.Resume();
-  Message([&] { connection->CommitTrans(); });
-  EXPECT_NO_THROW(connection->Close());
+  const automation::Error error = orvane_test::ErrorOf([&] { connection->CommitTrans(); });
+  EXPECT_EQ(error.Outcome(), automation::Outcome::Unknown);
+  EXPECT_FALSE(error.SqlState().empty());
+  connection->Close();
   EXPECT_EQ(Count(), kRows);
 }
 

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/adodb/providers/odbc/driver.hpp"
+#include "platform/adodb/providers/odbc/error.hpp"
 #include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/support/test_runtime.hpp"
@@ -89,6 +90,51 @@ TEST(OdbcDriverTest, LoadsTheSqlServerDriver) {
     // The driver's own words; the driver manager would say IM002 or 01000 had it not been found.
     EXPECT_THAT(error.SqlState(), AnyOf("08001", "08S01", "S1000", "HY000")) << error.Description();
     EXPECT_THAT(error.Description(), HasSubstr("[FreeTDS]"));
+  }
+}
+
+struct Refusal {
+  const char* sqlState;
+  std::int32_t nativeCode;
+  bool leavesCommitOpen;
+  bool losesSession;
+};
+
+TEST(OdbcDriverTest, KnowsWhichFailuresLeaveACommitOpenAndWhichEndTheSession) {
+  constexpr Refusal kRefusals[] = {
+      {"08S01", 2013, true, true},    // lost during the query
+      {"08S01", 2006, true, true},    // has gone away
+      {"HY000", 2055, true, true},    // lost, with the reason of the system
+      {"70100", 1927, true, true},    // killed
+      {"HY000", 4031, true, true},    // idle for too long
+      {"08006", 0, true, true},       // connection failure
+      {"08007", 0, true, true},       // transaction resolution unknown
+      {"57P01", 1, true, true},       // shut down by the administrator
+      {"57P02", 1, true, true},       // crashed
+      {"57P03", 1, true, true},       // starting up
+      {"40003", 0, true, false},      // statement completion unknown
+      {"HYT00", 0, true, false},      // time-out
+      {"HYT01", 0, true, false},      // the connection's
+      {"HY008", 0, true, false},      // cancelled
+      {"08S01", 1053, true, true},    // shutting down
+      {"HY000", 1180, true, false},   // an engine failed in mid-commit
+      {"70100", 1317, true, false},   // interrupted
+      {"23505", 1, false, false},     // a constraint that waited for the commit
+      {"40001", 1213, false, false},  // deadlock, or another node's transaction came first
+      {"40P01", 1, false, false},     // deadlock
+      {"HY000", 1205, false, false},  // lock wait timeout
+      {"HY000", 1290, false, false},  // the server is read-only
+      {"25006", 1, false, false},     // the transaction is
+      {"57014", 1, false, false},     // the statement was cancelled before it was done
+      {"HY000", 0, false, false},     // no reason given: the session is asked
+  };
+  for (const Refusal& refusal : kRefusals) {
+    EXPECT_EQ(ADODB::odbc::LeavesCommitOpen(refusal.sqlState, refusal.nativeCode), refusal.leavesCommitOpen)
+        << refusal.sqlState << ' ' << refusal.nativeCode;
+    ADODB::odbc::Health health;
+    health.Note({.sqlState = refusal.sqlState, .nativeCode = refusal.nativeCode, .message = {}});
+    EXPECT_EQ(health.lost, refusal.losesSession) << refusal.sqlState << ' ' << refusal.nativeCode;
+    EXPECT_EQ(health.doubtful, std::string_view(refusal.sqlState) == "HY000");
   }
 }
 

@@ -68,16 +68,17 @@ void ConnectionImpl::BeginTrans() {
 
 void ConnectionImpl::CommitTrans() {
   Link& link = *GetLink();
-  if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
-  // A commit that fails leaves the transaction for the caller to roll back.
+  // A second commit could succeed with nothing left in the transaction.
+  if (!link.inTransaction || link.commitFailed) Raise(automation::ErrorNumber::ArgumentsInvalid);
+  link.commitFailed = true;  // unless it returns
   link.GetSession().Commit();
-  link.inTransaction = false;
+  link.inTransaction = link.commitFailed = false;
 }
 
 void ConnectionImpl::RollbackTrans() {
   Link& link = *GetLink();
   if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
-  link.inTransaction = false;
+  link.inTransaction = link.commitFailed = false;
   link.GetSession().Rollback();
 }
 

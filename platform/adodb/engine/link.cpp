@@ -27,7 +27,7 @@ Session& Link::GetSession() const {
 void Link::Close() noexcept {
   if (lease_.session) pool_->GiveBack(std::move(lease_));
   lease_ = {};
-  inTransaction = false;
+  inTransaction = commitFailed = false;
 }
 
 std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {

@@ -34,6 +34,7 @@ class Link {
   void Close() noexcept;
 
   bool inTransaction = false;
+  bool commitFailed = false;  // of the transaction that is open: it can only be rolled back
 
  private:
   std::shared_ptr<const Translation> Translated(const Statement& statement);

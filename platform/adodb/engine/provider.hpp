@@ -43,21 +43,36 @@ class Rows {
 // type that the column's ColumnType stands for (see Rows::Value), or Null.
 using Parameters = std::vector<automation::Variant>;
 
+// Threads: one at a time; a session may change hands while no Rows are alive.
+// Lifetime: Rows are gone before the next call, and before the session.
+// Failures: every call but Reset and Ping raises automation::Error with the engine's message, SQLSTATE and
+// native code (see engine_error.hpp).
 class Session {
  public:
   virtual ~Session() = default;
 
-  // Both raise automation::Error with the engine's message, SQLSTATE and native code on any failure (see
-  // engine_error.hpp). The caller sends one statement at a time, and has let go of the Rows of the one
-  // before.
+  // Outside a transaction a statement is permanent once its call returns. When it fails instead,
+  // Error::Outcome() tells whether the changes may be there; a statement that fails inside a transaction has
+  // changed nothing, and whether the transaction goes on is the engine's affair.
   //
   // A statement that yields no columns is run to its end and gives Rows without columns.
   virtual std::unique_ptr<Rows> Query(std::string_view sql, const Parameters& parameters) = 0;
   // Rows affected; a result that the statement yields is thrown away.
   virtual std::int64_t Execute(std::string_view sql, const Parameters& parameters) = 0;
 
-  virtual void Begin() = 0;  // in the isolation level set last; ReadCommitted as opened
+  // Starts a transaction in the isolation level set last; ReadCommitted as opened.
+  // REQUIRES: no transaction is open.
+  // FAILS: none is open afterwards.
+  virtual void Begin() = 0;
+  // Makes the transaction's changes permanent.
+  // REQUIRES: Begin() succeeded, and neither Commit() nor Rollback() was called since.
+  // FAILS: Error::Outcome() tells whether the changes may be there: NotDone when the engine refused, Unknown
+  // when the commit was sent and no answer settled it. Rollback() is due either way.
   virtual void Commit() = 0;
+  // Gives the transaction's changes up, those of statements after a failed Commit() among them.
+  // REQUIRES: Begin() succeeded, and Rollback() was not called since, nor a Commit() that succeeded.
+  // FAILS: the session is of no further use; the engine undoes what was not committed by itself. The
+  // transaction is over either way.
   virtual void Rollback() = 0;
   virtual void SetIsolationLevel(IsolationLevel level) = 0;
 

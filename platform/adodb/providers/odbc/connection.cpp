@@ -134,17 +134,26 @@ Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Par
   ApplyIsolationLevel();
   const bool plain = KeepsSettings(sql);
   settingsKept_ = settingsKept_ && plain;
-  if (!inTransaction_ || autocommitOff_) return RunInAnyWay(sql, parameters);
+  if (!inTransaction_) return RunAndCommit(sql, parameters);
+  if (autocommitOff_) return RunInAnyWay(sql, parameters);
   // The statement may end the transaction by committing, or by failing. What follows belongs to the next one,
   // until the caller says that it is done.
   if (!plain) TurnAutocommitOff();
   try {
     return RunInAnyWay(sql, parameters);
   } catch (const automation::Error&) {
-    try {
-      if (!health_.lost && !autocommitOff_) TurnAutocommitOff();
-    } catch (const automation::Error&) {
-      health_.lost = true;  // the first failure is the one to tell
+    KeepTransactionOpen();
+    throw;
+  }
+}
+
+Connection::StatementPtr Connection::RunAndCommit(std::string_view sql,
+                                                  const engine::Parameters& parameters) {
+  try {
+    return RunInAnyWay(sql, parameters);
+  } catch (automation::Error& error) {
+    if (LeavesCommitOpen(error.SqlState(), error.NativeCode()) || !StillAnswers()) {
+      error.WithOutcome(automation::Outcome::Unknown);
     }
     throw;
   }
@@ -258,30 +267,58 @@ void Connection::TurnAutocommitOff() {
   autocommitOff_ = true;
 }
 
-void Connection::Commit() {
-  EndTransaction(SQL_COMMIT);
-}
-void Connection::Rollback() {
-  EndTransaction(SQL_ROLLBACK);
+// After a failure that may have ended the transaction; the failure is the one to tell.
+void Connection::KeepTransactionOpen() {
+  try {
+    if (!health_.lost && !autocommitOff_) TurnAutocommitOff();
+  } catch (const automation::Error&) {
+    health_.lost = true;
+  }
 }
 
-void Connection::EndTransaction(SQLSMALLINT completion) {
+// A session that was lost before has nothing to commit, and nothing to roll back: the server has done that.
+void Connection::RequireTransaction() {
   if (!inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
-  inTransaction_ = false;
-  const bool autocommitOff = std::exchange(autocommitOff_, false);
+  if (StillAnswers()) return;
+  Raise({.sqlState = "08003", .nativeCode = 0, .message = "The connection was lost during the transaction."});
+}
+
+void Connection::Commit() {
+  RequireTransaction();
   try {
-    Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), completion));
-  } catch (...) {
-    // A commit that failed may have left the transaction open.
-    bool ended = Succeeded(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK));
-    if (autocommitOff) {
-      ended =
-          Succeeded(SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0));
+    Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_COMMIT));
+  } catch (automation::Error& error) {
+    // Some drivers give a lost connection no code of its own: a refusal is believed when the session answers.
+    if (LeavesCommitOpen(error.SqlState(), error.NativeCode()) || !Ping()) {
+      error.WithOutcome(automation::Outcome::Unknown);
+      health_.lost = true;
+    } else {
+      KeepTransactionOpen();
     }
-    health_.lost = health_.lost || !ended;
     throw;
   }
-  if (autocommitOff) SetAttribute(SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_ON);
+  LeaveTransaction();
+}
+
+void Connection::Rollback() {
+  RequireTransaction();
+  try {
+    Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK));
+  } catch (const automation::Error&) {
+    inTransaction_ = false;
+    health_.lost = true;
+    throw;
+  }
+  LeaveTransaction();
+}
+
+// Whatever becomes of the session now, the commit or rollback has been done.
+void Connection::LeaveTransaction() {
+  inTransaction_ = false;
+  if (!std::exchange(autocommitOff_, false)) return;
+  const SQLRETURN status =
+      SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), 0);
+  health_.lost = health_.lost || !Succeeded(status);
 }
 
 void Connection::SetIsolationLevel(IsolationLevel level) {
@@ -331,8 +368,12 @@ bool Connection::Reset() {
     }
   }
   isolationLevel_ = IsolationLevel::ReadCommitted;
+  return StillAnswers() && settingsKept_;
+}
+
+bool Connection::StillAnswers() {
   if (std::exchange(health_.doubtful, false) && !health_.lost) health_.lost = !Ping();
-  return !health_.lost && settingsKept_;
+  return !health_.lost;
 }
 
 bool Connection::Ping() {

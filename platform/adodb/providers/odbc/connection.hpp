@@ -44,6 +44,7 @@ class Connection : public engine::Session {
   void SetAttribute(SQLINTEGER attribute, std::uintptr_t value);
   void ApplyIsolationLevel();
   StatementPtr Run(std::string_view sql, const engine::Parameters& parameters);
+  StatementPtr RunAndCommit(std::string_view sql, const engine::Parameters& parameters);
   StatementPtr RunInAnyWay(std::string_view sql, const engine::Parameters& parameters);
   bool IsRepeatedRead(std::string_view sql);
   StatementPtr RunPrepared(std::string_view sql, const engine::Parameters& parameters);
@@ -51,7 +52,10 @@ class Connection : public engine::Session {
   void AddCollations(std::vector<engine::Column>& columns);
   const Table& LookUp(const std::string& table);
   void TurnAutocommitOff();
-  void EndTransaction(SQLSMALLINT completion);
+  void KeepTransactionOpen();
+  bool StillAnswers();
+  void RequireTransaction();
+  void LeaveTransaction();
 
   ConnectionHandle handle_;
   Engine engine_ = Engine::Other;
@@ -60,7 +64,7 @@ class Connection : public engine::Session {
   Health health_;
   bool settingsKept_ = true;  // no statement has run that may have changed the session's settings
   bool inTransaction_ = false;
-  bool autocommitOff_ = false;  // for the time of a transaction
+  bool autocommitOff_ = false;                                     // for the time of a transaction
   IsolationLevel isolationLevel_ = IsolationLevel::ReadCommitted;  // as the user of the session wants it
   IsolationLevel appliedIsolationLevel_ = IsolationLevel::ReadCommitted;  // as the database has it
   // Prepared statements, the one used last in front.

@@ -52,13 +52,12 @@ Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle) {
 
 namespace {
 
-bool MeansConnectionLost(const Diagnostics& diagnostics) {
-  const std::string_view state = diagnostics.sqlState;
+bool MeansConnectionLost(std::string_view state, std::int32_t nativeCode) {
   // 08: connection exceptions. 57P01 to 57P03: a PostgreSQL server that goes down, has crashed, or is not yet
   // up.
   if (state.starts_with("08") || state == "57P01" || state == "57P02" || state == "57P03") return true;
   // MariaDB: server has gone away, lost connection (twice), connection was killed, idle limit.
-  switch (diagnostics.nativeCode) {
+  switch (nativeCode) {
     case 2006:
     case 2013:
     case 2055:
@@ -74,8 +73,18 @@ bool MeansConnectionLost(const Diagnostics& diagnostics) {
 
 // PostgreSQL's driver tells of a connection that it lost while it prepared a statement in its words alone.
 void Health::Note(const Diagnostics& diagnostics) {
-  lost = lost || MeansConnectionLost(diagnostics);
+  lost = lost || MeansConnectionLost(diagnostics.sqlState, diagnostics.nativeCode);
   doubtful = doubtful || diagnostics.sqlState == "HY000";
+}
+
+bool LeavesCommitOpen(const std::string& sqlState, std::int32_t nativeCode) {
+  if (MeansConnectionLost(sqlState, nativeCode)) return true;
+  // Completion unknown, time-out, time-out of the connection, cancelled.
+  for (const char* state : {"40003", "HYT00", "HYT01", "HY008"}) {
+    if (sqlState == state) return true;
+  }
+  // MariaDB: shutting down, a storage engine failed in mid-commit, interrupted while it waited for a replica.
+  return nativeCode == 1053 || nativeCode == 1180 || nativeCode == 1317;
 }
 
 void Raise(const Diagnostics& diagnostics) {

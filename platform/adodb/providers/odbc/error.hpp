@@ -24,6 +24,10 @@ struct Health {
   void Note(const Diagnostics& diagnostics);
 };
 
+// Whether the failure of a commit, or of a statement that commits by itself, leaves open whether it was done.
+// Any other answer says that it was not.
+bool LeavesCommitOpen(const std::string& sqlState, std::int32_t nativeCode);
+
 // Raises the failure as automation::Error with the engine's message, SQLSTATE and native code.
 [[noreturn]] void Raise(const Diagnostics& diagnostics);
 

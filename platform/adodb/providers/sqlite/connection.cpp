@@ -81,7 +81,13 @@ std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters&
   const StatementCache::Lease statement(statements_, sql);
   statement->Bind(parameters);
   const std::int64_t before = sqlite3_total_changes64(database_.get());
-  while (statement->Step()) {
+  const bool commits = sqlite3_get_autocommit(database_.get()) != 0;
+  try {
+    while (statement->Step()) {
+    }
+  } catch (automation::Error& error) {
+    if (commits && LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    throw;
   }
   // The statement must not be seen as running by what comes next.
   statement->Reset();
@@ -98,7 +104,12 @@ void Connection::Begin() {
 }
 
 void Connection::Commit() {
-  Run("COMMIT");
+  try {
+    Run("COMMIT");
+  } catch (automation::Error& error) {
+    if (LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    throw;
+  }
 }
 
 void Connection::Rollback() {

@@ -49,4 +49,8 @@ automation::Error ErrorOf(sqlite3* database, int code) {
   return ErrorOf(extended != SQLITE_OK ? extended : code, sqlite3_errmsg(database));
 }
 
+bool LeavesCommitOpen(int code) {
+  return (code & 0xFF) == SQLITE_IOERR;
+}
+
 }  // namespace ADODB::sqlite
