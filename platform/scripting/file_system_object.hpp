@@ -27,7 +27,7 @@ class TextStream : public automation::Object {
   virtual void WriteLine(std::string_view text) = 0;  // the text and CR LF
   virtual std::string ReadAll() = 0;                  // 62 at the end of the file
   // Everything written has reached the operating system when Close returns; a failed write raises here at the
-  // latest. The destructor closes too, but cannot report.
+  // latest. The destructor closes too, but cannot report; a new file (CreateTextFile) it drops.
   virtual void Close() = 0;
 };
 using TextStreamPtr = std::shared_ptr<TextStream>;
@@ -70,7 +70,8 @@ class FileSystemObject : public automation::Object {
   // One level, on the disk when this returns; 58 when it exists already, 76 when its parent does not.
   virtual FolderPtr CreateFolder(std::string_view path) = 0;
   // A new empty file, open for writing, in the single-byte code page; 58 when it exists and `overwrite` is
-  // false.
+  // false. It appears under its name, whole, when it is closed: until then nothing is there, or the file that
+  // it overwrites. Close raises 58 when there was none and somebody has made one meanwhile.
   virtual TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) = 0;
   // 53 when it is missing and `create` is false.
   virtual TextStreamPtr OpenTextFile(std::string_view path, IOMode mode, bool create) = 0;

@@ -33,7 +33,7 @@ bool CurrentSiteFile::IsUnchanged() {
   } else if (fstat(descriptor_.Get(), &status) != 0) {
     return false;
   }
-  return *stamp_ == suite::FileStamp(status);
+  return *stamp_ == base::FileStamp(status);
 }
 
 void CurrentSiteFile::Load() {
@@ -41,16 +41,16 @@ void CurrentSiteFile::Load() {
   stamp_ = std::nullopt;
   // Looked at before it is read: a change in between is found the next time.
   struct stat status {};
-  suite::Descriptor descriptor(open(path_.c_str(), O_PATH | O_CLOEXEC));
+  base::Descriptor descriptor(open(path_.c_str(), O_PATH | O_CLOEXEC));
   const bool seen = descriptor.IsOpen() && fstat(descriptor.Get(), &status) == 0;
-  const suite::FileStamp stamp(status);
+  const base::FileStamp stamp(status);
   const bool settled = seen && stamp.HasSettledFor(kStep);
   file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
   if (!settled) return;
   // A link can be made to lead elsewhere without a trace at the file.
   std::error_code failed;
   const bool direct = std::filesystem::canonical(path_, failed) == path_;
-  descriptor_ = direct ? std::move(descriptor) : suite::Descriptor();
+  descriptor_ = direct ? std::move(descriptor) : base::Descriptor();
   pathSeen_ = 0;
   stamp_ = stamp;
 }

@@ -8,9 +8,9 @@
 #include <optional>
 #include <utility>
 
+#include "platform/base/descriptor.hpp"
+#include "platform/base/file_stamp.hpp"
 #include "suite/configuration/site_file.hpp"
-#include "suite/paths/descriptor.hpp"
-#include "suite/paths/file_stamp.hpp"
 
 namespace Vantrel {
 
@@ -30,9 +30,9 @@ class CurrentSiteFile {
   const std::filesystem::path path_;
   std::mutex mutex_;
   std::shared_ptr<const SiteFile> file_;
-  std::optional<suite::FileStamp> stamp_;  // nothing while a further change might bear the same times
-  suite::Descriptor descriptor_;           // of the file itself; closed where the path leads over links
-  std::time_t pathSeen_ = 0;               // second of the steady clock in which the whole path was looked at
+  std::optional<base::FileStamp> stamp_;  // nothing while a further change might bear the same times
+  base::Descriptor descriptor_;           // of the file itself; closed where the path leads over links
+  std::time_t pathSeen_ = 0;              // second of the steady clock in which the whole path was looked at
 };
 
 }  // namespace Vantrel

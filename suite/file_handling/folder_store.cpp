@@ -10,7 +10,7 @@
 #include <string>
 #include <system_error>
 
-#include "suite/paths/descriptor.hpp"
+#include "platform/base/descriptor.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace OrvCommonMTS {
@@ -123,7 +123,7 @@ class FolderStore : public SharedStore {
   // Puts a file's content, or a folder's list of names, on the disk. Folders that may not be read, and file
   // systems that cannot sync a folder, are left to themselves.
   static std::error_code Sync(const fs::path& path) {
-    const suite::Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const base::Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     const bool synced = descriptor.IsOpen() && fsync(descriptor.Get()) == 0;
     if (synced || errno == EINVAL || errno == EACCES) return {};
     return {errno, std::generic_category()};

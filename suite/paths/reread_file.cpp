@@ -8,7 +8,7 @@
 #include <cstring>
 #include <system_error>
 
-#include "suite/paths/descriptor.hpp"
+#include "platform/base/descriptor.hpp"
 
 namespace suite {
 namespace {
@@ -21,7 +21,7 @@ namespace {
 
 bool RereadFile::IsAsItWas(const std::filesystem::path& file) const {
   struct stat status {};
-  return stamp_ && stat(file.c_str(), &status) == 0 && FileStamp(status) == *stamp_;
+  return stamp_ && stat(file.c_str(), &status) == 0 && base::FileStamp(status) == *stamp_;
 }
 
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
@@ -29,12 +29,12 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Same;
   complete_ = false;
   stamp_ = std::nullopt;
-  const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const base::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (!descriptor.IsOpen()) Raise();
   // Looked at before it is read: a change in between is found the next time.
   struct stat status {};
   if (fstat(descriptor.Get(), &status) != 0) Raise();
-  const FileStamp stamp(status);
+  const base::FileStamp stamp(status);
   const bool settled = stamp.HasSettledFor(settledAfter_);
   // In pieces that stay in the processor's caches: mostly they are compared and nothing else.
   std::array<char, 65536> piece;

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "suite/paths/file_stamp.hpp"
+#include "platform/base/file_stamp.hpp"
 
 namespace suite {
 
@@ -36,8 +36,8 @@ class RereadFile {
   std::chrono::nanoseconds settledAfter_;
   std::string file_;
   std::string content_;
-  bool complete_ = false;           // content_ is the whole of file_, as read last
-  std::optional<FileStamp> stamp_;  // of file_ before it was read; nothing while it had not settled
+  bool complete_ = false;                 // content_ is the whole of file_, as read last
+  std::optional<base::FileStamp> stamp_;  // of file_ before it was read; nothing while it had not settled
 };
 
 }  // namespace suite

@@ -416,6 +416,7 @@ TEST_P(FileSystemConformanceTest, RefusesTheWrongDirectionAndAClosedStream) {
   EXPECT_EQ(ErrorNumberOf([&] { reader->WriteLine("x"); }), 54);
   const Scripting::TextStreamPtr writer = files_->OpenTextFile(Full("a.txt"), IOMode::ForAppending, false);
   EXPECT_EQ(ErrorNumberOf([&] { writer->ReadAll(); }), 54);
+  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(Full("b.txt"), true)->ReadAll(); }), 54);
   writer->Close();
   writer->Close();
   EXPECT_EQ(ErrorNumberOf([&] { writer->Write("x"); }), 91);
@@ -423,8 +424,72 @@ TEST_P(FileSystemConformanceTest, RefusesTheWrongDirectionAndAClosedStream) {
 }
 
 TEST_P(FileSystemConformanceTest, WritesWhatIsLeftWhenAStreamIsDropped) {
-  files_->CreateTextFile(Full("a.txt"), true)->Write("left over");
+  files_->OpenTextFile(Full("a.txt"), IOMode::ForAppending, true)->Write("left over");
   EXPECT_EQ(machine_->Bytes("a.txt"), "left over");
+}
+
+TEST_P(FileSystemConformanceTest, ShowsANewFileUnderItsNameOnceItIsClosed) {
+  const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), true);
+  stream->Write(std::string(200'000, 'x'));
+  EXPECT_FALSE(files_->FileExists(Full("a.txt")));
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), std::string(200'000, 'x'));
+  EXPECT_EQ(ErrorNumberOf([&] { stream->Write("x"); }), 91);
+  stream->Close();
+  EXPECT_THAT(FileNames(""), ElementsAre("a.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, KeepsAnOverwrittenFileUntilTheNewOneIsClosed) {
+  machine_->AddFile("a.txt", "old");
+  const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("A.TXT"), true);
+  stream->Write(std::string(200'000, 'x'));
+  EXPECT_EQ(machine_->Bytes("a.txt"), "old");
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), std::string(200'000, 'x'));
+  EXPECT_THAT(FileNames(""), ElementsAre("a.txt"));
+}
+
+TEST_P(FileSystemConformanceTest, LeavesNothingOfANewFileThatIsNotClosed) {
+  machine_->AddFile("old.txt", "old");
+  files_->CreateTextFile(Full("old.txt"), true)->Write("half");
+  files_->CreateTextFile(Full("new.txt"), false)->Write("half");
+  EXPECT_THAT(FileNames(""), ElementsAre("old.txt"));
+  EXPECT_EQ(machine_->Bytes("old.txt"), "old");
+}
+
+TEST_P(FileSystemConformanceTest, OverwritesNoFileThatCameAfterTheCall) {
+  for (const bool overwrite : {false, true}) {
+    const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), overwrite);
+    stream->Write("mine");
+    machine_->AddFile("a.txt", "another's");
+    EXPECT_EQ(ErrorNumberOf([&] { stream->Close(); }), 58);
+    EXPECT_EQ(machine_->Bytes("a.txt"), "another's");
+    EXPECT_THAT(FileNames(""), ElementsAre("a.txt"));
+    files_->DeleteFile(Full("a.txt"), true);
+  }
+}
+
+TEST_P(FileSystemConformanceTest, MakesAnOverwrittenFileAnewThatWasDeletedMeanwhile) {
+  machine_->AddFile("a.txt", "old");
+  const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), true);
+  stream->Write("new");
+  files_->DeleteFile(Full("a.txt"), true);
+  stream->Close();
+  EXPECT_EQ(machine_->Bytes("a.txt"), "new");
+}
+
+TEST_P(FileSystemConformanceTest, MakesNoFileInAFolderThatWentMeanwhile) {
+  machine_->AddFolder("f");
+  const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("f\\a.txt"), true);
+  files_->DeleteFolder(Full("f"), true);
+  EXPECT_EQ(ErrorNumberOf([&] { stream->Close(); }), 76);
+  EXPECT_FALSE(machine_->Exists("f"));
+}
+
+TEST_P(FileSystemConformanceTest, MakesANewFileWithTheLongestName) {
+  const std::string longest(255, 'n');
+  files_->CreateTextFile(Full(longest), false)->Close();
+  EXPECT_THAT(FileNames(""), ElementsAre(longest));
 }
 
 TEST_P(FileSystemConformanceTest, RefusesToWriteAReadOnlyFile) {

@@ -8,13 +8,15 @@
 #include <cstring>
 #include <new>
 #include <optional>
+#include <system_error>
 
+#include "platform/base/file_replacement.hpp"
 #include "platform/msxml2/libxml/characters.hpp"
 #include "platform/msxml2/libxml/failure.hpp"
 #include "platform/msxml2/libxml/new_node.hpp"
-#include "platform/msxml2/libxml/replace_file.hpp"
 #include "platform/msxml2/libxml/selection.hpp"
 #include "platform/msxml2/libxml/serializer.hpp"
+#include "platform/scripting/local/system_error.hpp"
 
 namespace MSXML2::libxml {
 namespace {
@@ -112,13 +114,17 @@ bool DocumentImpl::loadXML(std::string_view text) {
 void DocumentImpl::save(std::string_view path) {
   try {
     const auto place = surroundings_->paths.PlaceFor(path);
-    FileReplacement file(place.path, place.existing);
+    base::FileReplacement file(place.path, place.existing);
     if (const std::string* source = tree_->Source(); source != nullptr && !loadedFrom_.empty()) {
       file.Write(*source);
     } else {
       SerializeDocument(*tree_, [&file](std::string_view piece) { file.Write(piece); });
     }
-    file.Commit();
+    file.Commit(base::FileReplacement::Durability::ContentAndName);
+  } catch (const std::system_error& error) {
+    const int code = error.code().value();
+    throw automation::Error(Scripting::local::NumberOf(code, automation::ErrorNumber::PathNotFound),
+                            kDocumentSource);
   } catch (const automation::Error& error) {
     throw automation::Error(error.Number(), kDocumentSource, error.Description());
   }

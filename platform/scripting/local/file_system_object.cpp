@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/scripting/local/items.hpp"
+#include "platform/scripting/local/new_file.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/local/text_stream.hpp"
 #include "platform/scripting/local/tree_removal.hpp"
@@ -95,7 +96,7 @@ TextStreamPtr LocalFileSystem::CreateTextFile(std::string_view path, bool overwr
   const PathResolver::Place place = resolver_.PlaceFor(path);
   if (place.existing && !overwrite) Raise(ErrorNumber::FileAlreadyExists);
   if (place.existing) RefuseReadOnly(place.path);
-  return OpenStream(place.path, IOMode::ForWriting, O_CREAT | (overwrite ? O_TRUNC : O_EXCL));
+  return OpenNewFile(place.path, place.existing);
 }
 
 TextStreamPtr LocalFileSystem::OpenTextFile(std::string_view path, IOMode mode, bool create) {

@@ -10,11 +10,11 @@ void Raise(ErrorNumber number) {
   throw automation::Error(number, kErrorSource);
 }
 
-void RaiseSystemError(int code, ErrorNumber missing) {
+ErrorNumber NumberOf(int code, ErrorNumber missing) {
   switch (code) {
     case ENOENT:
     case ENOTDIR:
-      Raise(missing);
+      return missing;
     case EACCES:
     case EPERM:
     case EROFS:
@@ -24,27 +24,31 @@ void RaiseSystemError(int code, ErrorNumber missing) {
     case EISDIR:
     case ENXIO:  // a pipe or socket where a file should be
     case ELOOP:
-      Raise(ErrorNumber::PermissionDenied);
+      return ErrorNumber::PermissionDenied;
     case EEXIST:
-      Raise(ErrorNumber::FileAlreadyExists);
+      return ErrorNumber::FileAlreadyExists;
     case ENAMETOOLONG:
     case EILSEQ:
     case EINVAL:
-      Raise(ErrorNumber::BadFileName);
+      return ErrorNumber::BadFileName;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
-      Raise(ErrorNumber::DiskFull);
+      return ErrorNumber::DiskFull;
     case EMFILE:
     case ENFILE:
-      Raise(ErrorNumber::TooManyFiles);
+      return ErrorNumber::TooManyFiles;
     case EIO:
-      Raise(ErrorNumber::DeviceIoError);
+      return ErrorNumber::DeviceIoError;
     case ENOMEM:
-      Raise(ErrorNumber::OutOfMemory);
+      return ErrorNumber::OutOfMemory;
     default:
-      Raise(ErrorNumber::PathFileAccess);
+      return ErrorNumber::PathFileAccess;
   }
+}
+
+void RaiseSystemError(int code, ErrorNumber missing) {
+  Raise(NumberOf(code, missing));
 }
 
 void RaiseWriteError(int code) {

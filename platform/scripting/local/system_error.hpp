@@ -7,7 +7,10 @@ namespace Scripting::local {
 
 inline constexpr char kErrorSource[] = "Scripting.FileSystemObject";
 
-// Raises the error for `code` (an errno value); what is missing raises `missing` (53 or 76).
+// The number for `code` (an errno value); what is missing is `missing` (53 or 76).
+automation::ErrorNumber NumberOf(int code, automation::ErrorNumber missing);
+
+// Raises the error of that number.
 [[noreturn]] void RaiseSystemError(int code, automation::ErrorNumber missing);
 
 // Raises the error of a failed write: 61 when there is no more room, otherwise 57.

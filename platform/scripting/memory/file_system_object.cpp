@@ -15,20 +15,6 @@ bool NamesFolder(std::string_view path) {
   return !path.empty() && IsSeparator(path.back());
 }
 
-// The longest name that file systems take, in bytes.
-constexpr std::size_t kLongestName = 255;
-
-NodePtr NewItem(const MemoryDisk::Position& position, bool isFolder) {
-  if (!position.parent) Raise(ErrorNumber::PathNotFound);
-  if (position.name.size() > kLongestName) Raise(ErrorNumber::BadFileName);
-  auto node = std::make_shared<Node>();
-  node->name = position.name;
-  node->isFolder = isFolder;
-  node->accessed = automation::Now();
-  position.parent->children.emplace(position.name, node);
-  return node;
-}
-
 void Refuse(const Node& node, bool force) {
   if (node.held || (node.readOnly && !force)) Raise(ErrorNumber::PermissionDenied);
 }
@@ -92,7 +78,8 @@ TextStreamPtr MemoryFileSystem::CreateTextFile(std::string_view path, bool overw
   const MemoryDisk::Position position = disk_->Locate(path);
   if (NamesFolder(path)) Raise(ErrorNumber::PathNotFound);
   if (position.node && !overwrite) Raise(ErrorNumber::FileAlreadyExists);
-  return OpenStream(disk_, position.node ? position.node : NewItem(position, false), IOMode::ForWriting);
+  if (!position.node) RequirePlace(position);
+  return OpenNewFile(disk_, std::string(path), position.node);
 }
 
 TextStreamPtr MemoryFileSystem::OpenTextFile(std::string_view path, IOMode mode, bool create) {

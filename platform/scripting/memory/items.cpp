@@ -16,6 +16,9 @@ void Raise(ErrorNumber number) {
 
 namespace {
 
+// The longest name that file systems take, in bytes.
+constexpr std::size_t kLongestName = 255;
+
 class MemoryStream : public TextStream {
  public:
   MemoryStream(MemoryDiskPtr disk, NodePtr node, IOMode mode,
@@ -61,6 +64,47 @@ class MemoryStream : public TextStream {
   std::shared_ptr<const automation::Locale> locale_;
   std::string pending_;
   std::size_t position_ = 0;
+};
+
+class NewMemoryStream : public TextStream {
+ public:
+  NewMemoryStream(MemoryDiskPtr disk, std::string path, bool replaces,
+                  std::shared_ptr<const automation::Locale> locale)
+      : disk_(std::move(disk)), path_(std::move(path)), replaces_(replaces), locale_(std::move(locale)) {}
+
+  void Write(std::string_view text) override {
+    RequireOpen();
+    pending_ += locale_->ToCodePage(text);
+  }
+  void WriteLine(std::string_view text) override {
+    Write(text);
+    Write("\r\n");
+  }
+  std::string ReadAll() override {
+    RequireOpen();
+    Raise(ErrorNumber::BadFileMode);
+  }
+
+  void Close() override {
+    const MemoryDiskPtr disk = std::exchange(disk_, nullptr);
+    if (!disk) return;
+    if (disk->WriteError() != 0 && !pending_.empty()) Raise(static_cast<ErrorNumber>(disk->WriteError()));
+    MemoryDisk::Position position = disk->Locate(path_);
+    if (position.node && (!replaces_ || position.node->isFolder)) Raise(ErrorNumber::FileAlreadyExists);
+    if (!position.node) position.node = NewItem(position, false);
+    position.node->bytes = std::move(pending_);
+  }
+
+ private:
+  void RequireOpen() const {
+    if (!disk_) Raise(ErrorNumber::ObjectNotSet);
+  }
+
+  MemoryDiskPtr disk_;  // null once the file is closed
+  std::string path_;
+  bool replaces_;
+  std::shared_ptr<const automation::Locale> locale_;
+  std::string pending_;
 };
 
 class MemoryFile : public File {
@@ -144,6 +188,30 @@ FilePtr MakeFile(MemoryDiskPtr disk, NodePtr node, std::string shown) {
 
 FolderPtr MakeFolder(MemoryDiskPtr disk, NodePtr node, std::string shown) {
   return std::make_shared<MemoryFolder>(std::move(disk), std::move(node), std::move(shown));
+}
+
+void RequirePlace(const MemoryDisk::Position& position) {
+  if (!position.parent) Raise(ErrorNumber::PathNotFound);
+  if (position.name.size() > kLongestName) Raise(ErrorNumber::BadFileName);
+}
+
+NodePtr NewItem(const MemoryDisk::Position& position, bool isFolder) {
+  RequirePlace(position);
+  auto node = std::make_shared<Node>();
+  node->name = position.name;
+  node->isFolder = isFolder;
+  node->accessed = automation::Now();
+  position.parent->children.emplace(position.name, node);
+  return node;
+}
+
+TextStreamPtr OpenNewFile(MemoryDiskPtr disk, std::string path, const NodePtr& existing) {
+  automation::CurrentLocale();  // raises before anything is made
+  if (existing && (existing->isFolder || existing->held || existing->readOnly)) {
+    Raise(ErrorNumber::PermissionDenied);
+  }
+  return std::make_shared<NewMemoryStream>(std::move(disk), std::move(path), existing != nullptr,
+                                           automation::CurrentRuntime().locale);
 }
 
 TextStreamPtr OpenStream(MemoryDiskPtr disk, NodePtr node, IOMode mode) {

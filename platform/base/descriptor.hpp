@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace suite {
+namespace base {
 
 class Descriptor {
  public:
@@ -27,4 +27,4 @@ class Descriptor {
   int descriptor_ = -1;
 };
 
-}  // namespace suite
+}  // namespace base

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <ctime>
 
-namespace suite {
+namespace base {
 
 // Identity, links, size, and the times of change. A file that was written, cut off, replaced, renamed or
 // given other rights bears another stamp; only changes of the same step of the file system's clock share one,
@@ -39,4 +39,4 @@ class FileStamp {
   struct stat status_;
 };
 
-}  // namespace suite
+}  // namespace base

@@ -1,0 +1,177 @@
+#include "platform/base/file_replacement.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <system_error>
+#include <utility>
+
+namespace base {
+namespace {
+
+constexpr int kMostLinks = 40;
+constexpr int kMostWriters = 1000;
+
+[[noreturn]] void Refuse(int code) {
+  throw std::system_error(code, std::generic_category());
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+// The file that a link leads to: replacing the link itself would leave the real file as it is.
+std::string Resolved(std::string target, std::optional<struct stat>& existing) {
+  for (int links = 0; existing && S_ISLNK(existing->st_mode); ++links) {
+    if (links == kMostLinks) Refuse(ELOOP);
+    const std::string next = std::filesystem::read_symlink(target).string();
+    target = next.starts_with('/') ? next : FolderOf(target) + next;
+    struct stat status {};
+    if (lstat(target.c_str(), &status) == 0) {
+      existing = status;
+    } else if (errno == ENOENT) {
+      existing.reset();
+    } else {
+      Refuse(errno);
+    }
+  }
+  return target;
+}
+
+void RequireWritable(const std::string& target, const struct stat& existing) {
+  if (S_ISDIR(existing.st_mode)) Refuse(EISDIR);
+  if (!S_ISREG(existing.st_mode)) Refuse(EACCES);
+  constexpr mode_t kAnyWriter = S_IWUSR | S_IWGRP | S_IWOTH;
+  // The superuser may write everything; a file marked as read-only is meant to stay as it is all the same.
+  if ((existing.st_mode & kAnyWriter) == 0 || access(target.c_str(), W_OK) != 0) Refuse(EACCES);
+}
+
+// The same few names for a target each time: what a killed writer left is met, and removed, by the next one.
+std::string NameBeside(std::string_view leaf, int writer) {
+  const std::string ending = writer == 1 ? ".saving" : ".saving" + std::to_string(writer);
+  const std::string name = "." + std::string(leaf) + ending;
+  if (name.size() <= NAME_MAX) return name;
+  return "." + std::to_string(std::hash<std::string_view>{}(leaf)) + ending;
+}
+
+bool LeadsTo(const std::string& path, int descriptor) {
+  struct stat named {};
+  struct stat open {};
+  return lstat(path.c_str(), &named) == 0 && fstat(descriptor, &open) == 0 && named.st_dev == open.st_dev &&
+         named.st_ino == open.st_ino;
+}
+
+bool Lock(int descriptor, int how) {
+  while (flock(descriptor, how) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
+
+// Whether the file at `path` was left by a writer that no longer lives; it is removed then.
+bool RemoveLeftover(const std::string& path) {
+  const Descriptor left(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (!left.IsOpen()) return errno == ENOENT;
+  if (!Lock(left.Get(), LOCK_EX | LOCK_NB)) return false;
+  return !LeadsTo(path, left.Get()) || unlink(path.c_str()) == 0;
+}
+
+// Makes the locked file for the new content and tells its path.
+Descriptor MakeBeside(const std::string& folder, std::string_view leaf, std::string& path) {
+  int writer = 1;
+  while (writer <= kMostWriters) {
+    path = folder + NameBeside(leaf, writer);
+    Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (made.IsOpen()) {
+      // Between these two calls another writer may take the file for a leftover and remove it. Where files
+      // cannot be locked, nobody removes any.
+      Lock(made.Get(), LOCK_EX);
+      if (LeadsTo(path, made.Get())) return made;
+    } else if (errno != EEXIST) {
+      Refuse(errno);
+    } else if (!RemoveLeftover(path)) {
+      ++writer;
+    }
+  }
+  Refuse(EBUSY);
+}
+
+}  // namespace
+
+FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing)
+    : target_(Resolved(std::move(target), existing)),
+      folder_(FolderOf(target_)),
+      replaces_(existing.has_value()) {
+  const std::string_view leaf = std::string_view(target_).substr(target_.rfind('/') + 1);
+  if (leaf.size() > NAME_MAX) Refuse(ENAMETOOLONG);
+  if (existing) RequireWritable(target_, *existing);
+  descriptor_ = MakeBeside(folder_, leaf, beside_);
+  if (!existing) return;
+  // Giving a file away is the superuser's right; whoever may write the folder replaces the file all the same.
+  const int given = fchown(descriptor_.Get(), existing->st_uid, existing->st_gid);
+  static_cast<void>(given);
+  if (fchmod(descriptor_.Get(), existing->st_mode & 07777U) != 0) {
+    const int code = errno;
+    unlink(beside_.c_str());
+    Refuse(code);
+  }
+}
+
+FileReplacement::~FileReplacement() {
+  if (!beside_.empty()) unlink(beside_.c_str());
+}
+
+void FileReplacement::Write(std::string_view data) {
+  while (!data.empty()) {
+    const ssize_t written = write(descriptor_.Get(), data.data(), data.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      Refuse(errno);
+    }
+    data.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void FileReplacement::Commit(Durability durability) {
+  // A network file system reports a failed write here at the latest. The descriptor stays open, and the file
+  // locked, until it has its name.
+  if (fsync(descriptor_.Get()) != 0) Refuse(errno);
+  Publish();
+  beside_.clear();
+  descriptor_ = Descriptor();
+  if (durability == Durability::Content) return;
+  if (const int code = SyncFolder(folder_); code != 0) Refuse(code);
+}
+
+void FileReplacement::Publish() {
+  if (!replaces_) {
+    if (const int code = RenameToFreeName(beside_, target_); code != 0) Refuse(code);
+  } else if (rename(beside_.c_str(), target_.c_str()) != 0) {
+    Refuse(errno);
+  }
+}
+
+int RenameToFreeName(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  // Not every file system can do so; a link refuses a name that is taken as well.
+  if (link(from.c_str(), to.c_str()) != 0) return errno;
+  unlink(from.c_str());
+  return 0;
+}
+
+int SyncFolder(const std::string& folder) {
+  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!opened.IsOpen()) return errno;
+  if (fsync(opened.Get()) == 0 || errno == EINVAL) return 0;
+  return errno;
+}
+
+}  // namespace base

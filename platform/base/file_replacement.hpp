@@ -1,0 +1,58 @@
+// Writing a file so that its readers see either the old content or the whole new one, whatever happens
+// meanwhile.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/base/descriptor.hpp"
+
+namespace base {
+
+// The new content is written to a file beside the target, which takes the target's name in Commit. Without
+// Commit, and after every failure, the target is as it was and the file beside it is gone. Failures raise
+// std::system_error. The file beside is locked (flock) while its writer lives: two writers of one target
+// never share one, and what a killed writer left is removed by the next.
+class FileReplacement {
+ public:
+  // How much of a committed file survives a power cut.
+  enum class Durability {
+    Content,         // the whole file or none
+    ContentAndName,  // the file
+  };
+
+  // `target` is the operating system's path, `existing` what lies there now (a link not followed); nothing
+  // when there is no such file. A link is followed to the file that it names, which need not exist. The new
+  // file keeps the mode of an existing one and, where the system allows it, its owner.
+  // FAILS: EACCES for a target that may not be written or is no regular file, EISDIR for a folder,
+  // ENAMETOOLONG, and whatever making the file beside it fails with.
+  FileReplacement(std::string target, std::optional<struct stat> existing);
+  ~FileReplacement();
+  FileReplacement(const FileReplacement&) = delete;
+  FileReplacement& operator=(const FileReplacement&) = delete;
+
+  void Write(std::string_view data);
+  // FAILS: EEXIST when there was no file and somebody has made one meanwhile, which stays.
+  void Commit(Durability durability);
+
+ private:
+  void Publish();
+
+  std::string target_;
+  std::string folder_;
+  bool replaces_ = false;
+  std::string beside_;
+  Descriptor descriptor_;
+};
+
+// Renames `from` to `to`, which must not exist: EEXIST otherwise. Answers 0 or an errno value.
+int RenameToFreeName(const std::string& from, const std::string& to);
+
+// Puts the names in a folder on the disk. Answers 0 or an errno value; file systems that cannot sync a folder
+// have nothing to lose by it and answer 0.
+int SyncFolder(const std::string& folder);
+
+}  // namespace base
