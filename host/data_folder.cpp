@@ -11,9 +11,9 @@ std::string DataFolder(const std::filesystem::path& home) {
          OrvaneUtilities::NormalizeFolderPath(OrvaneUtilities::GetParamValue("DataFileRelativePath"));
 }
 
-std::string SharedPath() {
+std::optional<std::string> SharedPath() {
   const std::string webFarm = OrvaneUtilities::GetParamValue("Webfarm Implemented");
-  if (webFarm.empty() || !automation::ToBoolean(webFarm)) return {};
+  if (webFarm.empty() || !automation::ToBoolean(webFarm)) return std::nullopt;
   return OrvaneUtilities::GetParamValue("FTPPath");
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace orvane_host {
@@ -9,8 +10,8 @@ namespace orvane_host {
 // The data folder, by the parameter DataFileRelativePath.
 std::string DataFolder(const std::filesystem::path& home);
 
-// The place that the servers of a web farm share, by the parameters "Webfarm Implemented" and FTPPath; empty
-// without a web farm.
-std::string SharedPath();
+// The place that the servers of a web farm share, by the parameters "Webfarm Implemented" and FTPPath;
+// nothing without a web farm.
+std::optional<std::string> SharedPath();
 
 }  // namespace orvane_host

@@ -85,13 +85,13 @@ class SharedFiles : public FileHandling {
 
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
-    const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
+    const std::optional<std::string> shared = SharedPath();
     std::unique_ptr<SharedStore> store;
     for (const automation::Variant& number : kinds) {
       const std::string_view folder = FolderOf(static_cast<FolderKind>(automation::ToInt16(number)));
       if (ExistsHere(folder, name)) return true;
-      if (shared.empty()) continue;
-      if (!store) store = OpenStore(shared);
+      if (!shared) continue;
+      if (!store) store = OpenStore(*shared);
       if (store->FileExists(folder, std::string(name))) return true;
     }
     return false;
@@ -102,6 +102,7 @@ class SharedFiles : public FileHandling {
   void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
                  std::int16_t) override {
     RequireBareName(name);
+    RequirePath(fullPath);
     // A file that only this server has stays as it is.
     OpenStore(ftpPath)->Fetch(FolderOf(kind), std::string(name), suite::NativePath(fullPath, "/"));
   }
@@ -109,11 +110,12 @@ class SharedFiles : public FileHandling {
   bool IsInUse(std::string_view name) override { return marks_->IsSet(name); }
 
   void StoreFile(std::string_view fullPath, FolderKind kind) override {
-    const std::string shared = options_.sharedPath ? options_.sharedPath() : std::string();
-    if (shared.empty()) return;
+    const std::optional<std::string> shared = SharedPath();
+    if (!shared) return;
+    RequirePath(fullPath);
     const std::string name = NameParts(fullPath).back();
     RequireBareName(name);
-    OpenStore(shared)->Store(suite::NativePath(fullPath, "/"), FolderOf(kind), name);
+    OpenStore(*shared)->Store(suite::NativePath(fullPath, "/"), FolderOf(kind), name);
   }
 
   automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
@@ -178,6 +180,10 @@ class SharedFiles : public FileHandling {
   }
 
  private:
+  std::optional<std::string> SharedPath() const {
+    return options_.sharedPath ? options_.sharedPath() : std::nullopt;
+  }
+
   std::unique_ptr<SharedStore> OpenStore(std::string_view path) const {
     // Blanks around it come from the row of PARAMETERS, whose values nobody trims.
     while (!path.empty() && path.front() == ' ') path.remove_prefix(1);
@@ -192,7 +198,9 @@ class SharedFiles : public FileHandling {
 
   bool ExistsHere(std::string_view folder, std::string_view name) const {
     if (!options_.dataRoot) return false;
-    const std::filesystem::path root = suite::NativePath(options_.dataRoot(), "/");
+    const std::string dataRoot = options_.dataRoot();
+    RequirePath(dataRoot);
+    const std::filesystem::path root = suite::NativePath(dataRoot, "/");
     const std::filesystem::path parent = suite::NativePath(folder, root);
     std::filesystem::path path = parent / name;
     std::error_code failed;
@@ -219,17 +227,24 @@ class SharedFiles : public FileHandling {
 
   // A caller that goes on as if the file did not exist would make it anew, over the shared one.
   static void RequireBareName(std::string_view name) {
-    if (const std::optional<std::string> problem = NameProblem(name, 1)) {
-      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
-                              "The name \"" + std::string(name) + "\" is refused: " + *problem + ".");
-    }
+    if (const std::optional<std::string> problem = NameProblem(name, 1)) Refuse("name", name, *problem);
+  }
+
+  static void RequirePath(std::string_view path) {
+    if (const std::optional<std::string> problem = PathProblem(path)) Refuse("path", path, *problem);
+  }
+
+  [[noreturn]] static void Refuse(const std::string& what, std::string_view text,
+                                  const std::string& problem) {
+    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
+                            "The " + what + " \"" + Shown(text) + "\" is refused: " + problem + ".");
   }
 
   static void WriteRefusal(const std::string& name, const std::string& problem, FolderKind kind) {
     automation::Variant ignored;
     automation::CreateObject<Vantrel::Log>(Vantrel::kLogProgId)
         ->WriteLogEntry(kErrorSource,
-                        std::string(kErrorSource) + ".DeleteListedItems refused the name \"" + name +
+                        std::string(kErrorSource) + ".DeleteListedItems refused the name \"" + Shown(name) +
                             "\" in " + std::string(FolderOf(kind)) + ": " + problem + ".",
                         0, ignored);
   }

@@ -22,9 +22,10 @@ struct FileHandlingOptions {
   // there is none. May be called by several threads. When it is missing, the folder is read at every
   // question.
   std::function<std::optional<std::string>(const std::string& folder, const std::string& name)> otherSpelling;
-  // The shared place, for the members that are not told it (FileExists, StoreFile); empty text where there is
-  // no web farm. They then know this machine's files only.
-  std::function<std::string()> sharedPath;
+  // The shared place, for the members that are not told it (FileExists, StoreFile); nothing where there is no
+  // web farm. They then know this machine's files only. An empty text is a web farm whose path is missing:
+  // they raise 76, since a file that only the shared place has must not be made anew.
+  std::function<std::optional<std::string>()> sharedPath;
   FtpOptions ftp;
 };
 

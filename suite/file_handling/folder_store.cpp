@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "platform/base/descriptor.hpp"
+#include "suite/file_handling/item_name.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace OrvCommonMTS {
@@ -137,15 +138,22 @@ class FolderStore : public SharedStore {
 }  // namespace
 
 std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
+  const auto refuse = [](const std::string& description) {
+    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+                            description);
+  };
+  // An address of a kind that is not known could hold a password.
+  if (path.find("://") != std::string_view::npos) {
+    refuse("The path of the shared folders is neither an FTP address nor a folder.");
+  }
+  if (const std::optional<std::string> problem = RootProblem(path)) {
+    refuse("The shared folder " + Shown(path) + " cannot be used: " + *problem + ".");
+  }
   const fs::path root = suite::NativePath(path, "/");
   std::error_code failed;
   const bool absolute = !path.empty() && (path.front() == '/' || path.front() == '\\');
   if (!absolute || !fs::is_directory(root, failed)) {
-    // An address of a kind that is not known could hold a password.
-    const bool address = path.find("://") != std::string_view::npos;
-    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
-                            address ? "The path of the shared folders is neither an FTP address nor a folder."
-                                    : "The shared folder " + std::string(path) + " does not exist.");
+    refuse("The shared folder " + std::string(path) + " does not exist.");
   }
   return std::make_unique<FolderStore>(root);
 }

@@ -8,7 +8,8 @@
 
 namespace OrvCommonMTS {
 
-// `path` as the suite writes it ("\" or "/"). Raises 76 when it is no absolute path to an existing folder.
+// `path` as the suite writes it ("\" or "/"). Raises 76 when it is no absolute path to an existing folder,
+// or one that RootProblem refuses.
 std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path);
 
 }  // namespace OrvCommonMTS

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "suite/file_handling/item_name.hpp"
 #include "suite/file_handling/shared_store.hpp"
 
 namespace OrvCommonMTS {
@@ -35,8 +36,7 @@ std::string Part(CURLU* url, CURLUPart part, unsigned flags) {
   if (code != CURLUE_OK) Refuse(curl_url_strerror(code));
   const std::unique_ptr<char, decltype(&curl_free)> owned(text, curl_free);
   std::string result = text;
-  const auto control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-  if (std::any_of(result.begin(), result.end(), control)) Refuse("it holds a control character");
+  if (const std::optional<std::string> problem = PathProblem(result)) Refuse(*problem);
   return result;
 }
 
@@ -57,6 +57,7 @@ bool IsFtpAddress(std::string_view path) {
 }
 
 FtpAddress ParseFtpAddress(std::string_view path) {
+  if (const std::optional<std::string> problem = RootProblem(path)) Refuse(*problem);
   const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
   if (!url) throw automation::Error(automation::ErrorNumber::OutOfMemory, kErrorSource);
   const Scheme* scheme = FindScheme(path);
@@ -76,6 +77,7 @@ FtpAddress ParseFtpAddress(std::string_view path) {
   address.root = Part(url.get(), CURLUPART_PATH, CURLU_URLDECODE);
   if (!address.root.empty()) address.root.erase(0, 1);  // what separates it from the server
   while (!address.root.empty() && address.root.back() == '/') address.root.pop_back();
+  if (const std::optional<std::string> problem = RootProblem(address.root)) Refuse(*problem);
   return address;
 }
 

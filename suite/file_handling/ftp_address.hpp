@@ -24,7 +24,7 @@ struct FtpAddress {
 bool IsFtpAddress(std::string_view path);
 
 // User, password and root may be percent-encoded. Raises 76, without showing the text, for one that is no
-// address or holds a control character: the text has a password in it.
+// address, holds a control character or has a part "..": the text has a password in it.
 FtpAddress ParseFtpAddress(std::string_view path);
 
 }  // namespace OrvCommonMTS

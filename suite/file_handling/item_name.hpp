@@ -9,6 +9,9 @@
 
 namespace OrvCommonMTS {
 
+// The text with each control character as "\x0D", for messages and logs.
+std::string Shown(std::string_view text);
+
 // The parts of a name, split at "\" and "/".
 std::vector<std::string> NameParts(std::string_view name);
 
@@ -17,5 +20,13 @@ std::vector<std::string> NameParts(std::string_view name);
 // with a drive. A name that passes stays inside its folder on every kind of server and cannot end the line of
 // a command.
 std::optional<std::string> NameProblem(std::string_view name, std::size_t parts);
+
+// Why a path must not be used, or nothing when it may: it must not hold a control character. Whatever takes
+// it as a text with an end of its own would end it at a NUL and act on the folder above.
+std::optional<std::string> PathProblem(std::string_view path);
+
+// The same for the path of the shared folders, which must not have a part ".." either: servers and libraries
+// do not agree on where that leads.
+std::optional<std::string> RootProblem(std::string_view path);
 
 }  // namespace OrvCommonMTS

@@ -71,8 +71,8 @@ std::vector<std::string> SharedPlace::Contents() const {
 Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts, const std::string& authority)
     : place(kind) {
   OrvCommonMTS::FileHandlingOptions options;
-  options.dataRoot = [path = data.Path().string()] { return path; };
-  options.sharedPath = [path = place.FtpPath()] { return path; };
+  options.dataRoot = [this] { return dataRoot; };
+  options.sharedPath = [this] { return sharedPath; };
   options.ftp.timeouts = timeouts;
   options.ftp.certificateFile = authority.empty() ? place.CertificateFile() : authority;
   OrvCommonMTS::RegisterFileHandling(runtime.runtime.classes, options);

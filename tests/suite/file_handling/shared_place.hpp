@@ -52,6 +52,8 @@ struct Farm {
   TestRuntime runtime;
   TemporaryFolder data;
   SharedPlace place;
+  std::string dataRoot = data.Path().string();
+  std::optional<std::string> sharedPath = place.FtpPath();  // as the component hears of it where it asks
 };
 
 }  // namespace orvane_test

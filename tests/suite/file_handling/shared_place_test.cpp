@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <initializer_list>
+
 #include "platform/automation/error.hpp"
 #include "tests/support/raised_error.hpp"
 
@@ -276,6 +279,105 @@ TEST_P(SharedPlaceTest, AMissingRootIsAnErrorAndNotAnEmptyPlace) {
       ErrorOf([&] { farm.Handling()->DeleteAgedFiles(place.FtpPath() + "/nowhere", 60, FolderKind::Chat); });
   EXPECT_EQ(error.Number(), 76);
   EXPECT_THAT(error.Description(), HasSubstr("nowhere"));
+}
+
+// A NUL would end the path early, and a deletion would empty the folder above; a line break would end the
+// command that the path is sent in.
+TEST_P(SharedPlaceTest, APathWithAControlCharacterIsUsedByNoMember) {
+  place.AddFile("CHAT/s1.txt", "x", 600);
+  place.AddFile("SRATTACHMENTS/17Q/a.txt");
+  place.AddFile("Archives/a.xml", "shared");
+  const std::vector<std::string> before = place.Contents();
+  const fs::path target = farm.data.Write("Archives/a.xml", "mine");
+  const automation::VariantArray archives = {std::int16_t{13}};
+  const OrvCommonMTS::FileHandlingPtr handling = farm.Handling();
+  for (const auto& [control, shown] : {std::pair(std::string("\0", 1), "\\x00"),
+                                       {std::string("\r\nDELE x"), "\\x0D"},
+                                       {std::string("\x7F"), "\\x7F"}}) {
+    for (const std::string& path : {place.FtpPath() + control, place.FtpPath() + control + "/below"}) {
+      farm.sharedPath = path;
+      for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
+               [&] { handling->DeleteAgedFiles(path, 60, FolderKind::Chat); },
+               [&] { handling->DeleteListedItems(path, Names({"s1.txt"}), FolderKind::Chat); },
+               [&] { handling->DeleteListedItems(path, Names({"17Q"}), FolderKind::QuestionFolders); },
+               [&] { handling->FetchFile(path, "a.xml", target.string(), FolderKind::Archives, 10); },
+               [&] { handling->StoreFile(target.string(), FolderKind::Archives); },
+               [&] { handling->FileExists("b.xml", archives); }}) {
+        const automation::Error error = ErrorOf(call);
+        EXPECT_EQ(error.Number(), 76);
+        EXPECT_THAT(error.Description(), HasSubstr(std::string("holds the control character ") + shown));
+      }
+    }
+  }
+  EXPECT_EQ(place.Contents(), before);
+  EXPECT_EQ(TemporaryFolder::Read(target), "mine");
+  EXPECT_EQ(TemporaryFolder::Read(place.Root() / "Archives/a.xml"), "shared");
+}
+
+TEST_P(SharedPlaceTest, ANameOrALocalPathWithAControlCharacterIsUsedByNoMember) {
+  place.AddFile("CHAT/s1.txt");
+  place.AddFile("Archives/a.xml", "shared");
+  const std::string target = farm.data.Write("Archives/a.xml", "mine").string();
+  const std::string nul("\0", 1);
+  const automation::VariantArray archives = {std::int16_t{13}};
+  const OrvCommonMTS::FileHandlingPtr handling = farm.Handling();
+  const auto refused = [](const std::function<void()>& call) {
+    const automation::Error error = ErrorOf(call);
+    EXPECT_EQ(error.Number(), 52);
+    return error.Description();
+  };
+  EXPECT_EQ(refused([&] { handling->FileExists("a.xml" + nul, archives); }),
+            "The name \"a.xml\\x00\" is refused: it holds a control character.");
+  EXPECT_EQ(
+      refused([&] { handling->FetchFile(place.FtpPath(), "a.xml" + nul, target, FolderKind::Archives, 10); }),
+      "The name \"a.xml\\x00\" is refused: it holds a control character.");
+  EXPECT_EQ(refused([&] {
+              handling->FetchFile(place.FtpPath(), "a.xml", target + nul + "x", FolderKind::Archives, 10);
+            }),
+            "The path \"" + target + "\\x00x\" is refused: it holds the control character \\x00.");
+  EXPECT_EQ(refused([&] { handling->StoreFile("/elsewhere" + nul + "/a.xml", FolderKind::Archives); }),
+            "The path \"/elsewhere\\x00/a.xml\" is refused: it holds the control character \\x00.");
+  farm.dataRoot += nul;
+  EXPECT_EQ(refused([&] { handling->FileExists("a.xml", archives); }),
+            "The path \"" + farm.data.Path().string() +
+                "\\x00\" is refused: it holds the control character \\x00.");
+  EXPECT_EQ(DeleteListed({"s1.txt" + nul}, FolderKind::Chat), automation::Variant(0));
+  ASSERT_EQ(farm.runtime.log->size(), 1U);
+  EXPECT_THAT(farm.runtime.log->front().message, HasSubstr("refused the name \"s1.txt\\x00\" in CHAT"));
+  EXPECT_THAT(place.Contents(), ElementsAre("Archives/", "Archives/a.xml", "CHAT/", "CHAT/s1.txt"));
+  EXPECT_EQ(TemporaryFolder::Read(target), "mine");
+}
+
+TEST_P(SharedPlaceTest, APathThatClimbsIsRefused) {
+  place.AddFile("CHAT/s1.txt");
+  for (const char* climbing : {"/CHAT/..", "/CHAT/../", "\\CHAT\\..\\CHAT\\.."}) {
+    const automation::Error error = ErrorOf([&] {
+      farm.Handling()->DeleteListedItems(place.FtpPath() + climbing, Names({"s1.txt"}), FolderKind::Chat);
+    });
+    EXPECT_EQ(error.Number(), 76) << climbing;
+    EXPECT_THAT(error.Description(), HasSubstr("cannot be used: it has a part \"..\".")) << climbing;
+  }
+  EXPECT_THAT(place.Contents(), ElementsAre("CHAT/", "CHAT/s1.txt"));
+}
+
+// Without the path nobody can tell what the other servers have: a file made anew here would wipe out theirs.
+TEST_P(SharedPlaceTest, AWebFarmWithoutAPathIsAnErrorAndNotASingleServer) {
+  const fs::path source = farm.data.Write("Archives/a.xml", "mine");
+  const automation::VariantArray archives = {std::int16_t{13}};
+  for (const char* path : {"", "  "}) {
+    farm.sharedPath = path;
+    for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
+             [&] { farm.Handling()->FileExists("b.xml", archives); },
+             [&] { farm.Handling()->StoreFile(source.string(), FolderKind::Archives); }}) {
+      const automation::Error error = ErrorOf(call);
+      EXPECT_EQ(error.Number(), 76);
+      EXPECT_EQ(error.Description(), "The path of the shared folders is empty.");
+    }
+  }
+  farm.sharedPath.reset();
+  EXPECT_FALSE(farm.Handling()->FileExists("b.xml", archives));
+  farm.Handling()->StoreFile(source.string(), FolderKind::Archives);
+  EXPECT_THAT(place.Contents(), IsEmpty());
 }
 
 TEST_P(SharedPlaceTest, BlanksAroundThePathDoNotMatter) {
