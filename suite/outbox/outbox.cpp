@@ -11,25 +11,14 @@
 #include <system_error>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/descriptor.hpp"
+#include "platform/base/file_replacement.hpp"
 
 namespace suite {
 namespace {
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
- private:
-  int number_;
-};
-
 int OpenForAppending(const std::filesystem::path& file) {
-  return open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0640);
+  return open(file.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0640);
 }
 
 // 0 or errno.
@@ -45,6 +34,12 @@ int WriteAll(int descriptor, std::string_view text) {
   return fdatasync(descriptor) == 0 ? 0 : errno;
 }
 
+// Not when a power cut has taken the rest of the last one.
+bool EndsALine(int descriptor, off_t size) {
+  char last = 0;
+  return pread(descriptor, &last, 1, size - 1) == 1 && last == '\n';
+}
+
 int Append(const std::filesystem::path& file, std::string_view line) {
   int opened = OpenForAppending(file);
   if (opened < 0 && errno == ENOENT) {
@@ -52,10 +47,18 @@ int Append(const std::filesystem::path& file, std::string_view line) {
     opened = OpenForAppending(file);
   }
   if (opened < 0) return errno;
-  const Descriptor descriptor(opened);
+  const base::Descriptor descriptor(opened);
   struct stat before {};
   if (flock(opened, LOCK_EX) != 0 || fstat(opened, &before) != 0) return errno;
-  const int failure = WriteAll(opened, line);
+  // A file that holds a line has its name on the disk. One without may be new, and so may its folder.
+  if (before.st_size == 0) {
+    const std::filesystem::path folder = file.parent_path();
+    for (const std::filesystem::path& each : {folder, folder.parent_path()}) {
+      if (const int failure = base::SyncFolder(each)) return failure;
+    }
+  }
+  const bool cutOff = before.st_size > 0 && !EndsALine(opened, before.st_size);
+  const int failure = WriteAll(opened, cutOff ? "\n" + std::string(line) : std::string(line));
   // Half a line would spoil the one behind it. What the cut itself does is secondary to the failure.
   if (failure != 0 && ftruncate(opened, before.st_size) != 0) return failure;
   return failure;

@@ -26,6 +26,13 @@ TEST_F(OutboxTest, MakesItsFolderAndAppends) {
   EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n{2}\n");
 }
 
+// A power cut in the middle of a line has left it without its end.
+TEST_F(OutboxTest, BeginsANewLineBehindOneThatWasCutOff) {
+  AppendToOutbox(file_, "{1}\n{2", "Source");
+  AppendToOutbox(file_, "{3}\n", "Source");
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n{2\n{3}\n");
+}
+
 TEST_F(OutboxTest, AFileThatCannotBeWrittenIsNamed) {
   std::filesystem::create_directories(file_);  // a folder where the file should be
   try {
