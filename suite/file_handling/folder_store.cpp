@@ -80,7 +80,9 @@ class FolderStore : public SharedStore {
   void Store(const fs::path& source, std::string_view folder, const std::string& name) override {
     const fs::path path = FolderPath(folder);
     std::error_code failed;
-    fs::create_directory(path, failed);
+    const bool made = fs::create_directory(path, failed);
+    // A power cut that takes the folder's name takes what is synced inside it.
+    if (made) failed = Sync(path.parent_path());
     if (failed) throw Failure(path, failed);
     Replace(source, path / name);
   }
