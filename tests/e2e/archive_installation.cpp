@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 
 class SqliteEngine : public Engine {
  public:
-  explicit SqliteEngine(const fs::path& file) : file_(file) {
-    Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
+  SqliteEngine(const fs::path& file, Tables tables) : file_(file) {
+    if (tables == Tables::OfTheSchema) Execute(TemporaryFolder::Read(ORVANE_SCHEMA_FOLDER "/sqlite.sql"));
   }
   std::string ConnectionString() const override { return "Provider=SQLite;Data Source=" + file_.string(); }
   void Execute(const std::string& statement) override { Database(file_).Execute(statement); }
@@ -36,9 +36,9 @@ class SqliteEngine : public Engine {
 
 class ServerEngine : public Engine {
  public:
-  explicit ServerEngine(const Server& server, const std::string& name)
+  ServerEngine(const Server& server, const std::string& name, Tables tables)
       : name_(name), database_(server, name) {
-    database_.RunSchemaFile(name + ".sql");
+    if (tables == Tables::OfTheSchema) database_.RunSchemaFile(name + ".sql");
   }
   std::string ConnectionString() const override { return database_.ConnectionString(); }
   void Execute(const std::string& statement) override { ExecuteAll({statement}); }
@@ -86,13 +86,13 @@ bool IsUnfinished(const std::string& content) {
 
 }  // namespace
 
-std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite) {
-  if (name == "sqlite") return std::make_unique<SqliteEngine>(suite.DatabaseFile());
-  return MakeEngine(Server::Shared(name), name);
+std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite, Tables tables) {
+  if (name == "sqlite") return std::make_unique<SqliteEngine>(suite.DatabaseFile(), tables);
+  return std::make_unique<ServerEngine>(Server::Shared(name), name, tables);
 }
 
 std::unique_ptr<Engine> MakeEngine(const Server& server, const std::string& name) {
-  return std::make_unique<ServerEngine>(server, name);
+  return std::make_unique<ServerEngine>(server, name, Tables::OfTheSchema);
 }
 
 void ArchiveInstallation::MakeCatalogue() const {
@@ -200,9 +200,15 @@ std::vector<std::string> RowsOfThreeCustomers() {
 }
 
 std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation) {
+  return Copies(engine, installation.Archives());
+}
+
+std::vector<int> Copies(Engine& engine, const fs::path& archives) {
   std::string all;
-  for (const auto& [name, content] : installation.Files()) {
-    if (name.ends_with(".xml")) all += content;
+  if (fs::exists(archives)) {
+    for (const auto& entry : fs::directory_iterator(archives)) {
+      if (entry.path().extension() == ".xml") all += TemporaryFolder::Read(entry.path());
+    }
   }
   for (const std::string& text : engine.Column("select Q_DESC from QUESTIONHISTORY")) all += text + "<";
   for (const std::string& text : engine.Column("select T_NAME from TRANSACTIONS")) all += text + "<";

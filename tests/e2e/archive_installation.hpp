@@ -65,7 +65,9 @@ class ArchiveInstallation {
 
 // `name`: "sqlite", "postgresql", "mariadb". The embedded one holds its file only while it is asked
 // something.
-std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite);
+enum class Tables { OfTheSchema, None };
+std::unique_ptr<Engine> MakeEngine(const std::string& name, const HandMadeSuite& suite,
+                                   Tables tables = Tables::OfTheSchema);
 // A database on a server of the caller's own, which must outlive it.
 std::unique_ptr<Engine> MakeEngine(const Server& server, const std::string& name);
 
@@ -79,6 +81,7 @@ std::vector<std::string> RowsOfThreeCustomers();
 // How often each text of the rows above stands in the database or in a file of the archive folder, in that
 // order: requests 1 to 6, transactions 1 to 12.
 std::vector<int> Copies(Engine& engine, const ArchiveInstallation& installation);
+std::vector<int> Copies(Engine& engine, const std::filesystem::path& archives);
 
 // The customers who have requests in the database.
 std::vector<std::string> CustomersLeft(Engine& engine);

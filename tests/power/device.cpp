@@ -93,8 +93,10 @@ void Device::Apply(const Change& next) {
   }
   const std::optional<Node> node = Find(what.node);
   if (!node) return;
-  if (kind == CHANGE_SYNCED && S_ISDIR(items_[*node].content.mode)) SyncFolder(*node);
-  if (kind == CHANGE_SYNCED || kind == CHANGE_DATA_SYNCED) return SyncFile(*node, kind == CHANGE_DATA_SYNCED);
+  if (kind == CHANGE_SYNCED || kind == CHANGE_DATA_SYNCED) {
+    if (S_ISDIR(items_[*node].content.mode)) SyncFolder(*node);
+    return SyncFile(*node, kind == CHANGE_DATA_SYNCED);
+  }
   items_[*node].pieces.push_back({kind, what.offset, what.mode, next.data});
 }
 

@@ -3,15 +3,13 @@
 // The device is as unkind as POSIX lets it be. What it promises is declared here and nowhere else:
 //   - a sector of 512 bytes is written whole or not at all;
 //   - a rename takes place whole or not at all: its file never has both names, nor none;
-//   - changes to one name keep their order; all others are independent of each other, and so are bytes and
-//   names;
-//   - fsync of a file keeps its bytes, length and mode, fdatasync its bytes and length. Neither keeps a name
-//   that is
-//     new, though most file systems do: a name is kept by fsync of its folder, whose own name its parent
-//     keeps;
+//   - changes to one name keep their order; all others are independent of each other, as are bytes and names;
+//   - fsync of a file keeps its bytes, length and mode, fdatasync its bytes and length. Neither keeps a new
+//     name of the file, though most file systems do;
+//   - fsync or fdatasync of a folder keeps the names in it, its own name is its parent's;
 //   - syncfs and sync keep everything.
-// Owners, and times that were set, are not looked at. What is mapped is not written down: shared mappings are
-// lost.
+// Owners, and times that were set, are not looked at. What is mapped is not written down: changes through
+// shared mappings are lost.
 #pragma once
 
 #include <cstddef>

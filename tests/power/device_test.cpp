@@ -80,6 +80,7 @@ TEST_F(PowerDeviceTest, KeepsNewNamesThatTheirFolderSynced) {
   EXPECT_THAT(AfterCut("", "printf new > f"), IsEmpty());
   EXPECT_THAT(AfterCut("", "printf new > f; sync f"), IsEmpty());
   EXPECT_THAT(AfterCut("", "printf new > f; sync ."), ElementsAre(Pair("f", "")));
+  EXPECT_THAT(AfterCut("", "printf new > f; sync -d ."), ElementsAre(Pair("f", "")));
   EXPECT_THAT(AfterCut("", "printf new > f; sync f ."), ElementsAre(Pair("f", "new")));
   EXPECT_THAT(AfterCut("", "mkdir d; printf new > d/f; sync d/f d"), IsEmpty());
   EXPECT_THAT(AfterCut("", "mkdir d; printf new > d/f; sync d/f ."), ElementsAre(Pair("d/", "")));
