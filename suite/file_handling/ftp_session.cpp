@@ -111,7 +111,9 @@ struct FtpSession::State {
   }
 
   automation::Error Failure(CURLcode code) const {
-    const std::string text = message[0] != '\0' ? message.data() : curl_easy_strerror(code);
+    return Failure(code, message[0] != '\0' ? message.data() : curl_easy_strerror(code));
+  }
+  automation::Error Failure(CURLcode code, const std::string& text) const {
     return {kFirstCurlErrorNumber + static_cast<std::int32_t>(code), kErrorSource,
             "FTP server " + server + ": " + text};
   }
@@ -190,19 +192,18 @@ std::optional<std::string> FtpSession::List(const std::string& folder, const std
   Set(handle, CURLOPT_WRITEFUNCTION, &AppendText);
   Set(handle, CURLOPT_WRITEDATA, static_cast<void*>(&listing));
   const CURLcode code = state_->Perform();
-  if (code == CURLE_REMOTE_ACCESS_DENIED || code == CURLE_FTP_COULDNT_RETR_FILE ||
-      code == CURLE_REMOTE_FILE_NOT_FOUND) {
-    // A passing trouble of the server (4xx) says nothing about the folder.
-    const int reply = LastReply(state_->replies).code;
-    if (reply >= 400 && reply < 500) throw state_->Failure(code);
-    return std::nullopt;
+  const bool refused = code == CURLE_REMOTE_ACCESS_DENIED || code == CURLE_FTP_COULDNT_RETR_FILE ||
+                       code == CURLE_REMOTE_FILE_NOT_FOUND;
+  if (code != CURLE_OK && !refused) throw state_->Failure(code);
+  // A passing trouble of the server (4xx) says nothing about the folder; libcurl takes 450 for an empty one.
+  const FtpReply reply = LastReply(state_->replies);
+  if (reply.code >= 400 && reply.code < 500) {
+    throw state_->Failure(refused ? code : CURLE_FTP_COULDNT_RETR_FILE, reply.text);
   }
-  if (code != CURLE_OK) throw state_->Failure(code);
+  if (refused) return std::nullopt;
   // vsftpd promises the listing before it opens the folder, and tells of a failure in its closing words only:
   // "226 Transfer done (but failed to open directory)."
-  if (listing.empty() && LastReply(state_->replies).text.find("fail") != std::string::npos) {
-    return std::nullopt;
-  }
+  if (listing.empty() && reply.text.find("fail") != std::string::npos) return std::nullopt;
   return listing;
 }
 

@@ -138,12 +138,17 @@ class FtpStore : public SharedStore {
     }
     // Under a name of its own first: a transfer that is cut off leaves the other servers their copy.
     const std::string part = path + "/" + name + ".part";
-    session_.Upload(source, part);
+    try {
+      session_.Upload(source, part);
+    } catch (...) {
+      Discard(part);
+      throw;
+    }
     FtpReply reply = session_.Command("RNFR " + part);
     if (reply.Succeeded()) reply = session_.Command("RNTO " + path + "/" + name);
     listed_.clear();
     if (!reply.Succeeded()) {
-      session_.Command("DELE " + part);
+      Discard(part);
       throw Failure("The FTP server does not take " + name + ": " + reply.text);
     }
   }
@@ -205,6 +210,14 @@ class FtpStore : public SharedStore {
     }
     const std::string& root = session_.Root();
     return root + (root.back() == '/' ? "" : "/") + name;
+  }
+
+  // What cannot be removed, over a connection that broke, is replaced by the next upload.
+  void Discard(const std::string& part) {
+    try {
+      session_.Command("DELE " + part);
+    } catch (const automation::Error&) {
+    }
   }
 
   std::optional<std::chrono::sys_seconds> ModificationTime(const std::string& path) {

@@ -3,7 +3,9 @@
 Usage: pyftpd.py PORT FOLDER PASSWORD
 
 A deletion of a file whose name begins with "hang-up" closes the connection without a reply, one that begins with
-"stay-silent" gets no reply at all; a download of a file whose name begins with "break-off" ends after half of it.
+"stay-silent" gets no reply at all; a download of a file whose name begins with "break-off" ends after half of it; an
+upload to one that begins with "disk-full" fails after some bytes. Nothing can be renamed to a name that begins with
+"keep-name". A folder that holds a file "busy" is not listed for the moment (450).
 """
 import logging
 import os
@@ -25,6 +27,26 @@ class Handler(FTPHandler):
         if name.startswith("stay-silent"):
             return None
         return super().ftp_DELE(path)
+
+    def ftp_RNTO(self, path):
+        if os.path.basename(path).startswith("keep-name"):
+            self.respond("553 Not that name.")
+            return None
+        return super().ftp_RNTO(path)
+
+    def ftp_STOR(self, file, mode="w"):
+        if os.path.basename(file).startswith("disk-full"):
+            with open(file, "wb") as content:
+                content.write(b"half")
+            self.respond("452 Insufficient storage space.")
+            return None
+        return super().ftp_STOR(file, mode)
+
+    def ftp_LIST(self, path):
+        if os.path.exists(os.path.join(path, "busy")):
+            self.respond("450 Busy, come back later.")
+            return None
+        return super().ftp_LIST(path)
 
     def ftp_RETR(self, file):
         if os.path.basename(file).startswith("break-off"):

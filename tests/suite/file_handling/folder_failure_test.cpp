@@ -7,6 +7,7 @@
 
 #include "platform/automation/error.hpp"
 #include "tests/suite/file_handling/shared_place.hpp"
+#include "tests/support/raised_error.hpp"
 
 namespace orvane_test {
 namespace {
@@ -19,14 +20,15 @@ class FolderFailureTest : public ::testing::Test {
   static void MakeUnreadable(const fs::path& item) { fs::create_symlink(item.filename(), item); }
 
   static void ExpectTrouble(const fs::path& item, const std::function<void()>& action) {
-    try {
-      action();
-      ADD_FAILURE() << "no error";
-    } catch (const automation::Error& error) {
-      EXPECT_EQ(error.Number(), 75);
-      EXPECT_EQ(error.Source(), "OrvCommonMTS.FileHandling");
-      EXPECT_EQ(error.Description(), item.string() + ": Too many levels of symbolic links");
-    }
+    ExpectError(item, "Too many levels of symbolic links", action);
+  }
+
+  static void ExpectError(const fs::path& item, const std::string& reason,
+                          const std::function<void()>& action) {
+    const automation::Error error = ErrorOf(action);
+    EXPECT_EQ(error.Number(), 75);
+    EXPECT_EQ(error.Source(), "OrvCommonMTS.FileHandling");
+    EXPECT_EQ(error.Description(), item.string() + ": " + reason);
   }
 
   Farm farm{"folder"};
@@ -74,6 +76,42 @@ TEST_F(FolderFailureTest, AnItemThatCannotBeLookedAtIsReportedAndTheOthersFollow
               "1 of 3 items could not be deleted: 17A\\x: " + folder.string() + " is a link");
   }
   EXPECT_FALSE(fs::exists(farm.place.Root() / "SRATTACHMENTS/18A/gone.txt"));
+}
+
+// An open chat is written once and read for as long as it lasts.
+TEST_F(FolderFailureTest, AFileThatWasReadLatelyStaysHoweverLongAgoItWasWritten) {
+  const std::time_t now = std::time(nullptr);
+  farm.place.AddFile("CHAT/read", "x", now - 36'000, now);
+  farm.place.AddFile("CHAT/written", "x", now, now - 36'000);
+  farm.place.AddFile("CHAT/neither", "x", now - 36'000, now - 36'000);
+  EXPECT_EQ(farm.Handling()->DeleteAgedFiles(farm.place.FtpPath(), 60, FolderKind::Chat),
+            automation::Variant(1));
+  EXPECT_THAT(farm.place.Contents(), testing::ElementsAre("CHAT/", "CHAT/read", "CHAT/written"));
+}
+
+TEST_F(FolderFailureTest, ACopyThatFailsLeavesNothingBehind) {
+  // There is nothing to copy; what a run that died left goes as well.
+  farm.place.AddFile("Archives/a.xml.part", "half");
+  const std::string source = (farm.data.Path() / "Archives/a.xml").string();
+  ExpectError(farm.place.Root() / "Archives/a.xml", "No such file or directory",
+              [&] { farm.Handling()->StoreFile(source, FolderKind::Archives); });
+  EXPECT_THAT(farm.place.Contents(), testing::ElementsAre("Archives/"));
+
+  // The copy is made and cannot be given its name.
+  farm.data.Write("Archives/a.xml", "mine");
+  farm.place.AddFolder("Archives/a.xml/inside");
+  ExpectError(farm.place.Root() / "Archives/a.xml", "Is a directory",
+              [&] { farm.Handling()->StoreFile(source, FolderKind::Archives); });
+  EXPECT_THAT(farm.place.Contents(),
+              testing::ElementsAre("Archives/", "Archives/a.xml/", "Archives/a.xml/inside/"));
+
+  farm.place.AddFile("Archives/b.xml", "theirs");
+  const fs::path target = farm.data.Path() / "Archives/b.xml";
+  fs::create_directories(target / "inside");
+  ExpectError(target, "Is a directory", [&] {
+    farm.Handling()->FetchFile(farm.place.FtpPath(), "b.xml", target.string(), FolderKind::Archives, 10);
+  });
+  EXPECT_FALSE(fs::exists(target.string() + ".part"));
 }
 
 }  // namespace

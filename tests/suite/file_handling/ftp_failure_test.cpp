@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <functional>
+#include <initializer_list>
 
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_state.hpp"
 #include "tests/suite/file_handling/shared_place.hpp"
+#include "tests/support/raised_error.hpp"
 
 namespace orvane_test {
 namespace {
@@ -73,7 +75,7 @@ TEST(FtpFailureTest, AConnectionThatIsCutOffEndsTheCallAtOnce) {
   farm.place.AddFile("CHAT/hang-up");
   farm.place.AddFile("CHAT/last");
   const automation::Error error = Failure(farm, farm.place.FtpPath(), {"first", "hang-up", "last"});
-  EXPECT_LT(error.Number(), 0);
+  EXPECT_EQ(error.Number(), kCurlNumbers + 56) << error.Description();
   EXPECT_THAT(error.Description(), StartsWith("FTP server 127.0.0.1:"));
   EXPECT_THAT(farm.place.Contents(), ElementsAre("CHAT/", "CHAT/hang-up", "CHAT/last"));
 }
@@ -91,11 +93,55 @@ TEST(FtpFailureTest, ADownloadThatBreaksOffLeavesTheOldCopy) {
   Farm farm("pyftpd");
   farm.place.AddFile("Archives/break-off.xml", std::string(100000, 'n'));
   const fs::path target = farm.data.Write("Archives/break-off.xml", "old");
-  EXPECT_THROW(farm.Handling()->FetchFile(farm.place.FtpPath(), "break-off.xml", target.string(),
-                                          FolderKind::Archives, 10),
-               automation::Error);
+  const automation::Error error = ErrorOf([&] {
+    farm.Handling()->FetchFile(farm.place.FtpPath(), "break-off.xml", target.string(), FolderKind::Archives,
+                               10);
+  });
+  EXPECT_EQ(error.Number(), kCurlNumbers + 18) << error.Description();
   EXPECT_EQ(TemporaryFolder::Read(target), "old");
   EXPECT_FALSE(fs::exists(target.string() + ".part"));
+}
+
+// The upload went well, so the other servers' copy is all that may be left.
+TEST(FtpFailureTest, AFileThatCannotBeGivenItsNameLeavesTheOldCopyAlone) {
+  Farm farm("pyftpd");
+  farm.place.AddFile("Archives/keep-name.xml", "theirs");
+  const fs::path source = farm.data.Write("Archives/keep-name.xml", "mine");
+  const automation::Error error =
+      ErrorOf([&] { farm.Handling()->StoreFile(source.string(), FolderKind::Archives); });
+  EXPECT_EQ(error.Number(), 75);
+  EXPECT_EQ(error.Description(), "The FTP server does not take keep-name.xml: 553 Not that name.");
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("Archives/", "Archives/keep-name.xml"));
+  EXPECT_EQ(TemporaryFolder::Read(farm.place.Root() / "Archives/keep-name.xml"), "theirs");
+}
+
+TEST(FtpFailureTest, AnUploadThatFailsLeavesNothingBehind) {
+  Farm farm("pyftpd");
+  farm.place.AddFile("Archives/disk-full.xml", "theirs");
+  const fs::path source = farm.data.Write("Archives/disk-full.xml", "mine");
+  const automation::Error error =
+      ErrorOf([&] { farm.Handling()->StoreFile(source.string(), FolderKind::Archives); });
+  EXPECT_EQ(error.Number(), kCurlNumbers + 25);
+  EXPECT_THAT(farm.place.Contents(), ElementsAre("Archives/", "Archives/disk-full.xml"));
+  EXPECT_EQ(TemporaryFolder::Read(farm.place.Root() / "Archives/disk-full.xml"), "theirs");
+}
+
+// Its files are not gone: whoever took it for missing would make them anew.
+TEST(FtpFailureTest, AFolderThatIsNotListedForTheMomentIsNotTakenForAMissingOne) {
+  Farm farm("pyftpd");
+  farm.place.AddFile("Archives/busy");
+  farm.place.AddFile("CHAT/busy", "x", 600);
+  for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
+           [&] { farm.Handling()->FileExists("a.xml", automation::VariantArray{std::int16_t{13}}); },
+           [&] {
+             farm.Handling()->DeleteListedItems(farm.place.FtpPath(), automation::VariantArray{"stubborn"},
+                                                FolderKind::Chat);
+           }}) {
+    const automation::Error error = ErrorOf(call);
+    EXPECT_EQ(error.Number(), kCurlNumbers + 19);
+    EXPECT_THAT(error.Description(), StartsWith("FTP server 127.0.0.1:"));
+    EXPECT_THAT(error.Description(), EndsWith(": 450 Busy, come back later."));
+  }
 }
 
 TEST(FtpFailureTest, AFileThatTheServerKeepsBackIsNotTakenForAMissingOne) {
@@ -103,9 +149,10 @@ TEST(FtpFailureTest, AFileThatTheServerKeepsBackIsNotTakenForAMissingOne) {
   farm.place.AddFile("Archives/secret.xml");
   fs::permissions(farm.place.Root() / "Archives/secret.xml", fs::perms::none);
   const fs::path target = farm.data.Write("Archives/secret.xml", "old");
-  EXPECT_THROW(farm.Handling()->FetchFile(farm.place.FtpPath(), "secret.xml", target.string(),
-                                          FolderKind::Archives, 10),
-               automation::Error);
+  const automation::Error error = ErrorOf([&] {
+    farm.Handling()->FetchFile(farm.place.FtpPath(), "secret.xml", target.string(), FolderKind::Archives, 10);
+  });
+  EXPECT_EQ(error.Description(), "The FTP server does not give out secret.xml.");
   EXPECT_EQ(TemporaryFolder::Read(target), "old");
 }
 

@@ -45,13 +45,18 @@ void SharedPlace::AddFolder(const fs::path& name) const {
 }
 
 void SharedPlace::AddFile(const fs::path& name, std::string_view content, int minutes) const {
+  const std::time_t moment = std::time(nullptr) - minutes * 60;
+  AddFile(name, content, moment, moment);
+}
+
+void SharedPlace::AddFile(const fs::path& name, std::string_view content, std::time_t written,
+                          std::time_t read) const {
   AddFolder(name.parent_path());
   const fs::path file = root_ / name;
   std::ofstream(file, std::ios::binary) << content;
   if (!fs::exists(file)) throw std::runtime_error("cannot write " + file.string());
   fs::permissions(file, static_cast<fs::perms>(0666));
-  const timespec time{.tv_sec = std::time(nullptr) - minutes * 60, .tv_nsec = 0};
-  const timespec times[2] = {time, time};
+  const timespec times[2] = {{.tv_sec = read, .tv_nsec = 0}, {.tv_sec = written, .tv_nsec = 0}};
   if (utimensat(AT_FDCWD, file.c_str(), times, 0) != 0)
     throw std::runtime_error("cannot age " + file.string());
 }

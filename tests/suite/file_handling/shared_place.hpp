@@ -2,6 +2,7 @@
 // server.
 #pragma once
 
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -29,8 +30,10 @@ class SharedPlace {
   // The authority to trust where the server has a certificate; empty elsewhere.
   const std::string& CertificateFile() const { return certificateFile_; }
 
-  // Files and folders that any user may change; `minutes` since they were last used.
+  // Files and folders that any user may change; `minutes` since they were last written and read.
   void AddFile(const std::filesystem::path& name, std::string_view content = "x", int minutes = 0) const;
+  void AddFile(const std::filesystem::path& name, std::string_view content, std::time_t written,
+               std::time_t read) const;
   void AddFolder(const std::filesystem::path& name) const;
   // Everything below the root, folders with a "/" at the end, in order.
   std::vector<std::string> Contents() const;

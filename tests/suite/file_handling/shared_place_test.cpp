@@ -224,6 +224,19 @@ TEST_P(SharedPlaceTest, AgedFilesAreThoseUnusedForLongerThanTheKeepPeriod) {
                           "DispatchFiles/young.xml", "tempAttachments/", "tempAttachments/week.xml"));
 }
 
+TEST_P(SharedPlaceTest, AFileThatIsExactlyAsOldAsTheKeepPeriodStays) {
+  // Anew until the call saw the second that the file was made for.
+  std::time_t now = 0;
+  do {
+    now = std::time(nullptr);
+    place.AddFile("CHAT/exact", "x", now - 3600, now - 3600);
+    place.AddFile("CHAT/older", "x", now - 3601, now - 3601);
+    DeleteAged(60, FolderKind::Chat);
+  } while (std::time(nullptr) != now);
+
+  EXPECT_THAT(place.Contents(), ElementsAre("CHAT/", "CHAT/exact"));
+}
+
 TEST_P(SharedPlaceTest, EachKindAgesOutAFolderOfItsOwn) {
   place.AddFile("DispatchFiles/old", "x", 600);
   place.AddFile("tempAttachments/old", "x", 600);
