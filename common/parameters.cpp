@@ -43,7 +43,7 @@ Scripting::DictionaryPtr GetParameterValues(const automation::VariantArray& name
         automation::CreateObject<OrvCommon::SqlConversion>(OrvCommon::kSqlConversionClass);
     ADODB::Statement sql = "SELECT PARAM_NAME, PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME IN (";
     for (std::size_t i = 0; i < names.size(); ++i) {
-      sql += ADODB::SqlFragment(conversion->ToLiteral(automation::ToText(names[i])));
+      sql += ADODB::SqlValue(conversion->ToLiteral(automation::ToText(names[i])));
       if (i + 1 < names.size()) sql += ", ";
     }
     sql += ")";

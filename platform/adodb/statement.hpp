@@ -1,9 +1,10 @@
 // SQL text that remembers which of its parts are inserted values.
 //
 // A statement is put together from fixed text (string literals of the program) and values (texts and numbers
-// that come from outside). ToString() is byte for byte their plain concatenation. A value that would end its
-// own literal, or that stands outside a literal without being a number, makes the statement fail with a
-// syntax error before anything is sent: a quote breaks a statement, and never becomes part of one.
+// that come from outside). ToString() is byte for byte their plain concatenation. A value that stands inside
+// a literal and holds a quote, in pairs too, makes the statement fail with a syntax error before anything is
+// sent; so does one that stands outside a literal and is neither a number nor a whole literal. A quote breaks
+// a statement, and never becomes part of one.
 //
 //   Statement sql = "select PARAM_VALUE from PARAMETERS where " "PARAM_NAME = '";
 //   sql += SqlValue(name);
@@ -20,7 +21,8 @@
 
 namespace ADODB {
 
-// A value to be inserted as it stands, without escaping.
+// A value to be inserted as it stands, without escaping: inside a literal, or as one (a number, or a text in
+// quotes with each quote inside doubled, such as another component makes).
 class SqlValue {
  public:
   explicit SqlValue(std::string_view text) : text_(text) {}
@@ -32,8 +34,8 @@ class SqlValue {
   std::string text_;
 };
 
-// Text that another trusted part of the program has made to stand in SQL, such as a timestamp literal or a
-// complete quoted literal. It counts as fixed text.
+// Text that this program has made to stand in SQL, such as a timestamp literal. It counts as fixed text, so
+// nothing that comes from outside may be in it.
 class SqlFragment {
  public:
   explicit SqlFragment(std::string text) : text_(std::move(text)) {}

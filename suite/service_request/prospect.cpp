@@ -52,7 +52,7 @@ bool KnowsProspects(const ADODB::ConnectionPtr& connection, std::string_view oth
 ADODB::Statement ByEMail(std::string_view emailAddress) {
   const auto conversion = automation::CreateObject<OrvCommon::SqlConversion>(OrvCommon::kSqlConversionClass);
   ADODB::Statement condition = "EMAILID = ";
-  condition += ADODB::SqlFragment(conversion->ToLiteral(emailAddress));
+  condition += ADODB::SqlValue(conversion->ToLiteral(emailAddress));
   return condition;
 }
 

@@ -64,7 +64,7 @@ TEST(ConnectionStringTest, RefusesWhatIsNone) {
 }
 
 TEST(CriterionTest, ReadsTextsAndNumbers) {
-  EXPECT_EQ(ParseCriterion("SESSIONID='it''s.xml'").value, Variant("it's.xml"));
+  EXPECT_EQ(ParseCriterion("SESSIONID='a \"b\" -- /* \\.xml '").value, Variant("a \"b\" -- /* \\.xml "));
   EXPECT_EQ(ParseCriterion("SESSIONID=''").value, Variant(""));
   EXPECT_EQ(ParseCriterion(" [A B] = -12").value, Variant(std::int64_t{-12}));
   EXPECT_EQ(ParseCriterion(" [A B] = -12").column, "A B");
@@ -72,10 +72,14 @@ TEST(CriterionTest, ReadsTextsAndNumbers) {
 }
 
 TEST(CriterionTest, RefusesEverythingElse) {
-  for (const char* text : {"", "A", "A=", "=1", "A=b", "A='b", "A='b'c'", "A<1", "A=1 AND B=2", "1=1", "A=1;",
-                           "A==1", "A=--1", "A='a''"}) {
+  for (const char* text :
+       {"",         "A",           "A=",     "=1",           "A=b",       "A='b",   "A='b'c'",
+        "A<1",      "A=1 AND B=2", "1=1",    "A=1;",         "A==1",      "A=--1",  "A='a''",
+        "A='a''b'", "A='''a'''",   "A=''''", "A='chat'--1'", "A='x' --'", "A='x' ", "A='x'\n",
+        "A='x'--",  "A='x'/* */",  "A='x';", "A=1 "}) {
     EXPECT_EQ(NumberOf([&] { ParseCriterion(text); }), 3001) << text;
   }
+  EXPECT_EQ(NumberOf([] { ParseCriterion(std::string_view("A='a\0b'", 8)); }), 3001);
 }
 
 TEST(IsoDateTimeTest, ReadsEveryStoredForm) {

@@ -108,6 +108,25 @@ TEST_F(ChatPurgeTest, AnApostropheInAFileNameBreaksTheSearchAndEndsThePurge) {
   EXPECT_THAT(Messages().front(), HasSubstr(" (3001). Additional information: "));
 }
 
+// Each is a session that is alive, under a name that a search could take for another text.
+class ChatNameWithAQuoteTest : public ChatPurgeTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ChatNameWithAQuoteTest, EndsThePurgeAndDeletesNothing) {
+  AddSession(GetParam());
+  AddSession("chat");
+  AddFile(std::string("CHAT/") + GetParam());
+  AddFile("CHAT/~orphan");
+  Run();
+  EXPECT_TRUE(Exists(std::string("CHAT/") + GetParam()));
+  EXPECT_TRUE(Exists("CHAT/~orphan"));
+  ASSERT_EQ(Messages().size(), 1u);
+  EXPECT_THAT(Messages().front(), StartsWith(kSource + " caught: Arguments are of the wrong type"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ChatNameWithAQuoteTest,
+                         testing::Values("a''b", "''x''", "chat'--1", "x' --", "''", "''''", "chat'", "'chat",
+                                         "chat''", "chat' ", "chat' or 'a'='a"));
+
 TEST_F(ChatPurgeTest, UnusualNamesAreMatchedWhole) {
   AddSession("Größe-日本 ");
   AddSession("100%");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "components/interfaces/sql_conversion.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
 #include "tests/support/database_environment.hpp"
@@ -200,6 +201,24 @@ TEST(DefaultLanguageTest, FailureIsRaisedAsItIsAndNotReported) {
   orvane_test::TestRuntime environment;
   EXPECT_EQ(ErrorNumberOf([] { GetDefaultLanguage(); }), 1001);
   EXPECT_TRUE(environment.log->empty());
+}
+
+// What the suite's conversion gives is looked at, too: another suite's may be at fault.
+class QuotesLeftAlone : public OrvCommon::SqlConversion {
+ public:
+  std::string ToLiteral(std::string_view text) override { return "'" + std::string(text) + "'"; }
+};
+
+TEST(ParametersOfAnotherSuiteTest, ALiteralThatIsNotWholeBreaksTheStatement) {
+  orvane_test::DatabaseEnvironment environment;
+  Scripting::RegisterDictionary(environment.runtime.classes);
+  environment.runtime.classes.Register(OrvCommon::kSqlConversionClass,
+                                       [] { return std::make_shared<QuotesLeftAlone>(); });
+  environment.database.Run(
+      "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(255), PARAM_VALUE VARCHAR(255));"
+      "INSERT INTO PARAMETERS VALUES ('A', '1')");
+  EXPECT_EQ(GetParameterValues({"A"})->Count(), 1U);
+  EXPECT_EQ(ErrorNumberOf([] { GetParameterValues({"x') or ('a'='a"}); }), -2147217900);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ using orvane_test::DateText;
 using orvane_test::ObjectRequiredEntry;
 using orvane_test::Outcome;
 using orvane_test::WithoutTimes;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -227,6 +228,22 @@ TEST_F(CleanUpOnDiskTest, ANameWithAnApostropheKeepsTheRowsAndIsReported) {
   EXPECT_THAT(
       suite_.suite.ErrorLog(),
       ElementsAre(HasSubstr(" | ORVProcess.cleanup.DeleteSRAttchmentsFilesWithotherstatus caught: ")));
+}
+
+// In SQL the two quotes would be one, and the row another customer's.
+TEST_F(CleanUpOnDiskTest, ANameWithQuotesInPairsDeletesNoOtherRow) {
+  suite_.database.Execute("INSERT INTO DATAFILES VALUES (17, 'it''''s.txt', 1, '" + DateText(-30 * kHour) +
+                          "'), (17, 'it''s.txt', 1, '" + DateText(0) + "')");
+  suite_.AddFile("SRATTACHMENTS/17Q/it''s.txt");
+
+  EXPECT_EQ(suite_.Run().exitCode, 0);
+
+  EXPECT_THAT(suite_.database.Rows("SELECT FILENAME FROM DATAFILES ORDER BY 1"),
+              ElementsAre("it''s.txt", "it's.txt"));
+  EXPECT_THAT(
+      suite_.suite.ErrorLog(),
+      ElementsAre(AllOf(HasSubstr(" | ORVProcess.cleanup.DeleteSRAttchmentsFilesWithotherstatus caught: "),
+                        HasSubstr("near \"s\": syntax error"))));
 }
 
 }  // namespace

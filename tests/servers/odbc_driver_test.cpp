@@ -5,6 +5,7 @@
 #include "platform/adodb/providers/odbc/error.hpp"
 #include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/automation/error.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace {
@@ -35,7 +36,7 @@ TEST(OdbcDriverTest, AddsTheOptionsThatThePostgreSqlDriverNeeds) {
       ForDriver("Provider=MSDASQL;Driver={PostgreSQL Unicode};Server=db;User ID=jobs;Password=a"),
       "Driver=PostgreSQL Unicode;Server=db;UID=jobs;PWD=a;BoolsAsChar=0;UseDeclareFetch=0;Protocol=7.4-2;"
       "LFConversion=0;ConnSettings=SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'%3B"
-      "SET+client_encoding+to+'UTF8'");
+      "SET+standard_conforming_strings%3Don%3BSET+client_encoding+to+'UTF8'");
 }
 
 TEST(OdbcDriverTest, AddsTheOptionsThatTheMariaDbDriverNeeds) {
@@ -75,10 +76,34 @@ TEST(OdbcDriverTest, KeepsUidAndPwdWhenBothSpellingsAreGiven) {
 // SQL Server reads the jobs' local date texts itself.
 TEST(OdbcDriverTest, TellsSqlServerTheDateOrderOfTheRunsLocale) {
   orvane_test::TestRuntime runtime;
-  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer), "SET DATEFORMAT mdy");
+  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer, {}), "SET DATEFORMAT mdy");
   runtime.locale->dayFirst = true;
-  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer), "SET DATEFORMAT dmy");
-  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::PostgreSql), "");
+  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer, {}), "SET DATEFORMAT dmy");
+}
+
+TEST(OdbcDriverTest, GivesABackslashItsPlainMeaningWhereTheStringHasSettingsOfItsOwn) {
+  const auto setUp = [](Engine engine, std::string_view text) {
+    return ADODB::odbc::SessionSetUp(engine, ADODB::odbc::ForDriver(ConnectionString::Parse(text), engine));
+  };
+  EXPECT_EQ(setUp(Engine::PostgreSql, ""), "");
+  EXPECT_EQ(setUp(Engine::PostgreSql, "ConnSettings=SET+jit%3Don"), "SET standard_conforming_strings = on");
+  EXPECT_EQ(setUp(Engine::MariaDb, ""), "");
+  EXPECT_EQ(setUp(Engine::MariaDb, "InitStmt={SET @own = 1}"),
+            "SET SESSION sql_mode = concat(@@sql_mode, ',NO_BACKSLASH_ESCAPES')");
+}
+
+TEST(OdbcDriverTest, RefusesACharacterSetInWhichOtherCharactersBecomeQuotes) {
+  const auto require = [](Engine engine, std::string_view text) {
+    ADODB::odbc::RequireTextsAsTheyAre(engine, ConnectionString::Parse(text));
+  };
+  require(Engine::MariaDb, "CHARSET=utf8mb4");
+  require(Engine::MariaDb, "charset=UTF8");
+  require(Engine::PostgreSql, "");
+  for (const char* text : {"", "CHARSET=latin1", "CHARSET=gbk"}) {
+    const auto error = orvane_test::ErrorOf([&] { require(Engine::MariaDb, text); });
+    EXPECT_EQ(error.Number(), 3001);
+    EXPECT_THAT(error.Description(), testing::StartsWith("The connection string must say CHARSET=utf8mb4."));
+  }
 }
 
 TEST(OdbcDriverTest, LoadsTheSqlServerDriver) {

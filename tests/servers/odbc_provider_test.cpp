@@ -399,6 +399,42 @@ TEST_P(OdbcProviderTest, GoesOnAfterAFailedStatement) {
   EXPECT_EQ(Single("SELECT COUNT(*) FROM SAMPLE"), Variant(std::int32_t{3}));
 }
 
+// Whatever else the string asks for: a backslash in front of a closing quote would take the quote with it.
+TEST_P(OdbcProviderTest, ReadsABackslashAsItselfInEverySession) {
+  const char* own = OnPostgreSql() ? ";ConnSettings=SET+standard_conforming_strings%3Doff"
+                                   : ";INITSTMT={SET SESSION sql_mode='ANSI_QUOTES'}";
+  const auto session = ADODB::odbc::MakeProvider()->Connect(
+      ADODB::engine::ConnectionString::Parse(database_.ConnectionString() + own));
+  const auto rows = session->Query(R"(SELECT 'a\', 'b\\c')", {});
+  ASSERT_TRUE(rows->Next());
+  EXPECT_EQ(rows->Value(0), Variant("a\\"));
+  EXPECT_EQ(rows->Value(1), Variant("b\\\\c"));
+}
+
+TEST_P(OdbcProviderTest, TakesNoOtherCharacterForAQuote) {
+  const char* own = OnPostgreSql() ? ";ConnSettings=SET+client_encoding+to+'LATIN1'" : ";CHARSET=utf8";
+  for (const char* options : {"", own}) {
+    const auto session = ADODB::odbc::MakeProvider()->Connect(
+        ADODB::engine::ConnectionString::Parse(database_.ConnectionString() + options));
+    for (const char* like : {"\u2018", "\u2019", "\u201B", "\u2032", "\u02BC", "\u02B9", "\u00B4", "\uFF07",
+                             "\u0127", "\u2727", "\u5C27"}) {
+      // A quote in its place would leave the second one alone.
+      const std::string sql = std::string("SELECT 'a") + like + ", ' AS B";
+      const auto rows = session->Query(sql, {});
+      EXPECT_TRUE(rows->Next()) << sql;
+    }
+  }
+}
+
+TEST_P(OdbcProviderTest, RefusesACharacterSetThatMakesQuotes) {
+  if (OnPostgreSql()) GTEST_SKIP() << "its driver speaks UTF-8 whatever the string says";
+  const auto error = ErrorOf([this] {
+    ADODB::odbc::MakeProvider()->Connect(
+        ADODB::engine::ConnectionString::Parse(database_.ConnectionString() + ";CHARSET=latin1"));
+  });
+  EXPECT_EQ(error.Number(), 3001);
+}
+
 TEST_P(OdbcProviderTest, CommitsAndRollsBack) {
   MakeTable();
   session_->Begin();

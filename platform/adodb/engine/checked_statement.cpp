@@ -27,17 +27,24 @@ bool IsSignedDecimal(std::string_view text) {
          std::all_of(fraction.begin(), fraction.end(), IsDigit);
 }
 
-// Where an inserted value would end the quoted text around it: just behind an unpaired quote, or at a NUL.
+// Where an inserted value would end the quoted text around it, or become another text: just behind its first
+// quotes, or at a NUL.
 std::size_t Breakout(std::string_view value) {
+  constexpr std::string_view kBreaking("'\0", 2);
+  std::size_t at = value.find_first_of(kBreaking);
+  while (at < value.size() && value[at] == '\'') ++at;
+  return at;
+}
+
+// A text in quotes, each quote inside written twice.
+bool IsWholeText(std::string_view value) {
+  if (value.size() < 2 || value.front() != '\'' || value.back() != '\'') return false;
+  value = value.substr(1, value.size() - 2);
   for (std::size_t i = 0; i < value.size(); ++i) {
-    if (value[i] == '\0') return i;
-    if (value[i] != '\'') continue;
-    std::size_t end = i;
-    while (end < value.size() && value[end] == '\'') ++end;
-    if ((end - i) % 2 != 0) return end;
-    i = end - 1;
+    if (value[i] == '\0') return false;
+    if (value[i] == '\'' && (++i == value.size() || value[i] != '\'')) return false;
   }
-  return kNone;
+  return true;
 }
 
 // Follows the fixed text and looks at each value in the place where it stands.
@@ -105,10 +112,21 @@ class ValueCheck {
       if (breakout != kNone) Refuse(span.offset + breakout);
       return;
     }
-    // Two signs in a row would open a comment.
-    const bool opensComment =
-        span.offset > 0 && sql_[span.offset - 1] == '-' && !value.empty() && value.front() == '-';
-    if (state_ != State::Outside || opensComment || !IsSignedDecimal(value)) Refuse(span.offset);
+    const bool whole = IsSignedDecimal(value) || IsWholeText(value);
+    if (state_ != State::Outside || !whole || !StandsAlone(span)) Refuse(span.offset);
+  }
+
+  // Whether nothing around the value makes one token with it: two signs are a comment, two texts without a
+  // blank between them one text, a text behind a letter one of another kind (E'...'), two numbers a third.
+  bool StandsAlone(const Statement::Span& span) const {
+    const auto joins = [](char c) { return IsWordPart(c) || c == '\'' || c == '"' || c == '.' || c == '$'; };
+    const char before = span.offset == 0 ? ' ' : sql_[span.offset - 1];
+    const std::size_t end = span.offset + span.length;
+    const char after = end == sql_.size() ? ' ' : sql_[end];
+    // U&'...' is a text with escapes.
+    if (before == '&' && sql_[span.offset] == '\'') return false;
+    if (before == '-' && sql_[span.offset] == '-') return false;
+    return !joins(before) && !joins(after);
   }
 
   // The engine would stumble over what stands behind the place: a word, or one character.

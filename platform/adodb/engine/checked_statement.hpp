@@ -15,8 +15,8 @@ struct CheckedStatement {
 };
 
 // Raises the dialect's syntax error for
-//  - a value inside a quoted text that holds an unpaired quote or a NUL,
-//  - a value anywhere else that is not one signed decimal number.
+//  - a value inside a quoted text that holds a quote, in pairs too, or a NUL,
+//  - a value anywhere else that is not one signed decimal number or one whole quoted text, standing alone.
 void CheckValues(const Statement& statement, const Dialect& dialect);
 
 // Raises the dialect's syntax error for

@@ -34,8 +34,11 @@ Criterion ParseCriterion(std::string_view text) {
   } else {
     Refuse();
   }
+  if (tokens.back().End() != text.size()) Refuse();
   if (tokens.size() == 3 && tokens[2].kind == TokenKind::Text) {
-    criterion.value = Inside(tokens[2].In(text));
+    const std::string_view value = tokens[2].In(text).substr(1, tokens[2].length - 2);
+    if (value.find_first_of(std::string_view("'\0", 2)) != std::string_view::npos) Refuse();
+    criterion.value = value;
     return criterion;
   }
   const bool negative = Is(text, tokens[2], "-");

@@ -13,8 +13,9 @@ struct Criterion {
   automation::Variant value;  // a text or a number
 };
 
-// Raises 3001 for anything but one equality of a column with a text in single quotes or a number. A quote
-// inside the text is written twice.
+// Raises 3001 for anything but one equality of a column with a text in single quotes or a number. Criteria
+// are put together from a column and a value that comes from outside, so the text holds no quote, in pairs
+// neither, and no NUL, and nothing follows the literal, not even a blank.
 Criterion ParseCriterion(std::string_view text);
 
 }  // namespace ADODB::engine

@@ -9,6 +9,7 @@ using ADODB::LockType;
 using ADODB::ObjectState;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 TEST_P(Conformance, OpensAndClosesAConnection) {
   const auto connection = Connect();
@@ -230,7 +231,9 @@ TEST_P(Conformance, RefusesASecondStatementInAText) {
 TEST_P(Conformance, RefusesAValueThatWouldEndItsOwnText) {
   MakeNumbers(2);
   const auto connection = Connect();
-  for (const char* value : {"O'Brien", "' or 1=1 --", "x'", "''' or 'a'='a"}) {
+  connection->Execute("INSERT INTO NUMBERS VALUES (3, 'a''b', 0)", nullptr, -1);
+  for (const char* value :
+       {"O'Brien", "' or 1=1 --", "x'", "''' or 'a'='a", "a''b", "''", "n1''", "n1' --", "\\'", "\\''"}) {
     ADODB::Statement statement = "DELETE FROM NUMBERS WHERE NAME = '";
     statement += ADODB::SqlValue(value);
     statement += "'";
@@ -238,7 +241,49 @@ TEST_P(Conformance, RefusesAValueThatWouldEndItsOwnText) {
     EXPECT_EQ(error.SqlState().substr(0, 2), "42") << value;
     EXPECT_EQ(error.Number(), ADODB::engine::kStatementFailure) << value;
   }
-  EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("1", "2"));
+  EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("1", "2", "3"));
+}
+
+TEST_P(Conformance, TakesAWholeLiteralForAValue) {
+  MakeNumbers(2);
+  const auto connection = Connect();
+  connection->Execute("INSERT INTO NUMBERS VALUES (3, 'a''b', 0)", nullptr, -1);
+  ADODB::Statement statement = "SELECT ID FROM NUMBERS WHERE NAME IN (";
+  statement += ADODB::SqlValue("'n1'");
+  statement += ", ";
+  statement += ADODB::SqlValue("'a''b'");
+  statement += ") ORDER BY ID";
+  const auto rows = Open(statement, connection, ADODB::CursorType::Static, ADODB::LockType::ReadOnly);
+  EXPECT_THAT(Walk(*rows, "ID"), ElementsAre("1", "3"));
+}
+
+// The fixed text and the finished text are both known by then; the value is what is new.
+TEST_P(Conformance, LooksAtEachValueOfATextThatWasSentBefore) {
+  MakeNumbers(2);
+  const auto connection = Connect();
+  const auto named = [](const char* before, std::string_view name, const char* after) {
+    ADODB::Statement statement = "SELECT ID FROM NUMBERS WHERE ";
+    statement += ADODB::SqlFragment(before);
+    statement += ADODB::SqlValue(name);
+    statement += ADODB::SqlFragment(after);
+    return statement;
+  };
+  for (const ADODB::CursorType cursor : {ADODB::CursorType::ForwardOnly, ADODB::CursorType::Keyset}) {
+    const auto open = [&](const ADODB::Statement& statement) {
+      return Walk(*Open(statement, connection, cursor, ADODB::LockType::ReadOnly), "ID");
+    };
+    for (int round = 0; round < 3; ++round) {
+      EXPECT_THAT(open(named("NAME = '", "n1", "'")), ElementsAre("1"));
+      EXPECT_THAT(open(named("NAME = 'n1' OR NAME = '", "n2", "'")), SizeIs(2));
+      // The first and the last have the bytes of the text before.
+      for (const auto& breaking :
+           {named("NAME = '", "n1' OR NAME = 'n2", "'"), named("NAME = '", "n''1", "'"),
+            named("NAME = ", "'n1' OR NAME = 'n2'", "")}) {
+        const auto error = ErrorOf([&] { open(breaking); });
+        EXPECT_EQ(error.SqlState().substr(0, 2), "42") << breaking.ToString();
+      }
+    }
+  }
 }
 
 TEST_P(Conformance, TakesABackslashAsAnOrdinaryCharacter) {

@@ -95,9 +95,10 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
              .nativeCode = 0,
              .message = "No SQL dialect is known for the engine " + dbms});
     }
+    RequireTextsAsTheyAre(engine_, text);
     fetchStyle_ = {.text = TextFormOf(engine_, text), .bound = ReadsBoundColumns(raw)};
     SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
-    const std::string setUp = SessionSetUp(engine_);
+    const std::string setUp = SessionSetUp(engine_, text);
     if (!setUp.empty()) Statement(handle_, fetchStyle_, health_).ExecuteDirect(setUp);
   } catch (...) {
     SQLDisconnect(raw);

@@ -23,6 +23,17 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+// Texts mean what they mean in standard SQL, and a value that does not fit is refused, not cut.
+constexpr std::string_view kMariaDbSetUp =
+    "SET SESSION sql_mode='STRICT_TRANS_TABLES,NO_BACKSLASH_ESCAPES,PIPES_AS_CONCAT,ANSI_QUOTES'";
+
+// The just-in-time compiler takes minutes for conditions of thousands of terms. A backslash in a text is one,
+// whatever the database's own setting is. Named here, the encoding is also that of texts that the driver is
+// asked for as bytes, whatever the locale is.
+constexpr std::string_view kPostgreSqlSetUp =
+    "SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'%3BSET+standard_conforming_strings%3Don%3B"
+    "SET+client_encoding+to+'UTF8'";
+
 using Options = std::vector<std::pair<std::string_view, std::string_view>>;
 
 Options DefaultOptions(Engine engine) {
@@ -36,18 +47,14 @@ Options DefaultOptions(Engine engine) {
           // A failed statement leaves the transaction as it was before it.
           {"Protocol", "7.4-2"},
           {"LFConversion", "0"},
-          // The just-in-time compiler takes minutes for conditions of thousands of terms. Named here, the
-          // encoding is also that of texts that the driver is asked for as bytes, whatever the locale is.
-          {"ConnSettings", "SET+jit%3Doff%3BSET+datestyle%3D'ISO,MDY'%3BSET+client_encoding+to+'UTF8'"},
+          {"ConnSettings", kPostgreSqlSetUp},
       };
     case Engine::MariaDb:
       return {
           // An update that changes nothing still counts the row that it met.
           {"OPTION", "2"},
           {"CHARSET", "utf8mb4"},
-          // Texts mean what they mean in standard SQL, and a value that does not fit is refused, not cut.
-          {"INITSTMT",
-           "SET SESSION sql_mode='STRICT_TRANS_TABLES,NO_BACKSLASH_ESCAPES,PIPES_AS_CONCAT,ANSI_QUOTES'"},
+          {"INITSTMT", kMariaDbSetUp},
       };
     case Engine::SqlServer:
       return {{"TDS_Version", "7.4"}, {"ClientCharset", "UTF-8"}};
@@ -163,9 +170,31 @@ TextForm TextFormOf(Engine engine, const engine::ConnectionString& text) {
   return utf8 ? TextForm::Utf8 : TextForm::Utf16;
 }
 
-std::string SessionSetUp(Engine engine) {
-  // SQL Server reads the jobs' local date-time texts itself, so it is told the order of their parts.
-  return engine == Engine::SqlServer ? "SET DATEFORMAT " + DateOrder() : std::string();
+void RequireTextsAsTheyAre(Engine engine, const engine::ConnectionString& text) {
+  if (engine != Engine::MariaDb) return;
+  const std::string encoding = Lower(text.Value("CHARSET").value_or(""));
+  if (encoding == "utf8mb4" || encoding == "utf8mb3" || encoding == "utf8") return;
+  throw automation::Error(
+      static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid), "MSDASQL",
+      "The connection string must say CHARSET=utf8mb4. In another character set the driver replaces what it "
+      "cannot write by what looks like it, a typographic apostrophe by a quote for instance.");
+}
+
+std::string SessionSetUp(Engine engine, const engine::ConnectionString& text) {
+  switch (engine) {
+    case Engine::PostgreSql:
+      return text.Value("ConnSettings") == kPostgreSqlSetUp ? "" : "SET standard_conforming_strings = on";
+    case Engine::MariaDb:
+      return text.Value("INITSTMT") == kMariaDbSetUp
+                 ? ""
+                 : "SET SESSION sql_mode = concat(@@sql_mode, ',NO_BACKSLASH_ESCAPES')";
+    case Engine::SqlServer:
+      // It reads the jobs' local date-time texts itself, so it is told the order of their parts.
+      return "SET DATEFORMAT " + DateOrder();
+    case Engine::Other:
+      return {};
+  }
+  return {};
 }
 
 const engine::Dialect* DialectOf(Engine engine) {

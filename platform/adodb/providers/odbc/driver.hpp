@@ -26,8 +26,13 @@ engine::ConnectionString ForDriver(const engine::ConnectionString& given, Engine
 // In which form the driver, connected with this string, hands over texts at the least cost.
 TextForm TextFormOf(Engine engine, const engine::ConnectionString& text);
 
-// A statement that a new connection runs first; empty for none.
-std::string SessionSetUp(Engine engine);
+// Raises 3001 when the driver, connected with this string, would turn characters of a statement into others:
+// one could become a quote.
+void RequireTextsAsTheyAre(Engine engine, const engine::ConnectionString& text);
+
+// A statement that a new connection, made with this string, runs first; empty for none. It gives a backslash
+// in a text its plain meaning where the string has settings of its own.
+std::string SessionSetUp(Engine engine, const engine::ConnectionString& text);
 
 // Null for an engine that is not known.
 const engine::Dialect* DialectOf(Engine engine);
