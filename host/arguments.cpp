@@ -1,7 +1,10 @@
 #include "host/arguments.hpp"
 
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <system_error>
 
 namespace orvane_host {
 namespace {
@@ -12,6 +15,7 @@ constexpr std::string_view kHelp = R"(Runs the back-office jobs of an Orvane sui
       [--database STRING --catalog STRING]   with these databases instead, which must be empty
   orvane-host run [--home HOME] JOB...       run jobs, one after the other
       [--strict]                             exit 1 when a job wrote to the error log
+      [--wait SECONDS | --no-wait]           how long to wait for another run to end; without limit by default
   orvane-host status [--home HOME]           the last runs of each job, from the run logs
   orvane-host list                           the jobs
   orvane-host --help | --version
@@ -20,8 +24,13 @@ JOB is a ProgID (OrvaneProcess.Archive) or a class name (Archive), in any case. 
 directory; without --home it is $ORVANE_HOME. Run logs and the error log, Vantrel.log, lie in the folder OrvLog
 beside HOME.
 
-Exit codes of run: 0 every job wrote its stop line; 1 with --strict, when the error log got entries; 64 usage or
-unknown job; 70 a job ended without its stop line; 78 configuration.
+One call of run at a time works on a suite; the others wait, and say for whom. Where the suite's database is a
+server, that holds for all machines that use it.
+
+Exit codes of run, the first that applies: 78 configuration, or the lock cannot be made; 69 the database does not
+answer, and nothing was begun; 70 a job ended without its stop line; 75 another run holds the suite, or the lock was
+lost between two jobs; 1 with --strict, when the error log got entries; 0 every job wrote its stop line. 64 usage or
+unknown job.
 )";
 
 class Words {
@@ -67,6 +76,16 @@ class Words {
   std::size_t next_ = 0;
 };
 
+std::chrono::seconds Seconds(const std::string& text) {
+  std::uint32_t seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, seconds);
+  if (error != std::errc{} || stop != end) {
+    throw UsageError("--wait takes a number of seconds, not \"" + text + "\"");
+  }
+  return std::chrono::seconds(seconds);
+}
+
 void TakeHome(Arguments& arguments, const std::optional<std::string>& home, const char* environmentHome) {
   if (home) {
     arguments.home = *home;
@@ -101,16 +120,23 @@ void ParseInit(Words& words, Arguments& arguments) {
 void ParseRun(Words& words, Arguments& arguments, const char* environmentHome) {
   std::optional<std::string> home;
   std::string value;
+  bool noWait = false;
   while (!words.AtEnd()) {
     if (words.TakeOption("--home", value)) {
       home = value;
     } else if (words.TakeFlag("--strict")) {
       arguments.strict = true;
+    } else if (words.TakeOption("--wait", value)) {
+      arguments.wait = Seconds(value);
+    } else if (words.TakeFlag("--no-wait")) {
+      noWait = true;
     } else {
       arguments.jobs.push_back(words.TakeOperand("run"));
     }
   }
   if (arguments.jobs.empty()) throw UsageError("run needs the name of at least one job");
+  if (noWait && arguments.wait) throw UsageError("--wait and --no-wait exclude each other");
+  if (noWait) arguments.wait = std::chrono::seconds(0);
   TakeHome(arguments, home, environmentHome);
 }
 

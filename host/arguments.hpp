@@ -1,6 +1,7 @@
 // The command line of orvane-host.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -15,8 +16,10 @@ enum class Command { Help, Version, Init, Run, List, Status };
 struct Arguments {
   Command command = Command::Help;
   std::filesystem::path home;
-  std::vector<std::string> jobs;         // run: as given, in order
-  bool strict = false;                   // run
+  std::vector<std::string> jobs;  // run: as given, in order
+  bool strict = false;            // run
+  // run: how long to wait for another run to end; nothing: without limit
+  std::optional<std::chrono::seconds> wait;
   bool demo = false;                     // init
   std::optional<std::string> database;   // init: connection string of the suite's database
   std::optional<std::string> catalogue;  // init: connection string of the catalogue database

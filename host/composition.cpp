@@ -36,7 +36,7 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   const std::map<char, std::string> drives = Drives(site);
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
   Scripting::local::RegisterClasses(classes, drives);
-  ADODB::RegisterClasses(classes, {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()});
+  ADODB::RegisterClasses(classes, DatabaseProviders(home));
   MSXML2::RegisterClasses(classes, {.drives = drives});
   CDO::RegisterClasses(classes, MailSettings(site, home));
 }
@@ -76,6 +76,16 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, 
 }
 
 }  // namespace
+
+std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home) {
+  return {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()};
+}
+
+void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {
+  Drives(site);
+  MailSettings(site, home);
+  FtpSettings(site, home);
+}
 
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                    Vantrel::LogListener listener) {

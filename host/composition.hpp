@@ -1,12 +1,22 @@
 // The one place that knows which implementation stands behind which ProgID.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "host/suite_home.hpp"
+#include "platform/adodb/engine/provider.hpp"
 #include "platform/automation/runtime.hpp"
 #include "suite/configuration/site_file.hpp"
 #include "suite/log/file_log.hpp"
 
 namespace orvane_host {
+
+// What reaches the databases that connection strings of this suite lead to.
+std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home);
+
+// Raises what RegisterSuite would raise.
+void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site);
 
 // Fills the runtime with everything that the jobs of this suite can create. The machine-wide settings in
 // `site` (drives, mail transport) count as they are now, and one that means nothing raises

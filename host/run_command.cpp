@@ -2,7 +2,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,9 +13,12 @@
 #include "host/composition.hpp"
 #include "host/exit_codes.hpp"
 #include "host/job_table.hpp"
+#include "host/lock/suite_lock.hpp"
 #include "host/run_logs.hpp"
+#include "host/stop_signals.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/locale/icu_locale.hpp"
 #include "suite/configuration/site_file.hpp"
 
 namespace orvane_host {
@@ -100,6 +105,58 @@ class JobRunner {
   bool sawErrors_ = false;
 };
 
+// The suite's configuration as it is now. Raises automation::Error for one that no job could run with.
+Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
+  Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
+  site.Connection("Orvane", "Orvane");
+  CheckSettings(home, site);
+  return site;
+}
+
+// What a session of the database's own shows of this process, where the engine has a place for it.
+std::string Self() {
+  const orvane_lock::Holder self = orvane_lock::ThisProcess({});
+  return "orvane-host " + std::to_string(self.process) + " on " + self.host;
+}
+
+// May be called on any thread: a session is set up by the locale's rules.
+orvane_lock::DatabaseLock::Opening OpeningOf(const SuiteHome& home, const Vantrel::SiteFile& site) {
+  return [providers = DatabaseProviders(home), text = site.Connection("Orvane", "Orvane")] {
+    automation::Runtime runtime;
+    runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+    const automation::RuntimeScope scope(runtime);
+    return ADODB::engine::OpenSessionLock(providers, text, Self());
+  };
+}
+
+// Waits for its turn; null, with the exit code set, when it does not come.
+std::unique_ptr<orvane_lock::SuiteLock> TakeLock(const Arguments& arguments, const SuiteHome& home,
+                                                 const Vantrel::SiteFile& site, std::string_view firstJob,
+                                                 const Console& console, int& exitCode) {
+  const EndsWhenAsked endsWhenAsked;
+  try {
+    return orvane_lock::SuiteLock::Take({.file = home.Lock(),
+                                         .job = std::string(firstJob),
+                                         .open = OpeningOf(home, site),
+                                         .longest = arguments.wait,
+                                         .waiting = [&console](const std::string& holder) {
+                                           console.err << "orvane-host: the suite is held by " << holder
+                                                       << "; waiting" << std::endl;
+                                         }});
+  } catch (const orvane_lock::Busy& held) {
+    exitCode = kTryAgain;
+    console.err << "orvane-host: the suite is held by " << held.what() << "; nothing was begun\n";
+  } catch (const orvane_lock::Unreachable& error) {
+    exitCode = kUnavailable;
+    console.err << "orvane-host: the suite's database does not answer, nothing was begun: " << error.what()
+                << '\n';
+  } catch (const std::exception& error) {
+    exitCode = kConfiguration;
+    console.err << "orvane-host: the suite's lock cannot be made: " << error.what() << '\n';
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 int RunJobs(const Arguments& arguments, const Console& console) {
@@ -118,20 +175,30 @@ int RunJobs(const Arguments& arguments, const Console& console) {
   const SuiteHome home(arguments.home);
   JobRunner runner(home, console);
   bool allStopped = true;
-  for (const JobInfo* job : jobs) {
-    // A runtime of its own for each job, as each would have in a service of its own.
-    automation::Runtime runtime;
-    try {
-      const Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
-      site.Connection("Orvane", "Orvane");
-      RegisterSuite(runtime, home, site, runner.Listener());
-    } catch (const automation::Error& error) {
-      console.err << "orvane-host: " << error.Description() << '\n';
-      return kConfiguration;
+  bool lockLost = false;
+  try {
+    const Vantrel::SiteFile first = ReadConfiguration(home);
+    int exitCode = kOk;
+    const auto lock = TakeLock(arguments, home, first, jobs.front()->progId, console, exitCode);
+    if (!lock) return exitCode;
+    for (const JobInfo* job : jobs) {
+      // A runtime of its own for each job, as each would have in a service of its own.
+      automation::Runtime runtime;
+      RegisterSuite(runtime, home, ReadConfiguration(home), runner.Listener());
+      lockLost = !lock->BeginJob(job->progId);
+      if (lockLost) {
+        console.err << "orvane-host: the lock of the suite's database was lost; stopped before "
+                    << job->progId << '\n';
+        break;
+      }
+      allStopped = runner.Run(*job, runtime) && allStopped;
     }
-    allStopped = runner.Run(*job, runtime) && allStopped;
+  } catch (const automation::Error& error) {
+    console.err << "orvane-host: " << error.Description() << '\n';
+    return kConfiguration;
   }
   if (!allStopped) return kUnfinished;
+  if (lockLost) return kTryAgain;
   return arguments.strict && runner.SawErrors() ? kErrorsLogged : kOk;
 }
 

@@ -8,14 +8,20 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <stdexcept>
 
 namespace orvane_test {
 namespace {
 
-struct Pipe {
+Outcome Run(const std::vector<std::string>& words, const std::map<std::string, std::string>& environment,
+            bool unprivileged) {
+  return RunningHost(words, environment, unprivileged).Wait();
+}
+
+}  // namespace
+
+struct RunningHost::Pipe {
   int read = -1;
   int write = -1;
   Pipe() {
@@ -25,43 +31,24 @@ struct Pipe {
     write = ends[1];
   }
   ~Pipe() {
-    if (read >= 0) close(read);
+    CloseRead();
     CloseWrite();
   }
   Pipe(const Pipe&) = delete;
   Pipe& operator=(const Pipe&) = delete;
-  void CloseWrite() {
-    if (write >= 0) close(write);
-    write = -1;
+  void CloseRead() { Close(read); }
+  void CloseWrite() { Close(write); }
+
+ private:
+  static void Close(int& end) {
+    if (end >= 0) close(end);
+    end = -1;
   }
 };
 
-// Reads both pipes to their ends; false when that takes longer than a minute.
-bool Drain(Pipe& out, Pipe& err, Outcome& outcome) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  std::array<pollfd, 2> open{pollfd{out.read, POLLIN, 0}, pollfd{err.read, POLLIN, 0}};
-  std::array<std::string*, 2> texts{&outcome.out, &outcome.err};
-  while (open[0].fd >= 0 || open[1].fd >= 0) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0 || poll(open.data(), open.size(), static_cast<int>(left.count())) <= 0)
-      return false;
-    for (std::size_t i = 0; i < open.size(); ++i) {
-      if (open[i].fd < 0 || open[i].revents == 0) continue;
-      char buffer[4096];
-      const ssize_t count = read(open[i].fd, buffer, sizeof buffer);
-      if (count > 0) {
-        texts[i]->append(buffer, static_cast<std::size_t>(count));
-      } else {
-        open[i].fd = -1;
-      }
-    }
-  }
-  return true;
-}
-
-Outcome Run(const std::vector<std::string>& words, const std::map<std::string, std::string>& environment,
-            bool unprivileged) {
+RunningHost::RunningHost(const std::vector<std::string>& words,
+                         const std::map<std::string, std::string>& environment, bool unprivileged)
+    : out_(std::make_unique<Pipe>()), err_(std::make_unique<Pipe>()) {
   std::vector<std::string> arguments{ORVANE_HOST_BINARY};
   arguments.insert(arguments.end(), words.begin(), words.end());
   std::vector<char*> argv;
@@ -76,15 +63,13 @@ Outcome Run(const std::vector<std::string>& words, const std::map<std::string, s
   for (std::string& setting : settings) envp.push_back(setting.data());
   envp.push_back(nullptr);
 
-  Pipe out;
-  Pipe err;
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("fork");
-  if (child == 0) {
+  child_ = fork();
+  if (child_ < 0) throw std::runtime_error("fork");
+  if (child_ == 0) {
     const int nothing = open("/dev/null", O_RDONLY);
     dup2(nothing, STDIN_FILENO);
-    dup2(out.write, STDOUT_FILENO);
-    dup2(err.write, STDERR_FILENO);
+    dup2(out_->write, STDOUT_FILENO);
+    dup2(err_->write, STDERR_FILENO);
     // Opened before the privileges go: the tree may lie in a folder that nobody else may enter.
     const int program = open(argv[0], O_RDONLY | O_CLOEXEC);
     if (unprivileged && geteuid() == 0 &&
@@ -94,20 +79,62 @@ Outcome Run(const std::vector<std::string>& words, const std::map<std::string, s
     fexecve(program, argv.data(), envp.data());
     _exit(127);
   }
-  out.CloseWrite();
-  err.CloseWrite();
-
-  Outcome outcome;
-  const bool ended = Drain(out, err, outcome);
-  if (!ended) kill(child, SIGKILL);
-  int status = 0;
-  waitpid(child, &status, 0);
-  if (!ended) throw std::runtime_error("orvane-host did not end within a minute");
-  if (WIFEXITED(status)) outcome.exitCode = WEXITSTATUS(status);
-  return outcome;
+  out_->CloseWrite();
+  err_->CloseWrite();
 }
 
-}  // namespace
+RunningHost::~RunningHost() {
+  if (child_ < 0) return;
+  kill(child_, SIGKILL);
+  waitpid(child_, nullptr, 0);
+}
+
+bool RunningHost::ReadSome() {
+  if (out_->read < 0 && err_->read < 0) return false;
+  std::array<pollfd, 2> open{pollfd{out_->read, POLLIN, 0}, pollfd{err_->read, POLLIN, 0}};
+  const std::array<Pipe*, 2> pipes{out_.get(), err_.get()};
+  const std::array<std::string*, 2> texts{&outcome_.out, &outcome_.err};
+  constexpr int kMinute = 60'000;
+  if (poll(open.data(), open.size(), kMinute) <= 0) {
+    throw std::runtime_error("orvane-host did not end within a minute");
+  }
+  for (std::size_t i = 0; i < open.size(); ++i) {
+    if (open[i].fd < 0 || open[i].revents == 0) continue;
+    char buffer[4096];
+    const ssize_t count = read(open[i].fd, buffer, sizeof buffer);
+    if (count > 0) {
+      texts[i]->append(buffer, static_cast<std::size_t>(count));
+    } else {
+      pipes[i]->CloseRead();
+    }
+  }
+  return true;
+}
+
+void RunningHost::AwaitError(std::string_view text) {
+  while (outcome_.err.find(text) == std::string::npos) {
+    if (!ReadSome()) throw std::runtime_error("it ended without saying so: " + outcome_.err);
+  }
+}
+
+void RunningHost::HangUp() {
+  out_->CloseRead();
+  err_->CloseRead();
+}
+
+void RunningHost::Signal(int number) const {
+  if (kill(child_, number) != 0) throw std::runtime_error("kill");
+}
+
+Outcome RunningHost::Wait() {
+  while (ReadSome()) {
+  }
+  int status = 0;
+  waitpid(child_, &status, 0);
+  child_ = -1;
+  if (WIFEXITED(status)) outcome_.exitCode = WEXITSTATUS(status);
+  return outcome_;
+}
 
 Outcome RunHost(const std::vector<std::string>& words,
                 const std::map<std::string, std::string>& environment) {

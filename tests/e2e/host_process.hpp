@@ -1,8 +1,12 @@
 // Runs the real orvane-host as an operator would.
 #pragma once
 
+#include <sys/types.h>
+
 #include <map>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvane_test {
@@ -11,6 +15,34 @@ struct Outcome {
   int exitCode = -1;  // -1: ended by a signal
   std::string out;
   std::string err;
+};
+
+// A program that has been started and is let run beside the test; killed when it is let go.
+class RunningHost {
+ public:
+  explicit RunningHost(const std::vector<std::string>& words,
+                       const std::map<std::string, std::string>& environment = {}, bool unprivileged = false);
+  ~RunningHost();
+  RunningHost(const RunningHost&) = delete;
+  RunningHost& operator=(const RunningHost&) = delete;
+
+  pid_t Pid() const { return child_; }
+  // Reads its standard error until the text has come; raises when it ends before, or after a minute.
+  void AwaitError(std::string_view text);
+  // Closes the test's end of its standard output and error: whoever reads hangs up.
+  void HangUp();
+  void Signal(int number) const;
+  // Its end, at most a minute away, and all that it has written.
+  Outcome Wait();
+
+ private:
+  struct Pipe;
+  bool ReadSome();  // false when both streams have ended
+
+  std::unique_ptr<Pipe> out_;
+  std::unique_ptr<Pipe> err_;
+  Outcome outcome_;
+  pid_t child_ = -1;
 };
 
 // Runs the binary with the words as its arguments and waits for it, at most a minute. The environment holds

@@ -30,6 +30,18 @@ TEST(ArgumentsTest, RunTakesSeveralJobsInTheirOrder) {
   EXPECT_TRUE(arguments.strict);
 }
 
+TEST(ArgumentsTest, RunWaitsWithoutLimitUnlessItIsTold) {
+  const auto wait = [](const std::vector<std::string>& more) {
+    std::vector<std::string> words{"run", "--home", "/suite", "Archive"};
+    words.insert(words.end(), more.begin(), more.end());
+    return ParseArguments(words, nullptr).wait;
+  };
+  EXPECT_EQ(wait({}), std::nullopt);
+  EXPECT_EQ(wait({"--wait", "90"}), std::chrono::seconds(90));
+  EXPECT_EQ(wait({"--wait=0"}), std::chrono::seconds(0));
+  EXPECT_EQ(wait({"--no-wait"}), std::chrono::seconds(0));
+}
+
 TEST(ArgumentsTest, AnOptionsValueMayFollowAnEqualsSign) {
   EXPECT_EQ(ParseArguments({"run", "--home=/h i", "Archive"}, nullptr).home, "/h i");
 }
@@ -64,6 +76,10 @@ TEST(ArgumentsTest, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(Refusal({"run", "--home", "/h"}), "run needs the name of at least one job");
   EXPECT_EQ(Refusal({"run", "--home", "/h", "--force", "Archive"}), "unknown option --force of run");
   EXPECT_EQ(Refusal({"run", "Archive", "--home"}), "--home needs a value");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", "--wait", "-1"}),
+            "--wait takes a number of seconds, not \"-1\"");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", "--wait", "1", "--no-wait"}),
+            "--wait and --no-wait exclude each other");
   EXPECT_EQ(Refusal({"list", "all"}), "list takes no arguments");
   EXPECT_EQ(Refusal({"status", "Archive"}, "/h"), "status takes no Archive");
 }

@@ -66,6 +66,21 @@ class Dialect {
   // of thousands of rows.
   virtual std::string_view RowValueListStart() const { return "VALUES "; }
 
+  // --- A lock of the whole database, by which programs take turns. ---
+
+  // A lock that a session holds until it ends. Its name is made of the database's, by the engine, so that
+  // whoever uses the database means the same one. Each text is a statement without parameters and gives one
+  // row of one column.
+  struct SessionLockTexts {
+    std::string_view take;    // 1: this session has it now; else another one does. Does not wait
+    std::string_view isHeld;  // 1 while this session has it
+    std::string_view holder;  // the session that has it, in words; no row, or Null, when that cannot be told
+    // Takes one "?", a text that `holder` shows to other sessions; empty where sessions have no such text.
+    std::string_view introduce;
+  };
+  // Null for an engine without such a lock.
+  virtual const SessionLockTexts* SessionLock() const { return nullptr; }
+
   // --- Names and texts. ---
 
   // The name under which a column of a result is shown, from the name that the engine reported. An engine

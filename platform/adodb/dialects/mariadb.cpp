@@ -6,9 +6,20 @@
 namespace ADODB::engine {
 namespace {
 
+constexpr Dialect::SessionLockTexts kSessionLock = {
+    .take = "SELECT GET_LOCK(concat('orvane suite ', database()), 0)",
+    .isHeld = "SELECT coalesce(IS_USED_LOCK(concat('orvane suite ', database())) = CONNECTION_ID(), 0)",
+    .holder =
+        "SELECT concat('database session ', p.ID, ' of ', p.USER, ' from ', p.HOST)"
+        " FROM information_schema.PROCESSLIST p"
+        " WHERE p.ID = IS_USED_LOCK(concat('orvane suite ', database()))",
+    .introduce = {},
+};
+
 class MariaDb : public Dialect {
  public:
   std::string_view Name() const override { return "MariaDB"; }
+  const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
   std::string DaysLater(std::string_view days, std::string_view moment) const override {
     std::string sql = "(";

@@ -5,9 +5,38 @@
 namespace ADODB::engine {
 namespace {
 
+// The key is made of the schema as well, as two suites may share a database.
+constexpr Dialect::SessionLockTexts kSessionLock = {
+    .take =
+        "SELECT CASE WHEN pg_try_advisory_lock(hashtextextended('orvane suite ' || current_database()"
+        " || '.' || coalesce(current_schema(), ''), 0)) THEN 1 ELSE 0 END",
+    .isHeld =
+        "SELECT count(*) FROM pg_catalog.pg_locks l"
+        " JOIN pg_catalog.pg_database d ON d.oid = l.database AND d.datname = current_database()"
+        " WHERE l.locktype = 'advisory' AND l.granted AND l.objsubid = 1 AND l.pid = pg_backend_pid()"
+        " AND ((CAST(l.classid AS bigint) << 32) | CAST(l.objid AS bigint)) ="
+        " hashtextextended('orvane suite ' || current_database() || '.' || coalesce(current_schema(), "
+        "''), 0)",
+    .holder =
+        "SELECT 'database session ' || l.pid || coalesce(' of ' || a.usename, '')"
+        " || coalesce(' from ' || host(a.client_addr), '')"
+        " || coalesce(', ' || nullif(a.application_name, ''), '')"
+        " || coalesce(', since ' || to_char(a.backend_start AT TIME ZONE 'UTC',"
+        " 'YYYY-MM-DD HH24:MI:SS') || ' UTC', '')"
+        " FROM pg_catalog.pg_locks l"
+        " JOIN pg_catalog.pg_database d ON d.oid = l.database AND d.datname = current_database()"
+        " LEFT JOIN pg_catalog.pg_stat_activity a ON a.pid = l.pid"
+        " WHERE l.locktype = 'advisory' AND l.granted AND l.objsubid = 1"
+        " AND ((CAST(l.classid AS bigint) << 32) | CAST(l.objid AS bigint)) ="
+        " hashtextextended('orvane suite ' || current_database() || '.' || coalesce(current_schema(), "
+        "''), 0)",
+    .introduce = "SELECT set_config('application_name', ?, false)",
+};
+
 class PostgreSql : public Dialect {
  public:
   std::string_view Name() const override { return "PostgreSQL"; }
+  const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
   std::string DaysLater(std::string_view days, std::string_view moment) const override {
     std::string sql = "(";

@@ -7,9 +7,24 @@ namespace ADODB::engine {
 namespace {
 
 // The suite's own engine: only what the cursor engine composes needs a spelling here.
+// Who else holds such a lock is shown to administrators only.
+constexpr Dialect::SessionLockTexts kSessionLock = {
+    .take =
+        "SET NOCOUNT ON; DECLARE @name nvarchar(255) = N'orvane suite ' + DB_NAME(); DECLARE @answer int;"
+        " EXEC @answer = sp_getapplock @Resource = @name, @LockMode = 'Exclusive',"
+        " @LockOwner = 'Session', @LockTimeout = 0;"
+        " SELECT CASE WHEN @answer >= 0 THEN 1 ELSE 0 END",
+    .isHeld =
+        "SELECT CASE WHEN APPLOCK_MODE('public', N'orvane suite ' + DB_NAME(), 'Session') = "
+        "'Exclusive' THEN 1 ELSE 0 END",
+    .holder = {},
+    .introduce = {},
+};
+
 class SqlServer : public Dialect {
  public:
   std::string_view Name() const override { return "SQL Server"; }
+  const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
   bool TakesTextUnchanged() const override { return true; }
 

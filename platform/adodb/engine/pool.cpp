@@ -2,9 +2,6 @@
 
 #include <utility>
 
-#include "platform/adodb/engine/engine_error.hpp"
-#include "platform/adodb/engine/sql_tokens.hpp"
-
 namespace ADODB::engine {
 
 struct Pool::Target {
@@ -16,18 +13,6 @@ struct Pool::Target {
 
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
     : providers_(std::move(providers)), clock_(std::move(clock)) {}
-
-std::shared_ptr<Provider> Pool::ProviderOf(ConnectionString& text) const {
-  // A string that names no provider is an ODBC one.
-  const std::string name = text.Value("Provider").value_or("MSDASQL");
-  for (const std::shared_ptr<Provider>& provider : providers_) {
-    if (!EqualsIgnoringAsciiCase(provider->Name(), name)) continue;
-    text.Remove("Provider");
-    return provider;
-  }
-  throw automation::Error(kProviderNotFound, "ADODB.Connection",
-                          "Provider cannot be found. It may not be properly installed.");
-}
 
 Pool::~Pool() = default;
 
@@ -48,7 +33,7 @@ Pool::Target& Pool::TargetOf(std::string_view connectionString, std::string_view
   target->text = ConnectionString::Parse(connectionString);
   if (!user.empty()) target->text.Set("User ID", std::string(user));
   if (!password.empty()) target->text.Set("Password", std::string(password));
-  target->provider = ProviderOf(target->text);
+  target->provider = ProviderOf(providers_, target->text);
   lock.lock();
   return *targets_.emplace(key, std::move(target)).first->second;
 }

@@ -61,7 +61,6 @@ class Pool {
   // The mutex is held when this begins and when it ends.
   Target& TargetOf(std::string_view connectionString, std::string_view user, std::string_view password,
                    std::unique_lock<std::mutex>& lock);
-  std::shared_ptr<Provider> ProviderOf(ConnectionString& text) const;
 
   const std::vector<std::shared_ptr<Provider>> providers_;
   const Clock clock_;

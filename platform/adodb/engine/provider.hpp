@@ -101,6 +101,13 @@ class Provider {
   // A session with read-committed isolation or stronger. The user and password of Connection::Open, when not
   // empty, stand under "User ID" and "Password".
   virtual std::unique_ptr<Session> Connect(const ConnectionString& connectionString) = 0;
+  // Whether its databases lie on servers, which several machines may use.
+  virtual bool ReachesServers() const { return false; }
 };
+
+// The provider that a connection string names, whose "Provider" is taken out of it; 3706 when it is not among
+// them. A string that names none is an ODBC one.
+const std::shared_ptr<Provider>& ProviderOf(const std::vector<std::shared_ptr<Provider>>& providers,
+                                            ConnectionString& text);
 
 }  // namespace ADODB::engine

@@ -28,6 +28,7 @@ class OdbcProvider : public engine::Provider {
   OdbcProvider() : environment_(MakeEnvironment()) {}
 
   std::string_view Name() const override { return "MSDASQL"; }
+  bool ReachesServers() const override { return true; }
 
   std::unique_ptr<engine::Session> Connect(const engine::ConnectionString& given) override {
     return std::make_unique<Connection>(environment_, ForDriver(given, EngineBehind(given)));

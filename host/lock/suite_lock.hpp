@@ -1,0 +1,58 @@
+// One run at a time: the jobs expect that whoever calls them lets no two runs of a suite overlap.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "host/lock/database_lock.hpp"
+#include "host/lock/file_lock.hpp"
+
+namespace orvane_lock {
+
+// Somebody else held the suite for longer than was to be waited; what() says who.
+class Busy : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The database, where the other half of the lock is, could not be reached; what() is the engine's message.
+class Unreachable : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Two locks, both held as long as the object lives: a file, for the processes of one machine or of those that
+// share the folder, and the database's own, for the servers of a farm.
+class SuiteLock {
+ public:
+  struct Wish {
+    std::filesystem::path file;
+    std::string job;  // the one that comes first
+    DatabaseLock::Opening open;
+    std::optional<std::chrono::seconds> longest = std::nullopt;  // to wait; nothing: without limit
+    // Called when there is something to wait for, and again when somebody else holds it.
+    std::function<void(const std::string& holder)> waiting = nullptr;
+  };
+
+  // Raises Busy, Unreachable, what FileLock::TryTake raises, and automation::Error for a connection string,
+  // an account or a lock of the database that is not as it should be. Waiting is ended by nothing else: a
+  // host that is asked to stop meanwhile has begun nothing, and just ends.
+  static std::unique_ptr<SuiteLock> Take(const Wish& wish);
+
+  // Whether a job may begin: the lock is still held everywhere. Tells those who ask that this job runs.
+  bool BeginJob(std::string_view job);
+
+ private:
+  explicit SuiteLock(DatabaseLock::Opening open);
+
+  std::unique_ptr<FileLock> file_;
+  DatabaseLock database_;
+};
+
+}  // namespace orvane_lock

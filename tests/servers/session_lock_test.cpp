@@ -1,0 +1,150 @@
+// The lock of a database on real servers: held by one session at a time, gone with it, and watched.
+#include "platform/adodb/engine/session_lock.hpp"
+
+#include <gmock/gmock.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/lock/database_lock.hpp"
+#include "platform/adodb/providers/odbc/provider.hpp"
+#include "tests/servers/server_database.hpp"
+
+namespace {
+
+using ADODB::engine::OpenSessionLock;
+using ADODB::engine::SessionLock;
+using orvane_lock::DatabaseLock;
+using testing::HasSubstr;
+
+class SessionLockTest : public testing::TestWithParam<std::string> {
+ protected:
+  std::unique_ptr<SessionLock> Open(const std::string& connectionString) const {
+    return OpenSessionLock({ADODB::odbc::MakeProvider()}, connectionString, "orvane-host 42 on alpha");
+  }
+  std::unique_ptr<SessionLock> Open() const { return Open(database_.ConnectionString()); }
+
+  // Ends every session with the database but the one that says so.
+  void EndSessions() {
+    const auto session = database_.Connect();
+    if (GetParam() == "postgresql") {
+      session->Query(
+          "SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity WHERE datname = current_database()"
+          " AND pid <> pg_backend_pid()",
+          {});
+      return;
+    }
+    std::vector<std::string> ids;
+    {
+      const auto rows = session->Query(
+          "SELECT id FROM information_schema.processlist WHERE db = database() AND id <> connection_id()",
+          {});
+      while (rows->Next()) ids.push_back(automation::ToText(rows->Value(0)));
+    }
+    for (const std::string& id : ids) session->Execute("KILL " + id, {});
+  }
+  // The server ends a session some time after it was told to.
+  static void TakeOnceFree(SessionLock& lock) {
+    while (!lock.TryTake()) {
+    }
+  }
+
+  orvane_test::ServerDatabase database_{GetParam()};
+};
+
+TEST_P(SessionLockTest, IsHeldByOneSessionAtATime) {
+  auto first = Open();
+  const auto second = Open();
+  EXPECT_FALSE(first->IsHeld());
+  ASSERT_TRUE(first->TryTake());
+  EXPECT_TRUE(first->IsHeld());
+  EXPECT_FALSE(second->TryTake());
+  EXPECT_FALSE(second->IsHeld());
+  first.reset();
+  TakeOnceFree(*second);
+  EXPECT_TRUE(second->IsHeld());
+}
+
+TEST_P(SessionLockTest, TellsWhoHoldsIt) {
+  const auto first = Open();
+  const auto second = Open();
+  EXPECT_EQ(second->Holder(), "");
+  ASSERT_TRUE(first->TryTake());
+  EXPECT_THAT(second->Holder(), testing::StartsWith("database session "));
+  EXPECT_THAT(second->Holder(), HasSubstr(" from "));
+  if (GetParam() == "postgresql") {
+    EXPECT_THAT(second->Holder(), HasSubstr(", orvane-host 42 on alpha, since "));
+  }
+}
+
+TEST_P(SessionLockTest, AnotherDatabaseIsAnotherMatter) {
+  const orvane_test::ServerDatabase other(GetParam());
+  const auto first = Open();
+  const auto second = Open(other.ConnectionString());
+  EXPECT_TRUE(first->TryTake());
+  EXPECT_TRUE(second->TryTake());
+  EXPECT_TRUE(first->IsHeld());
+}
+
+TEST_P(SessionLockTest, TheJobsAccountNeedsNoRightsForIt) {
+  database_.RunSchemaFile(GetParam() + ".sql");
+  database_.GrantJobs("grants-" + GetParam() + ".sql");
+  const auto first = Open(database_.JobsConnectionString());
+  const auto second = Open(database_.JobsConnectionString());
+  ASSERT_TRUE(first->TryTake());
+  EXPECT_FALSE(second->TryTake());
+  EXPECT_THAT(second->Holder(), testing::StartsWith("database session "));
+}
+
+TEST_P(SessionLockTest, ASessionThatTheServerEndsHasItNoMore) {
+  const auto first = Open();
+  ASSERT_TRUE(first->TryTake());
+  EndSessions();
+  EXPECT_FALSE(first->IsHeld());
+}
+
+TEST_P(SessionLockTest, ALockThatWentWithItsSessionIsTakenAgain) {
+  DatabaseLock lock([this] { return Open(); }, std::chrono::hours(1));
+  ASSERT_TRUE(lock.TryTake());
+  EXPECT_TRUE(lock.IsHeld());
+  EndSessions();
+  EXPECT_TRUE(lock.IsHeld());
+  EXPECT_FALSE(Open()->TryTake());
+}
+
+TEST_P(SessionLockTest, ALockThatSomebodyElseHasTakenMeanwhileIsLostForGood) {
+  DatabaseLock lock([this] { return Open(); }, std::chrono::hours(1));
+  ASSERT_TRUE(lock.TryTake());
+  EndSessions();
+  auto other = Open();
+  TakeOnceFree(*other);
+  EXPECT_FALSE(lock.IsHeld());
+  other.reset();
+  EXPECT_FALSE(lock.IsHeld());
+}
+
+TEST_P(SessionLockTest, TheWatcherNoticesWithoutBeingAsked) {
+  int opened = 0;
+  std::mutex mutex;
+  std::condition_variable again;
+  DatabaseLock lock(
+      [&] {
+        const std::lock_guard counting(mutex);
+        ++opened;
+        again.notify_all();
+        return Open();
+      },
+      std::chrono::milliseconds(20));
+  ASSERT_TRUE(lock.TryTake());
+  EndSessions();
+  std::unique_lock waiting(mutex);
+  EXPECT_TRUE(again.wait_for(waiting, std::chrono::minutes(1), [&] { return opened == 2; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, SessionLockTest, testing::Values("postgresql", "mariadb"),
+                         [](const auto& server) { return server.param; });
+
+}  // namespace
