@@ -36,11 +36,13 @@ format:
 lint: bootstrap
 	scripts/lint
 
+# Some 15 minutes, after the tests of the benches themselves. OUT=FILE: one line of JSON for each figure.
 bench:
 	scripts/bootstrap bench
 	cmake --preset bench
 	cmake --build --preset bench -j $(BUILD_JOBS)
-	scripts/bench
+	ctest --preset bench
+	scripts/bench $(if $(OUT),--out $(OUT))
 
 install: build
 	cmake --install build/release

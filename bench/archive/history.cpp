@@ -1,8 +1,8 @@
 #include <fstream>
-#include <stdexcept>
+#include <sstream>
 
 #include "bench/archive/archive_bench.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "bench/support/sqlite_file.hpp"
 
 namespace orvane_bench {
 namespace {
@@ -25,20 +25,13 @@ std::string Sentence() {
   return text;
 }
 
-}  // namespace
-
-std::unique_ptr<ADODB::engine::Session> MakeDatabase(const fs::path& home, const std::string& file,
-                                                     const std::string& schema) {
-  auto session = ADODB::sqlite::MakeProvider(home)->Connect(
-      ADODB::engine::ConnectionString::Parse("Provider=SQLite;Mode=ReadWriteCreate;Data Source=db\\" + file));
-  session->Begin();
-  for (const std::string& statement :
-       orvane_test::StatementsOf(fs::path(ORVANE_SOURCE_DIR) / "schema" / schema)) {
-    session->Execute(statement, {});
-  }
-  session->Commit();
-  return session;
+void RunScript(SqliteFile& database, const char* schema) {
+  std::ostringstream script;
+  script << std::ifstream(fs::path(ORVANE_SOURCE_DIR) / "schema" / schema).rdbuf();
+  database.Execute("BEGIN;" + script.str() + "COMMIT");
 }
+
+}  // namespace
 
 void FillHistory(const std::string& engine, HistorySize size,
                  const std::function<void(const std::string&)>& execute) {
@@ -72,11 +65,12 @@ void MakeArchiveSuite(const fs::path& home, const std::string& connectionString,
          "<key name=\"MemScriptCode\">secret</key><key name=\"LDAPRoot\"></key><key "
          "name=\"LDAPServer\"></key>"
          "</section></siteConfiguration>";
-  const auto catalogue = MakeDatabase(home, "ecatalog.sqlite", "sqlite-ecatalog.sql");
-  catalogue->Execute("insert into FAQCATEGORY (FAQCATEGORYID, FAQCATEGORYDESCRIPTION) values (1, 'Smoke')",
-                     {});
-  catalogue->Execute("insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values (1, 'Printers')", {});
-  catalogue->Execute("insert into PRODUCT (PRODUCTID, PRODUCTDESCRIPTION) values (1, 'Laser 40')", {});
+  SqliteFile catalogue(home / "db" / "ecatalog.sqlite");
+  RunScript(catalogue, "sqlite-ecatalog.sql");
+  catalogue.Execute(
+      "insert into FAQCATEGORY (FAQCATEGORYID, FAQCATEGORYDESCRIPTION) values (1, 'Smoke');"
+      "insert into PRODUCTCATEGORY (CATEGORYID, CATEGORYNAME) values (1, 'Printers');"
+      "insert into PRODUCT (PRODUCTID, PRODUCTDESCRIPTION) values (1, 'Laser 40')");
   std::ofstream directory(home / "config" / "directory.ldif");
   directory << "dn: cn=orvane\nobjectClass: person\ncn: orvane\nsn: orvane\nuserPassword: secret\n";
   for (std::int64_t i = 0; i < size.customers; ++i) {
@@ -85,12 +79,12 @@ void MakeArchiveSuite(const fs::path& home, const std::string& connectionString,
   }
 }
 
-RunFigures RunArchiveJob(const fs::path& home) {
-  const RunFigures figures =
-      RunMeasured(ProgramFolder() / "orvane-host", {"run", "--home", home.string(), "Archive"});
-  const fs::path archives = home / "Data" / "Archives";
-  if (!fs::exists(archives)) throw std::runtime_error("the job archived nothing");
-  return figures;
+void MakeEmbeddedHistory(const fs::path& home, HistorySize size) {
+  SqliteFile database(home / "db" / "orvane.sqlite");
+  RunScript(database, "sqlite.sql");
+  database.Execute("BEGIN");
+  FillHistory("sqlite", size, [&](const std::string& sql) { database.Execute(sql); });
+  database.Execute("COMMIT");
 }
 
 }  // namespace orvane_bench

@@ -1,139 +1,217 @@
-// The archive job: how fast against pt-archiver moving the same rows of both tables to files, and how its
-// cost and its memory grow with the requests of one customer.
+// The archive job: how fast against pt-archiver moving the same rows to files and against a C program with
+// the same statements, files and syncs; and how its cost and its memory grow with the requests of one
+// customer.
 //
-//   bench_archive [REQUESTS [CUSTOMERS [SECONDS]]]     100,000 requests of 1,000 customers unless given
+//   bench_archive [REQUESTS [CUSTOMERS [SECONDS [LARGEST]]]] [--only servers|growth]
 //
-// Moving one row a transaction ends after SECONDS (120 unless given) for each table, and its time for all
-// rows is reckoned from the rows moved by then; everything else is run to its end.
-//
-// Fails when a target is missed.
+// 20,000 requests of 200 customers unless given; of one customer LARGEST (50,000) and a tenth of it. Moving
+// one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
+// rows moved by then; everything else is run to its end.
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "bench/archive/archive_bench.hpp"
-#include "bench/support/bench_suite.hpp"
+#include "bench/product/job_run.hpp"
+#include "bench/support/bench.hpp"
+#include "bench/support/part.hpp"
+#include "bench/support/work_folder.hpp"
 
 namespace orvane_bench {
 namespace {
 
 namespace fs = std::filesystem;
-using orvane_test::Server;
-using orvane_test::ServerDatabase;
 
 constexpr double kFasterThanSingleRows = 5;
 constexpr double kNotSlowerThanBulk = 1;
 constexpr double kAllowedGrowth = 1.5;
 constexpr double kAllowedMemoryPerFile = 6;
+// The program itself takes some 30 MiB, which says nothing about small files.
+constexpr double kSmallestFileForMemory = 20;
+constexpr int kRounds = 5;
 
-void Fill(const ServerDatabase& database, const std::string& engine, HistorySize size) {
-  database.RunSchemaFile(engine + ".sql");
-  FillHistory(engine, size, [&](const std::string& sql) { database.Execute(sql); });
-  // As the servers would do by themselves in the hours between such a load and a nightly run.
-  for (const std::string table : {"QUESTIONHISTORY", "TRANSACTIONS"}) {
-    database.Execute(engine == "mariadb" ? "ANALYZE TABLE " + table : "VACUUM ANALYZE " + table);
-  }
+// "job HOME REQUESTS"
+void RunArchive(const std::vector<std::string>& words) {
+  Timed(std::stoll(words.at(1)), [&] { RunJob(words.at(0), "Archive"); });
 }
 
-double JobSeconds(const Server& server, const std::string& engine, HistorySize size) {
-  const ServerDatabase database(server, engine);
-  Fill(database, engine, size);
-  const WorkFolder folder;
-  const fs::path home = folder.Path() / "suite" / "home";
-  MakeArchiveSuite(home, database.ConnectionString(), size);
-  const RunFigures figures = RunArchiveJob(home);
-  const auto session = database.Connect();
-  const auto rows = session->Query("select count(*) from QUESTIONHISTORY", {});
-  if (!rows->Next() || automation::ToInt64(rows->Value(0)) != 0)
-    throw std::runtime_error("requests were left behind");
-  std::printf("%s: %lld requests of %lld customers archived in %.2f s, peak %.0f MiB\n", engine.c_str(),
-              static_cast<long long>(size.requests), static_cast<long long>(size.customers), figures.seconds,
-              figures.peakMebibytes);
-  return figures.seconds;
+double LargestArchive(const fs::path& home) {
+  double mebibytes = 0;
+  for (const auto& entry : fs::directory_iterator(home / "Data" / "Archives")) {
+    mebibytes = std::max(mebibytes, static_cast<double>(entry.file_size()) / 1048576.0);
+  }
+  if (mebibytes == 0) throw std::runtime_error("nothing was archived");
+  return mebibytes;
 }
 
-bool CompareWithPtArchiver(HistorySize size, int longestSeconds) {
-  const Server mariadb = Server::StartOwn("mariadb", true);
-  const Server postgresql = Server::StartOwn("postgresql", true);
-  const double onMariaDb = JobSeconds(mariadb, "mariadb", size);
-  const double onPostgreSql = JobSeconds(postgresql, "postgresql", size);
-  if (!PtArchiverIsInstalled()) {
-    std::printf("pt-archiver is not installed, not compared\n");
-    return true;
+std::string Content(const fs::path& file) {
+  std::ostringstream content;
+  content << std::ifstream(file).rdbuf();
+  return content.str();
+}
+
+// Names and bytes of all archive files, the times at which they were archived aside.
+std::string ArchivesOf(const fs::path& home) {
+  const std::string attribute = "DateArchived=\"";
+  std::map<fs::path, std::string> files;
+  for (const auto& entry : fs::directory_iterator(home / "Data" / "Archives")) {
+    std::string content = Content(entry.path());
+    const std::size_t date = content.find(attribute);
+    if (date != std::string::npos) content.erase(date, content.find('"', date + attribute.size()) - date);
+    files[entry.path().filename()] = content;
   }
-  const WorkFolder folder;
-  const double job = std::max(onMariaDb, onPostgreSql);
-  const auto compare = [&](const char* what, PtArchiverWay way) {
-    const ServerDatabase database(mariadb, "mariadb");
-    Fill(database, "mariadb", size);
-    const PtArchiverFigures figures = RunPtArchiver(database, folder.Path(), way);
-    std::printf("pt-archiver, %s: %lld of %lld rows in %.2f s", what,
-                static_cast<long long>(figures.rowsMoved), static_cast<long long>(figures.rows),
-                figures.secondsMeasured);
-    if (figures.rowsMoved < figures.rows) std::printf(" (cut off), %.1f s for all of them", figures.seconds);
-    std::printf(": %.2f times the slower job", figures.seconds / job);
-    return figures.seconds / job;
+  std::string all;
+  for (const auto& [name, content] : files) all += name.string() + '\n' + content;
+  return all;
+}
+
+class ServerTrials {
+ public:
+  explicit ServerTrials(HistorySize size) : size_(size) {}
+
+  // A trial on a database of its own, which must be empty afterwards.
+  Trial On(const BenchServer& server, const std::string& name, Trial::Kind kind,
+           std::function<Measured(const Build&, const BenchDatabase&, const fs::path& home)> run,
+           bool everythingMoved = true) const {
+    return {name, kind, [this, &server, run, everythingMoved](const Build& build) {
+              const BenchDatabase database(server);
+              FillHistory(server.Name(), size_, [&](const std::string& sql) { database.Execute(sql); });
+              for (const char* table : {"QUESTIONHISTORY", "TRANSACTIONS"}) database.Analyse(table);
+              const WorkFolder folder;
+              const fs::path home = folder.Path() / "suite" / "home";
+              MakeArchiveSuite(home, database.ConnectionString(), size_);
+              const Measured measured = run(build, database, home);
+              if (everythingMoved && database.Number("select count(*) from QUESTIONHISTORY") != 0)
+                throw std::runtime_error("requests were left behind");
+              return measured;
+            }};
+  }
+
+  Trial Job(const BenchServer& server) {
+    return On(server, server.Name(), Trial::Kind::Job,
+              [this](const Build& build, const BenchDatabase&, const fs::path& home) {
+                const Measured measured = build.Part({"job", home.string(), std::to_string(size_.requests)});
+                RequireSameArchives(home);
+                return measured;
+              });
+  }
+
+  Trial Floor(const BenchServer& server) {
+    return On(server, "C program on " + server.Name(), Trial::Kind::Peer,
+              [this, name = server.Name()](const Build& build, const BenchDatabase& database,
+                                           const fs::path& home) {
+                const Measured measured =
+                    build.Run("peer_archive_floor", {name, database.ConnectionString(), home.string()});
+                RequireSameArchives(home);
+                return measured;
+              });
+  }
+
+ private:
+  // The job and the C program must write the same.
+  void RequireSameArchives(const fs::path& home) {
+    const std::size_t archives = std::hash<std::string>()(ArchivesOf(home));
+    if (archives_ && *archives_ != archives)
+      throw std::runtime_error("the job and the C program wrote other files");
+    archives_ = archives;
+  }
+
+  HistorySize size_;
+  std::optional<std::size_t> archives_;
+};
+
+void CompareOnServers(Bench& bench, HistorySize size, int longestSeconds) {
+  const BenchServer mariadb("mariadb", true);
+  const BenchServer postgresql("postgresql", true);
+  ServerTrials trials(size);
+  std::vector<Trial> all;
+  for (const BenchServer* server : {&mariadb, &postgresql}) {
+    all.push_back(trials.Job(*server));
+    all.push_back(trials.Floor(*server));
+  }
+  const auto archiver = [&](const std::string& name, PtArchiverWay way) {
+    all.push_back(trials.On(
+        mariadb, name, Trial::Kind::Peer,
+        [way](const Build&, const BenchDatabase& database, const fs::path& home) {
+          return RunPtArchiver(database, home, way);
+        },
+        way.longestSeconds == 0));
   };
-  const double bulk = compare("bulk", {.bulk = true});
-  std::printf(" (at least %.0f)\n", kNotSlowerThanBulk);
-  compare("bulk, told to move every row", {.bulk = true, .selecting = false});
-  std::printf("\n");
-  const double single = compare("one row a transaction", {.longestSeconds = longestSeconds});
-  std::printf(" (at least %.0f)\n", kFasterThanSingleRows);
-  return single >= kFasterThanSingleRows && bulk >= kNotSlowerThanBulk;
+  if (PtArchiverIsInstalled()) {
+    archiver("pt-archiver, bulk", {.bulk = true});
+    archiver("pt-archiver, one row a transaction", {.longestSeconds = longestSeconds});
+  } else {
+    std::printf("pt-archiver is not installed, not compared\n");
+  }
+  const std::string name = "archive of " + std::to_string(size.requests) + " requests of " +
+                           std::to_string(size.customers) + " customers";
+  const Taken taken = bench.Take(name, all, kRounds);
+  for (const BenchServer* server : {&mariadb, &postgresql}) {
+    const std::string& job = server->Name();
+    const std::string full = name + ", " + job;
+    const Samples seconds = taken.Whole(job);
+    bench.Tell(full, "s", seconds);
+    bench.Tell(full + ", peak memory", "MiB", taken.Peak(job));
+    bench.Ratio(full + ", to the C program", seconds, taken.Whole("C program on " + job), std::nullopt);
+    bench.Ratio(full + ", pt-archiver in bulk to it", taken.Whole("pt-archiver, bulk"), seconds,
+                AtLeast(kNotSlowerThanBulk));
+    bench.Ratio(full + ", pt-archiver with one row a transaction to it",
+                taken.Whole("pt-archiver, one row a transaction"), seconds, AtLeast(kFasterThanSingleRows));
+  }
 }
 
-// Requests of one customer: cost per request and memory, on the embedded engine.
-bool MeasureGrowth(std::int64_t largest) {
-  bool good = true;
-  double perRequest = 0;
-  for (std::int64_t requests = largest / 100; requests <= largest; requests *= 10) {
-    const WorkFolder folder;
-    const fs::path home = folder.Path() / "suite" / "home";
-    const HistorySize size{requests, 1};
-    MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
-    {
-      const auto session = MakeDatabase(home, "orvane.sqlite", "sqlite.sql");
-      session->Begin();
-      FillHistory("sqlite", size, [&](const std::string& sql) { session->Execute(sql, {}); });
-      session->Commit();
-    }
-    const RunFigures figures = RunArchiveJob(home);
-    double megabytes = 0;
-    for (const auto& entry : fs::directory_iterator(home / "Data" / "Archives")) {
-      megabytes = std::max(megabytes, static_cast<double>(entry.file_size()) / 1048576.0);
-    }
-    const double cost = figures.seconds / static_cast<double>(requests);
-    if (perRequest == 0) perRequest = cost;
-    std::printf(
-        "one customer, %lld requests: %.2f s, %.1f us a request, %.2f times the smallest (at most %.1f); "
-        "peak "
-        "%.0f MiB for a file of %.1f MiB\n",
-        static_cast<long long>(requests), figures.seconds, cost * 1e6, cost / perRequest, kAllowedGrowth,
-        figures.peakMebibytes, megabytes);
-    good = good && cost <= kAllowedGrowth * perRequest;
-    // The program itself takes some 30 MiB, which says nothing about small files.
-    if (megabytes > 50) good = good && figures.peakMebibytes <= kAllowedMemoryPerFile * megabytes;
-  }
-  return good;
+// Requests of one customer on the embedded engine: the job's own time for each, and its memory.
+void MeasureGrowth(Bench& bench, std::int64_t largest) {
+  double mebibytes = 0;
+  const auto archive = [&](std::int64_t requests) {
+    return Trial{std::to_string(requests) + " requests", Trial::Kind::Job, [&, requests](const Build& build) {
+                   const WorkFolder folder;
+                   const fs::path home = folder.Path() / "suite" / "home";
+                   const HistorySize size{requests, 1};
+                   MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
+                   MakeEmbeddedHistory(home, size);
+                   const Measured measured = build.Part({"job", home.string(), std::to_string(requests)});
+                   mebibytes = std::max(mebibytes, LargestArchive(home));
+                   return measured;
+                 }};
+  };
+  const std::string name = "archive of one customer";
+  const std::vector<std::int64_t> counts = {largest / 10, largest};
+  std::vector<Trial> trials;
+  for (const std::int64_t count : counts) trials.push_back(archive(count));
+  const Taken taken = bench.Take(name, trials, kRounds);
+  const auto each = [&](std::size_t index) {
+    Samples samples = taken.Own(trials[index].name);
+    for (double& sample : samples) sample *= 1e6 / static_cast<double>(counts[index]);
+    return samples;
+  };
+  bench.Tell(name + ", " + trials[1].name, "us each", each(1));
+  bench.Ratio(name + ", each of " + trials[1].name + " to each of " + trials[0].name, each(1), each(0),
+              AtMost(kAllowedGrowth), "us");
+  Samples peak = taken.Peak(trials[1].name);
+  if (mebibytes < kSmallestFileForMemory) return;
+  for (double& sample : peak) sample /= mebibytes;
+  bench.Limit(name + ", " + trials[1].name + ", peak memory to the file's size", "times", peak,
+              AtMost(kAllowedMemoryPerFile));
+}
+
+void Measure(Bench& bench) {
+  const HistorySize size{bench.Size(0, 20'000, 1'000), bench.Size(1, 200, 20)};
+  if (bench.Wanted("servers")) CompareOnServers(bench, size, static_cast<int>(bench.Size(2, 4, 4)));
+  if (bench.Wanted("growth")) MeasureGrowth(bench, bench.Size(3, 50'000, 1'000));
 }
 
 }  // namespace
 }  // namespace orvane_bench
 
 int main(int argc, char** argv) {
-  try {
-    const std::int64_t requests = argc > 1 ? std::atoll(argv[1]) : 100'000;
-    const std::int64_t customers = argc > 2 ? std::atoll(argv[2]) : 1'000;
-    const int longestSeconds = argc > 3 ? std::atoi(argv[3]) : 120;
-    std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    bool good = orvane_bench::CompareWithPtArchiver({requests, customers}, longestSeconds);
-    good = orvane_bench::MeasureGrowth(requests) && good;
-    return good ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_archive: %s\n", error.what());
-    return 70;
-  }
+  return orvane_bench::RunProgram(argc, argv, {{"job", orvane_bench::RunArchive}}, orvane_bench::Measure);
 }

@@ -1,34 +1,28 @@
 // Dormant user expiry against a C program that deletes the same rows by key.
 //
 //   bench_dormant [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of them are dormant
-//
-// Fails when the job takes more than 1.5 times as long as the peer, or holds more than 128 MiB.
-#include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "bench/support/bench_suite.hpp"
-#include "bench/support/child_process.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/support/bench.hpp"
+#include "bench/support/part.hpp"
 #include "bench/support/sqlite_file.hpp"
+#include "bench/support/work_folder.hpp"
 #include "jobs/dormant/dormant_user_expiry.hpp"
 
 namespace {
 
-using orvane_bench::RunFigures;
-using orvane_bench::SqliteFile;
+using namespace orvane_bench;
 namespace fs = std::filesystem;
 
 constexpr double kAllowedRatio = 1.5;
 constexpr double kAllowedMebibytes = 128;
-constexpr int kRounds = 3;
+constexpr int kRounds = 5;
 // The provider's durability setting, which the peer uses too.
 constexpr const char* kSynchronous = "NORMAL";
 
@@ -37,8 +31,8 @@ bool IsDormantRow(std::int64_t row) {
 }
 
 void Fill(const fs::path& home, std::int64_t rows) {
-  orvane_bench::MakeSuite(home);
-  SqliteFile database(orvane_bench::DatabaseOf(home));
+  MakeSuite(home);
+  SqliteFile database(DatabaseOf(home));
   database.Execute("INSERT INTO PARAMETERS VALUES ('MAXDORMANCYTIME', '30')");
   database.Execute("BEGIN");
   sqlite3_stmt* insert = nullptr;
@@ -76,63 +70,50 @@ void CheckResult(const fs::path& database, std::int64_t rows) {
   }
 }
 
-int RunJob(const fs::path& home) {
-  const orvane_bench::BenchSuite suite(home);
-  OrvaneProcess::DormantUserExpiry().ExpireDormantUsers();
-  return 0;
+// The job's part of the process: "job HOME ROWS".
+void RunJob(const std::vector<std::string>& words) {
+  const BenchSuite suite(words.at(0));
+  Timed(std::stoll(words.at(1)), [] { OrvaneProcess::DormantUserExpiry().ExpireDormantUsers(); });
 }
 
-bool Compare(std::int64_t rows) {
-  const orvane_bench::WorkFolder folder;
+void Compare(Bench& bench, std::int64_t rows) {
+  const WorkFolder folder;
   const fs::path original = folder.Path() / "original";
   Fill(original, rows);
   WriteKeys(folder.Path() / "keys", rows);
-  const fs::path programs = orvane_bench::ProgramFolder();
 
-  RunFigures job{1e9, 0};
-  RunFigures peer{1e9, 0};
-  for (int round = 0; round < kRounds; ++round) {
-    const fs::path home = folder.Path() / "home";
-    const fs::path peerHome = folder.Path() / "peer";
+  const fs::path home = folder.Path() / "home";
+  const auto onACopy = [&](const auto& run) {
     fs::copy(original, home, fs::copy_options::recursive);
-    orvane_bench::MakeSuiteConfiguration(home);
-    fs::copy(original, peerHome, fs::copy_options::recursive);
-    const RunFigures ofPeer = orvane_bench::RunMeasured(
-        programs / "peer_delete_by_key",
-        {orvane_bench::DatabaseOf(peerHome).string(), (folder.Path() / "keys").string(), kSynchronous});
-    const RunFigures ofJob = orvane_bench::RunMeasured(programs / "bench_dormant", {"--job", home.string()});
-    CheckResult(orvane_bench::DatabaseOf(home), rows);
-    CheckResult(orvane_bench::DatabaseOf(peerHome), rows);
+    MakeSuiteConfiguration(home);
+    const Measured measured = run();
+    CheckResult(DatabaseOf(home), rows);
     fs::remove_all(home);
-    fs::remove_all(peerHome);
-    job.seconds = std::min(job.seconds, ofJob.seconds);
-    job.peakMebibytes = std::max(job.peakMebibytes, ofJob.peakMebibytes);
-    peer.seconds = std::min(peer.seconds, ofPeer.seconds);
-  }
-
-  const double ratio = job.seconds / peer.seconds;
-  std::printf(
-      "dormant user expiry, %lld rows: job %.2f s, peer %.2f s, ratio %.2f (at most %.1f); "
-      "peak memory %.1f MiB (at most %.0f)\n",
-      static_cast<long long>(rows), job.seconds, peer.seconds, ratio, kAllowedRatio, job.peakMebibytes,
-      kAllowedMebibytes);
-  return ratio <= kAllowedRatio && job.peakMebibytes <= kAllowedMebibytes;
+    return measured;
+  };
+  const Trial job{"job", Trial::Kind::Job, [&](const Build& build) {
+                    return onACopy([&] { return build.Part({"job", home.string(), std::to_string(rows)}); });
+                  }};
+  const Trial peer{"C program", Trial::Kind::Peer, [&](const Build& build) {
+                     return onACopy([&] {
+                       return build.Run(
+                           "peer_delete_by_key",
+                           {DatabaseOf(home).string(), (folder.Path() / "keys").string(), kSynchronous});
+                     });
+                   }};
+  const std::string name = "dormant expiry, " + std::to_string(rows) + " rows";
+  const Taken taken = bench.Take(name, {job, peer}, kRounds);
+  bench.Tell(name + ", job", "s", taken.Own("job"));
+  bench.Ratio(name + ", job to C program", taken.Whole("job"), taken.Whole("C program"),
+              AtMost(kAllowedRatio));
+  bench.Limit(name + ", peak memory", "MiB", taken.Peak("job"), AtMost(kAllowedMebibytes));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    const std::vector<std::string_view> arguments(argv + 1, argv + argc);
-    if (arguments.size() == 2 && arguments[0] == "--job") return RunJob(arguments[1]);
-    std::vector<std::int64_t> sizes;
-    for (const std::string_view argument : arguments) sizes.push_back(std::atoll(argument.data()));
-    if (sizes.empty()) sizes = {1'000'000, 100'000};
-    bool good = true;
-    for (const std::int64_t rows : sizes) good = Compare(rows) && good;
-    return good ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_dormant: %s\n", error.what());
-    return 70;
-  }
+  return RunProgram(argc, argv, {{"job", RunJob}}, [](Bench& bench) {
+    Compare(bench, bench.Size(0, 1'000'000, 20'000));
+    if (bench.Size(1, 100'000, 0) > 0) Compare(bench, bench.Size(1, 100'000, 0));
+  });
 }

@@ -1,55 +1,33 @@
-// What one small read costs through its own connection, against the same query prepared once and run bare.
+// What one small read costs through its own connection, against the same query prepared once and run bare, in
+// processor time.
 //
-// Processor time a call, the best of several rounds. GetParamValue: at most twice the bare query;
-// GetI18NText: at most 1.5 times.
-#include <time.h>
-
-#include <algorithm>
-#include <cstdio>
-#include <exception>
+//   bench_lookups [CALLS]      10,000 calls unless given
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
-#include "bench/support/bench_suite.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/support/bench.hpp"
+#include "bench/support/part.hpp"
 #include "bench/support/sqlite_file.hpp"
+#include "bench/support/work_folder.hpp"
 #include "common/localized_text.hpp"
 #include "common/parameters.hpp"
 
 namespace {
 
-using orvane_bench::SqliteFile;
+using namespace orvane_bench;
 
-constexpr int kCalls = 10'000;
 constexpr int kRounds = 9;
+constexpr std::int64_t kCalls = 10'000;
+constexpr std::int64_t kWarmingCalls = 1'000;
+constexpr double kAllowedParameter = 2.0;
+constexpr double kAllowedLabel = 1.5;
 
-struct Compared {
-  double product = 1e9;  // microseconds a call
-  double bare = 1e9;
-};
-
-// Processor time: nothing here waits, and what else the machine does is not to count.
-double ProcessorMicroseconds() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
-}
-
-double MicrosecondsACall(const std::function<void(int)>& call) {
-  const double start = ProcessorMicroseconds();
-  for (int i = 0; i < kCalls; ++i) call(i);
-  return (ProcessorMicroseconds() - start) / kCalls;
-}
-
-// The two take turns, so that a busy machine slows down both.
-Compared Compare(const std::function<void(int)>& product, const std::function<void(int)>& bare) {
-  Compared best;
-  for (int round = 0; round < kRounds; ++round) {
-    best.bare = std::min(best.bare, MicrosecondsACall(bare));
-    best.product = std::min(best.product, MicrosecondsACall(product));
-  }
-  return best;
-}
+using Words = std::vector<std::string>;
 
 // A query prepared once, each run with its own parameters.
 class BareQuery {
@@ -102,37 +80,74 @@ void Expect(const std::string& text, const char* expected) {
   if (text != expected) throw std::runtime_error("read '" + text + "' instead of '" + expected + "'");
 }
 
-bool Report(const char* what, const Compared& figures, double allowed) {
-  const double ratio = figures.product / figures.bare;
-  std::printf("%s: %.2f us a call, bare prepared query %.2f us, ratio %.2f (at most %.1f)\n", what,
-              figures.product, figures.bare, ratio, allowed);
-  return ratio <= allowed;
+// Both parts are called with "HOME CALLS".
+void Calls(const Words& words, const std::function<void(int)>& call) {
+  const std::int64_t calls = std::stoll(words.at(1));
+  const auto make = [&](std::int64_t count) {
+    for (std::int64_t i = 0; i < count; ++i) call(static_cast<int>(i));
+  };
+  make(kWarmingCalls);
+  TimedOnProcessor(calls, [&] { make(calls); });
+}
+
+void Product(const Words& words, const std::function<void(int)>& call) {
+  const BenchSuite suite(words.at(0));
+  Calls(words, call);
+}
+
+void Bare(const Words& words, const char* sql, const std::function<void(BareQuery&, int)>& call) {
+  SqliteFile database(DatabaseOf(words.at(0)));
+  BareQuery query(database, sql);
+  Calls(words, [&](int i) { call(query, i); });
+}
+
+const Parts kParts = {
+    {"parameter",
+     [](const Words& words) {
+       Product(words, [](int i) { Expect(OrvaneUtilities::GetParamValue(Name(i)), "value"); });
+     }},
+    {"label",
+     [](const Words& words) {
+       Product(words, [](int i) { Expect(OrvaneUtilities::GetI18NText(Label(i), 1033), "Text"); });
+     }},
+    {"bare-parameter",
+     [](const Words& words) {
+       Bare(words, "select PARAM_VALUE from PARAMETERS where PARAM_NAME = ?",
+            [](BareQuery& query, int i) { Expect(query.Text(Name(i)), "value"); });
+     }},
+    {"bare-label",
+     [](const Words& words) {
+       Bare(words, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?",
+            [](BareQuery& query, int i) { Expect(query.Text(Label(i)), "Text"); });
+     }},
+};
+
+void Measure(Bench& bench) {
+  const WorkFolder folder;
+  MakeSuite(folder.Path());
+  SqliteFile database(DatabaseOf(folder.Path()));
+  Fill(database);
+  const std::string calls = std::to_string(bench.Size(0, kCalls, kCalls));
+  const auto part = [&](const char* name, Trial::Kind kind, const char* verb) {
+    return Trial{name, kind, [&, verb](const Build& build) {
+                   return build.Part({verb, folder.Path().string(), calls});
+                 }};
+  };
+  const std::string name = "lookups on SQLite, " + calls + " calls";
+  const Taken taken = bench.Take(
+      name,
+      {part("GetParamValue", Trial::Kind::Job, "parameter"),
+       part("bare parameter", Trial::Kind::Peer, "bare-parameter"),
+       part("GetI18NText", Trial::Kind::Job, "label"), part("bare label", Trial::Kind::Peer, "bare-label")},
+      kRounds);
+  bench.Ratio(name + ", GetParamValue to the bare query", taken.Own("GetParamValue"),
+              taken.Own("bare parameter"), AtMost(kAllowedParameter));
+  bench.Ratio(name + ", GetI18NText to the bare query", taken.Own("GetI18NText"), taken.Own("bare label"),
+              AtMost(kAllowedLabel));
 }
 
 }  // namespace
 
-int main() {
-  try {
-    const orvane_bench::WorkFolder folder;
-    orvane_bench::MakeSuite(folder.Path());
-    SqliteFile database(orvane_bench::DatabaseOf(folder.Path()));
-    Fill(database);
-    const orvane_bench::BenchSuite suite(folder.Path());
-
-    BareQuery parameter(database, "select PARAM_VALUE from PARAMETERS where PARAM_NAME = ?");
-    bool good = Report("GetParamValue",
-                       Compare([](int i) { Expect(OrvaneUtilities::GetParamValue(Name(i)), "value"); },
-                               [&](int i) { Expect(parameter.Text(Name(i)), "value"); }),
-                       2.0);
-    BareQuery label(database, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?");
-    good = Report("GetI18NText",
-                  Compare([](int i) { Expect(OrvaneUtilities::GetI18NText(Label(i), 1033), "Text"); },
-                          [&](int i) { Expect(label.Text(Label(i)), "Text"); }),
-                  1.5) &&
-           good;
-    return good ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_lookups: %s\n", error.what());
-    return 70;
-  }
+int main(int argc, char** argv) {
+  return RunProgram(argc, argv, kParts, Measure);
 }

@@ -3,145 +3,186 @@
 //   bench_mail [MAILS [SHELL_MAILS]]      1,000 mails by the job and 100 by the loop when nothing is given
 //
 // The job does everything (reading the rows, building the document, rendering, sending, writing the rows
-// back); the loop puts the question's id into a document that is there already, renders and sends. Fails when
-// the job makes fewer than 10 times as many mails a second. Sent is to two servers: aiosmtpd, whose own time
-// is a part of the job's that no client can save, and smtp-sink, which needs next to none. Into the pickup
-// folder the loop sends with curl, which does not sync the mail as the job does; beside it stand the loop
-// that syncs, and one that sends nothing and writes into the folder itself.
-#include <chrono>
+// back); the loop puts the question's id into a document that is there already, renders and sends. Sent is to
+// two servers: aiosmtpd, whose own time is a part of the job's that no client can save, and smtp-sink, which
+// needs next to none. Into the pickup folder the loop sends with curl, which does not sync the mail as the
+// job does; beside it stand the loop that syncs, and one that sends nothing and writes into the folder
+// itself.
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "bench/mail/mail_parts.hpp"
 #include "bench/mail/mail_suite.hpp"
-#include "bench/support/bench_suite.hpp"
-#include "bench/support/child_process.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/product/job_run.hpp"
+#include "bench/support/bench.hpp"
+#include "bench/support/part.hpp"
 #include "bench/support/sqlite_file.hpp"
+#include "bench/support/work_folder.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
-using orvane_bench::MailSink;
-using orvane_bench::RunFigures;
+using namespace orvane_bench;
 
 constexpr double kWantedRatio = 10;
+constexpr int kRounds = 5;
 
-std::size_t FilesIn(const fs::path& folder) {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder)) ++count;
-  return count;
-}
+using Words = std::vector<std::string>;
 
-// Seconds of the job's whole run. Every reminder must have been written back, and its page sent and deleted.
-double JobSeconds(const fs::path& home, int mails) {
-  const RunFigures figures =
-      orvane_bench::RunMeasured(orvane_bench::ProgramFolder() / "orvane-host",
-                                {"run", "--home", home.string(), "--strict", "SolveOnNoResponse"});
-  orvane_bench::SqliteFile database(orvane_bench::DatabaseOf(home));
-  if (database.Number("SELECT count(*) FROM REMINDER WHERE T2_DATE IS NOT NULL") != mails) {
-    throw std::runtime_error("not every reminder was written back");
-  }
-  if (FilesIn(home / "Data" / "HTML") != 0)
-    throw std::runtime_error("a page was left behind, so a mail was not sent");
-  return figures.seconds;
+std::int64_t FilesIn(const fs::path& folder) {
+  return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
 
 void WriteLoopInput(const fs::path& work) {
-  std::ofstream(work / "document.xml") << orvane_bench::MailDocument();
+  std::ofstream(work / "document.xml") << MailDocument();
   std::ofstream body(work / "body");
-  for (const char c : orvane_bench::MailBody()) {
+  for (const char c : MailBody()) {
     if (c != '\r') body << c;
   }
   std::ofstream parameters(work / "parameters");
-  for (const auto& [label, text] : orvane_bench::Captions()) parameters << label << '\t' << text << '\n';
+  for (const auto& [label, text] : Captions()) parameters << label << '\t' << text << '\n';
 }
 
-struct Rates {
-  double job;    // seconds a mail
-  double shell;  // seconds a mail
-  double send;   // seconds a mail, sending alone
+// "job HOME MAILS"
+void Pass(const Words& words) {
+  Timed(std::stoll(words.at(1)), [&] { RunJob(words.at(0), "SolveOnNoResponse"); });
+}
+
+// "render SHEET MAILS": what the libraries behind a mail need by themselves, as are the next two.
+void Render(const Words& words) {
+  const int mails = std::stoi(words.at(1));
+  Timed(mails, [&] { RenderPages(words.at(0), mails); });
+}
+
+// "send PAGE FOLDER MAILS"
+void Send(const Words& words) {
+  const int mails = std::stoi(words.at(2));
+  Timed(mails, [&] {
+    SendMails({.sendUsing = CDO::SendUsing::Pickup, .pickupDirectory = words.at(1)}, words.at(0), mails);
+  });
+}
+
+// "statements HOME MAILS"
+void Statements(const Words& words) {
+  const int mails = std::stoi(words.at(1));
+  Timed(mails, [&] { RunStatementsOfMails(words.at(0), mails); });
+}
+
+class MailBench {
+ public:
+  MailBench(Bench& bench, int mails, int shellMails) : bench_(bench), mails_(mails), shellMails_(shellMails) {
+    fs::permissions(work_, static_cast<fs::perms>(0755));
+    WriteLoopInput(work_);
+  }
+
+  // `port` 0 means the pickup folder. The loop's ways stand in shell_loop.sh.
+  void Compare(const std::string& way, int port, const std::vector<std::string>& loopWays) {
+    const fs::path original = work_ / way / "home";
+    fs::create_directories(original.parent_path());
+    MakeDueSuite(original, mails_, port);
+    const fs::path sheet = original / "Orvane" / "Mail" / "Sheets" / "reminder.xsl";
+    std::vector<Trial> trials = {{"mails by " + way, Trial::Kind::Job, [&](const Build& build) {
+                                    return JobOnACopy(build, original, port == 0);
+                                  }}};
+    for (const std::string& loopWay : loopWays) {
+      trials.push_back({loopWay, Trial::Kind::Peer, [&, loopWay](const Build&) {
+                          const fs::path pickup = work_ / ("loop" + std::to_string(++copies_));
+                          fs::create_directory(pickup);
+                          return RunMeasured(ORVANE_SHELL_LOOP,
+                                             {work_.string(), sheet.string(), std::to_string(shellMails_),
+                                              loopWay, port == 0 ? pickup.string() : std::to_string(port)});
+                        }});
+    }
+    if (port == 0) AddParts(trials, original, sheet);
+    const Taken taken = bench_.Take("mail", trials, kRounds);
+    const Samples job = Each(taken.Whole("mails by " + way), mails_);
+    bench_.Tell("mail by " + way + ", job", "ms a mail", job);
+    for (const std::string& loopWay : loopWays) {
+      const bool judged = loopWay == "curl" || loopWay == "smtp";
+      bench_.Ratio("mail by " + way + ", shell loop (" + loopWay + ") to job",
+                   Each(taken.Whole(loopWay), shellMails_), job,
+                   judged ? std::optional(AtLeast(kWantedRatio)) : std::nullopt, "ms a mail");
+    }
+    for (const char* part : {"rendering", "sending", "statements"}) {
+      bench_.Ratio("mail by " + way + ", " + part + " alone to job", Each(taken.Own(part), mails_), job,
+                   std::nullopt, "ms a mail");
+    }
+  }
+
+ private:
+  static Samples Each(Samples seconds, int mails) {
+    for (double& sample : seconds) sample *= 1000.0 / mails;
+    return seconds;
+  }
+
+  // Every reminder must have been written back, and its page sent and deleted. The copies stay until the end,
+  // as making files right after others were deleted costs more.
+  Measured JobOnACopy(const Build& build, const fs::path& original, bool toPickup) {
+    const fs::path home = work_ / ("copy" + std::to_string(++copies_)) / "home";
+    fs::create_directories(home.parent_path());
+    fs::copy(original, home, fs::copy_options::recursive);
+    const Measured measured = build.Part({"job", home.string(), std::to_string(mails_)});
+    SqliteFile database(DatabaseOf(home));
+    if (database.Number("SELECT count(*) FROM REMINDER WHERE T2_DATE IS NOT NULL") != mails_) {
+      throw std::runtime_error("not every reminder was written back");
+    }
+    if (FilesIn(home / "Data" / "HTML") != 0)
+      throw std::runtime_error("a page was left behind, so a mail was not sent");
+    if (toPickup && FilesIn(PickupFolder(home)) != mails_)
+      throw std::runtime_error("mails are missing in the pickup folder");
+    return measured;
+  }
+
+  void AddParts(std::vector<Trial>& trials, const fs::path& original, const fs::path& sheet) {
+    const std::string mails = std::to_string(mails_);
+    trials.push_back({"rendering", Trial::Kind::Peer, [=](const Build& build) {
+                        return build.Part({"render", sheet.string(), mails});
+                      }});
+    trials.push_back({"sending", Trial::Kind::Peer, [this, mails](const Build& build) {
+                        const fs::path pickup = work_ / ("sent" + std::to_string(++copies_));
+                        fs::create_directory(pickup);
+                        // The page is the one that the loop rendered last.
+                        return build.Part({"send", (work_ / "page.htm").string(), pickup.string(), mails});
+                      }});
+    const fs::path ofStatements = work_ / "statements";
+    fs::copy(original, ofStatements, fs::copy_options::recursive);
+    trials.push_back({"statements", Trial::Kind::Peer, [=](const Build& build) {
+                        return build.Part({"statements", ofStatements.string(), mails});
+                      }});
+  }
+
+  Bench& bench_;
+  int mails_;
+  int shellMails_;
+  int copies_ = 0;
+  WorkFolder folder_;
+  fs::path work_ = folder_.Path();
 };
 
-void PrintLoop(const char* what, double shell, double job) {
-  std::printf("        %s: %.0f mails/s, ratio %.1f\n", what, 1 / shell, shell / job);
-}
-
-void Print(const char* way, const Rates& rates, double render, double database) {
-  const auto share = [&](double seconds) { return 100 * seconds / rates.job; };
-  std::printf("%-9s  job %7.0f mails/s   shell loop %5.0f mails/s   ratio %5.1f\n", way, 1 / rates.job,
-              1 / rates.shell, rates.shell / rates.job);
-  std::printf(
-      "        of %.2f ms a mail: rendering by itself %.0f %%, sending %.0f %%, the statements %.0f %%\n",
-      1000 * rates.job, share(render), share(rates.send), share(database));
-}
-
-int Run(int mails, int shellMails) {
-  const orvane_bench::WorkFolder folder;
-  fs::permissions(folder.Path(), static_cast<fs::perms>(0755));
-  const fs::path work = folder.Path();
-  const fs::path pickupHome = work / "pickup" / "home";
-  const fs::path shellPickup = work / "shell-pickup";
-  for (const fs::path& made : {pickupHome.parent_path(), shellPickup}) fs::create_directory(made);
-  WriteLoopInput(work);
-  orvane_bench::MakeDueSuite(pickupHome, mails, 0);
-  const fs::path sheet = pickupHome / "Orvane" / "Mail" / "Sheets" / "reminder.xsl";
-  const auto shell = [&](const std::string& way, const std::string& target) {
-    const RunFigures figures = orvane_bench::RunMeasured(
-        ORVANE_SHELL_LOOP, {work.string(), sheet.string(), std::to_string(shellMails), way, target});
-    return figures.seconds / shellMails;
-  };
-
-  Rates pickup{JobSeconds(pickupHome, mails) / mails, shell("curl", shellPickup.string()), 0};
-  const double synced = shell("synced", shellPickup.string());
-  const double written = shell("written", shellPickup.string());
-  if (FilesIn(orvane_bench::PickupFolder(pickupHome)) != static_cast<std::size_t>(mails)) {
-    throw std::runtime_error("mails are missing in the pickup folder");
-  }
-  const fs::path page = work / "page.htm";
-  pickup.send =
-      orvane_bench::SendSeconds(
-          {.sendUsing = CDO::SendUsing::Pickup, .pickupDirectory = shellPickup.string()}, page, mails) /
-      mails;
-  const double render = orvane_bench::RenderSeconds(sheet, mails) / mails;
-  const double database = orvane_bench::DatabaseSeconds(pickupHome, mails) / mails;
-  Print("pickup", pickup, render, database);
-  PrintLoop("the loop with each mail synced", synced, pickup.job);
-  PrintLoop("the loop without curl", written, pickup.job);
-  bool reached = pickup.shell >= kWantedRatio * pickup.job;
+void Measure(Bench& bench) {
+  MailBench mail(bench, static_cast<int>(bench.Size(0, 1'000, 200)), static_cast<int>(bench.Size(1, 100, 0)));
+  if (bench.Wanted("pickup")) mail.Compare("pickup", 0, {"curl", "synced", "written"});
   for (const auto& [kind, name] :
        {std::pair(MailSink::Kind::Aiosmtpd, "aiosmtpd"), {MailSink::Kind::SmtpSink, "smtp-sink"}}) {
+    if (!bench.Wanted(name)) continue;
     if (!MailSink::IsInstalled(kind)) {
       std::printf("%s is not installed\n", name);
       continue;
     }
     const MailSink sink(kind);
-    const fs::path home = work / name / "home";
-    fs::create_directory(home.parent_path());
-    orvane_bench::MakeDueSuite(home, mails, sink.Port());
-    Rates smtp{JobSeconds(home, mails) / mails, shell("smtp", std::to_string(sink.Port())), 0};
-    smtp.send =
-        orvane_bench::SendSeconds(
-            {.sendUsing = CDO::SendUsing::Port, .server = "127.0.0.1", .port = sink.Port()}, page, mails) /
-        mails;
-    Print(name, smtp, render, database);
-    reached = reached && smtp.shell >= kWantedRatio * smtp.job;
+    mail.Compare(name, sink.Port(), {"smtp"});
   }
-  if (!reached) std::printf("MISSED: at least %.0f times the shell loop\n", kWantedRatio);
-  return reached ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    return Run(argc > 1 ? std::atoi(argv[1]) : 1000, argc > 2 ? std::atoi(argv[2]) : 100);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_mail: %s\n", error.what());
-    return 2;
-  }
+  return RunProgram(argc, argv,
+                    {{"job", Pass}, {"render", Render}, {"send", Send}, {"statements", Statements}}, Measure);
 }

@@ -1,6 +1,5 @@
 #include "bench/mail/mail_parts.hpp"
 
-#include <chrono>
 #include <stdexcept>
 
 #include "bench/mail/mail_suite.hpp"
@@ -11,25 +10,14 @@
 #include "suite/load_xsls/load_xsls.hpp"
 
 namespace orvane_bench {
-namespace {
-
-template <class Action>
-double SecondsFor(int count, Action&& action) {
-  const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < count; ++i) action();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-}  // namespace
-
-double RenderSeconds(const std::filesystem::path& sheet, int count) {
+void RenderPages(const std::filesystem::path& sheet, int count) {
   automation::Runtime runtime;
   const automation::RuntimeScope scope(runtime);
   MSXML2::RegisterClasses(runtime.classes);
   OrvCommon::RegisterLoadXSLs(runtime.classes);
   const auto captions = Captions();
   const std::string text = MailDocument();
-  return SecondsFor(count, [&] {
+  for (int i = 0; i < count; ++i) {
     const auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
     document->loadXML(text);
     const auto processor = automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId)
@@ -39,15 +27,15 @@ double RenderSeconds(const std::filesystem::path& sheet, int count) {
     processor->setInput(document);
     processor->transform();
     if (processor->output().size() < 1000) throw std::runtime_error("no page was rendered");
-  });
+  }
 }
 
-double SendSeconds(const CDO::Settings& settings, const std::filesystem::path& page, int count) {
+void SendMails(const CDO::Settings& settings, const std::filesystem::path& page, int count) {
   automation::Runtime runtime;
   const automation::RuntimeScope scope(runtime);
   CDO::RegisterClasses(runtime.classes, settings);
   const std::string body = MailBody();
-  return SecondsFor(count, [&] {
+  for (int i = 0; i < count; ++i) {
     const auto message = automation::CreateObject<CDO::Message>("CDO.Message");
     message->setFrom("support@example.com");
     message->setTo("customer@example.org");
@@ -55,7 +43,7 @@ double SendSeconds(const CDO::Settings& settings, const std::filesystem::path& p
     message->AddAttachment(page.string());
     message->setTextBody(body);
     message->send();
-  });
+  }
 }
 
 }  // namespace orvane_bench

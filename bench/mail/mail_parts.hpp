@@ -7,10 +7,10 @@
 
 namespace orvane_bench {
 
-// Seconds to load the sheet and render the document `count` times, as the job does for each mail.
-double RenderSeconds(const std::filesystem::path& sheet, int count);
+// Loads the sheet and renders the document `count` times, as the job does for each mail.
+void RenderPages(const std::filesystem::path& sheet, int count);
 
-// Seconds to send the same mail, with its page, `count` times.
-double SendSeconds(const CDO::Settings& settings, const std::filesystem::path& page, int count);
+// Sends the same mail, with its page, `count` times.
+void SendMails(const CDO::Settings& settings, const std::filesystem::path& page, int count);
 
 }  // namespace orvane_bench

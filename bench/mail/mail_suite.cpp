@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "bench/support/bench_suite.hpp"
+#include "bench/product/bench_suite.hpp"
 #include "bench/support/child_process.hpp"
 #include "bench/support/sqlite_file.hpp"
 
@@ -154,10 +154,9 @@ void MakeDueSuite(const fs::path& home, int count, int smtpPort) {
   ReplaceInFile(configuration, "\"smtpserverport\">25", "\"smtpserverport\">" + std::to_string(smtpPort));
 }
 
-double DatabaseSeconds(const fs::path& home, int count) {
+void RunStatementsOfMails(const fs::path& home, int count) {
   SqliteFile database(DatabaseOf(home));
   database.Execute("PRAGMA synchronous=NORMAL");  // the provider's durability setting
-  const auto start = std::chrono::steady_clock::now();
   for (int i = 1; i <= count; ++i) {
     const std::string id = std::to_string(100000 + i);
     for (const auto& [label, text] : Captions()) {
@@ -181,7 +180,6 @@ double DatabaseSeconds(const fs::path& home, int count) {
     database.Execute("UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE Q_ID=" + id +
                      " AND R_STATUS=150");
   }
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 bool MailSink::IsInstalled(Kind kind) {

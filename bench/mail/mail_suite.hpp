@@ -21,8 +21,8 @@ std::string MailBody();
 void MakeDueSuite(const std::filesystem::path& home, int count, int smtpPort);
 std::filesystem::path PickupFolder(const std::filesystem::path& home);
 
-// The statements that one mail takes, on the database alone; seconds for `count` mails.
-double DatabaseSeconds(const std::filesystem::path& home, int count);
+// The statements that `count` mails take, on the database alone.
+void RunStatementsOfMails(const std::filesystem::path& home, int count);
 
 // A mail server on loopback that forgets what it takes.
 class MailSink {

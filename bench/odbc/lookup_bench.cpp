@@ -3,24 +3,23 @@
 #include <sql.h>
 #include <sqlext.h>
 
-#include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
 #include <functional>
 #include <stdexcept>
 #include <string>
 
 #include "bench/odbc/server_benches.hpp"
-#include "bench/support/bench_suite.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/support/part.hpp"
+#include "bench/support/work_folder.hpp"
 #include "common/localized_text.hpp"
 
 namespace orvane_bench {
 namespace {
 
 constexpr double kAllowedRatio = 1.5;
-constexpr int kCalls = 10'000;
-constexpr int kTurns = 5;
+constexpr int kRounds = 5;
+constexpr std::int64_t kWarmingCalls = 1'000;
 
 class BareQuery {
  public:
@@ -75,22 +74,37 @@ std::string Label(int i) {
   return "LBLQX" + std::to_string(1000 + i % 500);
 }
 
-double MicrosecondsACall(const std::function<std::string(const std::string&)>& read) {
-  const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < kCalls; ++i) {
-    if (const std::string text = read(Label(i)); text != "Text " + Label(i)) {
+void Read(std::int64_t calls, const std::function<std::string(const std::string&)>& read) {
+  for (std::int64_t i = 0; i < calls; ++i) {
+    const std::string label = Label(static_cast<int>(i));
+    if (const std::string text = read(label); text != "Text " + label) {
       throw std::runtime_error("read '" + text + "'");
     }
   }
-  const std::chrono::duration<double, std::micro> elapsed = std::chrono::steady_clock::now() - start;
-  return elapsed.count() / kCalls;
+}
+
+void TimedReads(std::int64_t calls, const std::function<std::string(const std::string&)>& read) {
+  Read(kWarmingCalls, read);
+  Timed(calls, [&] { Read(calls, read); });
 }
 
 }  // namespace
 
-bool CompareLookups(const orvane_test::Server& server, const std::string& name) {
-  const orvane_test::ServerDatabase database(server, name);
-  database.RunSchemaFile(name + ".sql");
+// "lookup HOME CALLS"
+void LookUp(const Words& words) {
+  const BenchSuite suite(words.at(0));
+  TimedReads(std::stoll(words.at(1)),
+             [](const std::string& label) { return OrvaneUtilities::GetI18NText(label, 1033); });
+}
+
+// "bare-lookup CONNECTION CALLS"
+void LookUpBare(const Words& words) {
+  BareQuery query(words.at(0), "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?");
+  TimedReads(std::stoll(words.at(1)), [&](const std::string& label) { return query.Text(label); });
+}
+
+void MeasureLookups(Bench& bench, const BenchServer& server) {
+  const BenchDatabase database(server);
   std::string rows;
   for (int i = 0; i < 500; ++i) {
     for (const char* locale : {"1033", "1031", "1043", "1041"}) {
@@ -99,23 +113,24 @@ bool CompareLookups(const orvane_test::Server& server, const std::string& name) 
     }
   }
   database.Execute("INSERT INTO I18NTEXT (LOCALEID, LABEL, TEXT) VALUES " + rows);
-  database.Execute(name == "postgresql" ? "ANALYZE I18NTEXT" : "ANALYZE TABLE I18NTEXT");
+  database.Analyse("I18NTEXT");
 
   const WorkFolder folder;
   MakeSuiteConfiguration(folder.Path(), database.ConnectionString());
-  const BenchSuite suite(folder.Path());
-  BareQuery query(database.ConnectionString(), "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?");
-  double call = 1e9;
-  double bare = 1e9;
-  for (int turn = 0; turn < kTurns; ++turn) {
-    bare = std::min(bare, MicrosecondsACall([&](const std::string& label) { return query.Text(label); }));
-    call = std::min(call, MicrosecondsACall([](const std::string& label) {
-                      return OrvaneUtilities::GetI18NText(label, 1033);
-                    }));
-  }
-  std::printf("%s: GetI18NText %.1f us a call, bare prepared query %.1f us, ratio %.2f (at most %.1f)\n",
-              name.c_str(), call, bare, call / bare, kAllowedRatio);
-  return call <= kAllowedRatio * bare;
+  const std::string calls = std::to_string(bench.Size(2, 10'000, 2'000));
+  const std::string name = "GetI18NText, " + calls + " calls";
+  const Taken taken = bench.Take(server.Name(),
+                                 {{name, Trial::Kind::Job,
+                                   [&](const Build& build) {
+                                     return build.Part({"lookup", folder.Path().string(), calls});
+                                   }},
+                                  {"bare", Trial::Kind::Peer,
+                                   [&](const Build& build) {
+                                     return build.Part({"bare-lookup", database.ConnectionString(), calls});
+                                   }}},
+                                 kRounds);
+  bench.Ratio(server.Name() + ", " + name + ", to the bare query", taken.Own(name), taken.Own("bare"),
+              AtMost(kAllowedRatio));
 }
 
 }  // namespace orvane_bench

@@ -1,49 +1,60 @@
-#include <chrono>
-#include <cstdio>
-
 #include "bench/odbc/server_benches.hpp"
-#include "platform/adodb/connection.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
-#include "platform/adodb/registration.hpp"
-#include "platform/automation/runtime.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/support/part.hpp"
 
 namespace orvane_bench {
 namespace {
 
 constexpr double kAllowedShare = 0.01;
-constexpr int kPhysical = 200;
-constexpr int kPooled = 50'000;
+constexpr int kRounds = 5;
+constexpr std::int64_t kPhysical = 100;
+constexpr std::int64_t kPooled = 20'000;
 
-template <class Action>
-double SecondsEach(int count, Action action) {
-  const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < count; ++i) action();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / count;
+Samples Each(Samples seconds, std::int64_t calls) {
+  for (double& sample : seconds) sample *= 1e6 / static_cast<double>(calls);
+  return seconds;
 }
 
 }  // namespace
 
-bool ComparePool(const orvane_test::Server& server, const std::string& name) {
-  const orvane_test::ServerDatabase database(server, name);
-  const std::string text = database.ConnectionString();
-  const auto provider = ADODB::odbc::MakeProvider();
-  const auto parsed = ADODB::engine::ConnectionString::Parse(text);
-  const double physical = SecondsEach(kPhysical, [&] { provider->Connect(parsed); });
-
-  automation::Runtime runtime;
-  const automation::RuntimeScope scope(runtime);
-  ADODB::RegisterClasses(runtime.classes, {provider});
-  // What a procedure of a job does around its work.
-  const double pooled = SecondsEach(kPooled, [&] {
-    const auto connection = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
-    connection->Open(text, "", "", -1);
+// "pooled CONNECTION": what a procedure of a job does around its work.
+void OpenPooled(const Words& words) {
+  const DatabaseClasses classes;
+  const auto open = [&] {
+    const auto connection = Connect(words.at(0));
     connection->SetIsolationLevel(ADODB::IsolationLevel::ReadCommitted);
     connection->Close();
+  };
+  open();  // the physical connection
+  Timed(kPooled, [&] {
+    for (std::int64_t i = 0; i < kPooled; ++i) open();
   });
-  const double share = pooled / physical;
-  std::printf("%s: open and close: physical %.1f us, pooled %.2f us, %.2f %% (less than %.0f %%)\n",
-              name.c_str(), physical * 1e6, pooled * 1e6, share * 100, kAllowedShare * 100);
-  return share < kAllowedShare;
+}
+
+// "physical CONNECTION"
+void OpenPhysical(const Words& words) {
+  OpenPhysicalConnection(words.at(0));  // loads the driver
+  Timed(kPhysical, [&] {
+    for (std::int64_t i = 0; i < kPhysical; ++i) OpenPhysicalConnection(words.at(0));
+  });
+}
+
+void MeasurePool(Bench& bench, const BenchServer& server) {
+  const BenchDatabase database(server);
+  const std::string connection = database.ConnectionString();
+  const Taken taken = bench.Take(server.Name(),
+                                 {{"open and close, pooled", Trial::Kind::Job,
+                                   [&](const Build& build) {
+                                     return build.Part({"pooled", connection});
+                                   }},
+                                  {"physical", Trial::Kind::Peer,
+                                   [&](const Build& build) {
+                                     return build.Part({"physical", connection});
+                                   }}},
+                                 kRounds);
+  bench.Ratio(server.Name() + ", open and close, pooled to physical",
+              Each(taken.Own("open and close, pooled"), kPooled), Each(taken.Own("physical"), kPhysical),
+              AtMost(kAllowedShare), "us");
 }
 
 }  // namespace orvane_bench

@@ -1,39 +1,39 @@
-// The benchmarks on database servers. Each prints its figures and says whether they are within its target.
+// The benchmarks on database servers.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
+#include <vector>
 
-#include "tests/servers/server_database.hpp"
+#include "bench/product/servers.hpp"
+#include "bench/support/bench.hpp"
 
 namespace orvane_bench {
 
-// A database with the suite's tables and `rows` prospects, of whom 30 % are dormant at a limit of 30 days.
-void FillProspects(const orvane_test::ServerDatabase& database, const std::string& server, std::int64_t rows);
+// Fills an empty database with prospects, of whom 30 % are dormant at a limit of 30 days.
+void FillProspects(const BenchDatabase& database, const std::string& server, std::int64_t rows);
 bool IsDormantRow(std::int64_t row);
-std::int64_t CountOf(const orvane_test::ServerDatabase& database, const std::string& condition);
 
 // The job against a C program that sends the same single-row deletes over the same driver, and, on MariaDB,
-// against pt-archiver where it is installed. `good` when it is within its targets.
-struct ExpirySeconds {
-  double job = 0;
-  double peer = 0;
-  bool good = false;
-};
-ExpirySeconds CompareDormantExpiry(const orvane_test::Server& server, const std::string& name,
-                                   std::int64_t rows);
-// One run of the job in the installation at `home`.
-int RunDormantJob(const std::filesystem::path& home);
+// against pt-archiver where it is installed. Without a target on a server that does not wait for the disk.
+void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t rows, bool durable);
 
 // Opening and closing a connection through the pool against opening and closing a physical one.
-bool ComparePool(const orvane_test::Server& server, const std::string& name);
+void MeasurePool(Bench& bench, const BenchServer& server);
 
 // A localized text through a connection of its own against the bare prepared query.
-bool CompareLookups(const orvane_test::Server& server, const std::string& name);
+void MeasureLookups(Bench& bench, const BenchServer& server);
 
-// The memory of a walk through a keyset cursor.
-bool MeasureWalk(const orvane_test::Server& server, const std::string& name, std::int64_t rows);
-int RunWalk(const std::string& connectionString, std::int64_t rows);
+// A walk through a keyset cursor, and its memory.
+void MeasureWalk(Bench& bench, const BenchServer& server, std::int64_t rows);
+
+// The parts that run in processes of their own.
+using Words = std::vector<std::string>;
+void RunDormantJob(const Words& words);
+void OpenPooled(const Words& words);
+void OpenPhysical(const Words& words);
+void LookUp(const Words& words);
+void LookUpBare(const Words& words);
+void RunWalk(const Words& words);
 
 }  // namespace orvane_bench

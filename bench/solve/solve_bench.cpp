@@ -2,43 +2,42 @@
 //
 //   bench_solve [ROWS [DUE]]      1,000,000 rows of which 1,000 are due when nothing is given
 //
-// The due rows are reminded: read, mailed as plain text into the pickup folder, written back. Fails when the
-// pass takes more than twice as long as the walk, or holds more than 128 MiB.
-#include <algorithm>
+// The due rows are reminded: read, mailed as plain text into the pickup folder, written back.
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "bench/support/bench_suite.hpp"
-#include "bench/support/child_process.hpp"
+#include "bench/product/bench_suite.hpp"
+#include "bench/product/job_run.hpp"
+#include "bench/support/bench.hpp"
+#include "bench/support/part.hpp"
 #include "bench/support/sqlite_file.hpp"
+#include "bench/support/work_folder.hpp"
 #include "platform/adodb/recordset.hpp"
-#include "platform/automation/runtime.hpp"
 
 namespace {
 
-using orvane_bench::RunFigures;
-using orvane_bench::SqliteFile;
+using namespace orvane_bench;
 namespace fs = std::filesystem;
 
 constexpr double kAllowedRatio = 2;
 constexpr double kAllowedMebibytes = 128;
-constexpr int kRounds = 3;
+constexpr int kRounds = 5;
+
+using Words = std::vector<std::string>;
 
 void Fill(const fs::path& home, std::int64_t rows, std::int64_t due) {
-  orvane_bench::RunMeasured(orvane_bench::ProgramFolder() / "orvane-host", {"init", home.string()});
+  RunMeasured(ProgramFolder() / "orvane-host", {"init", home.string()});
   const std::string count = std::to_string(rows);
   const std::string step = due == 0 ? "0" : std::to_string(rows / due);
   const std::string isDue = due == 0 ? "0" : "i % " + step + " = 0";
   const std::string numbers =
       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + count + ") ";
-  SqliteFile database(orvane_bench::DatabaseOf(home));
+  SqliteFile database(DatabaseOf(home));
   database.Execute(
       "BEGIN; UPDATE EMAIL SET Mail_HTML_File = 0;" + numbers +
       "INSERT INTO REMINDER (Q_ID, T1_DATE, T2_DATE, R_STATUS) SELECT i, CASE WHEN " + isDue +
@@ -58,41 +57,34 @@ void AddCustomer(const fs::path& home) {
   std::fclose(file);
 }
 
-// What the pass does to every row that is not due, without the pass around it.
-int Walk(const fs::path& home) {
-  const orvane_bench::BenchSuite suite(home);
-  const auto connection = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
-  connection->Open("Provider=SQLite;Data Source=" + orvane_bench::DatabaseOf(home).string(), "", "",
-                   ADODB::kOptionsUnspecified);
-  const auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-  rows->Open("SELECT * FROM REMINDER WHERE R_STATUS= 150", connection, ADODB::CursorType::Dynamic,
-             ADODB::LockType::Optimistic, ADODB::kOptionsUnspecified);
-  const ADODB::Field& id = rows->Fields().Item("Q_ID");
-  std::int64_t sum = 0;
-  for (; !rows->Eof(); rows->MoveNext()) sum += automation::ToInt32(id.Value());
-  std::printf("%lld\n", static_cast<long long>(sum));
-  rows->Close();
-  connection->Close();
-  return 0;
+// "walk HOME ROWS": what the pass does to every row that is not due, without the pass around it.
+void Walk(const Words& words) {
+  const BenchSuite suite(words.at(0));
+  std::int64_t seen = 0;
+  Timed(std::stoll(words.at(1)), [&] {
+    const auto connection = Connect("Provider=SQLite;Data Source=" + DatabaseOf(words.at(0)).string());
+    const auto rows = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+    rows->Open("SELECT * FROM REMINDER WHERE R_STATUS= 150", connection, ADODB::CursorType::Dynamic,
+               ADODB::LockType::Optimistic, ADODB::kOptionsUnspecified);
+    const ADODB::Field& id = rows->Fields().Item("Q_ID");
+    std::int64_t sum = 0;
+    for (; !rows->Eof(); rows->MoveNext(), ++seen) sum += automation::ToInt32(id.Value());
+    if (sum == 0) throw std::runtime_error("no rows were read");
+    rows->Close();
+    connection->Close();
+  });
+  if (seen != std::stoll(words.at(1))) throw std::runtime_error("the walk missed rows");
 }
 
-RunFigures MeasurePass(const fs::path& original, const fs::path& home, std::int64_t due) {
-  fs::create_directories(home.parent_path());
-  fs::copy(original, home, fs::copy_options::recursive);
-  const RunFigures figures =
-      orvane_bench::RunMeasured(orvane_bench::ProgramFolder() / "orvane-host",
-                                {"run", "--home", home.string(), "--strict", "SolveOnNoResponse"});
-  SqliteFile database(orvane_bench::DatabaseOf(home));
-  const auto mails =
-      std::distance(fs::directory_iterator(home / "mail" / "pickup"), fs::directory_iterator());
-  if (database.Number("SELECT count(*) FROM REMINDER WHERE T2_DATE IS NOT NULL") != due || mails != due) {
-    throw std::runtime_error("not every due row was reminded");
-  }
-  return figures;
+// "pass HOME ROWS"
+void Pass(const Words& words) {
+  Timed(std::stoll(words.at(1)), [&] { RunJob(words.at(0), "SolveOnNoResponse"); });
 }
 
-bool Compare(std::int64_t rows, std::int64_t due) {
-  const orvane_bench::WorkFolder folder;
+void Measure(Bench& bench) {
+  const std::int64_t rows = bench.Size(0, 1'000'000, 20'000);
+  const std::int64_t due = bench.Size(1, 1'000, 100);
+  const WorkFolder folder;
   const fs::path quiet = folder.Path() / "quiet" / "home";
   const fs::path busy = folder.Path() / "busy" / "home";
   for (const auto& [home, count] : {std::pair(quiet, std::int64_t{0}), std::pair(busy, due)}) {
@@ -100,44 +92,45 @@ bool Compare(std::int64_t rows, std::int64_t due) {
     Fill(home, rows, count);
     AddCustomer(home);
   }
-  RunFigures walk{1e9, 0};
-  RunFigures idle{1e9, 0};
-  RunFigures pass{1e9, 0};
-  const auto take = [](RunFigures& best, const RunFigures& figures) {
-    best.seconds = std::min(best.seconds, figures.seconds);
-    best.peakMebibytes = std::max(best.peakMebibytes, figures.peakMebibytes);
+  // Nothing is deleted before the last round: on ext4 without a journal the kernel looks at every inode that
+  // was freed a moment ago each time a file is made, and would charge the mails of one round for those
+  // before.
+  int copies = 0;
+  const auto pass = [&](const char* name, const fs::path& original, std::int64_t dueRows) {
+    return Trial{
+        name, Trial::Kind::Job, [&, original, dueRows](const Build& build) {
+          const fs::path home = folder.Path() / ("copy" + std::to_string(++copies)) / "home";
+          fs::create_directories(home.parent_path());
+          fs::copy(original, home, fs::copy_options::recursive);
+          const Measured measured = build.Part({"pass", home.string(), std::to_string(rows)});
+          const auto mails =
+              std::distance(fs::directory_iterator(home / "mail" / "pickup"), fs::directory_iterator());
+          SqliteFile database(DatabaseOf(home));
+          if (database.Number("SELECT count(*) FROM REMINDER WHERE T2_DATE IS NOT NULL") != dueRows ||
+              mails != dueRows) {
+            throw std::runtime_error("not every due row was reminded");
+          }
+          database.Execute("DROP TABLE REMINDER; VACUUM");  // most of the space
+          return measured;
+        }};
   };
-  for (int round = 0; round < kRounds; ++round) {
-    take(walk, orvane_bench::RunMeasured(orvane_bench::ProgramFolder() / "bench_solve",
-                                         {"--walk", quiet.string()}));
-    // Nothing is deleted before the last round: on ext4 without a journal the kernel looks at every inode
-    // that was freed a moment ago each time a file is made, and would charge the mails of one round for those
-    // before.
-    const std::string number = std::to_string(round);
-    take(idle, MeasurePass(quiet, folder.Path() / ("quiet" + number) / "home", 0));
-    take(pass, MeasurePass(busy, folder.Path() / ("busy" + number) / "home", due));
-  }
-  const double ratio = pass.seconds / walk.seconds;
-  std::printf(
-      "solve on no response, %lld rows: walk %.2f s; pass with none due %.2f s; with %lld due %.2f s, ratio "
-      "%.2f (at "
-      "most %.1f); peak memory %.1f MiB (at most %.0f)\n",
-      static_cast<long long>(rows), walk.seconds, idle.seconds, static_cast<long long>(due), pass.seconds,
-      ratio, kAllowedRatio, pass.peakMebibytes, kAllowedMebibytes);
-  return ratio <= kAllowedRatio && pass.peakMebibytes <= kAllowedMebibytes;
+  const Trial walk{"walk", Trial::Kind::Peer, [&](const Build& build) {
+                     return build.Part({"walk", quiet.string(), std::to_string(rows)});
+                   }};
+  const std::string name = "solve on no response, " + std::to_string(rows) + " rows";
+  const std::string busyName = "pass with " + std::to_string(due) + " due";
+  const Taken taken = bench.Take(
+      name, {walk, pass("pass with none due", quiet, 0), pass(busyName.c_str(), busy, due)}, kRounds);
+  bench.Tell(name + ", walk", "s", taken.Own("walk"));
+  bench.Ratio(name + ", pass with none due to the walk", taken.Own("pass with none due"), taken.Own("walk"),
+              AtMost(kAllowedRatio));
+  bench.Ratio(name + ", " + busyName + ", to the walk", taken.Own(busyName), taken.Own("walk"),
+              AtMost(kAllowedRatio));
+  bench.Limit(name + ", peak memory", "MiB", taken.Peak(busyName), AtMost(kAllowedMebibytes));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments.size() == 2 && arguments[0] == "--walk") return Walk(arguments[1]);
-    const std::int64_t rows = arguments.empty() ? 1'000'000 : std::atoll(arguments[0].c_str());
-    const std::int64_t due = arguments.size() < 2 ? 1'000 : std::atoll(arguments[1].c_str());
-    return Compare(rows, due) ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_solve: %s\n", error.what());
-    return 70;
-  }
+  return RunProgram(argc, argv, {{"walk", Walk}, {"pass", Pass}}, Measure);
 }

@@ -1,10 +1,7 @@
-#include "bench/support/bench_suite.hpp"
-
-#include <stdlib.h>
+#include "bench/product/bench_suite.hpp"
 
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 #include "bench/support/sqlite_file.hpp"
 #include "platform/adodb/providers/odbc/provider.hpp"
@@ -17,17 +14,6 @@
 #include "suite/sql_conversion/sql_conversion.hpp"
 
 namespace orvane_bench {
-
-WorkFolder::WorkFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "orvane-bench-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder: " + pattern);
-  path_ = pattern;
-}
-
-WorkFolder::~WorkFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 std::filesystem::path DatabaseOf(const std::filesystem::path& home) {
   return home / "db" / "orvane.sqlite";
@@ -61,6 +47,17 @@ BenchSuite::BenchSuite(const std::filesystem::path& home) : scope_(runtime_) {
   Vantrel::RegisterConfiguration(runtime_.classes, home);
   Vantrel::RegisterLog(runtime_.classes, home / "Vantrel.log");
   OrvCommon::RegisterSqlConversion(runtime_.classes);
+}
+
+DatabaseClasses::DatabaseClasses(const std::filesystem::path& folder) : scope_(runtime_) {
+  ADODB::RegisterClasses(runtime_.classes,
+                         {ADODB::sqlite::MakeProvider(folder), ADODB::odbc::MakeProvider()});
+}
+
+ADODB::ConnectionPtr Connect(const std::string& connectionString) {
+  auto connection = automation::CreateObject<ADODB::Connection>("ADODB.Connection");
+  connection->Open(connectionString, "", "", ADODB::kOptionsUnspecified);
+  return connection;
 }
 
 }  // namespace orvane_bench

@@ -1,26 +1,14 @@
-// An installation on the embedded database, as the host would run it.
+// Installations on the embedded database, and the surroundings of job code in them.
 #pragma once
 
 #include <filesystem>
-#include <memory>
+#include <string>
 #include <string_view>
 
+#include "platform/adodb/connection.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace orvane_bench {
-
-// A folder that is removed with its content at the end of the program's run.
-class WorkFolder {
- public:
-  WorkFolder();
-  ~WorkFolder();
-  WorkFolder(const WorkFolder&) = delete;
-  WorkFolder& operator=(const WorkFolder&) = delete;
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 std::filesystem::path DatabaseOf(const std::filesystem::path& home);
 
@@ -38,5 +26,18 @@ class BenchSuite {
   automation::Runtime runtime_;
   automation::RuntimeScope scope_;
 };
+
+// A runtime with the database classes alone, current for the thread; "\" in paths begins at `folder`.
+class DatabaseClasses {
+ public:
+  explicit DatabaseClasses(const std::filesystem::path& folder = "/");
+
+ private:
+  automation::Runtime runtime_;
+  automation::RuntimeScope scope_;
+};
+
+// Opens a connection of job code.
+ADODB::ConnectionPtr Connect(const std::string& connectionString);
 
 }  // namespace orvane_bench
