@@ -235,7 +235,9 @@ TEST_F(SqliteProviderTest, GivesAValueInAnotherFormAsItIs) {
   EXPECT_EQ(rows->Value("C"), Variant("many"));
   EXPECT_EQ(rows->Value("D"), Variant("x"));
   rows->MoveNext();
-  EXPECT_EQ(rows->Value("A"), Variant(5));
+  // Whoever takes the number 5 for a date gets the year 1900.
+  EXPECT_EQ(rows->Value("A"), Variant("5"));
+  EXPECT_EQ(ErrorOf([&] { automation::ToDateTime(rows->Value("A")); }).Number(), 13);
   EXPECT_EQ(rows->Value("B"), Variant(true));
   EXPECT_EQ(rows->Value("C"), Variant(2.5));
   EXPECT_EQ(rows->Value("D"), Variant(7.0));
@@ -256,6 +258,35 @@ TEST_F(SqliteProviderTest, NeverComparesAValueThatIsNoDateAsOne) {
   EXPECT_THAT(
       ErrorOf([&] { Open("select A from T where dateadd(d,2147483647,E)<'7-26-2004'"); }).Description(),
       HasSubstr("overflow"));
+}
+
+TEST_F(SqliteProviderTest, ComparesOnlyDatesWithATimestamp) {
+  orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
+  database.Run(
+      "CREATE TABLE T(A INTEGER PRIMARY KEY, E DATETIME);"
+      "INSERT INTO T VALUES(1,'2004-07-16 09:05:02'),(2,'2004-07-16T09:05:02'),(3,'2004-07-16'),"
+      "(4,'2004-07-16 09:05:02.999'),(5,'2004-07-16 09:04'),(6,'2004-07-16T09:05:02.5'),"
+      "(7,'2004-07-16 09:05:03'),(8,'2004-07-16T09:05:03'),(9,'2004-07-16 09:05:03.000'),(10,'2004-07-17');"
+      "INSERT INTO T(E) VALUES(''),(' "
+      "'),('0'),(0),(1),(2453203.5),(1089968702),(NULL),(X'323030342D30312D3031'),"
+      "('01/02/2003'),('2003'),('2003-01'),('20030102'),('2003-02-31'),('2003-13-01'),('0000-00-00 "
+      "00:00:00'),"
+      "('2003-01-01 25:00:00'),(' 2003-01-01'),('2003-01-01 '),('2003-01-01T00:00:00Z'),"
+      "('2003-01-01 00:00:00+02:00'),('12:30'),('-1'),('yesterday'),('NULL')");
+  const auto found = [&](const ADODB::Statement& sql) {
+    std::string ids;
+    for (const auto rows = Open(sql); !rows->Eof(); rows->MoveNext())
+      ids += automation::ToText(rows->Value(0)) + " ";
+    return ids;
+  };
+  EXPECT_EQ(found("SELECT A FROM T WHERE E < {ts '2004-07-16 09:05:03'} ORDER BY A"), "1 2 3 4 5 6 ");
+  EXPECT_EQ(found("SELECT A FROM T WHERE {ts '2004-07-16 09:05:03'} > T.E ORDER BY A"), "1 2 3 4 5 6 ");
+  EXPECT_EQ(found("SELECT A FROM T WHERE A < 100 AND (E <= {ts '2004-07-16 09:05:03'}) ORDER BY A"),
+            "1 2 3 4 5 6 7 8 9 ");
+  EXPECT_EQ(found("SELECT A FROM T WHERE E>{ts '2004-07-16 09:05:03'}"), "10 ");
+  EXPECT_EQ(found("SELECT A FROM T WHERE E={ts '2004-07-16 09:05:03'} ORDER BY A"), "7 8 9 ");
+  EXPECT_EQ(found("SELECT A FROM T WHERE dateadd(d,1,E)<{ts '2004-07-17 09:05:03'} ORDER BY A"),
+            "1 2 3 4 5 6 ");
 }
 
 TEST_F(SqliteProviderTest, WalksInTheOrderInWhichTheEngineWould) {

@@ -48,6 +48,36 @@ TEST_F(NeverSubmittedQuestionsTest, GoWithTheirRowsAndFolders) {
   EXPECT_THAT(Messages(), IsEmpty());
 }
 
+// Forms in which a hand-made table may hold a date, or something that is none.
+struct StoredDate {
+  const char* text;
+  bool isOld;
+};
+
+class StoredDatesTest : public CleanUpTest, public testing::WithParamInterface<StoredDate> {};
+
+TEST_P(StoredDatesTest, OnlyADateIsEverOlderThanTheCutoff) {
+  AddQuestion(17, 0, GetParam().text);
+  AddDataFile(18, "a.txt", 1, GetParam().text);
+  AddFile("SRATTACHMENTS/17Q/a.txt");
+  AddFile("SRATTACHMENTS/18Q/a.txt");
+  Run();
+  EXPECT_EQ(Questions().empty(), GetParam().isOld);
+  EXPECT_EQ(DataFiles().empty(), GetParam().isOld);
+  EXPECT_EQ(Exists("SRATTACHMENTS/17Q/a.txt"), !GetParam().isOld);
+  EXPECT_EQ(Exists("SRATTACHMENTS/18Q/a.txt"), !GetParam().isOld);
+  EXPECT_THAT(Messages(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms, StoredDatesTest,
+    testing::Values(StoredDate{kOld, true}, StoredDate{"2004-07-25", true},
+                    StoredDate{"2004-07-25T09:05:02", true}, StoredDate{"2004-07-25 09:05:02.999", true},
+                    StoredDate{"2004-07-25T09:05:03", false}, StoredDate{"", false}, StoredDate{"0", false},
+                    StoredDate{"01/02/2030", false}, StoredDate{"01/02/2003", false},
+                    StoredDate{"2003-02-31", false}, StoredDate{"2003", false}, StoredDate{"-1", false},
+                    StoredDate{"2003-01-01T00:00:00Z", false}, StoredDate{"2452640.5", false}));
+
 TEST_F(NeverSubmittedQuestionsTest, AreDeletedByOneStatementForEachTable) {
   AddQuestion(17, 0, kOld);
   AddQuestion(18, 0, kOld);

@@ -23,7 +23,7 @@ class Dialect {
 
   // --- The suite's tokens in this engine's spelling. Arguments are finished SQL of this engine. ---
 
-  // True for the suite's own engine: statements are sent as they stand and none of the next four is called.
+  // True for the suite's own engine: statements are sent as they stand and none of the next five is called.
   virtual bool TakesTextUnchanged() const { return false; }
   // dateadd(d,days,moment): the moment moved by whole days, fractions of a second kept.
   virtual std::string DaysLater(std::string_view days, std::string_view moment) const = 0;
@@ -34,6 +34,10 @@ class Dialect {
   // {ts '2004-07-26 09:05:03'}, and a local date-time text that is compared with a date: a literal that the
   // engine compares with its date columns. `text` is "YYYY-MM-DD HH:MM:SS", maybe with a fraction.
   virtual std::string Timestamp(std::string_view text) const = 0;
+
+  // A value that is compared with a {ts} literal, so that what is no date meets no such comparison. As it is
+  // where the engine has a date type of its own.
+  virtual std::string ComparedMoment(std::string_view value) const { return std::string(value); }
 
   // True where a DELETE looks into its "in (select ...)" once for each row of the whole table, unless it
   // names the table a second time: "DELETE t FROM t WHERE ...", which may go from the subquery's rows to the

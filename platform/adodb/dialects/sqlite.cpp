@@ -29,6 +29,11 @@ class Sqlite : public Dialect {
 
   std::string Timestamp(std::string_view text) const override { return "'" + std::string(text) + "'"; }
 
+  // Dates are texts here, and any other text or number compares with one as well.
+  std::string ComparedMoment(std::string_view value) const override {
+    return std::string("orvane_moment(").append(value).append(")");
+  }
+
   // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).
   std::string ComparisonKey(std::string_view text, const Column& column) const override {
     std::string key(text);

@@ -33,7 +33,7 @@ class Rows {
   // Value of a column of the current row, or Null. By Column::type: Boolean is bool; Integer is std::int32_t
   // where it fits, std::int64_t where it does not; Decimal is one of these for a whole number, double
   // otherwise; Double is double; DateTime is DateTime; Text and Binary are text. A value that is stored in
-  // another form than the column declares comes as what it is.
+  // another form than the column declares comes as what it is, but a number in a date column comes as a text.
   virtual automation::Variant Value(std::size_t column) const = 0;
   // The same, put into a variant whose memory may be used again.
   virtual void Read(std::size_t column, automation::Variant& into) const { into = Value(column); }

@@ -93,8 +93,26 @@ class Translator {
       out += LocalDate(at);
       return at + 1;
     }
+    if (const Operand other = OtherSide(first, end); other.end > other.begin) {
+      const bool literalFirst = IsTimestamp(first.begin, first.end);
+      out += literalFirst ? RenderOperand(first) : dialect_.ComparedMoment(RenderOperand(first));
+      Gap(0, first.end, out);
+      out += tokens_[first.end].In(sql_);
+      Gap(0, other.begin, out);
+      out += literalFirst ? dialect_.ComparedMoment(RenderOperand(other)) : RenderOperand(other);
+      return other.end;
+    }
     out += RenderOperand(first);
     return first.end;
+  }
+
+  // What an operand is compared with, when one of the two is a {ts '...'}; nothing otherwise.
+  Operand OtherSide(const Operand& operand, std::size_t end) const {
+    if (!IsComparison(operand.end, end)) return {};
+    const std::size_t next = operand.end + 1;
+    const Operand other{next, OperandEnd(next, end)};
+    const bool moment = IsTimestamp(operand.begin, operand.end) || IsTimestamp(other.begin, other.end);
+    return moment ? other : Operand{};
   }
 
   // Operands joined by "+", from `at`. The vector is the translator's own, reused from call to call.

@@ -15,14 +15,27 @@ std::string_view TextOf(sqlite3_value* value) {
   return {static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
+void GiveText(sqlite3_context* context, const std::string& text) {
+  sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+void Moment(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
+  if (sqlite3_value_type(arguments[0]) != SQLITE_TEXT) return;
+  try {
+    if (const auto moment = engine::ParseIso(TextOf(arguments[0])))
+      GiveText(context, engine::IsoText(*moment));
+  } catch (...) {
+    sqlite3_result_error_nomem(context);
+  }
+}
+
 void AddDays(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
   if (sqlite3_value_type(arguments[0]) == SQLITE_NULL || sqlite3_value_type(arguments[1]) != SQLITE_TEXT)
     return;
   try {
     const auto moment = engine::ParseIso(TextOf(arguments[1]));
     if (!moment) return;
-    const std::string text = engine::IsoText(automation::AddDays(*moment, sqlite3_value_int64(arguments[0])));
-    sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+    GiveText(context, engine::IsoText(automation::AddDays(*moment, sqlite3_value_int64(arguments[0]))));
   } catch (const automation::Error&) {
     sqlite3_result_error(context, "Adding a value to a 'datetime' column caused an overflow.", -1);
   } catch (...) {
@@ -33,10 +46,13 @@ void AddDays(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
 }  // namespace
 
 void RegisterFunctions(sqlite3* database) {
-  const int code =
-      sqlite3_create_function_v2(database, "orvane_adddays", 2, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr,
-                                 &AddDays, nullptr, nullptr, nullptr);
-  if (code != SQLITE_OK) throw ErrorOf(database, code);
+  const auto add = [database](const char* name, int count, auto* function) {
+    const int code = sqlite3_create_function_v2(database, name, count, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                                nullptr, function, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) throw ErrorOf(database, code);
+  };
+  add("orvane_adddays", 2, &AddDays);
+  add("orvane_moment", 1, &Moment);
 }
 
 }  // namespace ADODB::sqlite

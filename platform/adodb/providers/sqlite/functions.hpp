@@ -7,6 +7,8 @@ namespace ADODB::sqlite {
 
 // orvane_adddays(days, moment): the stored date-time `moment` moved by whole days, in the stored form again;
 // NULL for NULL and for a value that is no date.
+// orvane_moment(moment): the stored date-time in the one form in which texts compare as moments do; NULL for
+// NULL and for a value that is no date.
 void RegisterFunctions(sqlite3* database);
 
 }  // namespace ADODB::sqlite

@@ -69,7 +69,16 @@ ColumnType TypeOfDeclaration(std::string_view declaration) {
 }
 
 void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& into) {
-  switch (sqlite3_column_type(statement, place)) {
+  const int stored = sqlite3_column_type(statement, place);
+  // A number is a date to whoever converts it: 0 the 30th of December 1899, older than anything. As a text it
+  // is none.
+  if (type == ColumnType::DateTime && (stored == SQLITE_INTEGER || stored == SQLITE_FLOAT)) {
+    const void* text = sqlite3_column_text(statement, place);
+    into.SetText(
+        {static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_column_bytes(statement, place))});
+    return;
+  }
+  switch (stored) {
     case SQLITE_NULL:
       into = Variant::Null();
       break;
