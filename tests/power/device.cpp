@@ -200,7 +200,7 @@ Tree Device::AfterCut(unsigned seed) const {
   std::mt19937_64 draw(seed * 1'000'003ULL + applied_);
   std::vector<Item> items = items_;
   for (Item& item : items) {
-    const int chance = DrawChance(draw);
+    const int chance = seed == kNamesAlone ? 0 : seed == kBytesAlone ? 100 : DrawChance(draw);
     for (const Piece& piece : item.pieces) {
       if (Drawn(chance, draw)) {
         Take(piece, item);
@@ -213,7 +213,9 @@ Tree Device::AfterCut(unsigned seed) const {
   NameChanges lost;
   for (const NameChange& change : nameChanges_) {
     const Node folder = change.names.back().folder;
-    if (!chances.contains(folder)) chances[folder] = DrawChance(draw);
+    if (!chances.contains(folder)) {
+      chances[folder] = seed == kNamesAlone ? 100 : seed == kBytesAlone ? 0 : DrawChance(draw);
+    }
     const bool baseless = std::any_of(lost.begin(), lost.end(),
                                       [&](const NameChange& other) { return MeetOnAName(other, change); });
     if (baseless || !Drawn(chances[folder], draw)) {

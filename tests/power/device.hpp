@@ -43,8 +43,11 @@ class Device {
 
   void Apply(const Change& change);
 
-  // After a power cut now. Seed 0: all that was not synced is gone. With another seed each of its pieces is
-  // kept, lost or torn, as drawn from the seed and the number of changes so far.
+  // After a power cut now. Seed 0: all that was not synced is gone; kNamesAlone: all names are kept, and of
+  // the bytes what was synced; kBytesAlone: the other way round. With another seed each piece is kept, lost
+  // or torn, as drawn from the seed and the number of changes so far.
+  static constexpr unsigned kNamesAlone = 1;
+  static constexpr unsigned kBytesAlone = 2;
   Tree AfterCut(unsigned seed) const;
   // After an orderly end: everything is kept.
   Tree AfterSync() const;

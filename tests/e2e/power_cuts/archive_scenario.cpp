@@ -20,6 +20,7 @@ class ArchiveScenario final : public Scenario {
 
   void PutFiles() override {
     for (const Person& person : ThreeCustomers()) suite_.AddPerson(person.id, "orvaneBusinessPartner: 7\n");
+    fs::remove_all(suite_.Home() / "Data");  // the job makes the folders
     if (onAFarm_) fs::create_directory(suite_.Root() / "shared");
   }
 

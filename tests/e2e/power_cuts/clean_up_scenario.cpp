@@ -82,8 +82,9 @@ class CleanUpScenario final : public Scenario {
     EXPECT_THAT(Column("select PREVIEWID from PREVIEW"), IsEmpty()) << when;
     EXPECT_THAT(Column("select Q_ID from QUESTIONS order by Q_ID"), ElementsAre("18", "20")) << when;
     // A folder that went while its row came back ends that purge (76), whatever is due behind it; see docs.
+    // A request that went alone leaves the row of its attachment, which is too young to go by itself.
     if (!testing::Value(Errors(), testing::HasSubstr("Path not found (76)"))) {
-      EXPECT_THAT(Column("select FILENAME from DATAFILES"), ElementsAre("young.txt")) << when;
+      EXPECT_THAT(Column("select FILENAME from DATAFILES"), IsSubsetOf({"a.txt", "young.txt"})) << when;
     }
     // A folder that came back while its row went is nobody's.
     Strings possible = KeptFiles();
