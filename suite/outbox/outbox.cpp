@@ -6,9 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "platform/automation/error.hpp"
 #include "platform/base/descriptor.hpp"
@@ -40,7 +42,19 @@ bool EndsALine(int descriptor, off_t size) {
   return pread(descriptor, &last, 1, size - 1) == 1 && last == '\n';
 }
 
-int Append(const std::filesystem::path& file, std::string_view line) {
+// 0, errno, or EWOULDBLOCK when another program has kept the lock for all of `patience`.
+int Lock(int descriptor, std::chrono::milliseconds patience) {
+  constexpr std::chrono::milliseconds kNap{20};
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return errno;
+    if (std::chrono::steady_clock::now() >= deadline) return EWOULDBLOCK;
+    std::this_thread::sleep_for(kNap);
+  }
+  return 0;
+}
+
+int Append(const std::filesystem::path& file, std::string_view line, std::chrono::milliseconds patience) {
   int opened = OpenForAppending(file);
   if (opened < 0 && errno == ENOENT) {
     mkdir(file.parent_path().c_str(), 0777);
@@ -48,8 +62,9 @@ int Append(const std::filesystem::path& file, std::string_view line) {
   }
   if (opened < 0) return errno;
   const base::Descriptor descriptor(opened);
+  if (const int failure = Lock(opened, patience)) return failure;
   struct stat before {};
-  if (flock(opened, LOCK_EX) != 0 || fstat(opened, &before) != 0) return errno;
+  if (fstat(opened, &before) != 0) return errno;
   // A file that holds a line has its name on the disk. One without may be new, and so may its folder.
   if (before.st_size == 0) {
     const std::filesystem::path folder = file.parent_path();
@@ -66,12 +81,14 @@ int Append(const std::filesystem::path& file, std::string_view line) {
 
 }  // namespace
 
-void AppendToOutbox(const std::filesystem::path& file, std::string_view line, std::string_view errorSource) {
-  const int failure = Append(file, line);
+void AppendToOutbox(const std::filesystem::path& file, std::string_view line, std::string_view errorSource,
+                    std::chrono::milliseconds patience) {
+  const int failure = Append(file, line, patience);
   if (failure == 0) return;
+  const std::string reason =
+      failure == EWOULDBLOCK ? "another program keeps it locked" : std::generic_category().message(failure);
   throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
-                          std::string(errorSource),
-                          file.string() + ": " + std::generic_category().message(failure));
+                          std::string(errorSource), file.string() + ": " + reason);
 }
 
 }  // namespace suite

@@ -1,14 +1,22 @@
 #include "suite/outbox/outbox.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <filesystem>
 #include <string>
+#include <system_error>
+#include <thread>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/descriptor.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace suite {
@@ -35,14 +43,43 @@ TEST_F(OutboxTest, BeginsANewLineBehindOneThatWasCutOff) {
 
 TEST_F(OutboxTest, AFileThatCannotBeWrittenIsNamed) {
   std::filesystem::create_directories(file_);  // a folder where the file should be
-  try {
-    AppendToOutbox(file_, "{1}\n", "Source");
-    FAIL();
-  } catch (const automation::Error& error) {
-    EXPECT_EQ(error.Number(), 75);
-    EXPECT_EQ(error.Source(), "Source");
-    EXPECT_EQ(error.Description(), file_.string() + ": Is a directory");
-  }
+  const automation::Error error = orvane_test::ErrorOf([&] { AppendToOutbox(file_, "{1}\n", "Source"); });
+  EXPECT_EQ(error.Number(), 75);
+  EXPECT_EQ(error.Source(), "Source");
+  EXPECT_EQ(error.Description(), file_.string() + ": Is a directory");
+}
+
+TEST_F(OutboxTest, ALockIsNotWaitedForWithoutEnd) {
+  AppendToOutbox(file_, "{1}\n", "Source");
+  const base::Descriptor holder(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(holder.Get(), LOCK_EX), 0);
+  const automation::Error error =
+      orvane_test::ErrorOf([&] { AppendToOutbox(file_, "{2}\n", "Source", std::chrono::milliseconds(50)); });
+  EXPECT_EQ(error.Number(), 75);
+  EXPECT_EQ(error.Source(), "Source");
+  EXPECT_EQ(error.Description(), file_.string() + ": another program keeps it locked");
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n");
+}
+
+TEST_F(OutboxTest, ALockIsWaitedForAsLongAsAProgramMayNeedIt) {
+  AppendToOutbox(file_, "{1}\n", "Source");
+  base::Descriptor holder(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(holder.Get(), LOCK_EX), 0);
+  std::thread writer([&] { AppendToOutbox(file_, "{2}\n", "Source"); });
+  // The writer has the file open, and so is about to wait or waits.
+  const auto openOnes = [&] {
+    long count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      if (std::filesystem::read_symlink(entry.path(), gone) == file_) ++count;
+    }
+    return count;
+  };
+  while (openOnes() < 2) std::this_thread::yield();
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n");
+  holder = base::Descriptor();
+  writer.join();
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n{2}\n");
 }
 
 // The limit on the size of files stands in for a full disk: the line is cut short in the middle.
