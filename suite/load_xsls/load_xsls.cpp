@@ -38,30 +38,32 @@ MSXML2::XSLTemplatePtr Prepared(std::string_view path) {
 
 class SheetLoader final : public LoadXSLs {
  public:
-  explicit SheetLoader(std::shared_ptr<PreparedSheets> sheets) : sheets_(std::move(sheets)) {}
+  SheetLoader(std::shared_ptr<PreparedSheets> sheets, FileClock clock)
+      : sheets_(std::move(sheets)), clock_(std::move(clock)) {}
 
   // Every sheet lies at its own path; the purpose chooses nothing.
   MSXML2::XSLTemplatePtr LoadOrvaneTemplate(std::string_view path, std::string_view) override {
     const std::filesystem::path file = suite::NativePath(path, std::filesystem::current_path());
-    const std::optional<std::string> state = FolderState(file);
+    const std::optional<std::string> state = FolderState(file, clock_());
     if (!state) return Prepared(path);
     MSXML2::XSLTemplatePtr prepared = sheets_->Find(file.string(), *state);
     if (prepared) return prepared;
     prepared = Prepared(path);
     // Kept only where nothing changed while it was read.
-    if (FolderState(file) == state) sheets_->Keep(file.string(), *state, prepared);
+    if (FolderState(file, clock_()) == state) sheets_->Keep(file.string(), *state, prepared);
     return prepared;
   }
 
  private:
   std::shared_ptr<PreparedSheets> sheets_;
+  const FileClock clock_;
 };
 
 }  // namespace
 
-void RegisterLoadXSLs(automation::ClassTable& classes) {
-  classes.Register(kLoadXSLsProgId, [sheets = std::make_shared<PreparedSheets>()] {
-    return std::make_shared<SheetLoader>(sheets);
+void RegisterLoadXSLs(automation::ClassTable& classes, FileClock clock) {
+  classes.Register(kLoadXSLsProgId, [sheets = std::make_shared<PreparedSheets>(), clock = std::move(clock)] {
+    return std::make_shared<SheetLoader>(sheets, clock);
   });
 }
 

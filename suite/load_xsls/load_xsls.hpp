@@ -1,13 +1,19 @@
 // The stand-in of the suite's style-sheet loader, on the platform's XML classes.
 #pragma once
 
+#include <ctime>
+#include <functional>
+
 #include "platform/automation/class_table.hpp"
 
 namespace OrvCommon {
 
 // "OrvCommon.LoadXSLs". A sheet that was prepared before is handed out again while no file of its folder has
 // changed, since preparing takes several times as long as rendering a mail. The current runtime must have
-// "MSXML2.DOMDocument" and "MSXML2.XSLTemplate".
-void RegisterLoadXSLs(automation::ClassTable& classes);
+// "MSXML2.DOMDocument" and "MSXML2.XSLTemplate". `clock` tells which files changed so lately that their times
+// do not tell of a further change.
+using FileClock = std::function<std::time_t()>;
+void RegisterLoadXSLs(
+    automation::ClassTable& classes, FileClock clock = [] { return std::time(nullptr); });
 
 }  // namespace OrvCommon

@@ -23,11 +23,10 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
-std::optional<std::string> StateOf(const std::filesystem::path& folder) {
+std::optional<std::string> StateOf(const std::filesystem::path& folder, std::time_t now) {
   const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.c_str()));
   if (!entries) return std::nullopt;
   std::vector<std::string> files;
-  const std::time_t now = std::time(nullptr);
   while (const dirent* entry = readdir(entries.get())) {
     struct stat status {};
     if (fstatat(dirfd(entries.get()), entry->d_name, &status, 0) != 0) return std::nullopt;
@@ -59,9 +58,9 @@ std::optional<std::string> StateOf(const std::filesystem::path& folder) {
 
 }  // namespace
 
-std::optional<std::string> FolderState(const std::filesystem::path& sheet) {
+std::optional<std::string> FolderState(const std::filesystem::path& sheet, std::time_t now) {
   try {
-    return StateOf(sheet.parent_path());
+    return StateOf(sheet.parent_path(), now);
   } catch (const std::system_error&) {
     return std::nullopt;  // a file that cannot be read
   }

@@ -1,6 +1,7 @@
 // Style sheets that were prepared before, for as long as their files stay as they were.
 #pragma once
 
+#include <ctime>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -13,8 +14,8 @@ namespace OrvCommon {
 
 // The state of every file beside the sheet, which may include any of them: name, size, time of change and
 // identity, and its content where it changed so lately that a further change might bear the same time.
-// Nothing when it cannot be told.
-std::optional<std::string> FolderState(const std::filesystem::path& sheet);
+// Nothing when it cannot be told. `now` is by the clock of the file system.
+std::optional<std::string> FolderState(const std::filesystem::path& sheet, std::time_t now);
 
 // May be shared by threads.
 class PreparedSheets {

@@ -4,6 +4,8 @@
 
 #include "host/init/suite_files.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/msxml2/dom_document.hpp"
+#include "platform/scripting/file_system_object.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -48,6 +50,28 @@ TEST(CompositionTest, KnowsEverythingThatTheJobsCreate) {
       EXPECT_NE(automation::CreateObject(progId), nullptr) << progId;
     }
   }
+}
+
+TEST(CompositionTest, ADriveOfTheSiteReachesFilesAndDocuments) {
+  orvane_test::TemporaryFolder folder;
+  const orvane_host::SuiteHome home(folder.Path() / "home");
+  orvane_host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x", "Provider=SQLite;Data Source=db\\y");
+  std::string site = orvane_test::TemporaryFolder::Read(home.SiteConfiguration());
+  const std::string end = "</siteConfiguration>";
+  site.insert(site.find(end), "<section name=\"DRIVES\"><key name=\"Q\">" +
+                                  (folder.Path() / "share").string() + "</key></section>");
+  orvane_host::WriteFile(home.SiteConfiguration(), site);
+  folder.Write("share/archive.xml", "<a>here</a>");
+  automation::Runtime runtime;
+  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+  const automation::RuntimeScope scope(runtime);
+  EXPECT_TRUE(automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
+                  ->FileExists("Q:\\archive.xml"));
+  const auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+  ASSERT_TRUE(document->load("Q:\\archive.xml")) << document->parseErrorReason();
+  EXPECT_EQ(document->documentElement()->text(), "here");
+  document->save("q:\\copy.xml");
+  EXPECT_TRUE(std::filesystem::exists(folder.Path() / "share" / "copy.xml"));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "suite/configuration/configuration.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "components/interfaces/configuration.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/file_stamp.hpp"
 #include "suite/configuration/site_file.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -68,13 +70,22 @@ TEST_F(ConfigurationTest, ChangesOfTheFileCountAtOnce) {
 class SettledConfigurationTest : public ConfigurationTest {
  protected:
   SettledConfigurationTest() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    WaitUntilSettled(File());
     configuration_ = Create();
     configuration_->SelectProduct("Orvane", 0);
     EXPECT_EQ(Connection(), "first");
     EXPECT_EQ(Connection(), "first");
   }
 
+  static struct stat StatusOf(const std::filesystem::path& file) {
+    struct stat status {};
+    EXPECT_EQ(stat(file.c_str(), &status), 0);
+    return status;
+  }
+  static void WaitUntilSettled(const std::filesystem::path& file) {
+    const base::FileStamp stamp(StatusOf(file));
+    while (!stamp.HasSettledFor(std::chrono::milliseconds(20))) std::this_thread::yield();
+  }
   std::string Connection() { return configuration_->GetConnectionString("Orvane"); }
   std::filesystem::path File() const { return home_ / "config/siteConfiguration.xml"; }
 
@@ -102,7 +113,7 @@ TEST_F(SettledConfigurationTest, AFileThatIsMovedAwayIsMissedAtOnce) {
 TEST_F(SettledConfigurationTest, ALinkThatIsTurnedToAnotherFileCountsAtOnce) {
   folder_.Write("one", SiteXml("one", "1033"));
   folder_.Write("two", SiteXml("two", "1033"));
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  WaitUntilSettled(folder_.Path() / "two");
   std::filesystem::remove(File());
   std::filesystem::create_symlink(folder_.Path() / "one", File());
   ASSERT_EQ(Connection(), "one");
@@ -116,7 +127,10 @@ TEST_F(SettledConfigurationTest, AFolderThatIsExchangedCountsWithinASecond) {
   folder_.Write("home/new/siteConfiguration.xml", SiteXml("exchanged", "1033"));
   std::filesystem::rename(home_ / "config", home_ / "old");
   std::filesystem::rename(home_ / "new", home_ / "config");
-  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(1100);
+  while (Connection() != "exchanged" && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+  }
   EXPECT_EQ(Connection(), "exchanged");
 }
 
