@@ -34,6 +34,8 @@ std::string PlainTime(const automation::DateTimeParts& parts) {
 void SolveOnNoResponseJob::getMailData() {
   ADODB::ConnectionPtr connection;
   ADODB::RecordsetPtr mail;
+  // Whatever fails below, no mail goes to the recipient of the one before.
+  if (!m_bProspect) m_sRecipient.clear();
   try {
     const automation::DateTime now = automation::Now();
     const automation::DateTime today = now.DatePart();

@@ -1,4 +1,5 @@
 #include "tests/solve/solve_test.hpp"
+#include "tests/support/error_number.hpp"
 
 namespace orvane_test {
 namespace {
@@ -115,10 +116,10 @@ TEST_F(LookupsTest, AMissingTableIsLoggedAndEmpty) {
 }
 
 TEST_F(LookupsTest, TheProblemLookupAloneRaises) {
-  EXPECT_THROW(peer_.GetReportedDescription("O'Hara"), automation::Error);
+  EXPECT_EQ(ErrorNumberOf([&] { peer_.GetReportedDescription("O'Hara"); }), -2147217900);
   EXPECT_EQ(Log(), Texts{});
   environment_.configuration->connectionStrings.clear();
-  EXPECT_THROW(peer_.GetReportedDescription("P10"), automation::Error);
+  EXPECT_EQ(ErrorNumberOf([&] { peer_.GetReportedDescription("P10"); }), -2147467259);
 }
 
 TEST_F(LookupsTest, ContractAndWarrantyComeFromTheQuestionComponent) {

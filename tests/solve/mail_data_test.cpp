@@ -100,6 +100,39 @@ TEST_F(MailDataTest, AMissingSubjectOrBodyTextIsEmpty) {
   EXPECT_EQ(peer_.Body(), "\r\n\r\nhttp://suite.example/s.asp?Q=1A0\r\n");
 }
 
+TEST_F(MailDataTest, AFailedLookUpLeavesNoRecipientAndNotTheOneBefore) {
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  directory_->people["bob"] = {.email = "bob@example.org"};
+  directory_->before = [](std::string_view member) {
+    if (member == "EMailAddress") throw automation::Error(5, "VnMembership.User", "gone");
+  };
+  peer_.Begin(27, 10, "bob", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Recipient(), "");
+  EXPECT_EQ(peer_.Subject(), "text S10 (27) ");
+}
+
+TEST_F(MailDataTest, AFailedReadOfTheTemplateLeavesTheFieldsButNoRecipient) {
+  peer_.Begin(26, 10, "anna", 1033);
+  peer_.GetMailData();
+  database_.Run("DROP TABLE EMAIL");
+  directory_->people["bob"] = {.email = "bob@example.org"};
+  peer_.Begin(27, 10, "bob", 1033);
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Recipient(), "");
+  EXPECT_EQ(peer_.Subject(), "text S10 (26) ");
+  EXPECT_EQ(peer_.From(), "help@suite.example");
+}
+
+TEST_F(MailDataTest, AFailureBeforeTheDefaultLanguageLeavesAProspectsRecipient) {
+  database_.Run("DROP TABLE EMAIL");
+  peer_.Begin(26, 8, "anna", 1033);
+  peer_.SetProspect("visitor@example.org");
+  peer_.GetMailData();
+  EXPECT_EQ(peer_.Recipient(), "visitor@example.org");
+}
+
 TEST_F(MailDataTest, WithoutATemplateTheFieldsStayAndTheRestIsDone) {
   UseHtmlMails();
   peer_.Begin(26, 10, "anna", 1033);
@@ -230,8 +263,9 @@ TEST_F(MailDataTest, ADefaultLanguageThatIsMissingEndsTheFieldsOfAProspectsMail)
                           "no value for COMMONPARAMETERS/DEFAULTLANGUAGE (1001)."}));
 }
 
-// What a template that cannot be read leaves: the fields of the mail before, which is sent with them.
-TEST_F(MailDataTest, AfterAFailedReadOfTheTemplateTheMailGoesOutWithTheFieldsBefore) {
+// What a template that cannot be read leaves: the fields of the mail before, which the transport refuses
+// without a recipient.
+TEST_F(MailDataTest, AfterAFailedReadOfTheTemplateTheMailHasTheFieldsBeforeButNoRecipient) {
   directory_->people["bob"] = {.email = "bob@example.org", .firstName = "Bob", .lastName = "Bakker"};
   AddQuestion(27, "bob");
   peer_.Begin(26, 10, "anna", 1033);
@@ -242,7 +276,7 @@ TEST_F(MailDataTest, AfterAFailedReadOfTheTemplateTheMailGoesOutWithTheFieldsBef
   peer_.Begin(27, 10, "bob", 1033);
   peer_.SendMail(10, 27);
   ASSERT_EQ(suite_->mails.size(), 2U);
-  EXPECT_EQ(suite_->mails[1].to, "anna@example.org");
+  EXPECT_EQ(suite_->mails[1].to, "");
   EXPECT_EQ(suite_->mails[1].subject, "text S10 (26) ");
   EXPECT_EQ(suite_->mails[1].textBody, suite_->mails[0].textBody);
   EXPECT_EQ(Log(), (Texts{"OrvaneProcess.SolveOnNoResponse.getMailData caught: Permission denied (70)."}));
