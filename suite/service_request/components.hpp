@@ -10,7 +10,7 @@ namespace OrvServiceRequest {
 
 std::shared_ptr<Question> MakeQuestion();
 std::shared_ptr<Prospect> MakeProspect();
-std::shared_ptr<ProspectState> MakeProspectState();
+std::shared_ptr<ProspectState> MakeProspectState(const std::filesystem::path& outboxFile);
 std::shared_ptr<QuestionState> MakeQuestionState(const std::filesystem::path& outboxFile);
 
 }  // namespace OrvServiceRequest

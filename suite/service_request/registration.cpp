@@ -7,7 +7,8 @@ namespace OrvServiceRequest {
 void RegisterServiceRequest(automation::ClassTable& classes, const std::filesystem::path& home) {
   classes.Register(kQuestionProgId, MakeQuestion);
   classes.Register(kProspectProgId, MakeProspect);
-  classes.Register(kProspectStateClass, MakeProspectState);
+  classes.Register(kProspectStateClass,
+                   [file = home / "outbox" / "prospects.jsonl"] { return MakeProspectState(file); });
   classes.Register(kQuestionStateClass,
                    [file = home / "outbox" / "questions.jsonl"] { return MakeQuestionState(file); });
 }

@@ -1,28 +1,27 @@
 #include <utility>
 
 #include "platform/automation/runtime.hpp"
-#include "suite/database/suite_connection.hpp"
 #include "suite/outbox/json_line.hpp"
 #include "suite/outbox/outbox.hpp"
 #include "suite/service_request/components.hpp"
-#include "suite/service_request/prospect_rows.hpp"
 
 namespace OrvServiceRequest {
 namespace {
 
-class DatabaseProspectState : public ProspectState {
+class OutboxProspectState : public ProspectState {
  public:
-  void QuestionConcluded(std::string_view emailAddress, std::string_view, bool concluded) override {
-    if (!concluded || emailAddress.empty()) return;
-    const ADODB::ConnectionPtr connection = suite::OpenConnection("Orvane", "Orvane");
-    if (KnowsProspects(connection, "PENDINGQUESTIONS")) {
-      ADODB::Statement sql =
-          "UPDATE PROSPECT SET PENDINGQUESTIONS = PENDINGQUESTIONS - 1 WHERE PENDINGQUESTIONS > 0 AND ";
-      sql += ByEMail(emailAddress);
-      connection->Execute(sql, nullptr, ADODB::kExecuteNoRecords);
-    }
-    connection->Close();
+  explicit OutboxProspectState(std::filesystem::path file) : file_(std::move(file)) {}
+
+  void QuestionConcluded(std::string_view emailAddress, std::string_view comment, bool concluded) override {
+    suite::JsonLine line;
+    line.Add("TIME", automation::Now()).Add("EVENT", "question");
+    line.Add("EMAILID", std::string(emailAddress)).Add("COMMENT", std::string(comment));
+    line.Add("CONCLUDED", concluded);
+    suite::AppendToOutbox(file_, line.Text(), kProspectStateClass);
   }
+
+ private:
+  const std::filesystem::path file_;
 };
 
 class OutboxQuestionState : public QuestionState {
@@ -41,8 +40,8 @@ class OutboxQuestionState : public QuestionState {
 
 }  // namespace
 
-std::shared_ptr<ProspectState> MakeProspectState() {
-  return std::make_shared<DatabaseProspectState>();
+std::shared_ptr<ProspectState> MakeProspectState(const std::filesystem::path& outboxFile) {
+  return std::make_shared<OutboxProspectState>(outboxFile);
 }
 
 std::shared_ptr<QuestionState> MakeQuestionState(const std::filesystem::path& outboxFile) {

@@ -4,6 +4,7 @@
 
 #include "suite/service_request/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
@@ -30,12 +31,6 @@ class ServiceRequestTest : public testing::Test {
   }
   std::string ContactInfo(std::string_view email) {
     return automation::CreateObject<Prospect>(kProspectProgId)->GetContactInfo(email);
-  }
-  void Conclude(std::string_view email, bool concluded = true) {
-    automation::CreateObject<ProspectState>(kProspectStateClass)->QuestionConcluded(email, "", concluded);
-  }
-  Rows Pending() {
-    return databases_.orvane.Rows("SELECT PROSPECTID, PENDINGQUESTIONS FROM PROSPECT ORDER BY PROSPECTID");
   }
 
   orvane_test::TestRuntime runtime_;
@@ -73,28 +68,30 @@ TEST_F(ServiceRequestTest, ContactInformationIsNameAndCompany) {
   EXPECT_EQ(ContactInfo("x' OR 'a' = 'a"), "");
 }
 
-TEST_F(ServiceRequestTest, AConcludedQuestionIsTakenOffThePendingOnes) {
+TEST_F(ServiceRequestTest, AProspectsConcludedQuestionIsAnEventAndChangesNoRow) {
   MakeProspects();
-  Conclude("ada@example.org");
-  Conclude("o'hara@example.org");
-  EXPECT_EQ(Pending(), (Rows{"1|1", "2|0", "3|0", "4|NULL"}));
-}
-
-TEST_F(ServiceRequestTest, ThePendingOnesNeverFallBelowNone) {
-  MakeProspects();
-  Conclude("bo@example.org");
-  Conclude("nobody@example.org");
-  Conclude("");
-  Conclude("ada@example.org", false);
-  EXPECT_EQ(Pending(), (Rows{"1|2", "2|0", "3|1", "4|NULL"}));
+  for (const char* email : {"ada@example.org", "o'hara@example.org", ""}) {
+    automation::CreateObject<ProspectState>(kProspectStateClass)->QuestionConcluded(email, "", true);
+  }
+  const std::string begin = "{\"TIME\":\"2004-07-26 09:05:03\",\"EVENT\":\"question\",\"EMAILID\":\"";
+  const std::string end = "\",\"COMMENT\":\"\",\"CONCLUDED\":true}\n";
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(home_.Path() / "outbox" / "prospects.jsonl"),
+            begin + "ada@example.org" + end + begin + "o'hara@example.org" + end + begin + end);
+  EXPECT_EQ(databases_.orvane.Rows("SELECT PROSPECTID, PENDINGQUESTIONS FROM PROSPECT ORDER BY PROSPECTID"),
+            (Rows{"1|2", "2|0", "3|1", "4|NULL"}));
 }
 
 TEST_F(ServiceRequestTest, ADatabaseWithoutProspectsOrTheirAddressesIsTakenAsItIs) {
-  Conclude("ada@example.org");
   EXPECT_EQ(ContactInfo("ada@example.org"), "");
   databases_.orvane.Run("CREATE TABLE PROSPECT (NAME TEXT PRIMARY KEY, PENDINGQUESTIONS INTEGER)");
-  Conclude("ada@example.org");
   EXPECT_EQ(ContactInfo("ada@example.org"), "");
+}
+
+TEST_F(ServiceRequestTest, AFailedReadOfTheProspectsIsNoSuiteWithoutProspects) {
+  databases_.orvane.Run("CREATE VIEW PROSPECT AS SELECT abs(-9223372036854775807 - 1) AS EMAILID");
+  const automation::Error error = orvane_test::ErrorOf([this] { ContactInfo("ada@example.org"); });
+  EXPECT_EQ(error.Number(), -2147217900);
+  EXPECT_EQ(error.Description(), "integer overflow");
 }
 
 TEST_F(ServiceRequestTest, AConcludedQuestionIsAnEvent) {
