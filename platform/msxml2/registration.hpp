@@ -1,6 +1,8 @@
 // Puts the XML classes into a class table: "MSXML2.DOMDocument" and "MSXML2.XSLTemplate".
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -10,6 +12,9 @@ namespace MSXML2 {
 
 struct Settings {
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
+  // What one transformation may use up before it fails.
+  std::size_t transformationMemory = std::size_t{64} << 20U;  // bytes, its result included
+  std::chrono::milliseconds transformationTime = std::chrono::seconds(30);
 };
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings = {});

@@ -1,3 +1,8 @@
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <utility>
+
 #include "tests/msxml2/xml_fixture.hpp"
 
 using MSXML2::DOMDocumentPtr;
@@ -143,15 +148,14 @@ TEST_F(StyleSheetTest, TheInputStaysInUse) {
 }
 
 TEST_F(StyleSheetTest, WhatIsNoStyleSheetIsRefused) {
-  for (const char* text :
-       {"<html/>",
-        "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-        "<xsl:template match='['/></xsl:stylesheet>",
-        "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-        "<xsl:template match='/'><xsl:value-of select='((' /></xsl:template></xsl:stylesheet>"}) {
-    const automation::Error error = ErrorOf([&] { ProcessorOf(Parsed(text)); });
+  const std::pair<std::string, const char*> kTexts[] = {
+      {"<html/>", "not a stylesheet"},
+      {Sheet("<xsl:template match='['/>"), "'['"},
+      {Sheet("<xsl:template match='/'><xsl:value-of select='((' /></xsl:template>"), "'(('"}};
+  for (const auto& [text, reason] : kTexts) {
+    const automation::Error error = ErrorOf([&text = text] { ProcessorOf(Parsed(text)); });
     EXPECT_EQ(error.Number(), kFailure);
-    EXPECT_NE(error.Description(), "");
+    EXPECT_THAT(error.Description(), testing::HasSubstr(reason));
   }
   EXPECT_EQ(ErrorOf([&] { ProcessorOf(NewDocument()); }).Number(), kFailure);
   EXPECT_EQ(ErrorOf([&] { ProcessorOf(nullptr); }).Number(), 424);
@@ -186,6 +190,98 @@ TEST_F(StyleSheetTest, EndlessSheetsAreStopped) {
   EXPECT_EQ(TransformError("<xsl:template match='node()'><xsl:apply-templates select='.'/></xsl:template>")
                 .Number(),
             kFailure);
+}
+
+// The most memory that this process has had since this was made, in MiB.
+class PeakMemory {
+ public:
+  PeakMemory() { std::ofstream("/proc/self/clear_refs") << "5"; }
+  long MiB() const {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.starts_with("VmHWM:")) return std::stol(line.substr(6)) / 1024;
+    }
+    return -1;
+  }
+};
+
+constexpr char kTooMuch[] = "The style sheet was stopped: it took more than 64 MiB of memory.";
+
+std::string Doubling(const std::string& definition) {
+  return "<xsl:template match='/'><xsl:call-template name='t'/></xsl:template><xsl:template name='t'>"
+         "<xsl:param name='n' select='0'/><xsl:param name='s' select=\"'0123456789'\"/>" +
+         definition +
+         "<xsl:choose><xsl:when test='$n &lt; 40'><xsl:call-template name='t'>"
+         "<xsl:with-param name='n' select='$n+1'/><xsl:with-param name='s' "
+         "select='$next'/></xsl:call-template>"
+         "</xsl:when><xsl:otherwise><xsl:value-of select='string-length($s)'/></xsl:otherwise></xsl:choose>"
+         "</xsl:template>";
+}
+
+TEST_F(StyleSheetTest, ASheetThatDoublesATextIsStoppedBeforeTheMachineHasNoMemory) {
+  for (const char* definition :
+       {"<xsl:variable name='next' select='concat($s,$s)'/>",
+        "<xsl:variable name='next'><xsl:value-of select='$s'/><xsl:value-of select='$s'/></xsl:variable>",
+        "<xsl:variable name='next'><a><xsl:copy-of select='$s'/><xsl:copy-of "
+        "select='$s'/></a></xsl:variable>",
+        "<xsl:variable name='next' "
+        "select='concat($s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s,$s)'/>",
+        "<xsl:variable name='next' select=\"translate(concat($s,$s),'0','1')\"/>",
+        "<xsl:variable name='next'><b c='{$s}{$s}'/><xsl:value-of select='concat($s,$s)'/></xsl:variable>"}) {
+    const PeakMemory peak;
+    const long before = peak.MiB();
+    const automation::Error error = TransformError(Doubling(definition));
+    EXPECT_EQ(error.Number(), kFailure);
+    EXPECT_EQ(error.Description(), kTooMuch) << definition;
+    EXPECT_LT(peak.MiB() - before, 256) << definition;
+  }
+}
+
+TEST_F(StyleSheetTest, APageThatNeverEndsIsStopped) {
+  const std::string line(1000, 'x');
+  const automation::Error error = TransformError(
+      "<xsl:template match='/'><xsl:call-template name='a'/></xsl:template>"
+      "<xsl:template name='a'><xsl:param name='n' select='0'/>" +
+      line +
+      "<xsl:if test='$n &lt; 30'><xsl:call-template name='a'><xsl:with-param name='n' select='$n+1'/>"
+      "</xsl:call-template><xsl:call-template name='a'><xsl:with-param name='n' "
+      "select='$n+1'/></xsl:call-template>"
+      "</xsl:if></xsl:template>");
+  EXPECT_EQ(error.Description(), kTooMuch);
+}
+
+TEST_F(StyleSheetTest, ALargePageWithinTheLimitIsMade) {
+  const std::string megabyte(1 << 20, 'x');
+  EXPECT_EQ(Output("<xsl:output method='text'/><xsl:template match='/'><xsl:value-of select='//in'/>"
+                   "<xsl:value-of select='//in'/></xsl:template>",
+                   "<in>" + megabyte + "</in>"),
+            megabyte + megabyte);
+}
+
+TEST_F(StyleSheetTest, ASheetThatTakesTooLongIsStopped) {
+  runtime_.runtime.classes = automation::ClassTable();
+  MSXML2::RegisterClasses(runtime_.runtime.classes, {.transformationTime = std::chrono::milliseconds(0)});
+  std::string input = "<in>";
+  for (int i = 0; i < 2000; ++i) input += "<a/>";
+  const XSLProcessorPtr processor = Processor(
+      "<xsl:template match='/'><xsl:for-each select='//a'><xsl:value-of select='count(//a[count(//a) &gt; "
+      "1])'/>"
+      "</xsl:for-each></xsl:template>");
+  processor->setInput(Parsed(input + "</in>"));
+  const automation::Error error = ErrorOf([&] { processor->transform(); });
+  EXPECT_EQ(error.Number(), kFailure);
+  EXPECT_EQ(error.Description(), "The style sheet was stopped: it ran for more than 0 seconds.");
+  EXPECT_EQ(processor->output(), "");
+}
+
+TEST_F(StyleSheetTest, AfterAStoppedSheetTheNextOneWorks) {
+  const XSLProcessorPtr processor = Processor(Doubling("<xsl:variable name='next' select='concat($s,$s)'/>"));
+  processor->setInput(Parsed("<in/>"));
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(ErrorOf([&] { processor->transform(); }).Description(), kTooMuch);
+  EXPECT_EQ(
+      Output(
+          "<xsl:output method='text'/><xsl:template match='/'><xsl:value-of select='//in'/></xsl:template>"),
+      "text");
 }
 
 TEST_F(StyleSheetTest, ASheetReadsNoFile) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "platform/msxml2/libxml/budget.hpp"
 #include "platform/msxml2/libxml/document_impl.hpp"
 #include "platform/msxml2/libxml/template_impl.hpp"
 
@@ -16,6 +17,7 @@ void Ignore(void*, const char*, ...) {}
 }  // namespace
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
+  libxml::WatchAllocations();
   xmlInitParser();
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &Ignore);
@@ -23,7 +25,8 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   const auto surroundings = std::make_shared<libxml::Surroundings>(settings.drives);
   classes.Register("MSXML2.DOMDocument",
                    [surroundings] { return libxml::DocumentImpl::Create(surroundings); });
-  classes.Register("MSXML2.XSLTemplate", [] { return std::make_shared<libxml::TemplateImpl>(); });
+  const libxml::Limits limits{settings.transformationMemory, settings.transformationTime};
+  classes.Register("MSXML2.XSLTemplate", [limits] { return std::make_shared<libxml::TemplateImpl>(limits); });
 }
 
 }  // namespace MSXML2

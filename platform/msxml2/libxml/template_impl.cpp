@@ -96,7 +96,7 @@ void TemplateImpl::setStylesheet(const DOMDocumentPtr& document) {
 
 XSLProcessorPtr TemplateImpl::createProcessor() {
   if (!sheet_) throw automation::Error(automation::ErrorNumber::ObjectNotSet, kTemplateSource);
-  return std::make_shared<ProcessorImpl>(sheet_);
+  return std::make_shared<ProcessorImpl>(sheet_, limits_);
 }
 
 void ProcessorImpl::setInput(const DOMDocumentPtr& document) {
@@ -140,15 +140,17 @@ bool ProcessorImpl::transform() {
       Fail("The parameter '" + name + "' cannot be set: " + Trimmed(messages), kTemplateSource);
     }
   }
+  const Budget budget(limits_, *context);
   const Owned<xmlDoc> result(
       xsltApplyStylesheetUser(sheet_.get(), input, nullptr, nullptr, nullptr, context.get()));
+  if (!budget.Exceeded().empty()) Fail(budget.Exceeded(), kTemplateSource);
   if (!result || context->state != XSLT_STATE_OK) Fail(Trimmed(messages), kTemplateSource);
   xmlChar* text = nullptr;
   int length = 0;
-  if (xsltSaveResultToString(&text, &length, result.get(), sheet_.get()) != 0) {
-    Fail("The result cannot be written as text.", kTemplateSource);
-  }
+  const int saved = xsltSaveResultToString(&text, &length, result.get(), sheet_.get());
   const Owned<xmlChar> owned(text);
+  if (!budget.Exceeded().empty()) Fail(budget.Exceeded(), kTemplateSource);
+  if (saved != 0) Fail("The result cannot be written as text.", kTemplateSource);
   output_.assign(reinterpret_cast<const char*>(text), text == nullptr ? 0 : static_cast<std::size_t>(length));
   return true;
 }

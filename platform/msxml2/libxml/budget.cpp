@@ -1,0 +1,101 @@
+#include "platform/msxml2/libxml/budget.hpp"
+
+#include <libxml/globals.h>
+#include <libxml/xmlmemory.h>
+#include <malloc.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+namespace MSXML2::libxml {
+namespace {
+
+thread_local Budget* spending = nullptr;
+
+// Small pieces are given beyond the limit as well: the library gets out of a failed large one more surely,
+// and until its next step it asks for few of them.
+constexpr std::size_t kLarge = 65'536;
+constexpr unsigned int kAskedBetweenClocks = 256;
+
+void* Allocate(std::size_t size) {
+  if (spending != nullptr && !spending->Allow(size)) return nullptr;
+  void* const memory = std::malloc(size);
+  if (spending != nullptr) spending->Took(malloc_usable_size(memory));
+  return memory;
+}
+
+void* Reallocate(void* memory, std::size_t size) {
+  if (spending == nullptr) return std::realloc(memory, size);
+  const std::size_t before = malloc_usable_size(memory);
+  if (size > before && !spending->Allow(size - before)) return nullptr;
+  void* const moved = std::realloc(memory, size);
+  if (moved == nullptr) return nullptr;
+  spending->Returned(before);
+  spending->Took(malloc_usable_size(moved));
+  return moved;
+}
+
+void Free(void* memory) {
+  if (spending != nullptr) spending->Returned(malloc_usable_size(memory));
+  std::free(memory);
+}
+
+char* Duplicate(const char* text) {
+  const std::size_t size = std::strlen(text) + 1;
+  void* const copy = Allocate(size);
+  return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+void Ignore(void*, const char*, ...) {}
+
+}  // namespace
+
+void WatchAllocations() {
+  static std::once_flag once;
+  std::call_once(once, [] { xmlMemSetup(&Free, &Allocate, &Reallocate, &Duplicate); });
+}
+
+Budget::Budget(const Limits& limits, xsltTransformContext& context)
+    : limits_(limits),
+      context_(context),
+      end_(std::chrono::steady_clock::now() + limits.time),
+      outer_(std::exchange(spending, this)),
+      errors_(xmlGenericError),
+      errorsContext_(xmlGenericErrorContext) {
+  // The library would print that it has run out of memory; what went wrong is raised.
+  xmlSetGenericErrorFunc(nullptr, &Ignore);
+}
+
+Budget::~Budget() {
+  spending = outer_;
+  xmlSetGenericErrorFunc(errorsContext_, errors_);
+}
+
+bool Budget::Allow(std::size_t bytes) {
+  const std::ptrdiff_t after = used_ + static_cast<std::ptrdiff_t>(bytes);
+  const bool within = after <= static_cast<std::ptrdiff_t>(limits_.memory);
+  if (!within) {
+    Stop("The style sheet was stopped: it took more than " + std::to_string(limits_.memory >> 20U) +
+         " MiB of memory.");
+  }
+  if (bytes >= kLarge || ++asked_ % kAskedBetweenClocks == 0) {
+    if (std::chrono::steady_clock::now() >= end_) {
+      Stop("The style sheet was stopped: it ran for more than " +
+           std::to_string(std::chrono::duration_cast<std::chrono::seconds>(limits_.time).count()) +
+           " seconds.");
+    }
+  }
+  return within || bytes < kLarge;
+}
+
+void Budget::Stop(std::string why) {
+  if (!exceeded_.empty()) return;
+  exceeded_ = std::move(why);
+  context_.state = XSLT_STATE_STOPPED;
+  context_.opLimit = 1;
+  if (context_.xpathCtxt != nullptr) context_.xpathCtxt->opLimit = 1;
+}
+
+}  // namespace MSXML2::libxml
