@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -144,6 +145,27 @@ TEST_F(LocalFileSystemTest, ListsLinksAsWhatTheyLeadToAndBrokenOnesAsFiles) {
   EXPECT_TRUE(files_->FileExists(Full("f/broken link")));
   files_->DeleteFile(Full("f/broken link"), false);
   EXPECT_FALSE(Exists("f/broken link"));
+}
+
+// Looking where a link leads is an access to the link, so its time is seldom old.
+TEST_F(LocalFileSystemTest, TellsTheLastAccessOfABrokenLinkItself) {
+  fs::create_directory(Native("f"));
+  fs::create_symlink("nowhere", Native("f/broken"));
+  fs::create_symlink("loop", Native("f/loop"));
+  fs::create_symlink("real/inside", Native("f/through a file"));
+  AddFile("f/real");
+  const std::vector<Scripting::FilePtr> files = files_->GetFolder(Full("f"))->Files();
+  ASSERT_EQ(files.size(), 4U);
+  for (const Scripting::FilePtr& file : files) {
+    EXPECT_EQ(ErrorNumberOf([&] { file->DateLastAccessed(); }), 0) << file->Name();
+    struct stat itself {};
+    ASSERT_EQ(lstat(Native("f/" + file->Name()).c_str(), &itself), 0);
+    std::tm local{};
+    localtime_r(&itself.st_atim.tv_sec, &local);
+    EXPECT_EQ(file->DateLastAccessed().Parts().minute, local.tm_min) << file->Name();
+  }
+  files_->DeleteFile(Full("f/broken"), false);
+  EXPECT_EQ(ErrorNumberOf([&] { files[0]->DateLastAccessed(); }), 53);
 }
 
 TEST_F(LocalFileSystemTest, MakesNoFileThroughABrokenLinkUnlessToldToOverwrite) {

@@ -34,6 +34,11 @@ automation::DateTime LocalTime(const timespec& moment) {
                                           .microsecond = static_cast<int>(moment.tv_nsec / 1000)});
 }
 
+// A link that leads nowhere is an item all the same, with a time of its own.
+bool LeadsNowhere(int code) {
+  return code == ENOENT || code == ENOTDIR || code == ELOOP;
+}
+
 struct stat StatusOf(const std::string& native, ErrorNumber missing) {
   struct stat status {};
   if (stat(native.c_str(), &status) != 0) RaiseSystemError(errno, missing);
@@ -68,7 +73,16 @@ class LocalFile : public File {
   std::string Name() const override { return ShownName(name_); }
   std::string Path() const override { return folder_->ShownOf(name_); }
   std::int64_t Size() const override { return Status().st_size; }
-  automation::DateTime DateLastAccessed() const override { return LocalTime(Status().st_atim); }
+  automation::DateTime DateLastAccessed() const override {
+    const std::string native = folder_->NativeOf(name_);
+    struct stat status {};
+    if (stat(native.c_str(), &status) == 0) return LocalTime(status.st_atim);
+    const int code = errno;
+    if (!LeadsNowhere(code) || lstat(native.c_str(), &status) != 0) {
+      RaiseSystemError(code, ErrorNumber::FileNotFound);
+    }
+    return LocalTime(status.st_atim);
+  }
   TextStreamPtr OpenAsTextStream(IOMode mode) override {
     if (mode != IOMode::ForReading && IsReadOnly(Status())) Raise(ErrorNumber::PermissionDenied);
     return OpenStream(folder_->NativeOf(name_), mode, mode == IOMode::ForWriting ? O_TRUNC : 0);
