@@ -13,6 +13,7 @@
 #include "platform/adodb/providers/odbc/provider.hpp"
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
+#include "platform/base/created_files.hpp"
 #include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
@@ -35,10 +36,13 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   automation::ClassTable& classes = runtime.classes;
   const std::map<char, std::string> drives = Drives(site);
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-  Scripting::local::RegisterClasses(classes, drives);
+  const auto created = std::make_shared<base::CreatedFiles>();
+  Scripting::local::RegisterClasses(classes, drives, created);
   ADODB::RegisterClasses(classes, DatabaseProviders(home));
   MSXML2::RegisterClasses(classes, {.drives = drives});
-  CDO::RegisterClasses(classes, MailSettings(site, home));
+  CDO::Settings mail = MailSettings(site, home);
+  mail.ownFiles = created;
+  CDO::RegisterClasses(classes, mail);
 }
 
 // Keeps the names of large folders for all file-handling components of a suite.

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kMostLinks = 40;
 constexpr int kMostWriters = 1000;
+constexpr std::string_view kEnding = ".saving";
 
 [[noreturn]] void Refuse(int code) {
   throw std::system_error(code, std::generic_category());
@@ -55,7 +56,7 @@ void RequireWritable(const std::string& target, const struct stat& existing) {
 
 // The same few names for a target each time: what a killed writer left is met, and removed, by the next one.
 std::string NameBeside(std::string_view leaf, int writer) {
-  const std::string ending = writer == 1 ? ".saving" : ".saving" + std::to_string(writer);
+  const std::string ending = std::string(kEnding) + (writer == 1 ? "" : std::to_string(writer));
   const std::string name = "." + std::string(leaf) + ending;
   if (name.size() <= NAME_MAX) return name;
   return "." + std::to_string(std::hash<std::string_view>{}(leaf)) + ending;
@@ -84,11 +85,11 @@ bool RemoveLeftover(const std::string& path) {
 }
 
 // Makes the locked file for the new content and tells its path.
-Descriptor MakeBeside(const std::string& folder, std::string_view leaf, std::string& path) {
+Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t mode, std::string& path) {
   int writer = 1;
   while (writer <= kMostWriters) {
     path = folder + NameBeside(leaf, writer);
-    Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+    Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
     if (made.IsOpen()) {
       // Between these two calls another writer may take the file for a leftover and remove it. Where files
       // cannot be locked, nobody removes any.
@@ -105,14 +106,14 @@ Descriptor MakeBeside(const std::string& folder, std::string_view leaf, std::str
 
 }  // namespace
 
-FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing)
+FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode)
     : target_(Resolved(std::move(target), existing)),
       folder_(FolderOf(target_)),
       replaces_(existing.has_value()) {
   const std::string_view leaf = std::string_view(target_).substr(target_.rfind('/') + 1);
   if (leaf.size() > NAME_MAX) Refuse(ENAMETOOLONG);
   if (existing) RequireWritable(target_, *existing);
-  descriptor_ = MakeBeside(folder_, leaf, beside_);
+  descriptor_ = MakeBeside(folder_, leaf, newMode, beside_);
   if (!existing) return;
   // Giving a file away is the superuser's right; whoever may write the folder replaces the file all the same.
   const int given = fchown(descriptor_.Get(), existing->st_uid, existing->st_gid);
@@ -139,15 +140,19 @@ void FileReplacement::Write(std::string_view data) {
   }
 }
 
-void FileReplacement::Commit(Durability durability) {
+struct stat FileReplacement::Commit(Durability durability) {
   // A network file system reports a failed write here at the latest. The descriptor stays open, and the file
   // locked, until it has its name.
   if (fsync(descriptor_.Get()) != 0) Refuse(errno);
   Publish();
   beside_.clear();
+  struct stat status {};
+  if (fstat(descriptor_.Get(), &status) != 0) Refuse(errno);
   descriptor_ = Descriptor();
-  if (durability == Durability::Content) return;
-  if (const int code = SyncFolder(folder_); code != 0) Refuse(code);
+  if (durability == Durability::ContentAndName) {
+    if (const int code = SyncFolder(folder_); code != 0) Refuse(code);
+  }
+  return status;
 }
 
 void FileReplacement::Publish() {
@@ -155,6 +160,18 @@ void FileReplacement::Publish() {
     if (const int code = RenameToFreeName(beside_, target_); code != 0) Refuse(code);
   } else if (rename(beside_.c_str(), target_.c_str()) != 0) {
     Refuse(errno);
+  }
+}
+
+void RemoveLeftovers(const std::string& folder) {
+  std::error_code failed;
+  std::filesystem::directory_iterator entries(folder, failed);
+  for (; !failed && entries != std::filesystem::directory_iterator(); entries.increment(failed)) {
+    const std::string name = entries->path().filename().string();
+    const std::size_t ending = name.rfind(kEnding);
+    const bool beside = name.starts_with('.') && ending != std::string::npos &&
+                        name.find_first_not_of("0123456789", ending + kEnding.size()) == std::string::npos;
+    if (beside) RemoveLeftover(entries->path().string());
   }
 }
 

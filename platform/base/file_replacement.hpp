@@ -26,17 +26,19 @@ class FileReplacement {
 
   // `target` is the operating system's path, `existing` what lies there now (a link not followed); nothing
   // when there is no such file. A link is followed to the file that it names, which need not exist. The new
-  // file keeps the mode of an existing one and, where the system allows it, its owner.
+  // file keeps the mode of an existing one and, where the system allows it, its owner; one without a
+  // predecessor has `newMode` less the umask.
   // FAILS: EACCES for a target that may not be written or is no regular file, EISDIR for a folder,
   // ENAMETOOLONG, and whatever making the file beside it fails with.
-  FileReplacement(std::string target, std::optional<struct stat> existing);
+  FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode = 0666);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
 
   void Write(std::string_view data);
+  // Answers the status of the file under its name.
   // FAILS: EEXIST when there was no file and somebody has made one meanwhile, which stays.
-  void Commit(Durability durability);
+  struct stat Commit(Durability durability);
 
  private:
   void Publish();
@@ -47,6 +49,10 @@ class FileReplacement {
   std::string beside_;
   Descriptor descriptor_;
 };
+
+// Removes what killed writers of any file in the folder left beside it. Failures are passed over: the next
+// call meets the same files.
+void RemoveLeftovers(const std::string& folder);
 
 // Renames `from` to `to`, which must not exist: EEXIST otherwise. Answers 0 or an errno value.
 int RenameToFreeName(const std::string& from, const std::string& to);

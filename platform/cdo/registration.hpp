@@ -2,9 +2,11 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 
 #include "platform/automation/class_table.hpp"
+#include "platform/base/created_files.hpp"
 
 namespace CDO {
 
@@ -25,6 +27,9 @@ struct Settings {
   int connectSeconds = 30;   // to reach the server
   int responseSeconds = 60;  // for each of its answers
   int sendSeconds = 300;     // for one message as a whole
+
+  // Files that the run has made; set, they are the only ones that AddAttachment takes, as they were made.
+  std::shared_ptr<const base::CreatedFiles> ownFiles = nullptr;
 
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
 };

@@ -1,10 +1,15 @@
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <csignal>
 #include <set>
 
+#include "platform/base/descriptor.hpp"
+#include "platform/cdo/curl/transport.hpp"
 #include "tests/cdo/mail_fixture.hpp"
+#include "tests/cdo/watched_calls.hpp"
 
 namespace {
 
@@ -68,6 +73,53 @@ TEST_F(PickupTest, AMissingFolderIs76) {
   const automation::Error error = ErrorOf([&] { NewMessage()->send(); });
   EXPECT_EQ(error.Number(), 76);
   EXPECT_EQ(error.Source(), "CDO.Message");
+}
+
+TEST_F(PickupTest, ANameThatIsTakenIsRefusedAndTheOldMailStays) {
+  WriteFile("pickup/name.eml", "the old mail");
+  const auto transport = CDO::curl::MakePickupTransport({.pickupDirectory = pickup_});
+  const automation::Error error =
+      ErrorOf([&] { transport->Deliver("a@example.org", {"b@example.org"}, "the new mail", "name"); });
+  EXPECT_EQ(error.Number(), 58);
+  EXPECT_EQ(error.Description(), "File already exists: the pickup folder " + pickup_);
+  EXPECT_EQ(ReadFile("pickup/name.eml"), "the old mail");
+  EXPECT_THAT(FilesIn(pickup_), testing::ElementsAre("name.eml"));
+}
+
+TEST_F(PickupTest, AMailIsOnTheDiskBeforeItHasItsNameAndItsNameBeforeItCountsAsSent) {
+  const auto transport = CDO::curl::MakePickupTransport({.pickupDirectory = pickup_});
+  const orvane_test::WatchedCalls calls;
+  transport->Deliver("a@example.org", {"b@example.org"}, "mail", "name");
+  EXPECT_THAT(calls.Seen(),
+              testing::ElementsAre("fsync " + pickup_ + "/.name.eml.saving",
+                                   "rename " + pickup_ + "/.name.eml.saving " + pickup_ + "/name.eml",
+                                   "fsync " + pickup_));
+}
+
+TEST_F(PickupTest, WhatKilledRunsLeftIsRemovedByTheNextButNotWhatAnotherIsWriting) {
+  WriteFile("pickup/.17.eml.saving", "half a mail");
+  WriteFile("pickup/.18.eml.saving2", "half a mail");
+  WriteFile("pickup/.19.eml.saving", "another run's");
+  WriteFile("pickup/.keep", "");
+  WriteFile("pickup/20.eml", "whole");
+  const base::Descriptor other(open(PathOf("pickup/.19.eml.saving").c_str(), O_WRONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(other.Get(), LOCK_EX), 0);
+  NewMessage()->send();
+  EXPECT_THAT(FilesIn(pickup_),
+              testing::UnorderedElementsAre(".19.eml.saving", ".keep", "20.eml",
+                                            testing::ContainsRegex("^[0-9a-f]{24,}\\.eml$")));
+}
+
+TEST_F(PickupTest, AMailIsForItsOwnerAndGroupOnly) {
+  NewMessage()->send();
+  struct stat status {};
+  ASSERT_EQ(stat((pickup_ + "/" + FilesIn(pickup_).front()).c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U & ~0640U, 0U);
+}
+
+TEST_F(PickupTest, APipeIsNoAttachmentAndHoldsNothingUp) {
+  ASSERT_EQ(mkfifo(PathOf("pipe.htm").c_str(), 0600), 0);
+  EXPECT_EQ(ErrorOf([&] { NewMessage()->AddAttachment(PathOf("pipe.htm")); }).Number(), 70);
 }
 
 TEST_F(PickupTest, AFullDiskLeavesNoHalfMail) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <stdexcept>
+#include <string_view>
 
 namespace orvane_test {
 
@@ -58,6 +59,7 @@ void ScriptedPeer::Converse(int client, const std::vector<std::string>& script) 
       setsockopt(client, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
       return;
     }
+    if (answer == "DRIP") return Drip(client);
     if (answer != "SILENCE") {
       const std::string line = answer + "\r\n";
       static_cast<void>(!write(client, line.data(), line.size()));
@@ -75,6 +77,14 @@ void ScriptedPeer::Converse(int client, const std::vector<std::string>& script) 
     }
     received_.push_back(pending.substr(0, pending.find(end)));
     pending.erase(0, pending.find(end) + end.size());
+  }
+}
+
+void ScriptedPeer::Drip(int client) {
+  constexpr std::string_view kLine = "250-still at it\r\n";
+  while (send(client, kLine.data(), kLine.size(), MSG_NOSIGNAL) > 0) {
+    pollfd stop{stop_[0], POLLIN, 0};
+    if (poll(&stop, 1, 50) != 0) return;
   }
 }
 

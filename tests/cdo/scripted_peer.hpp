@@ -11,7 +11,7 @@ class ScriptedPeer {
  public:
   // One script per connection: the greeting, then an answer for each line that the client sends (after "354"
   // for the whole mail). "CLOSE" closes the connection, "RESET" closes it with a reset, "SILENCE" answers
-  // nothing more. Further connections are closed at once.
+  // nothing more, "DRIP" sends lines of one answer that never ends. Further connections are closed at once.
   explicit ScriptedPeer(std::vector<std::vector<std::string>> scripts);
   ~ScriptedPeer();
   ScriptedPeer(const ScriptedPeer&) = delete;
@@ -24,6 +24,7 @@ class ScriptedPeer {
  private:
   void Serve();
   void Converse(int client, const std::vector<std::string>& script);
+  void Drip(int client);
 
   std::vector<std::vector<std::string>> scripts_;
   std::vector<std::string> received_;

@@ -78,8 +78,9 @@ TEST_P(ClosingTest, AConnectionThatBreaksIsAnErrorAndNeverHangs) {
     script.emplace_back(how);
     runtime_.runtime.classes = automation::ClassTable();
     const automation::Error error = ErrorWith(script);
-    EXPECT_TRUE(error.Number() == kNotSent || error.Number() == kNotConnected) << error.Number();
-    EXPECT_NE(error.Description(), "");
+    EXPECT_EQ(error.Number(), kNotSent);
+    EXPECT_THAT(error.Description(),
+                testing::StartsWith("The message could not be sent to the SMTP server. "));
   }
 }
 
@@ -90,6 +91,86 @@ TEST_F(SmtpFailureTest, ASilentServerEndsInATimeOut) {
   const automation::Error error = ErrorWith({"220 hello", "SILENCE"});
   EXPECT_EQ(error.Number(), kNotSent);
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+}
+
+TEST_F(SmtpFailureTest, AServerThatDripsAnswersForEverEndsAtTheSendLimit) {
+  for (const std::vector<std::string>& script :
+       {std::vector<std::string>{"220 hello", "DRIP"}, {"220 hello", "250 localhost", "DRIP"}}) {
+    ScriptedPeer peer({script});
+    runtime_.runtime.classes = automation::ClassTable();
+    Use({.sendUsing = CDO::SendUsing::Port,
+         .server = "127.0.0.1",
+         .port = peer.Port(),
+         .responseSeconds = 60,
+         .sendSeconds = 1});
+    const auto before = std::chrono::steady_clock::now();
+    const automation::Error error = ErrorOf([] { NewMessage()->send(); });
+    EXPECT_EQ(error.Number(), kNotSent);
+    EXPECT_THAT(error.Description(), testing::HasSubstr("imed out"));
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(20));
+  }
+}
+
+TEST_F(SmtpFailureTest, EveryRecipientIsNamedToTheServer) {
+  ScriptedPeer peer({{"220 hello", "250 localhost", "250 sender", "250 first", "250 second", "354 go on",
+                      "250 taken", "221 bye", "CLOSE"}});
+  Connect(peer);
+  NewMessage("Jane <a@example.org>; b@example.org (home)")->send();
+  const std::vector<std::string> lines = peer.Finish();
+  ASSERT_GE(lines.size(), 6u);
+  EXPECT_EQ(lines[2], "RCPT TO:<a@example.org>");
+  EXPECT_EQ(lines[3], "RCPT TO:<b@example.org>");
+  EXPECT_THAT(lines[5], testing::HasSubstr("\r\nTo: \"Jane\" <a@example.org>,\r\n b@example.org\r\n"));
+}
+
+TEST_F(SmtpFailureTest, ARefusedRecipientAmongSeveralIsTheRefusalOfTheMail) {
+  ScriptedPeer peer({{"220 hello", "250 localhost", "250 sender", "250 first", "550 5.1.1 no such mailbox",
+                      "221 bye", "CLOSE"}});
+  Connect(peer);
+  EXPECT_THAT(ErrorOf([] { NewMessage("a@example.org, b@example.org")->send(); }).Description(),
+              testing::EndsWith("The server response was 550 5.1.1 no such mailbox"));
+  EXPECT_THAT(peer.Finish(), testing::Not(testing::Contains("DATA")));
+}
+
+const std::vector<std::string> kHealthyWithUtf8 = {
+    "220 hello",  "250-localhost\r\n250-8BITMIME\r\n250 SMTPUTF8",
+    "250 sender", "250 recipient",
+    "354 go on",  "250 taken",
+    "250 sender", "250 recipient",
+    "354 go on",  "250 taken",
+    "221 bye",    "CLOSE"};
+
+TEST_F(SmtpFailureTest, AnAddressBeyondAsciiGoesToAServerThatOffersIt) {
+  ScriptedPeer peer({kHealthyWithUtf8});
+  Connect(peer);
+  NewMessage(
+      "j\xC3\xB6rg@b\xC3\xBC"
+      "cher.example")
+      ->send();
+  NewMessage("j\xC3\xB6rg@example.org")->send();
+  const std::vector<std::string> lines = peer.Finish();
+  ASSERT_GE(lines.size(), 9u);
+  EXPECT_THAT(lines[1], testing::StartsWith("MAIL FROM:<support@example.com>"));
+  EXPECT_THAT(lines[1], testing::HasSubstr(" SMTPUTF8"));
+  EXPECT_EQ(lines[2], "RCPT TO:<j\xC3\xB6rg@xn--bcher-kva.example>");
+  EXPECT_THAT(lines[4], testing::HasSubstr("\r\nTo: j\xC3\xB6rg@xn--bcher-kva.example\r\n"));
+  EXPECT_EQ(lines[6], "RCPT TO:<j\xC3\xB6rg@example.org>") << "the connection is the same";
+}
+
+TEST_F(SmtpFailureTest, AnAddressBeyondAsciiIsNotForcedOnAServerThatDoesNotOfferIt) {
+  ScriptedPeer peer({kHealthy, kHealthy});
+  Connect(peer);
+  const automation::Error error = ErrorOf([] { NewMessage("j\xC3\xB6rg@example.org")->send(); });
+  EXPECT_EQ(error.Number(), kNotSent);
+  EXPECT_EQ(error.Description(),
+            "The message could not be sent to the SMTP server. SMTPUTF8 was not offered, and an address goes "
+            "beyond "
+            "ASCII");
+  NewMessage(
+      "info@b\xC3\xBC"
+      "cher.example")
+      ->send();
+  EXPECT_THAT(peer.Finish(), testing::Contains("RCPT TO:<info@xn--bcher-kva.example>"));
 }
 
 TEST_F(SmtpFailureTest, AServerThatIsDownIsToldApart) {

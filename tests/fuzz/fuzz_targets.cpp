@@ -9,6 +9,7 @@
 #include "platform/adodb/engine/select_shape.hpp"
 #include "platform/adodb/engine/translation.hpp"
 #include "platform/automation/error.hpp"
+#include "platform/cdo/curl/addresses.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_fuzz {
@@ -65,6 +66,23 @@ void Criterion(std::string_view bytes) {
     Require(!ADODB::engine::ParseCriterion(bytes).value.IsEmpty());
   } catch (const automation::Error& error) {
     Require(error.Number() == 3001);
+  }
+}
+
+void MailAddresses(std::string_view bytes) {
+  try {
+    for (const CDO::curl::Mailbox& mailbox : CDO::curl::ParseAddresses(bytes, "recipient")) {
+      // What goes between "<" and ">" to a server, and into a header line.
+      Require(!mailbox.address.empty() && mailbox.address.size() <= 400);
+      for (const std::string& text : {mailbox.address, mailbox.name}) {
+        Require(text.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos);
+      }
+      const bool quoted = mailbox.address.starts_with('"');
+      Require(quoted || mailbox.address.find_first_of(" <>,;\"") == std::string::npos);
+    }
+  } catch (const automation::Error& error) {
+    Require(error.Number() == 5);
+    Require(error.Description().find_first_of("\r\n") == std::string::npos);
   }
 }
 

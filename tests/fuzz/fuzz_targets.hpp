@@ -13,5 +13,6 @@ namespace orvane_fuzz {
 void SqlText(std::string_view bytes);
 void ConnectionString(std::string_view bytes);
 void Criterion(std::string_view bytes);
+void MailAddresses(std::string_view bytes);
 
 }  // namespace orvane_fuzz

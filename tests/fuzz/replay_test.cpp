@@ -24,6 +24,9 @@ const char* const kSeeds[] = {
     "[A]]b]=-12e5",
     "A=99999999999999999999999",
     "A=.6.3",
+    "\"Doe, Jane; \\\"J\\\"\" (a (b\\)) c) <\"jane doe\"@b\xC3\xBC"
+    "cher.example>, Team: x@[192.0.2.1]; ;y@z (",
+    "<\"a\\",
     "\xFF\xFE\xC3",
 };
 
@@ -43,6 +46,9 @@ TEST(FuzzReplayTest, TheSqlParsersTakeAnyBytes) {
 }
 TEST(FuzzReplayTest, TheConnectionStringParserTakesAnyBytes) {
   Replay(orvane_fuzz::ConnectionString);
+}
+TEST(FuzzReplayTest, TheAddressParserTakesAnyBytes) {
+  Replay(orvane_fuzz::MailAddresses);
 }
 TEST(FuzzReplayTest, TheCriterionParserTakesAnyBytes) {
   Replay(orvane_fuzz::Criterion);

@@ -62,14 +62,17 @@ WholeSuite::WholeSuite(std::unique_ptr<SuiteTables> tables) : tables_(std::move(
   environment_.runtime.locale = automation::MakeLocale({.name = "C", .codePage = "windows-1252"});
   ADODB::RegisterClasses(classes, {tables_->Provider()});
   MSXML2::RegisterClasses(classes);
-  Scripting::local::RegisterClasses(classes);
+  Scripting::local::RegisterClasses(classes, {}, created_);
   OrvCommon::RegisterLoadXSLs(classes);
   OrvCommon::RegisterSqlConversion(classes);
   OrvaneBackend::RegisterBackendCalls(classes, Home());
   OrvaneProcessMTS::RegisterEscalation(classes, Home());
   OrvServiceRequest::RegisterServiceRequest(classes, Home());
   RegisterMailDouble(mail_, doubles_);
-  classes.Register("CDO.Message", [this] { return mail_.Create("CDO.Message"); });
+  classes.Register("CDO.Message", [this] {
+    if (beforeMail_) beforeMail_();
+    return mail_.Create("CDO.Message");
+  });
   RegisterCatalogueDoubles(classes, doubles_);
   directory_ = RegisterFakeDirectory(classes);
   doubles_->before = [this](const std::string& step) {
@@ -189,7 +192,9 @@ void WholeSuite::Reconnect() {
 
 void WholeSuite::UseTransport(const CDO::Settings& settings) {
   mail_ = automation::ClassTable();
-  CDO::RegisterClasses(mail_, settings);
+  CDO::Settings own = settings;
+  own.ownFiles = created_;
+  CDO::RegisterClasses(mail_, own);
 }
 
 WholeSuite::Texts WholeSuite::Rows(const std::string& sql) {

@@ -16,6 +16,7 @@
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/automation/class_table.hpp"
+#include "platform/base/created_files.hpp"
 #include "platform/cdo/registration.hpp"
 #include "tests/solve/suite_doubles.hpp"
 #include "tests/support/fake_directory.hpp"
@@ -77,12 +78,14 @@ class WholeSuite {
   TestRuntime environment_;
   std::shared_ptr<SuiteDoubles> doubles_ = std::make_shared<SuiteDoubles>();
   std::shared_ptr<Directory> directory_;
+  std::function<void()> beforeMail_;  // called when the job begins to hand a mail over: its page is made
 
  private:
   void FillSettings();
   void FillTexts();
   void FillDirectory();
 
+  std::shared_ptr<base::CreatedFiles> created_ = std::make_shared<base::CreatedFiles>();
   automation::ClassTable mail_;  // the mail component of the moment
   ADODB::ConnectionPtr connection_;
   OrvaneProcess::SolveOnNoResponseJob job_;

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+
 namespace orvane_test {
 namespace {
 
@@ -58,6 +61,39 @@ TEST_P(WholeSuiteTest, PagesAreInTheLanguageOfTheirReaderAndShowMarkupAsText) {
   EXPECT_TRUE(
       std::all_of(german.begin(), german.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
   EXPECT_THAT(suite_.Log(), IsEmpty());
+}
+
+TEST_P(WholeSuiteTest, AMailNeverTakesThePageOfAnotherRunAlong) {
+  namespace fs = std::filesystem;
+  const fs::path pickup = suite_.Home() / "pickup";
+  fs::create_directory(pickup);
+  suite_.UseTransport({.pickupDirectory = pickup.string()});
+  suite_.Add({{26, "", kLongAgo}});
+  int pages = 0;
+  suite_.beforeMail_ = [this, &pages] {
+    for (const fs::directory_entry& page : fs::directory_iterator(suite_.Home() / "Data" / "HTML")) {
+      const fs::path path = page.path();
+      fs::remove(path);
+      std::ofstream(path) << "the page of another customer";
+      ++pages;
+    }
+  };
+  suite_.Run();
+  EXPECT_EQ(pages, 1);
+  EXPECT_TRUE(fs::is_empty(pickup)) << "the mail is refused";
+  ASSERT_EQ(suite_.PagesLeft().size(), 1U) << "the other run's page is not this run's to delete";
+  EXPECT_EQ(TemporaryFolder::Read(suite_.Home() / "Data" / "HTML" / suite_.PagesLeft().front()),
+            "the page of another customer");
+  EXPECT_THAT(suite_.Rows("SELECT Q_ID FROM REMINDER"), IsEmpty());
+  EXPECT_THAT(suite_.Log(), IsEmpty());
+
+  suite_.beforeMail_ = nullptr;
+  fs::remove_all(suite_.Home() / "Data" / "HTML");
+  fs::create_directory(suite_.Home() / "Data" / "HTML");
+  suite_.Add({{27, "", kLongAgo}});
+  suite_.Run();
+  EXPECT_FALSE(fs::is_empty(pickup)) << "an undisturbed mail leaves";
+  EXPECT_THAT(suite_.PagesLeft(), IsEmpty());
 }
 
 TEST_P(WholeSuiteTest, ARowWithoutItsQuestionHoldsUpEveryDueRowBehindItOnEveryRun) {

@@ -8,6 +8,7 @@ namespace {
 constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kHex[] = "0123456789ABCDEF";
 constexpr std::size_t kLine = 76;
+constexpr std::size_t kLongestQuoted = 200;
 
 std::uint32_t Byte(char c) {
   return static_cast<unsigned char>(c);
@@ -46,6 +47,29 @@ std::size_t WholeCharacters(std::string_view text, std::size_t limit) {
   std::size_t end = limit;
   while (end > 0 && (Byte(text[end]) & 0xC0U) == 0x80U) --end;
   return end > 0 ? end : limit;
+}
+
+std::string Quoted(std::string_view text) {
+  std::string out = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') out += '\\';
+    out += c;
+  }
+  return out + "\"";
+}
+
+std::string EncodedWords(std::string_view utf8) {
+  constexpr std::size_t kBytesPerWord = 42;  // 56 characters of base64; 12 more for the word's frame
+  std::string out;
+  while (!utf8.empty()) {
+    const std::size_t count = WholeCharacters(utf8, kBytesPerWord);
+    if (!out.empty()) out += "\r\n ";
+    out += "=?utf-8?B?";
+    AppendBase64(out, utf8.substr(0, count));
+    out += "?=";
+    utf8.remove_prefix(count);
+  }
+  return out;
 }
 
 }  // namespace
@@ -99,33 +123,17 @@ std::string QuotedPrintable(std::string_view text) {
 
 std::string HeaderText(std::string_view utf8) {
   constexpr std::size_t kLongestPlain = 900;
-  if (IsPlainAscii(utf8) && utf8.size() <= kLongestPlain && utf8.find("=?") == std::string_view::npos) {
-    return std::string(utf8);
-  }
-  constexpr std::size_t kBytesPerWord = 42;  // 56 characters of base64; 12 more for the word's frame
-  std::string out;
-  while (!utf8.empty()) {
-    const std::size_t count = WholeCharacters(utf8, kBytesPerWord);
-    if (!out.empty()) out += "\r\n ";
-    out += "=?utf-8?B?";
-    AppendBase64(out, utf8.substr(0, count));
-    out += "?=";
-    utf8.remove_prefix(count);
-  }
-  return out;
+  const bool plain = IsPlainAscii(utf8) && utf8.size() <= kLongestPlain;
+  return plain && utf8.find("=?") == std::string_view::npos ? std::string(utf8) : EncodedWords(utf8);
+}
+
+std::string HeaderPhrase(std::string_view utf8) {
+  return IsPlainAscii(utf8) && utf8.size() <= kLongestQuoted ? Quoted(utf8) : EncodedWords(utf8);
 }
 
 std::string HeaderParameter(std::string_view name, std::string_view utf8) {
   std::string out = ";\r\n " + std::string(name);
-  constexpr std::size_t kLongestQuoted = 200;
-  if (IsPlainAscii(utf8) && utf8.size() <= kLongestQuoted) {
-    out += "=\"";
-    for (const char c : utf8) {
-      if (c == '"' || c == '\\') out += '\\';
-      out += c;
-    }
-    return out + "\"";
-  }
+  if (IsPlainAscii(utf8) && utf8.size() <= kLongestQuoted) return out + "=" + Quoted(utf8);
   out += "*=utf-8''";
   for (const char c : utf8) {
     const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||

@@ -8,8 +8,11 @@
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/automation/error.hpp"
 #include "platform/cdo/curl/failure.hpp"
@@ -17,6 +20,8 @@
 
 namespace CDO::curl {
 namespace {
+
+using automation::ErrorNumber;
 
 // Sorts by the moment of sending, and never comes twice.
 std::string UniqueName() {
@@ -46,9 +51,16 @@ std::string HostName() {
   return host.empty() ? "localhost" : host;
 }
 
+// The platform's usual text for the number, and what it is about.
+[[noreturn]] void Refuse(ErrorNumber number, std::string_view what) {
+  const auto code = static_cast<std::int32_t>(number);
+  throw automation::Error(code, kSource,
+                          std::string(automation::StandardDescription(code)) + ": " + std::string(what));
+}
+
 // False when it is no file, or cannot be read.
 bool ReadWhole(const std::string& path, std::string& bytes) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return false;
   struct stat status {};
   bool good = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
@@ -72,19 +84,27 @@ bool ReadWhole(const std::string& path, std::string& bytes) {
 
 void MessageImpl::AddAttachment(std::string_view path) {
   const auto found = paths_->Find(path);
-  if (!found) throw automation::Error(automation::ErrorNumber::FileNotFound, kSource);
+  if (!found) Refuse(ErrorNumber::FileNotFound, path);
   std::string bytes;
-  if (!ReadWhole(found->path, bytes)) {
-    throw automation::Error(automation::ErrorNumber::PermissionDenied, kSource);
+  if (!ReadWhole(found->path, bytes)) Refuse(ErrorNumber::PermissionDenied, path);
+  if (ownFiles_ && !ownFiles_->Made(found->path, base::ContentDigest(bytes))) {
+    Refuse(ErrorNumber::PermissionDenied, std::string(path) + " was not made by this run");
   }
   const std::string name = found->path.substr(found->path.rfind('/') + 1);
   mail_.attachments.push_back({Scripting::local::ShownName(name), std::move(bytes)});
 }
 
 void MessageImpl::send() {
+  mail_.to = ParseAddresses(to_, "recipient");
+  if (mail_.to.empty()) throw automation::Error(kNoRecipient, kSource, std::string(kNoRecipientText));
+  std::vector<Mailbox> senders = ParseAddresses(from_, "sender");
+  if (senders.empty()) throw automation::Error(kNoSender, kSource, std::string(kNoSenderText));
+  if (senders.size() > 1) Refuse(ErrorNumber::InvalidProcedureCall, "more than one sender: " + from_);
+  mail_.from = std::move(senders.front());
   const Stamp stamp{std::time(nullptr), UniqueName(), HostName()};
-  const std::string text = Compose(mail_, stamp);
-  transport_->Deliver(BareAddress(mail_.from), BareAddress(mail_.to), text, stamp.unique);
+  std::vector<std::string> recipients;
+  for (const Mailbox& mailbox : mail_.to) recipients.push_back(mailbox.address);
+  transport_->Deliver(mail_.from.address, recipients, Compose(mail_, stamp), stamp.unique);
 }
 
 }  // namespace CDO::curl

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "platform/base/created_files.hpp"
 #include "platform/cdo/curl/mime.hpp"
 #include "platform/cdo/curl/transport.hpp"
 #include "platform/cdo/message.hpp"
@@ -14,11 +17,12 @@ namespace CDO::curl {
 class MessageImpl final : public Message {
  public:
   MessageImpl(std::shared_ptr<Transport> transport,
-              std::shared_ptr<const Scripting::local::PathResolver> paths)
-      : transport_(std::move(transport)), paths_(std::move(paths)) {}
+              std::shared_ptr<const Scripting::local::PathResolver> paths,
+              std::shared_ptr<const base::CreatedFiles> ownFiles)
+      : transport_(std::move(transport)), paths_(std::move(paths)), ownFiles_(std::move(ownFiles)) {}
 
-  void setFrom(std::string_view address) override { mail_.from = address; }
-  void setTo(std::string_view address) override { mail_.to = address; }
+  void setFrom(std::string_view address) override { from_ = address; }
+  void setTo(std::string_view address) override { to_ = address; }
   void setSubject(std::string_view subject) override { mail_.subject = subject; }
   void setMimeFormatted(bool) override {}
   void setTextBody(std::string_view text) override { mail_.body = text; }
@@ -28,6 +32,9 @@ class MessageImpl final : public Message {
  private:
   std::shared_ptr<Transport> transport_;
   std::shared_ptr<const Scripting::local::PathResolver> paths_;
+  std::shared_ptr<const base::CreatedFiles> ownFiles_;  // null: any file may be attached
+  std::string from_;
+  std::string to_;
   Mail mail_;
 };
 

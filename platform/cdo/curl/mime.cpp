@@ -2,58 +2,31 @@
 
 #include <cstdlib>
 
-#include "platform/automation/error.hpp"
 #include "platform/cdo/curl/encoding.hpp"
-#include "platform/cdo/curl/failure.hpp"
 
 namespace CDO::curl {
 namespace {
 
-bool HasControlCharacter(std::string_view text) {
-  for (const char c : text) {
-    if ((c >= 0 && c < ' ') || c == '\x7F') return true;
+std::string WithoutControls(std::string text) {
+  for (char& c : text) {
+    if ((c >= 0 && c < ' ') || c == '\x7F') c = ' ';
   }
-  return false;
+  return text;
 }
 
-void RequireHeaderText(std::string_view text) {
-  if (HasControlCharacter(text))
-    throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kSource);
+std::string AddressField(const Mailbox& mailbox) {
+  if (mailbox.name.empty()) return mailbox.address;
+  return HeaderPhrase(mailbox.name) + " <" + mailbox.address + ">";
 }
 
-// Raises for what could be read as several addresses, or as anything but the mailbox that the envelope names.
-void RequireAddress(std::string_view address) {
-  RequireHeaderText(address);
-  const std::string_view bare = BareAddress(address);
-  const bool plain =
-      !bare.empty() && IsPlainAscii(bare) && bare.find_first_of(" <>,;:()[]\\\"") == std::string_view::npos;
-  const bool named = bare.size() != address.size();
-  const std::string_view name = named ? address.substr(0, address.rfind('<')) : std::string_view();
-  if (!plain || name.find_first_of("<>") != std::string_view::npos) {
-    throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kSource);
+// One a line: each is shorter than a line may be, and nobody counts how many there are.
+std::string AddressField(const std::vector<Mailbox>& mailboxes) {
+  std::string field;
+  for (const Mailbox& mailbox : mailboxes) {
+    if (!field.empty()) field += ",\r\n ";
+    field += AddressField(mailbox);
   }
-}
-
-std::string AddressField(std::string_view address) {
-  const std::string_view bare = BareAddress(address);
-  if (bare.size() == address.size()) return std::string(address);
-  std::string_view name = address.substr(0, address.rfind('<'));
-  while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
-  while (!name.empty() && name.front() == ' ') name.remove_prefix(1);
-  if (name.size() >= 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
-  if (name.empty()) return "<" + std::string(bare) + ">";
-  std::string shown;
-  if (IsPlainAscii(name)) {
-    shown = "\"";
-    for (const char c : name) {
-      if (c == '"' || c == '\\') shown += '\\';
-      shown += c;
-    }
-    shown += '"';
-  } else {
-    shown = HeaderText(name);
-  }
-  return shown + " <" + std::string(bare) + ">";
+  return field;
 }
 
 std::string DateField(std::time_t time) {
@@ -113,12 +86,6 @@ void AppendAttachment(std::string& out, const Attachment& attachment) {
 
 }  // namespace
 
-std::string_view BareAddress(std::string_view address) {
-  const std::size_t open = address.rfind('<');
-  if (open == std::string_view::npos || address.back() != '>') return address;
-  return address.substr(open + 1, address.size() - open - 2);
-}
-
 std::string_view MediaType(std::string_view fileName) {
   static constexpr struct {
     std::string_view extension;
@@ -154,17 +121,11 @@ std::string_view MediaType(std::string_view fileName) {
 }
 
 std::string Compose(const Mail& mail, const Stamp& stamp) {
-  if (mail.to.empty()) throw automation::Error(kNoRecipient, kSource, std::string(kNoRecipientText));
-  if (mail.from.empty()) throw automation::Error(kNoSender, kSource, std::string(kNoSenderText));
-  RequireAddress(mail.from);
-  RequireAddress(mail.to);
-  RequireHeaderText(mail.subject);
-
   std::string out = "Date: " + DateField(stamp.time) + "\r\n";
   out += "Message-ID: <" + stamp.unique + "@" + stamp.host + ">\r\n";
   out += "From: " + AddressField(mail.from) + "\r\n";
   out += "To: " + AddressField(mail.to) + "\r\n";
-  out += "Subject: " + HeaderText(mail.subject) + "\r\n";
+  out += "Subject: " + HeaderText(WithoutControls(mail.subject)) + "\r\n";
   out += "MIME-Version: 1.0\r\n";
   if (mail.attachments.empty()) {
     AppendText(out, mail.body);

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/cdo/curl/addresses.hpp"
+
 namespace CDO::curl {
 
 struct Attachment {
@@ -14,8 +16,8 @@ struct Attachment {
 };
 
 struct Mail {
-  std::string from;
-  std::string to;
+  Mailbox from;
+  std::vector<Mailbox> to;
   std::string subject;
   std::string body;  // UTF-8
   std::vector<Attachment> attachments;
@@ -28,12 +30,8 @@ struct Stamp {
   std::string host;    // this machine's name
 };
 
-// Raises 5 for a line break or other control character in an address or the subject, and for an address that
-// is not one; -2147220980 and -2147220979 for an empty recipient and sender.
+// Control characters of the subject become blanks.
 std::string Compose(const Mail& mail, const Stamp& stamp);
-
-// The address inside "Name <address>", or the text itself.
-std::string_view BareAddress(std::string_view address);
 
 // The media type that belongs to a file name's extension.
 std::string_view MediaType(std::string_view fileName);

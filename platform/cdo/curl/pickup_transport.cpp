@@ -1,13 +1,16 @@
 // One .eml file per mail in a folder from which another program sends.
-#include <fcntl.h>
-#include <unistd.h>
+#include <sys/types.h>
 
-#include <cerrno>
-#include <cstdio>
+#include <cstdint>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/file_replacement.hpp"
 #include "platform/cdo/curl/failure.hpp"
 #include "platform/cdo/curl/transport.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
@@ -17,6 +20,9 @@ namespace CDO::curl {
 namespace {
 
 using automation::ErrorNumber;
+using base::FileReplacement;
+
+constexpr mode_t kMailMode = 0640;
 
 class PickupTransport final : public Transport {
  public:
@@ -24,65 +30,37 @@ class PickupTransport final : public Transport {
       : paths_(settings.drives), directory_(settings.pickupDirectory) {}
 
   // The file has its ".eml" name only once it is whole and on the disk: whoever watches the folder never sees
-  // half a mail.
-  void Deliver(std::string_view, std::string_view, std::string_view mail, std::string_view name) override {
+  // half a mail. A name that is taken is refused: the mail that has it must not be replaced.
+  void Deliver(const std::string&, const std::vector<std::string>&, std::string_view mail,
+               std::string_view name) override {
+    const std::lock_guard<std::mutex> lock(mutex_);
     const auto folder = paths_.Find(directory_);
-    if (!folder) throw automation::Error(ErrorNumber::PathNotFound, kSource);
-    const std::string target = folder->path + "/" + std::string(name) + ".eml";
-    const std::string beside = folder->path + "/." + std::string(name) + ".writing";
-    const int descriptor = open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0640);
-    if (descriptor < 0) Raise(errno);
-    int code = WriteAll(descriptor, mail);
-    if (code == 0 && fsync(descriptor) != 0) code = errno;
-    if (close(descriptor) != 0 && code == 0) code = errno;
-    if (code == 0) code = MoveTo(target, beside);
-    if (code == 0) {
-      SyncNames(folder->path);
-      return;
+    if (!folder) Raise(ErrorNumber::PathNotFound);
+    if (!std::exchange(cleared_, true)) base::RemoveLeftovers(folder->path);
+    try {
+      FileReplacement file(folder->path + "/" + std::string(name) + ".eml", std::nullopt, kMailMode);
+      file.Write(mail);
+      file.Commit(FileReplacement::Durability::Content);
+    } catch (const std::system_error& error) {
+      Raise(Scripting::local::NumberOf(error.code().value(), ErrorNumber::PathNotFound));
     }
-    unlink(beside.c_str());
-    Raise(code);
+    // Puts the mail's name on the disk as well: nobody makes the mail again once it counts as sent. One whose
+    // name cannot be synced is there all the same, so that is no error.
+    static_cast<void>(base::SyncFolder(folder->path));
   }
 
  private:
-  // A name that is taken is refused: the mail that has it must not be replaced.
-  static int MoveTo(const std::string& target, const std::string& beside) {
-    if (renameat2(AT_FDCWD, beside.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return 0;
-    if (errno != EINVAL && errno != ENOSYS) return errno;
-    // Not every file system can do so; a link refuses the name as well.
-    if (link(beside.c_str(), target.c_str()) != 0) return errno;
-    unlink(beside.c_str());
-    return 0;
+  [[noreturn]] void Raise(ErrorNumber number) const {
+    const auto code = static_cast<std::int32_t>(number);
+    throw automation::Error(
+        code, kSource,
+        std::string(automation::StandardDescription(code)) + ": the pickup folder " + directory_);
   }
 
-  // Puts the mail's name on the disk as well: nobody makes the mail again once it counts as sent. One whose
-  // name cannot be synced is there all the same, so that is no error.
-  static void SyncNames(const std::string& folder) {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);
-    close(descriptor);
-  }
-
-  static int WriteAll(int descriptor, std::string_view data) {
-    while (!data.empty()) {
-      const ssize_t written = write(descriptor, data.data(), data.size());
-      if (written < 0 && errno != EINTR) return errno;
-      if (written > 0) data.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return 0;
-  }
-
-  [[noreturn]] static void Raise(int code) {
-    try {
-      Scripting::local::RaiseSystemError(code, ErrorNumber::PathNotFound);
-    } catch (const automation::Error& error) {
-      throw automation::Error(error.Number(), kSource, error.Description());
-    }
-  }
-
+  std::mutex mutex_;
   Scripting::local::PathResolver paths_;
   std::string directory_;
+  bool cleared_ = false;  // of what killed runs have left
 };
 
 }  // namespace

@@ -15,8 +15,9 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
                                                          ? curl::MakePickupTransport(settings)
                                                          : curl::MakeSmtpTransport(settings);
   const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
-  classes.Register("CDO.Message",
-                   [transport, paths] { return std::make_shared<curl::MessageImpl>(transport, paths); });
+  classes.Register("CDO.Message", [transport, paths, ownFiles = settings.ownFiles] {
+    return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles);
+  });
 }
 
 }  // namespace CDO

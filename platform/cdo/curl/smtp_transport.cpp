@@ -8,6 +8,7 @@
 #include <new>
 
 #include "platform/automation/error.hpp"
+#include "platform/cdo/curl/encoding.hpp"
 #include "platform/cdo/curl/failure.hpp"
 #include "platform/cdo/curl/transport.hpp"
 
@@ -22,12 +23,20 @@ struct Freer {
 // One message on its way: what is still to be read, and what the server said last.
 struct Conversation {
   std::string_view rest;
+  bool needsUtf8;    // an address goes beyond ASCII
+  bool& offersUtf8;  // what the server said when the connection was made
   bool started = false;
-  std::string refusal;  // the server's latest answer that is none of success
+  bool beyondServer = false;  // given up, as the server does not offer what the addresses need
+  std::string refusal;        // the server's latest answer that is none of success
 };
 
 std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* context) {
   auto& conversation = *static_cast<Conversation*>(context);
+  // A server that has not said that it takes such addresses may have taken the bytes for something else.
+  if (conversation.needsUtf8 && !conversation.offersUtf8) {
+    conversation.beyondServer = true;
+    return CURL_READFUNC_ABORT;
+  }
   conversation.started = true;
   const std::size_t taken = std::min(size * count, conversation.rest.size());
   std::memcpy(buffer, conversation.rest.data(), taken);
@@ -38,8 +47,11 @@ std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* cont
 std::size_t OnAnswer(char* line, std::size_t size, std::size_t count, void* context) {
   std::string_view text(line, size * count);
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
-  if (!text.empty() && (text[0] == '4' || text[0] == '5'))
-    static_cast<Conversation*>(context)->refusal = text;
+  auto& conversation = *static_cast<Conversation*>(context);
+  if (text.starts_with("220")) conversation.offersUtf8 = false;  // a new connection, or TLS on it
+  if (text.size() >= 12 && text.starts_with("250") && text.substr(4) == "SMTPUTF8")
+    conversation.offersUtf8 = true;
+  if (text.starts_with('4') || text.starts_with('5')) conversation.refusal = text;
   return size * count;
 }
 
@@ -63,20 +75,28 @@ class SmtpTransport final : public Transport {
     Configure();
   }
 
-  void Deliver(std::string_view from, std::string_view to, std::string_view mail, std::string_view) override {
+  void Deliver(const std::string& from, const std::vector<std::string>& to, std::string_view mail,
+               std::string_view) override {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const std::string sender = "<" + std::string(from) + ">";
-    const std::string recipient = "<" + std::string(to) + ">";
-    const std::unique_ptr<curl_slist, Freer> recipients(curl_slist_append(nullptr, recipient.c_str()));
-    if (!recipients) throw std::bad_alloc();
+    const std::string sender = "<" + from + ">";
+    bool needsUtf8 = !IsPlainAscii(from);
+    std::unique_ptr<curl_slist, Freer> recipients;
+    for (const std::string& address : to) {
+      curl_slist* longer = curl_slist_append(recipients.get(), ("<" + address + ">").c_str());
+      if (longer == nullptr) throw std::bad_alloc();
+      static_cast<void>(recipients.release());
+      recipients.reset(longer);
+      needsUtf8 = needsUtf8 || !IsPlainAscii(address);
+    }
     Set(CURLOPT_MAIL_FROM, sender.c_str());
     Set(CURLOPT_MAIL_RCPT, recipients.get());
-    Conversation conversation{mail, false, {}};
+    Conversation conversation{mail, needsUtf8, offersUtf8_, false, false, {}};
     CURLcode code = Perform(conversation);
     // The server may have closed a connection that stood idle. Nothing of the mail was handed over yet, so
     // trying again on a new connection cannot send it twice.
-    if (code != CURLE_OK && !conversation.started && WasReused()) {
-      conversation = {mail, false, {}};
+    if (code != CURLE_OK && !conversation.started && !conversation.beyondServer && WasReused()) {
+      conversation.rest = mail;
+      conversation.refusal.clear();
       Set(CURLOPT_FRESH_CONNECT, 1L);
       code = Perform(conversation);
       Set(CURLOPT_FRESH_CONNECT, 0L);
@@ -133,6 +153,11 @@ class SmtpTransport final : public Transport {
 
   [[noreturn]] void RaiseFor(CURLcode code, const Conversation& conversation) const {
     const std::string problem = problem_[0] != '\0' ? problem_.data() : curl_easy_strerror(code);
+    if (conversation.beyondServer) {
+      throw automation::Error(
+          kNotSent, kSource,
+          std::string(kNotSentText) + " SMTPUTF8 was not offered, and an address goes beyond ASCII");
+    }
     if (!conversation.refusal.empty()) {
       throw automation::Error(kNotSent, kSource,
                               std::string(kNotSentText) + " The server response was " + conversation.refusal);
@@ -145,6 +170,7 @@ class SmtpTransport final : public Transport {
   Settings settings_;
   std::string url_;
   std::mutex mutex_;
+  bool offersUtf8_ = false;
   std::array<char, CURL_ERROR_SIZE> problem_{};  // outlives the handle that writes into it
   std::unique_ptr<CURL, Freer> handle_;
 };

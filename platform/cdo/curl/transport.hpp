@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/cdo/registration.hpp"
 
@@ -13,7 +14,8 @@ class Transport {
  public:
   virtual ~Transport() = default;
   // Takes the mail over for good when it returns; raises when it could not. `name` is the mail's unique name.
-  virtual void Deliver(std::string_view from, std::string_view to, std::string_view mail,
+  // `from` and `to` are bare addresses, domains in ASCII.
+  virtual void Deliver(const std::string& from, const std::vector<std::string>& to, std::string_view mail,
                        std::string_view name) = 0;
 };
 

@@ -96,7 +96,7 @@ TextStreamPtr LocalFileSystem::CreateTextFile(std::string_view path, bool overwr
   const PathResolver::Place place = resolver_.PlaceFor(path);
   if (place.existing && !overwrite) Raise(ErrorNumber::FileAlreadyExists);
   if (place.existing) RefuseReadOnly(place.path);
-  return OpenNewFile(place.path, place.existing);
+  return OpenNewFile(place.path, place.existing, created_);
 }
 
 TextStreamPtr LocalFileSystem::OpenTextFile(std::string_view path, IOMode mode, bool create) {
@@ -113,9 +113,11 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
   if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);
+  if (created_ && created_->WasReplaced(found->path, found->status)) Raise(ErrorNumber::PermissionDenied);
   resolver_.Removing(found->path, [&found] {
     if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
   });
+  if (created_) created_->Forget(found->path);
 }
 
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {

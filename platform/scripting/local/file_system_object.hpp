@@ -1,6 +1,10 @@
 // The file-system object on the POSIX file tree.
 #pragma once
 
+#include <memory>
+#include <utility>
+
+#include "platform/base/created_files.hpp"
 #include "platform/scripting/file_system_object.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
 
@@ -8,7 +12,10 @@ namespace Scripting::local {
 
 class LocalFileSystem : public FileSystemObject {
  public:
-  explicit LocalFileSystem(const DriveTable& drives) : resolver_(drives) {}
+  // Notes the new files that it makes in `created`, if there is one. A file that another has put in place of
+  // one of them is not deleted as if it were the run's own: DeleteFile refuses it with 70.
+  explicit LocalFileSystem(const DriveTable& drives, std::shared_ptr<base::CreatedFiles> created = nullptr)
+      : resolver_(drives), created_(std::move(created)) {}
 
   bool FolderExists(std::string_view path) const override;
   bool FileExists(std::string_view path) const override;
@@ -24,6 +31,7 @@ class LocalFileSystem : public FileSystemObject {
 
  private:
   PathResolver resolver_;
+  std::shared_ptr<base::CreatedFiles> created_;
 };
 
 }  // namespace Scripting::local

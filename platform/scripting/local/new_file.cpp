@@ -19,8 +19,12 @@ constexpr std::size_t kBufferSize = 65'536;
 
 class NewFileStream : public TextStream {
  public:
-  NewFileStream(std::unique_ptr<FileReplacement> file, std::shared_ptr<const automation::Locale> locale)
-      : file_(std::move(file)), locale_(std::move(locale)) {}
+  NewFileStream(std::string native, const std::optional<struct stat>& existing,
+                std::shared_ptr<base::CreatedFiles> created, std::shared_ptr<const automation::Locale> locale)
+      : native_(std::move(native)),
+        file_(std::make_unique<FileReplacement>(native_, existing)),
+        created_(std::move(created)),
+        locale_(std::move(locale)) {}
 
   void Write(std::string_view text) override {
     RequireOpen();
@@ -44,7 +48,8 @@ class NewFileStream : public TextStream {
     Flush();
     const std::unique_ptr<FileReplacement> file = std::move(file_);
     try {
-      file->Commit(FileReplacement::Durability::Content);
+      const struct stat status = file->Commit(FileReplacement::Durability::Content);
+      if (created_) created_->Add(native_, status, content_);
     } catch (const std::system_error& error) {
       RaiseSystemError(error.code().value(), ErrorNumber::PathNotFound);
     }
@@ -56,27 +61,32 @@ class NewFileStream : public TextStream {
   }
 
   void Flush() {
+    const std::string bytes = std::exchange(buffer_, {});
+    content_.Append(bytes);
     try {
-      file_->Write(std::exchange(buffer_, {}));
+      file_->Write(bytes);
     } catch (const std::system_error& error) {
       file_.reset();
       RaiseWriteError(error.code().value());
     }
   }
 
+  std::string native_;
   std::unique_ptr<FileReplacement> file_;  // null once it is closed
+  std::shared_ptr<base::CreatedFiles> created_;
+  base::ContentDigest content_;
   std::shared_ptr<const automation::Locale> locale_;
   std::string buffer_;
 };
 
 }  // namespace
 
-TextStreamPtr OpenNewFile(const std::string& native, const std::optional<struct stat>& existing) {
+TextStreamPtr OpenNewFile(const std::string& native, const std::optional<struct stat>& existing,
+                          std::shared_ptr<base::CreatedFiles> created) {
   automation::CurrentLocale();  // raises before anything is made
   std::shared_ptr<const automation::Locale> locale = automation::CurrentRuntime().locale;
   try {
-    return std::make_shared<NewFileStream>(std::make_unique<FileReplacement>(native, existing),
-                                           std::move(locale));
+    return std::make_shared<NewFileStream>(native, existing, std::move(created), std::move(locale));
   } catch (const std::system_error& error) {
     RaiseSystemError(error.code().value(), ErrorNumber::PathNotFound);
   }

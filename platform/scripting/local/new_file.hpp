@@ -3,15 +3,19 @@
 
 #include <sys/stat.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "platform/base/created_files.hpp"
 #include "platform/scripting/file_system_object.hpp"
 
 namespace Scripting::local {
 
 // For FileSystemObject::CreateTextFile: `native` is the operating system's path, `existing` what lies there
-// now (a link not followed). A failed write ends the stream.
-TextStreamPtr OpenNewFile(const std::string& native, const std::optional<struct stat>& existing);
+// now (a link not followed). A failed write ends the stream. The finished file is noted in `created`, if
+// there is one.
+TextStreamPtr OpenNewFile(const std::string& native, const std::optional<struct stat>& existing,
+                          std::shared_ptr<base::CreatedFiles> created);
 
 }  // namespace Scripting::local

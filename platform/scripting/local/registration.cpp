@@ -7,8 +7,10 @@
 
 namespace Scripting::local {
 
-void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives) {
-  classes.Register(kFileSystemObjectProgId, [drives] { return std::make_shared<LocalFileSystem>(drives); });
+void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives,
+                     const std::shared_ptr<base::CreatedFiles>& created) {
+  classes.Register(kFileSystemObjectProgId,
+                   [drives, created] { return std::make_shared<LocalFileSystem>(drives, created); });
   RegisterDictionary(classes);
 }
 

@@ -2,13 +2,17 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 
 #include "platform/automation/class_table.hpp"
+#include "platform/base/created_files.hpp"
 
 namespace Scripting::local {
 
 // "Scripting.FileSystemObject" and "Scripting.Dictionary". `drives` maps drive letters to absolute folders.
-void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives = {});
+// All file-system objects of the table note the files that they make in `created`, if there is one.
+void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives = {},
+                     const std::shared_ptr<base::CreatedFiles>& created = nullptr);
 
 }  // namespace Scripting::local

@@ -1,0 +1,221 @@
+#include "platform/cdo/curl/addresses.hpp"
+
+#include <unicode/uidna.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <optional>
+
+#include "platform/automation/error.hpp"
+#include "platform/cdo/curl/encoding.hpp"
+#include "platform/cdo/curl/failure.hpp"
+
+namespace CDO::curl {
+namespace {
+
+constexpr std::size_t kLongestAddress = 320;  // 64 before the "@" and 255 behind it
+constexpr std::size_t kMostShown = 200;
+
+bool IsControl(char c) {
+  return (c >= 0 && c < ' ') || c == '\x7F';
+}
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+bool IsUtf8(std::string_view text) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::int32_t length = 0;
+  u_strFromUTF8(nullptr, 0, &length, text.data(), static_cast<std::int32_t>(text.size()), &status);
+  return status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status);
+}
+
+struct IdnaCloser {
+  void operator()(UIDNA* idna) const { uidna_close(idna); }
+};
+
+// The form of a domain that every mail server understands; nothing when there is none.
+std::optional<std::string> AsciiDomain(std::string_view domain) {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<UIDNA, IdnaCloser> idna(
+      uidna_openUTS46(UIDNA_USE_STD3_RULES | UIDNA_CHECK_BIDI | UIDNA_NONTRANSITIONAL_TO_ASCII, &status));
+  if (U_FAILURE(status)) throw std::bad_alloc();
+  std::array<char, 512> ascii{};
+  UIDNAInfo info = UIDNA_INFO_INITIALIZER;
+  const std::int32_t length =
+      uidna_nameToASCII_UTF8(idna.get(), domain.data(), static_cast<std::int32_t>(domain.size()),
+                             ascii.data(), static_cast<std::int32_t>(ascii.size()), &info, &status);
+  if (U_FAILURE(status) || info.errors != 0) return std::nullopt;
+  return std::string(ascii.data(), static_cast<std::size_t>(length));
+}
+
+class Parser {
+ public:
+  Parser(std::string_view text, std::string_view what) : text_(text), what_(what) {}
+
+  std::vector<Mailbox> All() {
+    if (text_.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
+      Refuse("it holds a line break or a NUL character");
+    }
+    std::replace_if(text_.begin(), text_.end(), IsControl, ' ');
+    std::vector<Mailbox> mailboxes;
+    while (at_ < text_.size()) {
+      if (std::optional<Mailbox> mailbox = Next()) mailboxes.push_back(std::move(*mailbox));
+    }
+    return mailboxes;
+  }
+
+ private:
+  [[noreturn]] void Refuse(const std::string& why) const {
+    std::string shown = text_.substr(0, kMostShown);
+    std::replace_if(shown.begin(), shown.end(), IsControl, '?');
+    const auto number = automation::ErrorNumber::InvalidProcedureCall;
+    const std::string usual(automation::StandardDescription(static_cast<std::int32_t>(number)));
+    throw automation::Error(
+        static_cast<std::int32_t>(number), kSource,
+        usual + ": the " + std::string(what_) + " \"" + shown + "\" is no mail address: " + why);
+  }
+
+  // Reads up to the next separator, which is passed over as well; nothing for an empty place.
+  std::optional<Mailbox> Next() {
+    std::string plain;   // as it stands, less comments
+    std::string phrase;  // the same less quotation marks
+    std::optional<std::string> inAngles;
+    while (at_ < text_.size()) {
+      const char c = text_[at_];
+      if (c == ',' || c == ';') break;
+      if (c == '(') {
+        SkipComment();
+        plain += ' ';
+        phrase += ' ';
+      } else if (c == '"') {
+        const std::size_t start = at_;
+        phrase += QuotedText();
+        plain += text_.substr(start, at_ - start);
+      } else if (c == '<') {
+        if (inAngles) Refuse("two addresses stand without a comma between them");
+        inAngles = InAngles();
+        plain.clear();
+      } else if (c == '>') {
+        Refuse("a \">\" stands without a \"<\"");
+      } else if (c == ':' && !inAngles && plain.find('@') == std::string::npos) {
+        plain.clear();  // the name of a group, whose members follow
+        phrase.clear();
+        ++at_;
+      } else {
+        plain += c;
+        if (!inAngles) phrase += c;
+        ++at_;
+      }
+    }
+    if (at_ < text_.size()) ++at_;
+    if (inAngles) {
+      if (!Trimmed(plain).empty()) Refuse("something follows the address in angle brackets");
+      return Mailbox{std::string(Trimmed(phrase)), Checked(Trimmed(*inAngles))};
+    }
+    if (Trimmed(plain).empty()) return std::nullopt;
+    return Mailbox{{}, Checked(Trimmed(plain))};
+  }
+
+  void SkipComment() {
+    int depth = 0;
+    for (; at_ < text_.size(); ++at_) {
+      if (text_[at_] == '\\') {
+        ++at_;
+      } else if (text_[at_] == '(') {
+        ++depth;
+      } else if (text_[at_] == ')' && --depth == 0) {
+        ++at_;
+        return;
+      }
+    }
+    Refuse("a comment is not closed");
+  }
+
+  // What stands between quotation marks, "\" taken off; at_ is behind the second one then.
+  std::string QuotedText() {
+    std::string inside;
+    for (++at_; at_ < text_.size(); ++at_) {
+      if (text_[at_] == '"') {
+        ++at_;
+        return inside;
+      }
+      if (text_[at_] == '\\' && at_ + 1 < text_.size()) ++at_;
+      inside += text_[at_];
+    }
+    Refuse("a quotation mark is not closed");
+  }
+
+  std::string InAngles() {
+    const std::size_t start = ++at_;
+    while (at_ < text_.size() && text_[at_] != '>' && text_[at_] != '<') {
+      if (text_[at_] == '"') {
+        QuotedText();
+      } else {
+        ++at_;
+      }
+    }
+    if (at_ >= text_.size() || text_[at_] == '<') Refuse("a \"<\" stands without a \">\"");
+    return text_.substr(start, at_++ - start);
+  }
+
+  std::string Checked(std::string_view address) const {
+    const bool quoted = address.starts_with('"');
+    const std::size_t localEnd = quoted ? EndOfQuoted(address) : std::min(address.find('@'), address.size());
+    const std::string_view local = address.substr(0, localEnd);
+    if (local.empty()) Refuse("nothing stands before the \"@\"");
+    if (!quoted) RequirePlain(local);
+    if (!IsUtf8(local)) Refuse("it is not UTF-8");
+    if (localEnd == address.size()) return std::string(address);  // a mailbox of the mail server's own
+    if (address[localEnd] != '@') Refuse("a quoted text stands beside another");
+    const std::string checked = std::string(local) + "@" + CheckedDomain(address.substr(localEnd + 1));
+    if (checked.size() > kLongestAddress) Refuse("it is too long");
+    return checked;
+  }
+
+  static std::size_t EndOfQuoted(std::string_view address) {
+    std::size_t end = 1;
+    while (end < address.size() && address[end] != '"')
+      end += address[end] == '\\' ? 2U : 1U;  // it is closed: see QuotedText
+    return std::min(end + 1, address.size());
+  }
+
+  void RequirePlain(std::string_view part) const {
+    if (part.find(' ') != std::string_view::npos) Refuse("a blank stands in it");
+    const std::size_t odd = part.find_first_of("@()<>[]:;@\\,\"");
+    if (odd != std::string_view::npos) Refuse("\"" + std::string(1, part[odd]) + "\" stands in it");
+  }
+
+  std::string CheckedDomain(std::string_view domain) const {
+    if (domain.empty()) Refuse("nothing stands behind the \"@\"");
+    if (domain.starts_with('[') && domain.ends_with(']') && IsPlainAscii(domain) &&
+        domain.find_first_of(" []<>\\\"", 1) == domain.size() - 1) {
+      return std::string(domain);  // the number of a machine
+    }
+    RequirePlain(domain);
+    if (IsPlainAscii(domain)) return std::string(domain);
+    std::optional<std::string> ascii = AsciiDomain(domain);
+    if (!ascii) Refuse("its domain has no ASCII form");
+    return *ascii;
+  }
+
+  std::string text_;
+  std::string_view what_;
+  std::size_t at_ = 0;
+};
+
+}  // namespace
+
+std::vector<Mailbox> ParseAddresses(std::string_view text, std::string_view what) {
+  return Parser(text, what).All();
+}
+
+}  // namespace CDO::curl
