@@ -15,6 +15,8 @@ class Command : public automation::Object {
   virtual void SetCommandText(const Statement& statement) = 0;
   // Runs the text on the connection as Connection::Execute does; 3001 without a connection.
   virtual RecordsetPtr Execute(std::int64_t* recordsAffected, int options) = 0;
+  // As Connection::ExecuteDelete; 3001 without a connection.
+  virtual RecordsetPtr ExecuteDelete(Deleted wanted) = 0;
 };
 
 using CommandPtr = std::shared_ptr<Command>;

@@ -37,6 +37,13 @@ class Connection : public automation::Object {
   // changes may be there.
   virtual RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) = 0;
 
+  // Runs a DELETE of one table, as Execute does, and gives the rows that it removed, exactly these whatever
+  // others do meanwhile: a static read-only set of the table's columns, or of those of its key (the row
+  // number where the engine addresses rows by it), in the order of the key. A table without a key gives all
+  // columns either way. 3251 when the engine cannot tell: a DELETE of another form, or no key on an engine
+  // that does not return what it deletes.
+  virtual RecordsetPtr ExecuteDelete(const Statement& statement, Deleted wanted) = 0;
+
   // Transactions do not nest. 3001 while one is open.
   virtual void BeginTrans() = 0;
 

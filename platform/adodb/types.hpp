@@ -15,6 +15,9 @@ enum class IsolationLevel {
 enum class ObjectState { Closed = 0, Open = 1 };
 enum class Affect { Current = 1 };
 
+// What is told of the rows that a deletion removes.
+enum class Deleted { Keys, Rows };
+
 // Options of Open and Execute.
 constexpr int kOptionsUnspecified = -1;
 constexpr int kCommandText = 1;

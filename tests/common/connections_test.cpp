@@ -43,6 +43,7 @@ class ScriptedConnection : public ADODB::Connection {
   }
   ADODB::IsolationLevel GetIsolationLevel() const override { return ADODB::IsolationLevel::ReadCommitted; }
   ADODB::RecordsetPtr Execute(const ADODB::Statement&, std::int64_t*, int) override { return nullptr; }
+  ADODB::RecordsetPtr ExecuteDelete(const ADODB::Statement&, ADODB::Deleted) override { return nullptr; }
   void BeginTrans() override {}
   void CommitTrans() override {}
   void RollbackTrans() override {}

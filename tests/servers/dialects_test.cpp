@@ -119,6 +119,11 @@ TEST_F(DialectTest, ComposesInsertsThatAnswerWithTheNewRow) {
   EXPECT_EQ(sqlserver_.InsertReturning("T", {}, {"ID"}), "INSERT INTO T OUTPUT INSERTED.[ID] DEFAULT VALUES");
 }
 
+TEST_F(DialectTest, LocksRowsThatAreToBeDeleted) {
+  EXPECT_EQ(mariadb_.LockedSelect("*,`ID`", "T", "where A=1"), "SELECT *,`ID` FROM T where A=1 FOR UPDATE");
+  EXPECT_EQ(sqlserver_.LockedSelect("[ID]", "T", "where A=1"), "SELECT [ID] FROM T WITH (UPDLOCK) where A=1");
+}
+
 TEST_F(DialectTest, CutsResultsToANumberOfRows) {
   EXPECT_EQ(postgresql_.Limited("a", " FROM T", 5), "SELECT a FROM T LIMIT 5");
   EXPECT_EQ(mariadb_.Limited("a", " FROM T", 5), "SELECT a FROM T LIMIT 5");

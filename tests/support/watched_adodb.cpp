@@ -107,6 +107,7 @@ class WatchedConnection : public ADODB::Connection {
   ADODB::IsolationLevel GetIsolationLevel() const override { return actual_->GetIsolationLevel(); }
   RecordsetPtr Execute(const ADODB::Statement& statement, std::int64_t* recordsAffected,
                        int options) override;
+  RecordsetPtr ExecuteDelete(const ADODB::Statement& statement, ADODB::Deleted wanted) override;
   void BeginTrans() override {
     Step(journal_, "Connection.BeginTrans");
     actual_->BeginTrans();
@@ -235,6 +236,13 @@ RecordsetPtr WatchedConnection::Execute(const ADODB::Statement& statement, std::
   return Wrapped(journal_, actual_->Execute(statement, recordsAffected, options));
 }
 
+RecordsetPtr WatchedConnection::ExecuteDelete(const ADODB::Statement& statement, ADODB::Deleted wanted) {
+  Step(journal_, "Connection.ExecuteDelete");
+  BeforeStatement(journal_, statement.ToString());
+  journal_->executed.push_back(statement.ToString());
+  return Wrapped(journal_, actual_->ExecuteDelete(statement, wanted));
+}
+
 class WatchedCommand : public ADODB::Command {
  public:
   WatchedCommand(JournalPtr journal, ADODB::CommandPtr actual)
@@ -252,6 +260,12 @@ class WatchedCommand : public ADODB::Command {
     BeforeStatement(journal_, text_);
     journal_->executed.push_back(text_);
     return Wrapped(journal_, actual_->Execute(recordsAffected, options));
+  }
+  RecordsetPtr ExecuteDelete(ADODB::Deleted wanted) override {
+    Step(journal_, "Command.ExecuteDelete");
+    BeforeStatement(journal_, text_);
+    journal_->executed.push_back(text_);
+    return Wrapped(journal_, actual_->ExecuteDelete(wanted));
   }
 
  private:

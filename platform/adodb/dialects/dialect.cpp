@@ -13,6 +13,12 @@ std::string Dialect::Limited(std::string_view list, std::string_view rest, std::
   return sql.append(list).append(rest).append(" LIMIT ").append(std::to_string(count));
 }
 
+std::string Dialect::LockedSelect(std::string_view list, std::string_view table,
+                                  std::string_view where) const {
+  std::string sql = "SELECT ";
+  return sql.append(list).append(" FROM ").append(table).append(" ").append(where).append(" FOR UPDATE");
+}
+
 std::string Dialect::InsertReturning(std::string_view table, const std::vector<std::string>& columns,
                                      const std::vector<std::string>& returned) const {
   std::string sql = "INSERT INTO ";

@@ -66,6 +66,12 @@ class Dialect {
   // `table` is as the statement wrote it.
   virtual std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
                                       const std::vector<std::string>& returned) const;
+  // True where "DELETE FROM t WHERE ... RETURNING list" gives the rows that it deletes.
+  virtual bool ReturnsDeletedRows() const { return false; }
+  // "SELECT " + list of a table's rows, which nobody else can change until the transaction ends. `where` may
+  // be empty.
+  virtual std::string LockedSelect(std::string_view list, std::string_view table,
+                                   std::string_view where) const;
   // What stands before the rows of "(a,b) IN (VALUES (1,2),(3,4))", in the form of it that is fast for tens
   // of thousands of rows.
   virtual std::string_view RowValueListStart() const { return "VALUES "; }

@@ -41,6 +41,8 @@ class MariaDb : public Dialect {
   bool JoinsWhenDeleteNamesItsTable() const override { return true; }
   bool OrdersLongTextsOnDisk() const override { return true; }
 
+  bool ReturnsDeletedRows() const override { return true; }
+
   // A statement is planned with the values of its parameters in their places, each time that it runs.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
   bool PreparesOnTheServer() const override { return true; }

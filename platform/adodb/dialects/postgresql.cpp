@@ -54,6 +54,8 @@ class PostgreSql : public Dialect {
     return sql + ")";
   }
 
+  bool ReturnsDeletedRows() const override { return true; }
+
   // A text without a type of its own is sent, and takes the type of what it is compared with, as a literal
   // does.
   bool ComparesBoundValuesAsLiterals() const override { return true; }

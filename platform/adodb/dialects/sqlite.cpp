@@ -24,6 +24,8 @@ class Sqlite : public Dialect {
     return sql + ")";
   }
 
+  bool ReturnsDeletedRows() const override { return true; }
+
   // Neither a literal nor a parameter has an affinity of its own.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
 

@@ -73,6 +73,13 @@ class SqlServer : public Dialect {
     return columns.empty() ? sql + " DEFAULT VALUES" : sql + " VALUES (" + marks + ")";
   }
 
+  std::string LockedSelect(std::string_view list, std::string_view table,
+                           std::string_view where) const override {
+    std::string sql = "SELECT ";
+    sql.append(list).append(" FROM ").append(table).append(" WITH (UPDLOCK) ").append(where);
+    return sql;
+  }
+
   // Trailing blanks never count; a collation says "_CI" when case does not either, and the binary ones end in
   // _BIN or _BIN2.
   std::string ComparisonKey(std::string_view text, const Column& column) const override {

@@ -5,9 +5,17 @@
 
 namespace ADODB::engine {
 
-RecordsetPtr CommandImpl::Execute(std::int64_t* recordsAffected, int options) {
+Connection& CommandImpl::RequiredConnection() const {
   if (!connection_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Command");
-  return connection_->Execute(statement_, recordsAffected, options);
+  return *connection_;
+}
+
+RecordsetPtr CommandImpl::Execute(std::int64_t* recordsAffected, int options) {
+  return RequiredConnection().Execute(statement_, recordsAffected, options);
+}
+
+RecordsetPtr CommandImpl::ExecuteDelete(Deleted wanted) {
+  return RequiredConnection().ExecuteDelete(statement_, wanted);
 }
 
 }  // namespace ADODB::engine

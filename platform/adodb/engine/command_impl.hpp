@@ -10,8 +10,11 @@ class CommandImpl : public Command {
   void SetActiveConnection(const ConnectionPtr& connection) override { connection_ = connection; }
   void SetCommandText(const Statement& statement) override { statement_ = statement; }
   RecordsetPtr Execute(std::int64_t* recordsAffected, int options) override;
+  RecordsetPtr ExecuteDelete(Deleted wanted) override;
 
  private:
+  Connection& RequiredConnection() const;
+
   ConnectionPtr connection_;
   Statement statement_;
 };

@@ -1,5 +1,6 @@
 #include "platform/adodb/engine/connection_impl.hpp"
 
+#include "platform/adodb/engine/deleted_rows.hpp"
 #include "platform/adodb/engine/recordset_impl.hpp"
 
 namespace ADODB::engine {
@@ -57,6 +58,14 @@ RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* r
   const std::int64_t affected = Run(*link, translation);
   if (recordsAffected != nullptr) *recordsAffected = affected;
   return nullptr;
+}
+
+RecordsetPtr ConnectionImpl::ExecuteDelete(const Statement& statement, Deleted wanted) {
+  const std::shared_ptr<Link>& link = GetLink();
+  DeletedRows deleted = RunDelete(*link, *link->Prepare(statement), wanted);
+  auto records = std::make_shared<RecordsetImpl>();
+  records->OpenCopied(statement, link, std::move(deleted.rows), std::move(deleted.order));
+  return records;
 }
 
 void ConnectionImpl::BeginTrans() {

@@ -20,6 +20,7 @@ class ConnectionImpl final : public Connection {
   void SetIsolationLevel(IsolationLevel level) override;
   IsolationLevel GetIsolationLevel() const override { return level_; }
   RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) override;
+  RecordsetPtr ExecuteDelete(const Statement& statement, Deleted wanted) override;
   void BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;

@@ -65,24 +65,31 @@ std::shared_ptr<const Translation> Link::Translated(const Statement& statement) 
   return translation;
 }
 
-std::int64_t Run(Link& link, const Translation& translation) {
+void InTransaction(Link& link, const std::function<void()>& work) {
+  if (link.inTransaction) return work();
   Session& session = link.GetSession();
-  if (translation.statements.size() == 1) return session.Execute(translation.statements.front(), {});
-  const bool ownTransaction = !link.inTransaction;
-  if (ownTransaction) session.Begin();
-  std::int64_t affected = 0;
+  session.Begin();
   try {
-    for (const std::string& piece : translation.statements) affected += session.Execute(piece, {});
-    if (ownTransaction) session.Commit();
+    work();
+    session.Commit();
   } catch (...) {
     const std::exception_ptr failure = std::current_exception();
     try {
-      if (ownTransaction) session.Rollback();
+      session.Rollback();
     } catch (const std::exception&) {
       // The first failure is the one to tell.
     }
     std::rethrow_exception(failure);
   }
+}
+
+std::int64_t Run(Link& link, const Translation& translation) {
+  Session& session = link.GetSession();
+  if (translation.statements.size() == 1) return session.Execute(translation.statements.front(), {});
+  std::int64_t affected = 0;
+  InTransaction(link, [&] {
+    for (const std::string& piece : translation.statements) affected += session.Execute(piece, {});
+  });
   return affected;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -42,6 +43,9 @@ class Link {
   std::shared_ptr<Pool> pool_;
   Pool::Lease lease_;
 };
+
+// Calls `work` in the transaction that is open, or in one of its own, which a failure rolls back.
+void InTransaction(Link& link, const std::function<void()>& work);
 
 // Runs a statement whose rows are not wanted; pieces run in one transaction. Rows affected.
 std::int64_t Run(Link& link, const Translation& translation);

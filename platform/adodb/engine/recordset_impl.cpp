@@ -77,6 +77,17 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
   GoTo(0, true);
 }
 
+void RecordsetImpl::OpenCopied(const Statement& statement, std::shared_ptr<Link> link,
+                               std::unique_ptr<RowSource> rows, std::vector<std::uint32_t> order) {
+  Reset();
+  type_ = CursorType::Static;
+  source_ = std::move(rows);
+  NameFields(statement, link->GetSession().GetDialect());
+  link_ = std::move(link);
+  filter_ = std::move(order);
+  GoTo(0, true);
+}
+
 // Opens a set whose rows are walked or changed by their table's key, where the statement has one.
 void RecordsetImpl::OpenOnTable(const std::shared_ptr<Link>& link, const std::string& sql,
                                 LockType lockType) {

@@ -65,6 +65,10 @@ class RecordsetImpl : public Recordset {
   void OpenTranslated(const Statement& statement, const Translation& translation, std::shared_ptr<Link> link,
                       CursorType cursorType, LockType lockType);
 
+  // Opens the set on rows that were read already; `order` holds the ordinals of all of them.
+  void OpenCopied(const Statement& statement, std::shared_ptr<Link> link, std::unique_ptr<RowSource> rows,
+                  std::vector<std::uint32_t> order);
+
   const automation::Variant& ValueOf(std::size_t column);
   void SetValueOf(std::size_t column, const automation::Variant& value);
 

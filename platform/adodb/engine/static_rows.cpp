@@ -10,12 +10,16 @@ constexpr std::size_t kSmallBytes = 256 * 1024;
 
 }  // namespace
 
-StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows) {
+StaticRows::StaticRows(const Rows& rows, std::size_t keyCount) {
   const std::vector<Column>& all = rows.Columns();
-  const std::size_t count = all.size();
   columns_ = keyCount == 0 ? rows.KeptColumns()
                            : std::make_shared<const std::vector<Column>>(
                                  all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
+}
+
+StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows)
+    : StaticRows(std::as_const(rows), keyCount) {
+  const std::size_t count = rows.Columns().size();
   while ((mostRows == 0 || KnownCount() < mostRows) && rows.Next()) {
     Row row(count);
     for (std::size_t i = 0; i < count; ++i) rows.Read(i, row[i]);

@@ -16,6 +16,8 @@ class StaticRows : public RowSource {
   // Reads `rows` to the end, or up to `mostRows` (0: no limit). The last `keyCount` columns are the key and
   // not shown.
   StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows);
+  // The same columns without any row yet.
+  StaticRows(const Rows& rows, std::size_t keyCount);
 
   const std::vector<Column>& Columns() const override { return *columns_; }
   bool Reach(std::size_t ordinal) override { return ordinal < KnownCount(); }

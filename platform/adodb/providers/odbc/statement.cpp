@@ -63,7 +63,13 @@ void Statement::ExecuteDirect(std::string_view sql) {
 
 void Statement::TakeResult(SQLRETURN status) {
   affectedRows_ = 0;
-  if (status == SQL_NO_DATA) return;  // a delete or update that met no row, as some drivers put it
+  if (status == SQL_NO_DATA) {
+    // A delete or update that met no row, as some drivers put it. Even with RETURNING there is nothing to
+    // fetch or describe.
+    columns_.clear();
+    described_ = true;
+    return;
+  }
   Check(status);
   SQLLEN count = 0;
   Check(SQLRowCount(handle_.Get(), &count));
