@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <system_error>
@@ -145,6 +146,37 @@ struct stat FileReplacement::Commit(Durability durability) {
   // locked, until it has its name.
   if (fsync(descriptor_.Get()) != 0) Refuse(errno);
   Publish();
+  Finish(durability);
+}
+
+void FileReplacement::CommitOver(const std::function<bool(int descriptor)>& isExpected, Durability durability,
+                                 std::chrono::milliseconds patience) {
+  if (fsync(descriptor_.Get()) != 0) Refuse(errno);
+  if (!replaces_) Refuse(ESTALE);
+  const Descriptor locked = LockTarget(patience);
+  if (!isExpected(locked.Get())) Refuse(ESTALE);
+  if (rename(beside_.c_str(), target_.c_str()) != 0) Refuse(errno);
+  Finish(durability);
+}
+
+// The lock is the file's and not the name's: whoever waited for it may hold that of a file which another has
+// replaced meanwhile, and begins anew with the one that bears the name now.
+Descriptor FileReplacement::LockTarget(std::chrono::milliseconds patience) const {
+  constexpr timespec kPause{0, 2'000'000};
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (true) {
+    // A network file system locks only what is open for writing.
+    Descriptor target(open(target_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!target.IsOpen()) Refuse(errno == ENOENT ? ESTALE : errno);
+    const bool locked = Lock(target.Get(), LOCK_EX | LOCK_NB);
+    const bool taken = !locked && errno == EWOULDBLOCK;
+    if (!taken && LeadsTo(target_, target.Get())) return target;
+    if (std::chrono::steady_clock::now() >= deadline) Refuse(EBUSY);
+    if (taken) nanosleep(&kPause, nullptr);
+  }
+}
+
+void FileReplacement::Finish(Durability durability) {
   beside_.clear();
   struct stat status {};
   if (fstat(descriptor_.Get(), &status) != 0) Refuse(errno);

@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,8 +42,19 @@ class FileReplacement {
   // FAILS: EEXIST when there was no file and somebody has made one meanwhile, which stays.
   struct stat Commit(Durability durability);
 
+  // Commit for a file that others change as well. `isExpected` reads the file from a descriptor and says
+  // whether it is the one that may be replaced; answer and renaming are one step to every writer that
+  // commits in this way, by a lock (flock) on the file. Where files cannot be locked the two are only close
+  // together.
+  // FAILS: ESTALE when the file is gone or not the expected one, EBUSY when somebody holds the lock for
+  // longer than `patience`.
+  void CommitOver(const std::function<bool(int descriptor)>& isExpected, Durability durability,
+                  std::chrono::milliseconds patience = std::chrono::seconds(10));
+
  private:
+  Descriptor LockTarget(std::chrono::milliseconds patience) const;
   void Publish();
+  void Finish(Durability durability);
 
   std::string target_;
   std::string folder_;

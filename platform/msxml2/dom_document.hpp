@@ -1,6 +1,8 @@
 // An XML document: "MSXML2.DOMDocument".
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,6 +10,16 @@
 #include "platform/msxml2/node.hpp"
 
 namespace MSXML2 {
+
+// A file's content as a document has loaded or saved it last.
+struct FileState {
+  std::string path;  // the operating system's; empty: none was loaded or saved
+  std::array<std::uint64_t, 3> digest{};
+};
+
+// What save raises, with the file's path in the description, when the file is not the one that the document
+// knows.
+constexpr std::int32_t kFileChanged = static_cast<std::int32_t>(0x80030101);
 
 class DOMDocument : public Node {
  public:
@@ -20,7 +32,17 @@ class DOMDocument : public Node {
 
   // Replaces the file in one step: written beside it, synced, renamed. Raises 70, 76, 61 and leaves the file
   // as it was when that fails. Paths are those of Scripting.FileSystemObject.
+  // A file that this document has loaded or saved last must still be as it was then, or kFileChanged is
+  // raised and it stays: two programs that save the same file cannot lose each other's work. 70 when somebody
+  // keeps it locked for longer than some seconds. Where there was no file, one that came meanwhile stays
+  // (58).
   virtual void save(std::string_view path) = 0;
+
+  // What the document goes by in this: a document that is to replace what another has saved takes over its
+  // state.
+  virtual FileState fileState() const = 0;
+  virtual void setFileState(FileState state) = 0;
+
   virtual std::string xml() const = 0;  // the document as text
 
   virtual NodePtr documentElement() const = 0;  // null for an empty document

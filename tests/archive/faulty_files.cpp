@@ -59,6 +59,8 @@ class FaultyDocument : public MSXML2::DOMDocument {
     if (faults_->onSave) faults_->onSave(std::string(path));
     real_->save(path);
   }
+  MSXML2::FileState fileState() const override { return real_->fileState(); }
+  void setFileState(MSXML2::FileState state) override { real_->setFileState(std::move(state)); }
   std::string xml() const override { return real_->xml(); }
   MSXML2::NodePtr documentElement() const override { return real_->documentElement(); }
   MSXML2::NodePtr createNode(MSXML2::NodeType type, std::string_view name, std::string_view uri) override {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <system_error>
 
+#include "platform/base/content_digest.hpp"
 #include "platform/base/file_replacement.hpp"
 #include "platform/msxml2/libxml/characters.hpp"
 #include "platform/msxml2/libxml/failure.hpp"
@@ -47,6 +48,25 @@ std::optional<std::string> Content(const std::string& path) {
   return bytes;
 }
 
+base::ContentDigest::Value DigestOf(std::string_view bytes) {
+  base::ContentDigest digest;
+  digest.Add(bytes);
+  return digest.Get();
+}
+
+// Of the file behind a descriptor; no digest of any content when it cannot be read.
+std::optional<base::ContentDigest::Value> DigestOf(int descriptor) {
+  base::ContentDigest digest;
+  std::string chunk(std::size_t{1} << 16, '\0');
+  while (true) {
+    const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    if (count == 0) return digest.Get();
+    digest.Add(std::string_view(chunk).substr(0, static_cast<std::size_t>(count)));
+  }
+}
+
 }  // namespace
 
 DocumentImpl::DocumentImpl(SurroundingsPtr surroundings, TreePtr tree)
@@ -81,12 +101,16 @@ bool DocumentImpl::Read(std::string bytes, const char* encoding) {
 
 bool DocumentImpl::load(std::string_view path) {
   loadedFrom_.clear();
+  fileState_ = {};
   std::optional<std::string> bytes;
   try {
     const auto found = surroundings_->paths.Find(path);
     if (found) {
       bytes = Content(found->path);
-      if (bytes) loadedFrom_ = found->path;
+      if (bytes) {
+        loadedFrom_ = found->path;
+        fileState_ = {found->path, DigestOf(*bytes)};
+      }
       if (!bytes) reason_ = std::string(path) + ": " + std::strerror(errno);
     } else {
       reason_ = std::string(path) + ": " + std::strerror(ENOENT);
@@ -115,14 +139,30 @@ void DocumentImpl::save(std::string_view path) {
   try {
     const auto place = surroundings_->paths.PlaceFor(path);
     base::FileReplacement file(place.path, place.existing);
+    base::ContentDigest written;
+    const auto write = [&](std::string_view piece) {
+      written.Add(piece);
+      file.Write(piece);
+    };
     if (const std::string* source = tree_->Source(); source != nullptr && !loadedFrom_.empty()) {
-      file.Write(*source);
+      write(*source);
     } else {
-      SerializeDocument(*tree_, [&file](std::string_view piece) { file.Write(piece); });
+      SerializeDocument(*tree_, write);
     }
-    file.Commit(base::FileReplacement::Durability::ContentAndName);
+    constexpr auto kDurability = base::FileReplacement::Durability::ContentAndName;
+    if (fileState_.path == place.path) {
+      file.CommitOver([this](int descriptor) { return DigestOf(descriptor) == fileState_.digest; },
+                      kDurability);
+    } else {
+      file.Commit(kDurability);
+    }
+    fileState_ = {place.path, written.Get()};
   } catch (const std::system_error& error) {
     const int code = error.code().value();
+    if (code == ESTALE) {
+      throw automation::Error(kFileChanged, kDocumentSource,
+                              std::string(path) + " has been changed by another program.");
+    }
     throw automation::Error(Scripting::local::NumberOf(code, automation::ErrorNumber::PathNotFound),
                             kDocumentSource);
   } catch (const automation::Error& error) {

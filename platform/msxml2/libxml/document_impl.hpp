@@ -41,6 +41,8 @@ class DocumentImpl final : public DOMDocument,
   bool loadXML(std::string_view text) override;
   std::string parseErrorReason() const override { return reason_; }
   void save(std::string_view path) override;
+  FileState fileState() const override { return fileState_; }
+  void setFileState(FileState state) override { fileState_ = std::move(state); }
   std::string xml() const override;
   NodePtr documentElement() const override;
   NodePtr createNode(NodeType type, std::string_view name, std::string_view namespaceUri) override;
@@ -68,6 +70,7 @@ class DocumentImpl final : public DOMDocument,
   SurroundingsPtr surroundings_;
   TreePtr tree_;
   std::string loadedFrom_;
+  FileState fileState_;
   std::string reason_;
 };
 
