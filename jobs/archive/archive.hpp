@@ -13,6 +13,7 @@
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/job.hpp"
 #include "components/interfaces/user.hpp"
+#include "jobs/archive/written_rows.hpp"
 #include "platform/adodb/connection.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/automation/variant.hpp"
@@ -43,6 +44,17 @@ class Archive : public Job {
     MSXML2::DOMDocumentPtr snapshot;
     bool marked = false;  // as being worked on by this server, by this run
   };
+  // One customer while its requests are archived.
+  struct Customer {
+    std::string originator;
+    std::string emailID;
+    ADODB::Statement condition;  // which rows are the customer's
+    ArchiveFile questions;
+    ArchiveFile transactions;
+    RowMarks writtenRequests;  // into the files by this run
+    RowMarks writtenTransactions;
+    std::string firstRequest;  // the number of the first request written
+  };
   // What a customer's files have to hold: the element names of one kind of file.
   struct FileKind {
     const char* kind;       // as getArchiveFileName takes it
@@ -60,13 +72,21 @@ class Archive : public Job {
   // One customer (archive_originator.cpp)
   void archiveOriginator(const std::string& originator, const std::string& emailID);
   ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
-  void purge(const ADODB::Statement& condition, ArchiveFile& questions, ArchiveFile& transactions);
-  bool purgeWasCommitted() const;
+  // The stages. Each traps what fails in it, undoes what the stages before have done and writes its line;
+  // false then.
+  bool openQuestions(Customer& customer);
+  bool editQuestions(Customer& customer);
+  bool openTransactions(Customer& customer);
+  bool editTransactions(Customer& customer);
+  void purge(Customer& customer);
+  ADODB::RecordsetPtr openRecords(const ADODB::Statement& selection, ADODB::CursorType cursor) const;
+  void deleteWrittenRows(const Customer& customer);
+  static void requireWritten(ADODB::Recordset& deleted, const RowMarks& written);
+  static bool purgeWasCommitted(const std::string& request);
   void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
-  bool wasCutOffWhileBeingCreated(std::string_view rootName, const std::string& path) const;
   void prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file);
   void saveArchiveFile(ArchiveFile& file);
   void restoreArchiveFile(ArchiveFile& file);
@@ -74,8 +94,8 @@ class Archive : public Job {
   static void releaseMark(ArchiveFile& file);
   void addNewEntry(const MSXML2::DOMDocumentPtr& document);
   void addSameEntry(const MSXML2::DOMDocumentPtr& document) const;
-  void addRequests(const MSXML2::DOMDocumentPtr& document);
-  void addTransactions(const MSXML2::DOMDocumentPtr& document);
+  void addRequests(Customer& customer);
+  void addTransactions(Customer& customer);
   void getNextArchiveID(const MSXML2::DOMDocumentPtr& document);
   MSXML2::NodePtr createArchiveEntry(const MSXML2::DOMDocumentPtr& document) const;
   void addFieldElements(const MSXML2::DOMDocumentPtr& document, const MSXML2::NodePtr& parent);
@@ -90,7 +110,6 @@ class Archive : public Job {
   bool holdsNoFile(const std::string& path) const;
   void deleteFolderIfExists(const std::string& path);
   void createFileIfMissing(const std::string& path);
-  static std::string firstLineOf(std::string_view rootName);
   void createArchiveFile(std::string_view rootName, const std::string& path);
 
   // Lookups and small services (archive_lookups.cpp)
@@ -132,9 +151,6 @@ class Archive : public Job {
   ADODB::RecordsetPtr m_rsQuestions;     // the customer's QUESTIONHISTORY rows
   ADODB::RecordsetPtr m_rsTransactions;  // their TRANSACTIONS rows
   Scripting::FileSystemObjectPtr m_oFileSystem;
-  std::int64_t m_lRequestsWritten = 0;  // into the current customer's files by this run
-  std::int64_t m_lTransactionsWritten = 0;
-  std::string m_sFirstRequest;      // the number of the first of them
   MSXML2::NodePtr m_oArchiveEntry;  // this run's entry, the same in both files
 
   Scripting::DictionaryPtr m_oFAQCategories;

@@ -1,5 +1,6 @@
 // The two XML documents of a customer: opening, entries, requests, transactions, saving.
 #include "common/directory_users.hpp"
+#include "common/error_reporting.hpp"
 #include "common/parameters.hpp"
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
@@ -59,34 +60,21 @@ const Archive::FileKind Archive::kTransactionsFile{"T", "TransactionsArchive", "
 void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
-  bool exists = files->FileExists(BareName(file.path), archives);
-  if (exists) prepareExistingFile(*files, file);
-  if (exists && wasCutOffWhileBeingCreated(kind.root, file.path)) exists = false;
-  if (!exists) createArchiveFile(kind.root, file.path);
+  if (files->FileExists(BareName(file.path), archives)) {
+    prepareExistingFile(*files, file);
+  } else {
+    createArchiveFile(kind.root, file.path);
+  }
 
   file.working = LoadDocument(file.path);
   const NodePtr root = Required(file.working->documentElement());
+  // A new file, or one that a run left when it was killed: nothing but its root element.
   if (!root->firstChild()) {
     addElement(file.working, root, kind.container, {});
     addElement(file.working, root, "Archives", {});
     file.working->save(file.path);
   }
   file.snapshot = LoadDocument(file.path);
-}
-
-// A run that was killed while it made the file leaves a part of its first line, or nothing at all. Neither
-// holds anything that could be lost, so the file is made as if it were new. The bare root element is
-// completed below.
-bool Archive::wasCutOffWhileBeingCreated(std::string_view rootName, const std::string& path) const {
-  if (!m_oFileSystem->FileExists(path)) return false;
-  const std::string firstLine = firstLineOf(rootName) + "\r\n";
-  const Scripting::FilePtr file = m_oFileSystem->GetFile(path);
-  if (file->Size() == 0) return true;
-  if (file->Size() >= static_cast<std::int64_t>(firstLine.size())) return false;
-  const Scripting::TextStreamPtr stream = file->OpenAsTextStream(Scripting::IOMode::ForReading);
-  const std::string content = stream->ReadAll();
-  stream->Close();
-  return firstLine.compare(0, content.size(), content) == 0;
 }
 
 void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file) {
@@ -105,15 +93,19 @@ void Archive::saveArchiveFile(ArchiveFile& file) {
   passOn(file);
 }
 
-// The other servers hold the content that is taken back here: they get this one in its place. A file that
-// cannot be written, or not handed out, keeps its new entries: the rows are still in the database then, so
+// In place of what this run has saved, and of nothing else. The other servers hold the content that is taken
+// back here: they get this one in its place. A file that cannot be written, or not handed out, or that
+// another program has changed since, keeps its new entries: the rows are still in the database then, so
 // nothing is lost, and the next file is restored all the same.
 void Archive::restoreArchiveFile(ArchiveFile& file) {
   if (!file.snapshot) return;
   try {
+    file.snapshot->setFileState(file.working->fileState());
     file.snapshot->save(file.path);
     passOn(file);
   } catch (...) {
+    OrvaneUtilities::LogError("OrvaneProcess.Archive.archiveOriginator",
+                              file.path + " could not be given back its former content");
   }
 }
 
@@ -162,7 +154,8 @@ void Archive::addNewEntry(const DOMDocumentPtr& document) {
   m_oArchiveEntry = archives->appendChild(createArchiveEntry(document));
 }
 
-void Archive::addRequests(const DOMDocumentPtr& document) {
+void Archive::addRequests(Customer& customer) {
+  const DOMDocumentPtr& document = customer.questions.working;
   const NodePtr requests = Required(document->selectSingleNode("//SRs"));
   for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
     const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
@@ -174,7 +167,8 @@ void Archive::addRequests(const DOMDocumentPtr& document) {
     addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
     addFieldElements(document, request);
     requests->appendChild(request);
-    if (m_lRequestsWritten++ == 0) m_sFirstRequest = requestNumber;
+    if (customer.firstRequest.empty()) customer.firstRequest = requestNumber;
+    customer.writtenRequests.Add(m_rsQuestions->Fields());
   }
 }
 
@@ -182,7 +176,8 @@ void Archive::addSameEntry(const DOMDocumentPtr& document) const {
   Required(document->selectSingleNode("//Archives"))->appendChild(m_oArchiveEntry);
 }
 
-void Archive::addTransactions(const DOMDocumentPtr& document) {
+void Archive::addTransactions(Customer& customer) {
+  const DOMDocumentPtr& document = customer.transactions.working;
   const NodePtr container = Required(document->selectSingleNode("//Transactions"));
   for (; !m_rsQuestions->Eof(); m_rsQuestions->MoveNext()) {
     const std::string requestNumber = automation::ToText(m_rsQuestions->Value("Q_ID"));
@@ -194,7 +189,7 @@ void Archive::addTransactions(const DOMDocumentPtr& document) {
       const NodePtr transaction = document->createNode(MSXML2::NodeType::Element, "Transaction", "");
       addFieldElements(document, transaction);
       request->appendChild(transaction);
-      ++m_lTransactionsWritten;
+      customer.writtenTransactions.Add(m_rsTransactions->Fields());
     }
     container->appendChild(request);
   }

@@ -85,17 +85,16 @@ void Archive::deleteFolderIfExists(const std::string& path) {
 }
 
 void Archive::createFileIfMissing(const std::string& path) {
-  if (!m_oFileSystem->FileExists(path)) m_oFileSystem->CreateTextFile(path, true)->Close();
+  // Nothing is overwritten: what has come since it was asked for holds another run's lines.
+  if (!m_oFileSystem->FileExists(path)) m_oFileSystem->CreateTextFile(path, false)->Close();
 }
 
-std::string Archive::firstLineOf(std::string_view rootName) {
-  const std::string name(rootName);
-  return "<" + name + "></" + name + ">";
-}
-
+// For a file of which it was just said that it does not exist: one that has come meanwhile is another run's,
+// and stays.
 void Archive::createArchiveFile(std::string_view rootName, const std::string& path) {
-  const Scripting::TextStreamPtr stream = m_oFileSystem->CreateTextFile(path, true);
-  stream->WriteLine(firstLineOf(rootName));
+  const std::string name(rootName);
+  const Scripting::TextStreamPtr stream = m_oFileSystem->CreateTextFile(path, false);
+  stream->WriteLine("<" + name + "></" + name + ">");
   stream->Close();
 }
 

@@ -24,6 +24,16 @@ std::string OnOneLine(std::string_view message) {
   return line;
 }
 
+// Two runs that begin at the same moment make the same folder and file: the other one's will do.
+template <class Make>
+void UnlessItIsThere(Make make) {
+  try {
+    make();
+  } catch (const automation::Error& error) {
+    if (error.Number() != static_cast<std::int32_t>(automation::ErrorNumber::FileAlreadyExists)) throw;
+  }
+}
+
 }  // namespace
 
 std::string ArchiveLogLine(const std::string& message) {
@@ -45,8 +55,10 @@ std::string Archive::logFileName() const {
 // and again when midnight passes during one.
 void Archive::log(const std::string& message) {
   const std::string fileName = logFileName();
-  if (!m_oFileSystem->FolderExists(logFolder())) m_oFileSystem->CreateFolder(logFolder());
-  createFileIfMissing(fileName);
+  if (!m_oFileSystem->FolderExists(logFolder())) {
+    UnlessItIsThere([this] { m_oFileSystem->CreateFolder(logFolder()); });
+  }
+  UnlessItIsThere([&] { createFileIfMissing(fileName); });
   WriteJobLog(fileName, message);
 }
 

@@ -10,108 +10,121 @@
 namespace OrvaneProcess {
 namespace {
 
-// Runs one stage; whatever it raises becomes `onFailure`, and the customer's archiving ends.
-template <class Stage, class OnFailure>
-bool Succeeds(Stage stage, OnFailure onFailure) {
-  try {
-    stage();
-    return true;
-  } catch (...) {
-    onFailure();
-    return false;
-  }
-}
+using automation::Error;
+using automation::ErrorNumber;
 
-// Rows that came in after the files were written would be deleted without a copy. They wait for the next run,
-// with the rest of the customer's. Fewer rows than were written is no loss: somebody else has deleted them.
-void requireWritten(std::int64_t deleted, std::int64_t written) {
-  if (deleted <= written) return;
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::InternalError),
-                          "OrvaneProcess.Archive",
-                          std::to_string(deleted - written) + " rows came in after the files were written");
+constexpr std::string_view kSource = "OrvaneProcess.Archive.archiveOriginator";
+
+// The run log says which stage failed. That another program works on the same file, which no later run cures
+// by itself, is told where operators look for reasons. Called from inside a catch clause.
+void TellOfAnotherWriter() {
+  const std::int32_t number = automation::PendingError().Number();
+  if (number == MSXML2::kFileChanged || number == static_cast<std::int32_t>(ErrorNumber::FileAlreadyExists)) {
+    OrvaneUtilities::LogError(kSource);
+  }
 }
 
 }  // namespace
 
 void Archive::archiveOriginator(const std::string& originator, const std::string& emailID) {
-  ArchiveFile questions;
-  ArchiveFile transactions;
-  ADODB::Statement condition;
-  m_lRequestsWritten = m_lTransactionsWritten = 0;
+  Customer customer;
+  customer.originator = originator;
+  customer.emailID = emailID;
 
-  const auto openRecords = [this](ADODB::RecordsetPtr& records, const ADODB::Statement& selection,
-                                  ADODB::CursorType cursor, ADODB::LockType lock) {
-    records = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
-    records->Open(selection, m_cnConnection, cursor, lock, ADODB::kOptionsUnspecified);
-  };
-
-  const auto openQuestionsFile = [&] {
-    const Scripting::DictionaryPtr parameters =
-        OrvaneUtilities::GetParameterValues({"Webfarm Implemented", "FTPPath"});
-    m_bWebfarm = automation::ToBoolean(parameters->Item("Webfarm Implemented"));
-    m_sFTPPath = automation::ToTextOrEmpty(parameters->Item("FTPPath"));
-    condition = customerCondition(originator, emailID);
-    m_lNextArchiveID = 1;
-    resolveBusinessPartner(originator, emailID);
-    if (!m_bFolderFailed && !m_oFileSystem->FolderExists(m_sArchiveLocation)) createArchiveFolder();
-    if (m_bFolderFailed) return;
-    questions.path = getArchiveFileName(kQuestionsFile.kind);
-    requireOwnerNamesAFile();
-    openArchiveFile(kQuestionsFile, questions);
-  };
-  const auto editQuestions = [&] {
-    addNewEntry(questions.working);
-    ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
-    selection += condition;
-    // Rows that may be changed come in the order of their key on every engine.
-    openRecords(m_rsQuestions, selection, ADODB::CursorType::Static, ADODB::LockType::Optimistic);
-    addRequests(questions.working);
-    saveArchiveFile(questions);
-  };
-  const auto openTransactionsFile = [&] {
-    transactions.path = getArchiveFileName(kTransactionsFile.kind);
-    openArchiveFile(kTransactionsFile, transactions);
-  };
-  const auto editTransactions = [&] {
-    addSameEntry(transactions.working);
-    m_rsQuestions->MoveFirst();
-    ADODB::Statement selection =
-        "select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
-    selection += condition;
-    selection += ")";
-    openRecords(m_rsTransactions, selection, ADODB::CursorType::Keyset, ADODB::LockType::Optimistic);
-    addTransactions(transactions.working);
-    saveArchiveFile(transactions);
-  };
-
-  const bool archived =
-      Succeeds(openQuestionsFile,
-               [&] {
-                 if (questions.path.empty()) {
-                   // Before its owner was resolved; the line must not name the customer before.
-                   m_sFileOwner = originator == "Prospect" ? emailID : originator;
-                   questions.path = getArchiveFileName(kQuestionsFile.kind);
-                 }
-                 tryToLog(archive_log::QuestionsNotOpened(questions.path));
-               }) &&
-      !m_bFolderFailed &&
-      Succeeds(editQuestions, [&] { tryToLog(archive_log::QuestionsNotEdited(questions.path)); }) &&
-      Succeeds(openTransactionsFile,
-               [&] {
-                 restoreArchiveFile(questions);
-                 tryToLog(archive_log::TransactionsNotOpened(transactions.path));
-               }) &&
-      Succeeds(editTransactions, [&] {
-        restoreArchiveFile(questions);
-        tryToLog(archive_log::TransactionsNotEdited(transactions.path));
-      });
+  // The stages in their order; the first that fails ends the customer's archiving.
+  const bool written = openQuestions(customer) && !m_bFolderFailed && editQuestions(customer) &&
+                       openTransactions(customer) && editTransactions(customer);
   OrvaneUtilities::CloseRecordset(m_rsQuestions);
   OrvaneUtilities::CloseRecordset(m_rsTransactions);
   m_rsQuestions = m_rsTransactions = nullptr;
   m_oArchiveEntry = nullptr;
-  releaseMark(questions);
-  releaseMark(transactions);
-  if (archived) purge(condition, questions, transactions);
+  releaseMark(customer.questions);
+  releaseMark(customer.transactions);
+  if (written) purge(customer);
+}
+
+bool Archive::openQuestions(Customer& customer) {
+  std::string& path = customer.questions.path;
+  try {
+    const Scripting::DictionaryPtr parameters =
+        OrvaneUtilities::GetParameterValues({"Webfarm Implemented", "FTPPath"});
+    m_bWebfarm = automation::ToBoolean(parameters->Item("Webfarm Implemented"));
+    m_sFTPPath = automation::ToTextOrEmpty(parameters->Item("FTPPath"));
+    customer.condition = customerCondition(customer.originator, customer.emailID);
+    m_lNextArchiveID = 1;
+    resolveBusinessPartner(customer.originator, customer.emailID);
+    if (!m_bFolderFailed && !m_oFileSystem->FolderExists(m_sArchiveLocation)) createArchiveFolder();
+    if (m_bFolderFailed) return true;
+    path = getArchiveFileName(kQuestionsFile.kind);
+    requireOwnerNamesAFile();
+    openArchiveFile(kQuestionsFile, customer.questions);
+    return true;
+  } catch (...) {
+    TellOfAnotherWriter();
+    if (path.empty()) {
+      // Before its owner was resolved; the line must not name the customer before.
+      m_sFileOwner = customer.originator == "Prospect" ? customer.emailID : customer.originator;
+      path = getArchiveFileName(kQuestionsFile.kind);
+    }
+    tryToLog(archive_log::QuestionsNotOpened(path));
+    return false;
+  }
+}
+
+bool Archive::editQuestions(Customer& customer) {
+  try {
+    addNewEntry(customer.questions.working);
+    ADODB::Statement selection = "select * from QUESTIONHISTORY where ";
+    selection += customer.condition;
+    // Rows that may be changed come in the order of their key on every engine.
+    m_rsQuestions = openRecords(selection, ADODB::CursorType::Static);
+    addRequests(customer);
+    saveArchiveFile(customer.questions);
+    return true;
+  } catch (...) {
+    TellOfAnotherWriter();
+    tryToLog(archive_log::QuestionsNotEdited(customer.questions.path));
+    return false;
+  }
+}
+
+bool Archive::openTransactions(Customer& customer) {
+  try {
+    customer.transactions.path = getArchiveFileName(kTransactionsFile.kind);
+    openArchiveFile(kTransactionsFile, customer.transactions);
+    return true;
+  } catch (...) {
+    TellOfAnotherWriter();
+    restoreArchiveFile(customer.questions);
+    tryToLog(archive_log::TransactionsNotOpened(customer.transactions.path));
+    return false;
+  }
+}
+
+bool Archive::editTransactions(Customer& customer) {
+  try {
+    addSameEntry(customer.transactions.working);
+    m_rsQuestions->MoveFirst();
+    ADODB::Statement selection =
+        "select * from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
+    selection += customer.condition;
+    selection += ")";
+    m_rsTransactions = openRecords(selection, ADODB::CursorType::Keyset);
+    addTransactions(customer);
+    saveArchiveFile(customer.transactions);
+    return true;
+  } catch (...) {
+    TellOfAnotherWriter();
+    restoreArchiveFile(customer.questions);
+    tryToLog(archive_log::TransactionsNotEdited(customer.transactions.path));
+    return false;
+  }
+}
+
+ADODB::RecordsetPtr Archive::openRecords(const ADODB::Statement& selection, ADODB::CursorType cursor) const {
+  auto records = automation::CreateObject<ADODB::Recordset>("ADODB.Recordset");
+  records->Open(selection, m_cnConnection, cursor, ADODB::LockType::Optimistic, ADODB::kOptionsUnspecified);
+  return records;
 }
 
 ADODB::Statement Archive::customerCondition(const std::string& originator, const std::string& emailID) const {
@@ -130,48 +143,59 @@ ADODB::Statement Archive::customerCondition(const std::string& originator, const
   return condition;
 }
 
-void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, ArchiveFile& transactions) {
-  // The transactions go first: they are found through the requests.
-  ADODB::Statement deleteTransactions =
-      "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
-  deleteTransactions += condition;
-  deleteTransactions += ")";
-  ADODB::Statement deleteQuestions = "Delete from QUESTIONHISTORY where ";
-  deleteQuestions += condition;
-
-  bool committing = false;
+void Archive::purge(Customer& customer) {
+  bool deleted = true;
   try {
-    const auto command = automation::CreateObject<ADODB::Command>("ADODB.Command");
-    command->SetActiveConnection(m_cnConnection);
-    m_cnConnection->BeginTrans();
-    std::int64_t deleted = 0;
-    command->SetCommandText(deleteTransactions);
-    command->Execute(&deleted, ADODB::kExecuteNoRecords);
-    requireWritten(deleted, m_lTransactionsWritten);
-    command->SetCommandText(deleteQuestions);
-    command->Execute(&deleted, ADODB::kExecuteNoRecords);
-    requireWritten(deleted, m_lRequestsWritten);
-    committing = true;
-    m_cnConnection->CommitTrans();
+    deleteWrittenRows(customer);
   } catch (...) {
-    bool rolledBack = true;
+    const Error error = automation::PendingError();
     try {
       m_cnConnection->RollbackTrans();
     } catch (...) {
-      rolledBack = false;  // nothing was begun, or the connection is gone and the engine rolls back by itself
+      // Nothing was begun, or the connection is gone and the engine rolls back by itself.
     }
     // A commit that was sent but not answered may have happened. Restoring the files would then destroy the
     // only copy, so they are restored only when the rows are known to be there still.
-    if (committing && !rolledBack && purgeWasCommitted()) {
-      tryToLog(archive_log::Edited(questions.path, transactions.path));
-      return;
-    }
-    restoreArchiveFile(questions);
-    restoreArchiveFile(transactions);
-    tryToLog(archive_log::Undone(questions.path, transactions.path));
+    deleted = error.Outcome() == automation::Outcome::Unknown && purgeWasCommitted(customer.firstRequest);
+  }
+  if (deleted) {
+    tryToLog(archive_log::Edited(customer.questions.path, customer.transactions.path));
     return;
   }
-  tryToLog(archive_log::Edited(questions.path, transactions.path));
+  restoreArchiveFile(customer.questions);
+  restoreArchiveFile(customer.transactions);
+  tryToLog(archive_log::Undone(customer.questions.path, customer.transactions.path));
+}
+
+void Archive::deleteWrittenRows(const Customer& customer) {
+  // The transactions go first: they are found through the requests.
+  ADODB::Statement deleteTransactions =
+      "Delete from TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where ";
+  deleteTransactions += customer.condition;
+  deleteTransactions += ")";
+  ADODB::Statement deleteQuestions = "Delete from QUESTIONHISTORY where ";
+  deleteQuestions += customer.condition;
+
+  const auto command = automation::CreateObject<ADODB::Command>("ADODB.Command");
+  command->SetActiveConnection(m_cnConnection);
+  m_cnConnection->BeginTrans();
+  command->SetCommandText(deleteTransactions);
+  requireWritten(*command->ExecuteDelete(ADODB::Deleted::Rows), customer.writtenTransactions);
+  command->SetCommandText(deleteQuestions);
+  requireWritten(*command->ExecuteDelete(ADODB::Deleted::Rows), customer.writtenRequests);
+  m_cnConnection->CommitTrans();
+}
+
+// Rows that came in or were edited after the files were written would be deleted without a copy. They wait
+// for the next run, with the rest of the customer's. Fewer rows than were written are no loss: somebody else
+// has deleted them.
+void Archive::requireWritten(ADODB::Recordset& deleted, const RowMarks& written) {
+  RowMarks gone;
+  gone.AddAll(deleted);
+  const std::size_t count = gone.NotAmong(written);
+  if (count == 0) return;
+  throw Error(static_cast<std::int32_t>(ErrorNumber::InternalError), "OrvaneProcess.Archive",
+              std::to_string(count) + " rows came in or were changed after the files were written");
 }
 
 // A written request is asked for by deleting it and taking that back: a server that is still busy with the
@@ -179,9 +203,9 @@ void Archive::purge(const ADODB::Statement& condition, ArchiveFile& questions, A
 // just any of the customer's: a request that came in since must not be taken for one that is still there.
 // What ended this run's connection may have ended one that waits to be used again as well, so one failure to
 // ask says nothing.
-bool Archive::purgeWasCommitted() const {
+bool Archive::purgeWasCommitted(const std::string& request) {
   ADODB::Statement deleteRequest = "Delete from QUESTIONHISTORY where Q_ID=";
-  deleteRequest += ADODB::SqlValue(m_sFirstRequest);
+  deleteRequest += ADODB::SqlValue(request);
   for (int attempt = 0; attempt < 2; ++attempt) {
     ADODB::ConnectionPtr connection;
     try {

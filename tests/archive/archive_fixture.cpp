@@ -29,7 +29,9 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
     for (const automation::Variant& kind : kinds)
       list += (list.empty() ? "" : ",") + automation::ToText(kind);
     Call("FileExists(" + std::string(name) + ",[" + list + "])");
-    return std::filesystem::exists(archives_ / name);
+    const bool exists = std::filesystem::exists(archives_ / name);
+    if (state_->onFileExists) state_->onFileExists(std::string(name));
+    return exists;
   }
   void SetInUse(std::string_view name, std::int16_t state) override {
     Call("SetInUse(" + std::string(name) + "," + std::to_string(state) + ")");
@@ -75,6 +77,26 @@ class FakeFileHandling : public OrvCommonMTS::FileHandling {
   std::filesystem::path archives_;
 };
 
+// What the tests of the job replace by nothing else: dictionaries, conversion of texts, the directory's
+// people and a file-handling component that remembers.
+std::shared_ptr<Directory> RegisterSurroundings(ClassTable& classes, std::shared_ptr<FileHandlingState> state,
+                                                const std::filesystem::path& archives) {
+  Scripting::RegisterDictionary(classes);
+  classes.Register(OrvCommonMTS::kFileHandlingProgId, [state = std::move(state), archives] {
+    return std::make_shared<FakeFileHandling>(state, archives);
+  });
+  OrvCommon::RegisterSqlConversion(classes);
+  auto directory = RegisterFakeDirectory(classes);
+  for (const char* person : {"jdoe", "zoe", "ann"}) directory->people[person] = {};
+  return directory;
+}
+
+std::shared_ptr<ClassTable> RealFiles() {
+  auto classes = std::make_shared<ClassTable>();
+  Scripting::local::RegisterClasses(*classes);
+  return classes;
+}
+
 // Connections of the test's own go to the real classes, past the journal.
 std::shared_ptr<ClassTable> RealDatabases() {
   auto classes = std::make_shared<ClassTable>();
@@ -94,13 +116,10 @@ ArchiveSuite::ArchiveSuite()
   std::filesystem::create_directories(home);
   ClassTable& classes = test.runtime.classes;
 
-  auto scripting = std::make_shared<ClassTable>();
-  Scripting::local::RegisterClasses(*scripting);
-  classes.Register("Scripting.FileSystemObject", [scripting, faults = faults] {
+  classes.Register("Scripting.FileSystemObject", [scripting = RealFiles(), faults = faults] {
     return MakeFaulty(
         automation::As<Scripting::FileSystemObject>(scripting->Create("Scripting.FileSystemObject")), faults);
   });
-  Scripting::RegisterDictionary(classes);
 
   auto xml = std::make_shared<ClassTable>();
   MSXML2::RegisterClasses(*xml);
@@ -108,10 +127,7 @@ ArchiveSuite::ArchiveSuite()
     return MakeFaulty(automation::As<MSXML2::DOMDocument>(xml->Create("MSXML2.DOMDocument")), faults);
   });
 
-  classes.Register(OrvCommonMTS::kFileHandlingProgId, [state = fileHandling, archives = archives] {
-    return std::make_shared<FakeFileHandling>(state, archives);
-  });
-  OrvCommon::RegisterSqlConversion(classes);
+  directory = RegisterSurroundings(classes, fileHandling, archives);
 
   ConfigurationState& configuration = *test.configuration;
   configuration.rootPath = configuration.installDir = home.string();
@@ -121,9 +137,6 @@ ArchiveSuite::ArchiveSuite()
                           {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
                           {{"MEMBERSHIP", "LDAPRoot"}, ""},
                           {{"COMMONPARAMETERS", "DEFAULTLANGUAGE"}, "1033"}};
-  directory->people["jdoe"] = {};
-  directory->people["zoe"] = {};
-  directory->people["ann"] = {};
 
   orvane.MakeSuiteTables();
   catalogue.MakeSuiteTables("-ecatalog.sql");
@@ -187,6 +200,18 @@ void ArchiveSuite::AddTransaction(int requestId, const std::string& name) {
 }
 
 void ArchiveSuite::Run() {
+  OrvaneProcess::Archive().Run();
+}
+
+void ArchiveSuite::RunAsAnotherHost() const {
+  TestRuntime other;
+  *other.configuration = *test.configuration;
+  ClassTable& classes = other.runtime.classes;
+  ADODB::RegisterClasses(classes, TestProviders());
+  classes.Register("Scripting.FileSystemObject",
+                   [scripting = RealFiles()] { return scripting->Create("Scripting.FileSystemObject"); });
+  MSXML2::RegisterClasses(classes);
+  RegisterSurroundings(classes, std::make_shared<FileHandlingState>(), archives);
   OrvaneProcess::Archive().Run();
 }
 

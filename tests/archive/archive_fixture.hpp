@@ -26,8 +26,9 @@ namespace orvane_test {
 struct FileHandlingState {
   std::vector<std::string> calls;  // member and arguments, in order
   bool inUse = false;
-  std::string failingMember;     // this member raises
-  std::set<std::string> marked;  // by SetInUse
+  std::string failingMember;                                  // this member raises
+  std::set<std::string> marked;                               // by SetInUse
+  std::function<void(const std::string& name)> onFileExists;  // after the answer is known
   std::function<void(const std::string& path)> onStore;
   std::function<void(const std::string& name)> onFetch;
 };
@@ -39,7 +40,7 @@ struct ArchiveSuite {
   std::filesystem::path home;
   std::filesystem::path archives;  // home/Data/Archives
   TestRuntime test;
-  std::shared_ptr<Directory> directory = RegisterFakeDirectory(test.runtime.classes);
+  std::shared_ptr<Directory> directory;
   std::shared_ptr<FileHandlingState> fileHandling = std::make_shared<FileHandlingState>();
   std::shared_ptr<FileFaults> faults = std::make_shared<FileFaults>();
 
@@ -65,6 +66,10 @@ struct ArchiveSuite {
   std::set<std::string> undescribed;
 
   void Run();  // a fresh object's Run, as the service host does it
+
+  // The same in the calling thread with a runtime of its own, on the same databases and files, as a host
+  // without any lock would do it. Nothing of it is faulty or watched.
+  void RunAsAnotherHost() const;
 
   // Lines of the day's run log without rulers and timestamps; the raw bytes.
   std::vector<std::string> LogMessages() const;

@@ -1,0 +1,60 @@
+#include "jobs/archive/written_rows.hpp"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <string_view>
+#include <variant>
+
+#include "platform/automation/date_time.hpp"
+
+namespace OrvaneProcess {
+namespace {
+
+std::uint64_t Mix(std::uint64_t mark, std::uint64_t value) {
+  mark = (mark ^ value) * 0x9E3779B97F4A7C15U;
+  return mark ^ (mark >> 29);
+}
+
+struct MarkOf {
+  std::uint64_t operator()(automation::NullValue) const { return 1; }
+  std::uint64_t operator()(bool value) const { return value ? 3 : 2; }
+  std::uint64_t operator()(std::int16_t value) const { return Number(value); }
+  std::uint64_t operator()(std::int32_t value) const { return Number(value); }
+  std::uint64_t operator()(std::int64_t value) const { return Number(value); }
+  std::uint64_t operator()(automation::DateTime value) const {
+    return static_cast<std::uint64_t>(value.UnixMicroseconds());
+  }
+  std::uint64_t operator()(const std::string& value) const { return std::hash<std::string_view>()(value); }
+  template <class Other>  // approximate numbers; no column holds any of the rest
+  std::uint64_t operator()(const Other&) const {
+    return 4;
+  }
+
+  static std::uint64_t Number(std::int64_t value) { return static_cast<std::uint64_t>(value) + 5; }
+};
+
+}  // namespace
+
+void RowMarks::Add(ADODB::Fields& row) {
+  std::uint64_t mark = 0;
+  for (std::size_t i = 0; i < row.Count(); ++i)
+    mark = Mix(mark, std::visit(MarkOf(), row.Item(i).Value().Get()));
+  marks_.push_back(mark);
+}
+
+void RowMarks::AddAll(ADODB::Recordset& rows) {
+  for (; !rows.Eof(); rows.MoveNext()) Add(rows.Fields());
+}
+
+std::size_t RowMarks::NotAmong(const RowMarks& written) const {
+  std::vector<std::uint64_t> these = marks_;
+  std::vector<std::uint64_t> those = written.marks_;
+  std::sort(these.begin(), these.end());
+  std::sort(those.begin(), those.end());
+  std::vector<std::uint64_t> missing;
+  std::set_difference(these.begin(), these.end(), those.begin(), those.end(), std::back_inserter(missing));
+  return missing.size();
+}
+
+}  // namespace OrvaneProcess
