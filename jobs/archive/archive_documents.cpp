@@ -134,7 +134,7 @@ void Archive::getNextArchiveID(const DOMDocumentPtr& document) {
   const NodePtr last = entries->item(entries->length() - 1);
   const std::int32_t number =
       automation::ToInt32(Required(last->attributes()->getNamedItem("ArchiveID"))->text());
-  if (__builtin_add_overflow(number, 1, &m_lNextArchiveID)) throw Error(ErrorNumber::Overflow);
+  m_lNextArchiveID = automation::ToInt32(std::int64_t{number} + 1);
 }
 
 NodePtr Archive::createArchiveEntry(const DOMDocumentPtr& document) const {

@@ -13,11 +13,7 @@ namespace {
 constexpr std::int32_t kMinutesPerHour = 60;
 
 std::int32_t MinutesOfHours(std::int32_t hours) {
-  std::int32_t minutes = 0;
-  if (__builtin_mul_overflow(hours, kMinutesPerHour, &minutes)) {
-    throw automation::Error(automation::ErrorNumber::Overflow, "OrvaneProcess");
-  }
-  return minutes;
+  return automation::ToInt32(std::int64_t{hours} * kMinutesPerHour);
 }
 
 // Without the blanks around it; other white space belongs to the text.
@@ -29,7 +25,7 @@ std::string Trimmed(const std::string& text) {
 
 template <class T>
 T& Existing(const std::shared_ptr<T>& object) {
-  if (!object) throw automation::Error(automation::ErrorNumber::ObjectNotSet, "OrvaneProcess");
+  if (!object) throw automation::Error(automation::ErrorNumber::ObjectNotSet);
   return *object;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/automation/date_time.hpp"
 
 #include <chrono>
+#include <limits>
 
 #include "platform/automation/error.hpp"
 
@@ -30,13 +31,10 @@ DateTime Checked(std::int64_t microseconds) {
 }
 
 DateTime Shift(DateTime value, std::int64_t count, std::int64_t unit) {
-  std::int64_t distance = 0;
-  std::int64_t result = 0;
-  if (__builtin_mul_overflow(count, unit, &distance) ||
-      __builtin_add_overflow(value.UnixMicroseconds(), distance, &result)) {
-    throw Error(ErrorNumber::InvalidProcedureCall);
-  }
-  return Checked(result);
+  // Farther than the calendar is long, and the sum still fits.
+  const std::int64_t farthest = std::numeric_limits<std::int64_t>::max() / 2 / unit;
+  if (count > farthest || count < -farthest) throw Error(ErrorNumber::InvalidProcedureCall);
+  return Checked(value.UnixMicroseconds() + count * unit);
 }
 
 }  // namespace

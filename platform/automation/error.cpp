@@ -102,7 +102,8 @@ Error PendingError() {
   } catch (const std::bad_alloc&) {
     return Error(ErrorNumber::OutOfMemory);
   } catch (const std::exception& other) {
-    return Error(static_cast<std::int32_t>(ErrorNumber::InternalError), {}, other.what());
+    return Error(static_cast<std::int32_t>(ErrorNumber::InternalError), std::string(kLibraryName),
+                 other.what());
   } catch (...) {
     return Error(ErrorNumber::InternalError);
   }

@@ -54,10 +54,13 @@ enum class Outcome {
   Unknown,  // it was sent, and no answer settled it: what was to change may have changed
 };
 
+// The source of an error that no component gives its own name to: job code, a conversion, a date, the locale.
+inline constexpr std::string_view kLibraryName = "OrvaneProcess";
+
 class Error : public std::exception {
  public:
   // An error with the platform's usual description for `number`. `source` names the component that raised it.
-  explicit Error(ErrorNumber number, std::string source = {});
+  explicit Error(ErrorNumber number, std::string source = std::string(kLibraryName));
   Error(std::int32_t number, std::string source, std::string description);
 
   std::int32_t Number() const { return number_; }
@@ -86,7 +89,8 @@ class Error : public std::exception {
 };
 
 // The error being handled, seen from inside a catch clause: an Error as it is, any other exception as the
-// platform error nearest to it (std::bad_alloc is 7, everything else 51 with its own text).
+// platform error nearest to it (std::bad_alloc is 7, everything else 51 with its own text; the library is the
+// source).
 // Outside a catch clause the number is 0 and the texts are empty.
 Error PendingError();
 

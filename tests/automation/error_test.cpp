@@ -8,6 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/automation/date_time.hpp"
+#include "platform/automation/variant.hpp"
+#include "tests/support/raised_error.hpp"
+
 namespace orvane_test {
 namespace {
 
@@ -73,6 +77,13 @@ TEST(ErrorTest, CarriesWhatItWasMadeOf) {
   EXPECT_EQ(error.WithOutcome(automation::Outcome::Unknown).Outcome(), automation::Outcome::Unknown);
 }
 
+TEST(ErrorTest, NamesTheLibraryWhereNoComponentGivesItsName) {
+  EXPECT_EQ(Error(ErrorNumber::TypeMismatch).Source(), "OrvaneProcess");
+  EXPECT_EQ(ErrorOf([] { automation::ToInt32(automation::Variant("x")); }).Source(), "OrvaneProcess");
+  EXPECT_EQ(ErrorOf([] { automation::ToText(automation::Variant::Null()); }).Source(), "OrvaneProcess");
+  EXPECT_EQ(ErrorOf([] { automation::DateTime::FromDate(10000, 1, 1); }).Source(), "OrvaneProcess");
+}
+
 template <class Thrown>
 Error Caught(Thrown&& thrown) {
   try {
@@ -95,6 +106,8 @@ TEST(PendingErrorTest, TurnsOtherExceptionsIntoTheNearestError) {
   EXPECT_EQ(Caught(std::bad_alloc()).Number(), 7);
   EXPECT_EQ(Caught(std::runtime_error("the reason")).Number(), 51);
   EXPECT_EQ(Caught(std::runtime_error("the reason")).Description(), "the reason");
+  EXPECT_EQ(Caught(std::runtime_error("the reason")).Source(), "OrvaneProcess");
+  EXPECT_EQ(Caught(std::bad_alloc()).Source(), "OrvaneProcess");
   EXPECT_EQ(Caught(42).Number(), 51);
   EXPECT_EQ(Caught(42).Description(), "Internal error");
 }
