@@ -1,4 +1,6 @@
 // orvane-host: what a service manager or an operator starts.
+#include <sys/stat.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -36,6 +38,8 @@ int Dispatch(const orvane_host::Arguments& arguments, const orvane_host::Console
 }  // namespace
 
 int main(int count, char** words) {
+  // What the jobs write is people's data: for its owner and the group, whatever whoever starts them has set.
+  umask(0027);
   // A peer that hangs up is an error of the one who writes to it, not the end of the program.
   std::signal(SIGPIPE, SIG_IGN);
   const orvane_host::Console console{std::cout, std::cerr};

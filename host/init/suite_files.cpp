@@ -101,8 +101,10 @@ std::string SiteConfigurationText(std::string_view database, std::string_view ca
 )";
 }
 
-void WriteFile(const fs::path& file, std::string_view content) {
+void WriteFile(const fs::path& file, std::string_view content, unsigned mode) {
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  // Before anything is in it.
+  if (mode != 0 && chmod(file.c_str(), mode) != 0) stream.setstate(std::ios::failbit);
   stream << content;
   stream.close();
   if (!stream)
@@ -111,10 +113,10 @@ void WriteFile(const fs::path& file, std::string_view content) {
 
 void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::string_view catalogue) {
   for (const char* folder : kFolders) fs::create_directories(home.Path() / folder);
-  WriteFile(home.Path() / "config" / "siteConfiguration.xml", SiteConfigurationText(database, catalogue));
+  // Passwords: of the databases in the one, of the technical account in the other.
+  WriteFile(home.Path() / "config" / "siteConfiguration.xml", SiteConfigurationText(database, catalogue),
+            0600);
   WriteFile(home.Directory(), kDirectory);
-  // Both hold a password.
-  chmod((home.Path() / "config").c_str(), 0750);
   for (const char* sheet : {"reminder.xsl", "conclusion.xsl", "mail_page.xsl"}) {
     WriteFile(home.Path() / "Orvane" / "Mail" / "Sheets" / sheet,
               EmbeddedFile("demo/sheets/" + std::string(sheet)));

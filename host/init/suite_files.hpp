@@ -22,6 +22,7 @@ void RemoveSuiteFiles(const SuiteHome& home, bool madeHome);
 // The text of a site configuration file.
 std::string SiteConfigurationText(std::string_view database, std::string_view catalogue);
 
-void WriteFile(const std::filesystem::path& file, std::string_view content);
+// A mode of 0 leaves it to the process's mask.
+void WriteFile(const std::filesystem::path& file, std::string_view content, unsigned mode = 0);
 
 }  // namespace orvane_host

@@ -57,7 +57,7 @@ int Lock(int descriptor, std::chrono::milliseconds patience) {
 int Append(const std::filesystem::path& file, std::string_view line, std::chrono::milliseconds patience) {
   int opened = OpenForAppending(file);
   if (opened < 0 && errno == ENOENT) {
-    mkdir(file.parent_path().c_str(), 0777);
+    mkdir(file.parent_path().c_str(), 0750);
     opened = OpenForAppending(file);
   }
   if (opened < 0) return errno;

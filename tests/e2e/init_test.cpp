@@ -1,5 +1,6 @@
 // orvane-host init: a suite from nothing, and the demo's.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
@@ -70,6 +71,31 @@ TEST_F(InitTest, ASuiteThatCannotBeFinishedLeavesNothingBehind) {
   EXPECT_EQ(outcome.exitCode, 73);
   EXPECT_NE(outcome.err.find("the suite could not be made: "), std::string::npos) << outcome.err;
   EXPECT_FALSE(std::filesystem::exists(home_));
+}
+
+// Whatever the one who starts the program has set, what it makes is for its owner and the group alone.
+TEST_F(InitTest, NobodyElseMayReadWhatASuiteHolds) {
+  for (const mode_t mask : {mode_t{0}, mode_t{077}}) {
+    SCOPED_TRACE(mask);
+    TemporaryFolder place;
+    const std::filesystem::path home = place.Path() / "home";
+    const mode_t before = umask(mask);
+    const Outcome made = RunHost({"init", home.string(), "--demo"});
+    const Outcome ran = RunHost(
+        {"run", "--home", home.string(), "DormantUserExpiry", "SolveOnNoResponse", "Archive", "CleanUp"});
+    umask(before);
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    ASSERT_EQ(ran.exitCode, 0) << ran.err;
+    int files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(place.Path())) {
+      using std::filesystem::perms;
+      const bool secret = entry.path().filename() == "siteConfiguration.xml";
+      const unsigned expected = entry.is_directory() ? 0750 : secret ? 0600 : 0640;
+      EXPECT_EQ(static_cast<unsigned>(entry.status().permissions() & perms::mask), expected) << entry.path();
+      ++files;
+    }
+    EXPECT_GT(files, 100);
+  }
 }
 
 TEST_F(InitTest, TheDemoHoldsEveryKindOfProspect) {

@@ -85,7 +85,7 @@ FolderPtr LocalFileSystem::GetFolder(std::string_view path) const {
 FolderPtr LocalFileSystem::CreateFolder(std::string_view path) {
   PathResolver::Place place = resolver_.PlaceFor(path);
   if (place.existing) Raise(ErrorNumber::FileAlreadyExists);
-  if (mkdir(place.path.c_str(), 0777) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  if (mkdir(place.path.c_str(), 0750) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
   SyncParent(place.path);
   std::string shown = resolver_.ShownPath(place.path, path);
   return MakeFolder(std::move(place.path), std::move(shown));

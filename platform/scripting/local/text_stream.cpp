@@ -119,7 +119,7 @@ TextStreamPtr OpenStream(const std::string& native, IOMode mode, int flags) {
   automation::CurrentLocale();  // raises before anything is made or emptied
   std::shared_ptr<const automation::Locale> locale = automation::CurrentRuntime().locale;
   // Without O_NONBLOCK, opening a pipe would wait for its other end.
-  const int descriptor = open(native.c_str(), AccessFlags(mode) | flags | O_CLOEXEC | O_NONBLOCK, 0666);
+  const int descriptor = open(native.c_str(), AccessFlags(mode) | flags | O_CLOEXEC | O_NONBLOCK, 0640);
   if (descriptor < 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
   struct stat status {};
   if (fstat(descriptor, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
