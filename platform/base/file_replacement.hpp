@@ -32,7 +32,7 @@ class FileReplacement {
   // predecessor has `newMode` less the umask.
   // FAILS: EACCES for a target that may not be written or is no regular file, EISDIR for a folder,
   // ENAMETOOLONG, and whatever making the file beside it fails with.
-  FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode = 0666);
+  FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode = 0640);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;

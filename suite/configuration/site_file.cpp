@@ -157,6 +157,7 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
     if (outcome == suite::RereadFile::Outcome::Other) parsed_ = nullptr;
   } catch (const std::system_error& error) {
     if (error.code() == std::errc::is_a_directory) fail("is a folder");
+    if (error.code() == std::errc::invalid_argument) fail("is no ordinary file");
     fail("cannot be read: " + error.code().message());
   }
   if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFileReader(file).Read(bytes_.Content()));

@@ -29,11 +29,16 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Same;
   complete_ = false;
   stamp_ = std::nullopt;
-  const base::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const base::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!descriptor.IsOpen()) Raise();
   // Looked at before it is read: a change in between is found the next time.
   struct stat status {};
   if (fstat(descriptor.Get(), &status) != 0) Raise();
+  // A pipe would be waited for, and never end.
+  if (!S_ISREG(status.st_mode)) {
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    Raise();
+  }
   const base::FileStamp stamp(status);
   const bool settled = stamp.HasSettledFor(settledAfter_);
   // In pieces that stay in the processor's caches: mostly they are compared and nothing else.

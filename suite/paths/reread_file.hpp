@@ -23,8 +23,9 @@ class RereadFile {
   explicit RereadFile(std::chrono::nanoseconds settledAfter = std::chrono::seconds(3))
       : settledAfter_(settledAfter) {}
 
-  // Reads the file, up to its end or past `most` bytes. Raises std::system_error (EISDIR for a folder) when
-  // it cannot be read; the next content counts as other then.
+  // Reads the file, up to its end or past `most` bytes. Raises std::system_error (EISDIR for a folder, EINVAL
+  // for a pipe or a device, which is not waited for) when it cannot be read; the next content counts as other
+  // then.
   Outcome Read(const std::filesystem::path& file, std::size_t most);
 
   // The content as it was read last.
