@@ -14,7 +14,7 @@ constexpr std::string_view kHelp = R"(Runs the back-office jobs of an Orvane sui
   orvane-host init HOME [--demo]             make a suite at HOME with embedded databases; --demo fills it
       [--database STRING --catalog STRING]   with these databases instead, which must be empty
   orvane-host run [--home HOME] JOB...       run jobs, one after the other
-      [--strict]                             exit 1 when a job wrote to the error log
+      [--strict]                             exit 1 when something failed on the way
       [--wait SECONDS | --no-wait]           how long to wait for another run to end; without limit by default
   orvane-host status [--home HOME]           the last runs of each job, from the run logs
   orvane-host list                           the jobs
@@ -29,8 +29,8 @@ server, that holds for all machines that use it.
 
 Exit codes of run, the first that applies: 78 configuration, or the lock cannot be made; 69 the database does not
 answer, and nothing was begun; 70 a job ended without its stop line; 75 another run holds the suite, or the lock was
-lost between two jobs; 1 with --strict, when the error log got entries; 0 every job wrote its stop line. 64 usage or
-unknown job.
+lost between two jobs; 1 with --strict, when something failed on the way (an entry in the error log, a failure line in
+a run log, a mail that was not taken, no start line); 0 every job wrote its stop line. 64 usage or unknown job.
 )";
 
 class Words {

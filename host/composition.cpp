@@ -1,11 +1,9 @@
 #include "host/composition.hpp"
 
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "components/registration/register_jobs.hpp"
 #include "host/data_folder.hpp"
@@ -17,6 +15,7 @@
 #include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
+#include "platform/scripting/dictionary/registration.hpp"
 #include "platform/scripting/local/folder_names.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
@@ -25,6 +24,7 @@
 #include "suite/escalation/escalation.hpp"
 #include "suite/file_handling/file_handling.hpp"
 #include "suite/load_xsls/load_xsls.hpp"
+#include "suite/log/file_log.hpp"
 #include "suite/membership/user.hpp"
 #include "suite/service_request/registration.hpp"
 #include "suite/sql_conversion/sql_conversion.hpp"
@@ -32,17 +32,32 @@
 namespace orvane_host {
 namespace {
 
-void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site) {
-  automation::ClassTable& classes = runtime.classes;
-  const std::map<char, std::string> drives = Drives(site);
-  runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+void RegisterFilesMailsAndLog(automation::ClassTable& classes, const SuiteHome& home,
+                              const Vantrel::SiteFile& site) {
   const auto created = std::make_shared<base::CreatedFiles>();
-  Scripting::local::RegisterClasses(classes, drives, created);
-  ADODB::RegisterClasses(classes, DatabaseProviders(home));
-  MSXML2::RegisterClasses(classes, {.drives = drives});
+  Scripting::local::RegisterClasses(classes, Drives(site), created);
   CDO::Settings mail = MailSettings(site, home);
   mail.ownFiles = created;
   CDO::RegisterClasses(classes, mail);
+  Vantrel::RegisterLog(classes, home.ErrorLog());
+}
+
+void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
+                      effects::Listener* listener) {
+  automation::ClassTable& classes = runtime.classes;
+  runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+  ADODB::RegisterClasses(classes, DatabaseProviders(home));
+  MSXML2::RegisterClasses(classes, {.drives = Drives(site)});
+  if (listener == nullptr) {
+    RegisterFilesMailsAndLog(classes, home, site);
+    return;
+  }
+  automation::ClassTable real;
+  RegisterFilesMailsAndLog(real, home, site);
+  Scripting::RegisterDictionary(classes);
+  effects::RecordFolders(classes, real, *listener);
+  effects::RecordMails(classes, real, *listener);
+  effects::RecordErrors(classes, real, *listener);
 }
 
 // Keeps the names of large folders for all file-handling components of a suite.
@@ -58,10 +73,9 @@ class FolderNames {
   Scripting::local::FolderNames names_;
 };
 
-void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                        Vantrel::LogListener listener) {
+void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
+                        const Vantrel::SiteFile& site) {
   Vantrel::RegisterConfiguration(classes, home.Path());
-  Vantrel::RegisterLog(classes, home.ErrorLog(), std::move(listener));
   OrvCommon::RegisterSqlConversion(classes);
   VnMembership::RegisterUser(classes);
   Catalogue::RegisterCatalogue(classes);
@@ -92,9 +106,9 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {
 }
 
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   Vantrel::LogListener listener) {
-  RegisterPlatform(runtime, home, site);
-  RegisterComponents(runtime.classes, home, site, std::move(listener));
+                   effects::Listener* listener) {
+  RegisterPlatform(runtime, home, site, listener);
+  RegisterComponents(runtime.classes, home, site);
   OrvaneProcess::RegisterJobs(runtime.classes);
 }
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <vector>
 
+#include "effects/recorder.hpp"
 #include "host/suite_home.hpp"
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/automation/runtime.hpp"
 #include "suite/configuration/site_file.hpp"
-#include "suite/log/file_log.hpp"
 
 namespace orvane_host {
 
@@ -21,7 +21,8 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site);
 // Fills the runtime with everything that the jobs of this suite can create. The machine-wide settings in
 // `site` (drives, mail transport) count as they are now, and one that means nothing raises
 // Vantrel::kUnreadableFile; connection strings and the directory account are read again when they are needed.
+// The listener, which may be null, must outlive what the runtime's classes make.
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   Vantrel::LogListener listener);
+                   effects::Listener* listener);
 
 }  // namespace orvane_host

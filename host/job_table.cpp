@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "components/registration/register_jobs.hpp"
-
 namespace orvane_host {
 namespace {
 
@@ -17,33 +15,20 @@ bool EqualButForCase(std::string_view left, std::string_view right) {
 }
 
 std::optional<std::string> Time(const JobInfo& job, std::string_view text, std::string_view line) {
-  if (job.form == JobInfo::LineForm::Banner) {
-    if (line.substr(0, text.size()) != text) return std::nullopt;
+  if (job.separator.empty()) {
+    if (!line.starts_with(text)) return std::nullopt;
     return std::string(line.substr(text.size()));
   }
-  constexpr std::string_view kSeparator = "  : ";
-  const std::size_t separator = line.find(kSeparator);
+  const std::size_t separator = line.find(job.separator);
   if (separator == std::string_view::npos) return std::nullopt;
-  if (line.substr(separator + kSeparator.size(), text.size()) != text) return std::nullopt;
+  if (!line.substr(separator + job.separator.size()).starts_with(text)) return std::nullopt;
   return std::string(line.substr(0, separator));
 }
 
 }  // namespace
 
 const std::vector<JobInfo>& Jobs() {
-  using Form = JobInfo::LineForm;
-  static const std::vector<JobInfo> jobs = {
-      {OrvaneProcess::kArchiveProgId, "OrvArchiveSvc_log_", "Archiving Process started by ",
-       "Archiving Process ended.", Form::Message},
-      {OrvaneProcess::kCleanUpProgId, "OrvCleanUpSvc_log_",
-       "Clean Up - NTService Started at : ", " NTService Stopped at : ", Form::Banner},
-      {OrvaneProcess::kDormantUserExpiryProgId, "OrvDormantUserExpirySvc_log_",
-       "Dormant User Expiry - NTService Started at : ", " NTService Stopped at : ", Form::Banner},
-      {OrvaneProcess::kSolveOnNoResponseProgId, "OrvSolveOnNoResponseSvc_log_",
-       "Solve On No Response - NTService Started at : ", " Solve On No Response -NTService Stopped at : ",
-       Form::Banner},
-  };
-  return jobs;
+  return OrvaneProcess::JobLogs();
 }
 
 const JobInfo* FindJob(std::string_view name) {
@@ -61,6 +46,14 @@ std::optional<std::string> StartTime(const JobInfo& job, std::string_view line) 
 
 std::optional<std::string> StopTime(const JobInfo& job, std::string_view line) {
   return Time(job, job.stopText, line);
+}
+
+std::optional<std::string> Failure(const JobInfo& job, std::string_view line) {
+  if (job.tellsFailure == nullptr) return std::nullopt;
+  const std::size_t separator = line.find(job.separator);
+  if (separator == std::string_view::npos) return std::nullopt;
+  const std::string_view message = line.substr(separator + job.separator.size());
+  return job.tellsFailure(message) ? std::optional<std::string>(message) : std::nullopt;
 }
 
 }  // namespace orvane_host

@@ -6,17 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "components/registration/job_logs.hpp"
+
 namespace orvane_host {
 
-struct JobInfo {
-  std::string_view progId;
-  std::string_view logPrefix;  // of the run log's file name
-  // What a run's first and last lines say. A banner line begins with its text and ends with the time; a
-  // message line begins with the time.
-  std::string_view startText;
-  std::string_view stopText;
-  enum class LineForm { Banner, Message } form;
-};
+using JobInfo = OrvaneProcess::JobLog;
 
 // In alphabetical order of the ProgIDs.
 const std::vector<JobInfo>& Jobs();
@@ -28,5 +22,8 @@ const JobInfo* FindJob(std::string_view name);
 // line.
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line);
 std::optional<std::string> StopTime(const JobInfo& job, std::string_view line);
+
+// The message of a line that tells of a failure; nothing for any other line.
+std::optional<std::string> Failure(const JobInfo& job, std::string_view line);
 
 }  // namespace orvane_host

@@ -18,10 +18,10 @@ using Day = std::array<int, 3>;  // year, month, day
 // "2004_7_26.txt" behind the prefix; nothing for a name that is no run log of the job.
 std::optional<Day> DayOf(const JobInfo& job, std::string_view name) {
   constexpr std::string_view kExtension = ".txt";
-  if (name.size() < job.logPrefix.size() + kExtension.size()) return std::nullopt;
-  if (name.substr(0, job.logPrefix.size()) != job.logPrefix) return std::nullopt;
+  if (name.size() < job.filePrefix.size() + kExtension.size()) return std::nullopt;
+  if (name.substr(0, job.filePrefix.size()) != job.filePrefix) return std::nullopt;
   if (name.substr(name.size() - kExtension.size()) != kExtension) return std::nullopt;
-  name = name.substr(job.logPrefix.size(), name.size() - job.logPrefix.size() - kExtension.size());
+  name = name.substr(job.filePrefix.size(), name.size() - job.filePrefix.size() - kExtension.size());
 
   Day day{};
   const char* next = name.data();
@@ -68,14 +68,17 @@ RunLogWatch::RunLogWatch(std::filesystem::path folder, const JobInfo& job)
   }
 }
 
-bool RunLogWatch::SawStopLine() const {
-  bool seen = false;
+AddedLines RunLogWatch::Added() const {
+  AddedLines added;
   for (const auto& [day, file] : LogFiles(folder_, job_)) {
     const auto before = sizes_.find(file);
-    ForEachLine(file, before == sizes_.end() ? 0 : before->second,
-                [this, &seen](std::string_view line) { seen = seen || StopTime(job_, line).has_value(); });
+    ForEachLine(file, before == sizes_.end() ? 0 : before->second, [this, &added](std::string_view line) {
+      added.started = added.started || StartTime(job_, line);
+      added.stopped = added.stopped || StopTime(job_, line);
+      if (auto failure = Failure(job_, line)) added.failures.push_back(std::move(*failure));
+    });
   }
-  return seen;
+  return added;
 }
 
 std::vector<LoggedRun> LastRuns(const std::filesystem::path& folder, const JobInfo& job, std::size_t count) {

@@ -13,14 +13,21 @@
 
 namespace orvane_host {
 
+// What a run has added to its log.
+struct AddedLines {
+  bool started = false;
+  bool stopped = false;
+  std::vector<std::string> failures;  // their messages, in the code page of the log
+};
+
 // One job's run logs as they are before a run, to tell afterwards what the run added.
 class RunLogWatch {
  public:
   RunLogWatch(std::filesystem::path folder, const JobInfo& job);
 
-  // Whether the job's stop line is among what was added since. A run across midnight adds to two files; a
-  // file that is new counts from its beginning.
-  bool SawStopLine() const;
+  // What was added since. A run across midnight adds to two files; a file that is new counts from its
+  // beginning.
+  AddedLines Added() const;
 
  private:
   const std::filesystem::path folder_;

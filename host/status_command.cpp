@@ -1,10 +1,12 @@
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <system_error>
 
 #include "host/commands.hpp"
 #include "host/exit_codes.hpp"
 #include "host/job_table.hpp"
+#include "host/lock/file_lock.hpp"
 #include "host/run_logs.hpp"
 #include "host/suite_home.hpp"
 
@@ -23,6 +25,7 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
     console.err << "orvane-host: " << home.Path().string() << ": no such directory\n";
     return kConfiguration;
   }
+  const std::optional<orvane_lock::Holder> holder = orvane_lock::FileLock::HolderOf(home.Lock());
   for (const JobInfo& job : Jobs()) {
     console.out << job.progId << '\n';
     const std::vector<LoggedRun> runs = LastRuns(home.Logs(), job, kRunsShown);
@@ -31,6 +34,8 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
       console.out << "  started " << run.started;
       if (run.stopped) {
         console.out << "  stopped " << *run.stopped << '\n';
+      } else if (&run == &runs.back() && holder && holder->job == job.progId) {
+        console.out << "  running, process " << holder->process << " on " << holder->host << '\n';
       } else {
         console.out << "  unfinished\n";
       }

@@ -6,6 +6,7 @@
 #include "common/text_helpers.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/swallowed_error.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -48,6 +49,7 @@ void CleanUp::Run() {
     StartRun();
   } catch (...) {
     // The service host must outlive whatever happens to one run; what can be reported has been.
+    automation::TellSwallowed();
   }
 }
 

@@ -6,6 +6,7 @@
 #include "common/text_helpers.hpp"
 #include "components/interfaces/configuration.hpp"
 #include "jobs/cleanup/clean_up.hpp"
+#include "jobs/cleanup/log_texts.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
 
@@ -22,18 +23,18 @@ void CleanUp::WriteJobLog(std::int16_t kind) {
 
   const auto configuration = automation::CreateObject<Vantrel::Configuration>(Vantrel::kConfigurationProgId);
   const std::string folder = FileSystem().GetParentFolderName(configuration->RootPath()) + "\\OrvLog";
-  if (!FileSystem().FolderExists(folder)) FileSystem().CreateFolder(folder);
+  OrvaneUtilities::MakeRunLogFolder(FileSystem(), folder);
 
-  const std::string path =
-      folder + "\\OrvCleanUpSvc_log_" + OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
+  const std::string path = folder + "\\" + std::string(clean_up_log::kFilePrefix) +
+                           OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
   const Scripting::TextStreamPtr log = FileSystem().OpenTextFile(path, Scripting::IOMode::ForAppending, true);
   if (kind == 1) {
     log->WriteLine(OrvaneUtilities::RunLogRuler());
     log->WriteLine("Orvane NTService Log ");
     log->WriteLine(OrvaneUtilities::RunLogRuler());
-    log->WriteLine("Clean Up - NTService Started at : " + OrvaneUtilities::GetTimestampText());
+    log->WriteLine(std::string(clean_up_log::kStarted) + OrvaneUtilities::GetTimestampText());
   } else {
-    log->WriteLine(" NTService Stopped at : " + OrvaneUtilities::GetTimestampText());
+    log->WriteLine(std::string(clean_up_log::kStopped) + OrvaneUtilities::GetTimestampText());
     log->WriteLine(OrvaneUtilities::RunLogRuler());
   }
   log->Close();

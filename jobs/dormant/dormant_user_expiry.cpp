@@ -2,6 +2,7 @@
 
 #include "common/connections.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/swallowed_error.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -45,6 +46,7 @@ void DormantUserExpiry::Run() {
   try {
     RunExpiry();
   } catch (...) {
+    automation::TellSwallowed();
   }
 }
 
@@ -53,6 +55,7 @@ void DormantUserExpiry::RunExpiry() {
     ExpireDormantUsers();
   } catch (...) {
     // The host never sees a failure: the start banner without its stop line is what tells of it.
+    automation::TellSwallowed();
   }
 }
 

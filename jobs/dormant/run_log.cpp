@@ -6,6 +6,7 @@
 #include "common/text_helpers.hpp"
 #include "components/interfaces/configuration.hpp"
 #include "jobs/dormant/dormant_user_expiry.hpp"
+#include "jobs/dormant/log_texts.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/scripting/file_system_object.hpp"
 
@@ -19,18 +20,18 @@ void DormantUserExpiry::WriteJobLog(std::int16_t kind) {
   const auto configuration = automation::CreateObject<Vantrel::Configuration>(Vantrel::kConfigurationProgId);
   const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
   const std::string folder = files->GetParentFolderName(configuration->RootPath()) + "\\OrvLog";
-  if (!files->FolderExists(folder)) files->CreateFolder(folder);
+  OrvaneUtilities::MakeRunLogFolder(*files, folder);
   if (kind != 1 && kind != 2) return;
 
-  const std::string fileName = folder + "\\OrvDormantUserExpirySvc_log_" + datePart + ".txt";
+  const std::string fileName = folder + "\\" + std::string(dormant_log::kFilePrefix) + datePart + ".txt";
   const Scripting::TextStreamPtr log = files->OpenTextFile(fileName, Scripting::IOMode::ForAppending, true);
   if (kind == 1) {
     log->WriteLine(OrvaneUtilities::RunLogRuler());
     log->WriteLine("Orvane NTService Log ");
     log->WriteLine(OrvaneUtilities::RunLogRuler());
-    log->WriteLine("Dormant User Expiry - NTService Started at : " + timestamp);
+    log->WriteLine(std::string(dormant_log::kStarted) + timestamp);
   } else {
-    log->WriteLine(" NTService Stopped at : " + timestamp);
+    log->WriteLine(std::string(dormant_log::kStopped) + timestamp);
     log->WriteLine(OrvaneUtilities::RunLogRuler());
   }
   log->Close();

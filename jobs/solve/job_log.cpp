@@ -4,6 +4,7 @@
 #include "common/connections.hpp"
 #include "common/run_log.hpp"
 #include "common/text_helpers.hpp"
+#include "jobs/solve/log_texts.hpp"
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/scripting/file_system_object.hpp"
@@ -19,18 +20,18 @@ void SolveOnNoResponseJob::WriteRunLog(std::int16_t kind) {
   if (kind == kStart) m_sRootPath = OrvaneUtilities::GetInstallDirectory();
   const auto files = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
   const std::string folder = files->GetParentFolderName(m_sRootPath) + "\\OrvLog";
-  if (kind == kStart && !files->FolderExists(folder)) files->CreateFolder(folder);
+  if (kind == kStart) OrvaneUtilities::MakeRunLogFolder(*files, folder);
 
-  const std::string path =
-      folder + "\\OrvSolveOnNoResponseSvc_log_" + OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
+  const std::string path = folder + "\\" + std::string(solve_log::kFilePrefix) +
+                           OrvaneUtilities::RunLogDatePart(automation::Now()) + ".txt";
   const Scripting::TextStreamPtr log = files->OpenTextFile(path, Scripting::IOMode::ForAppending, true);
   log->WriteLine(OrvaneUtilities::RunLogRuler());
   if (kind == kStart) {
     log->WriteLine("Orvane NTService Log ");
     log->WriteLine(OrvaneUtilities::RunLogRuler());
-    log->WriteLine("Solve On No Response - NTService Started at : " + OrvaneUtilities::GetTimestampText());
+    log->WriteLine(std::string(solve_log::kStarted) + OrvaneUtilities::GetTimestampText());
   } else {
-    log->WriteLine(" Solve On No Response -NTService Stopped at : " + OrvaneUtilities::GetTimestampText());
+    log->WriteLine(std::string(solve_log::kStopped) + OrvaneUtilities::GetTimestampText());
     log->WriteLine(OrvaneUtilities::RunLogRuler());
   }
   log->Close();

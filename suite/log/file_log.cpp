@@ -37,7 +37,7 @@ int Append(const std::filesystem::path& file, std::string_view line) {
   constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
   int descriptor = open(file.c_str(), kFlags, 0640);
   if (descriptor < 0 && errno == ENOENT) {
-    mkdir(file.parent_path().c_str(), 0777);
+    mkdir(file.parent_path().c_str(), 0750);
     descriptor = open(file.c_str(), kFlags, 0640);
   }
   if (descriptor < 0) return errno;
@@ -57,8 +57,7 @@ int Append(const std::filesystem::path& file, std::string_view line) {
 
 class FileLog : public Log {
  public:
-  FileLog(std::filesystem::path file, LogListener listener)
-      : file_(std::move(file)), listener_(std::move(listener)) {}
+  explicit FileLog(std::filesystem::path file) : file_(std::move(file)) {}
 
   void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
                      automation::Variant& result) override {
@@ -69,12 +68,10 @@ class FileLog : public Log {
                    std::generic_category().message(failure).c_str(), line.c_str());
     }
     result = failure == 0;
-    if (listener_) listener_(errorSource, message);
   }
 
  private:
   const std::filesystem::path file_;
-  const LogListener listener_;
 };
 
 }  // namespace
@@ -88,10 +85,8 @@ std::string LogLine(automation::DateTime time, std::int32_t code, std::string_vi
   return stamp + Printable(errorSource) + " | " + Printable(message) + "\n";
 }
 
-void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file, LogListener listener) {
-  classes.Register(kLogProgId, [file, listener = std::move(listener)] {
-    return std::make_shared<FileLog>(file, listener);
-  });
+void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file) {
+  classes.Register(kLogProgId, [file] { return std::make_shared<FileLog>(file); });
 }
 
 }  // namespace Vantrel

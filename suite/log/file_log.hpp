@@ -12,7 +12,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,14 +20,10 @@
 
 namespace Vantrel {
 
-// Called after each entry, whether it could be written or not.
-using LogListener = std::function<void(std::string_view errorSource, std::string_view message)>;
-
 // Registers the component; entries are appended to `file`, whose folder is made when it is missing (one
 // level). An entry that cannot be written goes to standard error with the reason, and nothing is raised: the
 // caller is in the middle of reporting a failure, and its job has work left that does not need this file.
-void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file,
-                 LogListener listener = nullptr);
+void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file);
 
 // The line of an entry, line feed included.
 std::string LogLine(automation::DateTime time, std::int32_t code, std::string_view errorSource,

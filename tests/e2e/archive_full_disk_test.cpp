@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "tests/e2e/archive_installation.hpp"
+#include "tests/e2e/host_process.hpp"
 #include "tests/support/archive_files.hpp"
 
 namespace orvane_test {
@@ -216,6 +217,22 @@ TEST_P(ArchiveFaultTest, NothingIsLostWhereverItHappens) {
 }
 
 const std::string kFull = std::to_string(ENOSPC);
+
+// The disk fills up at one point after another while a suite is made.
+TEST(InitFullDiskTest, ASuiteThatDoesNotFitIsRefusedAndLeavesNothingBehind) {
+  for (const char* point : {"1", "2", "8", "20", "40", "100"}) {
+    const TemporaryFolder folder;
+    const fs::path home = folder.Path() / "home";
+    const Outcome outcome = RunHost({"init", home.string()}, {{"LD_PRELOAD", ORVANE_FAULT_POINTS},
+                                                              {"FAULT_BELOW", folder.Path().string()},
+                                                              {"FAULT_FROM", point},
+                                                              {"FAULT_ERROR", kFull}});
+    EXPECT_EQ(outcome.exitCode, 73) << point << ": " << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr(home.string() + ": the suite could not be made: ")) << point;
+    EXPECT_FALSE(fs::exists(home)) << point;
+  }
+}
+
 const std::string kBroken = std::to_string(EIO);
 INSTANTIATE_TEST_SUITE_P(
     Failures, ArchiveFaultTest,

@@ -135,7 +135,12 @@ TEST_F(CleanUpTest, SweepsByAgeReportAndDeleteNothing) {
                                report("DeletedispatchXmlFiles"), report("DeleteTempAttachmentsXMLFiles")}));
   ExpectWholeRunLog();
 
-  EXPECT_EQ(RunHost({"run", "--strict", "--home", suite_.Home().string(), "CleanUp"}).exitCode, 1);
+  const Outcome strict = RunHost({"run", "--strict", "--home", suite_.Home().string(), "CleanUp"});
+  EXPECT_EQ(strict.exitCode, 0) << "these entries stand in the log of every run";
+  EXPECT_NE(strict.err.find("note: OrvaneProcess.CleanUp: " + report("DeleteAnalysisFiles") + "\n"),
+            std::string::npos)
+      << strict.err;
+  EXPECT_EQ(strict.err.find("warning: "), std::string::npos) << strict.err;
 }
 
 TEST_F(CleanUpTest, OnAWebFarmTheSharedFilesGoAndTheRowsStay) {

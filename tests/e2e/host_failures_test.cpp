@@ -1,11 +1,13 @@
 // What an operator meets when a suite is not as it should be.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "host/lock/file_lock.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/support/archive_files.hpp"
@@ -17,6 +19,7 @@ using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
+using orvane_test::RunningHost;
 using Strings = std::vector<std::string>;
 
 constexpr const char* kJob = "OrvaneProcess.DormantUserExpiry";
@@ -108,7 +111,20 @@ TEST_F(HostFailuresTest, ALogFolderThatCannotBeMadeEndsTheJobBeforeItsWork) {
   suite_.Folder().Write("OrvLog", "a file in the place of the folder");
   const Outcome outcome = Run();
   EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_NE(
+      outcome.err.find("orvane-host: OrvaneProcess.DormantUserExpiry: ended by: File already exists (58)\n"),
+      std::string::npos)
+      << outcome.err;
   EXPECT_EQ(Left(), Strings{"away"});
+}
+
+TEST_F(HostFailuresTest, ARunThatEndsWithoutAnEntrySaysWhatEndedIt) {
+  MakeDatabase();
+  Database(suite_.DatabaseFile()).Execute("UPDATE PARAMETERS SET PARAM_VALUE = 'soon'");
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 70);
+  EXPECT_EQ(outcome.err, "orvane-host: OrvaneProcess.DormantUserExpiry: ended by: Type mismatch (13)\n");
+  EXPECT_FALSE(std::filesystem::exists(suite_.Logs() / "Vantrel.log"));
 }
 
 TEST_F(HostFailuresTest, AMissingDatabaseIsReportedAndNotMade) {
@@ -183,12 +199,48 @@ TEST_F(HostFailuresTest, OnlyTheFirstWarningsArePrintedAndTheRestIsCounted) {
   const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "Archive"});
   EXPECT_EQ(outcome.exitCode, 0);
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 21) << outcome.err;
-  EXPECT_NE(outcome.err.find("warning: OrvaneProcess.Archive: 3 more in " +
+  EXPECT_NE(outcome.err.find("warning: OrvaneProcess.Archive: 3 more; the error log is " +
                              (suite_.Logs() / "Vantrel.log").string() + "\n"),
             std::string::npos)
       << outcome.err;
   EXPECT_EQ(suite_.ErrorLog().size(), 23U);
   orvane_test::ExpectArchiveFiles(suite_.Home() / "Data" / "Archives");
+}
+
+TEST_F(HostFailuresTest, FailureLinesOfARunLogArePrintedAndCount) {
+  Database(suite_.DatabaseFile())
+      .Execute(
+          "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(50), PARAM_VALUE VARCHAR(50));"
+          "INSERT INTO PARAMETERS VALUES ('DataFileRelativePath', 'Data'), ('ArchiveAfter', 'soon');");
+  Database(suite_.CatalogueFile())
+      .Execute("CREATE TABLE FAQPARAMETER (PARAMNAME VARCHAR(50), PARAMVALUE VARCHAR(50));");
+  const Outcome outcome = RunHost({"run", "--strict", "--home", suite_.Home().string(), "Archive"});
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.err.find("warning: OrvaneProcess.Archive: Archiving process failed\n"), std::string::npos)
+      << outcome.err;
+}
+
+TEST_F(HostFailuresTest, AnAttachmentWithoutItsFolderIsNamedWithWhatToDo) {
+  Database(suite_.DatabaseFile())
+      .Execute(
+          "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(50), PARAM_VALUE VARCHAR(50));"
+          "INSERT INTO PARAMETERS VALUES ('DataFileRelativePath', 'Data'), ('KeepTemporaryFiles', '1');"
+          "CREATE TABLE DATAFILES (ID1 INTEGER, FILENAME VARCHAR(50), FILETYPE INTEGER, LASTUPLOAD DATETIME);"
+          "INSERT INTO DATAFILES VALUES (7, 'a.txt', 1, '2004-01-01 00:00:00')");
+  const auto run = [this] { return RunHost({"run", "--home", suite_.Home().string(), "CleanUp"}); };
+  const std::string folder = (suite_.Home() / "Data/SRATTACHMENTS/7Q").string();
+  const Outcome stuck = run();
+  EXPECT_EQ(stuck.exitCode, 0);
+  EXPECT_NE(stuck.err.find("warning: OrvaneProcess.CleanUp: the folder " + folder +
+                           " is not there, and every run stops at it: make it again, empty, and the next run "
+                           "removes it together with its row in DATAFILES\n"),
+            std::string::npos)
+      << stuck.err;
+
+  std::filesystem::create_directories(folder);
+  EXPECT_EQ(run().err.find("is not there"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(folder));
+  EXPECT_EQ(Database(suite_.DatabaseFile()).Rows("SELECT count(*) FROM DATAFILES"), Strings{"0"});
 }
 
 TEST_F(HostFailuresTest, StatusShowsFinishedAndUnfinishedRuns) {
@@ -205,6 +257,78 @@ TEST_F(HostFailuresTest, StatusShowsFinishedAndUnfinishedRuns) {
             "  started <time>  stopped <time>\n"
             "  started <time>  unfinished\n"
             "OrvaneProcess.SolveOnNoResponse\n  no run logged\n");
+}
+
+TEST_F(HostFailuresTest, StatusTellsARunFromOneThatWasCutOff) {
+  MakeDatabase();
+  Database(suite_.DatabaseFile()).Execute("DELETE FROM PARAMETERS");
+  ASSERT_EQ(Run().exitCode, 70);
+  const auto shown = [this] {
+    return orvane_test::WithoutTimes(RunHost({"status", "--home", suite_.Home().string()}).out);
+  };
+  const auto hold = [this](const char* job) {
+    return orvane_lock::FileLock::TryTake(suite_.Home() / ".lock",
+                                          {.process = 42, .host = "alpha", .job = job, .since = "now"});
+  };
+  auto held = hold("OrvaneProcess.DormantUserExpiry");
+  EXPECT_NE(shown().find("  started <time>  running, process 42 on alpha\n"), std::string::npos);
+  held.reset();
+  EXPECT_NE(shown().find("  started <time>  unfinished\n"), std::string::npos);
+  held = hold("OrvaneProcess.Archive");
+  EXPECT_NE(shown().find("  started <time>  unfinished\n"), std::string::npos);
+}
+
+TEST_F(HostFailuresTest, StatusOfAMissingFolderIsAMatterOfConfiguration) {
+  const Outcome outcome = RunHost({"status", "--home", (suite_.Home() / "none").string()});
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err, "orvane-host: " + (suite_.Home() / "none").string() + ": no such directory\n");
+}
+
+TEST_F(HostFailuresTest, StatusShowsTheLastFiveRunsOfADay) {
+  MakeDatabase();
+  for (int run = 0; run < 6; ++run) ASSERT_EQ(Run().exitCode, 0);
+  Database(suite_.DatabaseFile()).Execute("DELETE FROM PARAMETERS");
+  ASSERT_EQ(Run().exitCode, 70);
+  const std::string shown =
+      orvane_test::WithoutTimes(RunHost({"status", "--home", suite_.Home().string()}).out);
+  std::string expected = "OrvaneProcess.DormantUserExpiry\n";
+  for (int run = 0; run < 4; ++run) expected += "  started <time>  stopped <time>\n";
+  expected += "  started <time>  unfinished\nOrvaneProcess.SolveOnNoResponse\n";
+  EXPECT_NE(shown.find(expected), std::string::npos) << shown;
+}
+
+TEST_F(HostFailuresTest, AStrictCallFailsForAnEarlierJobAsWell) {
+  MakeDatabase();
+  Database database(suite_.DatabaseFile());
+  database.Execute(
+      "INSERT INTO PARAMETERS VALUES ('DataFileRelativePath', 'Data')");  // and no tables to purge
+  const auto run = [this](const Strings& more) {
+    Strings words{"run", "--home", suite_.Home().string(), "CleanUp", "DormantUserExpiry"};
+    words.insert(words.end(), more.begin(), more.end());
+    return RunHost(words);
+  };
+  EXPECT_EQ(run({}).exitCode, 0);
+  const Outcome strict = run({"--strict"});
+  EXPECT_EQ(strict.exitCode, 1) << strict.err;
+  EXPECT_NE(strict.err.find("warning: OrvaneProcess.CleanUp: "), std::string::npos);
+  EXPECT_EQ(strict.err.find("warning: OrvaneProcess.DormantUserExpiry: "), std::string::npos);
+}
+
+TEST_F(HostFailuresTest, AReaderThatHangsUpDoesNotEndTheRun) {
+  MakeDatabase();
+  RunningHost host({"run", "--home", suite_.Home().string(), kJob});
+  host.HangUp();
+  EXPECT_EQ(host.Wait().exitCode, 0);
+  EXPECT_EQ(Left(), Strings{});
+}
+
+TEST_F(HostFailuresTest, APipeInThePlaceOfTheConfigurationIsRefused) {
+  std::filesystem::remove(SiteFile());
+  ASSERT_EQ(mkfifo(SiteFile().c_str(), 0600), 0);
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 78);
+  EXPECT_EQ(outcome.err, "orvane-host: " + SiteFile() +
+                             ": is no ordinary file; expected the site configuration of a suite\n");
 }
 
 TEST_F(HostFailuresTest, ListShowsTheProgIds) {

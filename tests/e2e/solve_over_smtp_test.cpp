@@ -284,8 +284,12 @@ TEST_P(SolveOverSmtpTest, MailsArriveWithTheirPagesAndTheRowsMoveOn) {
   ASSERT_EQ(steps.size(), 1U);
   EXPECT_THAT(Moments("%Y-%m-%d %H:%M:%S"), testing::Contains(steps[0]));
 
-  EXPECT_EQ(warnings_, "");
-  // The page of the refused mail is the only one that stays; nobody is told.
+  // The job stays silent about the refused mail, whose page is the only one that stays; the host does not.
+  EXPECT_THAT(warnings_,
+              testing::StartsWith("warning: OrvaneProcess.SolveOnNoResponse: a mail was not taken: to "
+                                  "\"refused@fair.example\", subject \""));
+  EXPECT_THAT(warnings_, HasSubstr("30"));
+  EXPECT_EQ(std::count(warnings_.begin(), warnings_.end(), '\n'), 1) << warnings_;
   ASSERT_EQ(PagesLeft().size(), 1U);
   EXPECT_THAT(TemporaryFolder::Read(PagesLeft()[0]), HasSubstr("Case 30"));
   EXPECT_THAT(suite_.ErrorLog(), IsEmpty());

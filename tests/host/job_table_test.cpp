@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "components/registration/register_jobs.hpp"
 #include "platform/automation/class_table.hpp"
 
 namespace {
 
+using orvane_host::Failure;
 using orvane_host::FindJob;
 using orvane_host::JobInfo;
 using orvane_host::StartTime;
@@ -54,6 +59,33 @@ TEST(JobTableTest, ReadsTheTimesOfMessageLines) {
   EXPECT_EQ(StopTime(archive, "7-26-2004 09:05:04  : Archiving Process ended."), "7-26-2004 09:05:04");
   EXPECT_EQ(StopTime(archive, "7-26-2004 09:05:04  : Archiving process failed"), std::nullopt);
   EXPECT_EQ(StopTime(archive, "Archiving Process ended."), std::nullopt);
+}
+
+TEST(JobTableTest, KnowsTheFailuresOfTheArchiveJob) {
+  const JobInfo& archive = *FindJob("Archive");
+  EXPECT_EQ(Failure(archive, "7-26-2004 09:05:04  : Archiving process failed"), "Archiving process failed");
+  EXPECT_EQ(Failure(archive, "7-26-2004 09:05:04  : Archiving Process ended."), std::nullopt);
+  EXPECT_EQ(Failure(archive, "Archiving process failed"), std::nullopt);
+  EXPECT_EQ(Failure(*FindJob("CleanUp"), "7-26-2004 09:05:04  : Archiving process failed"), std::nullopt);
+}
+
+TEST(JobTableTest, TellsTheEntriesOfTheSweepsByAgeFromOthers) {
+  const JobInfo& cleanUp = *FindJob("CleanUp");
+  const std::string known =
+      "ORVProcess.cleanup.DeleteAnalysisFiles caught: Object required (424). Additional information: Object "
+      "required";
+  EXPECT_TRUE(cleanUp.isKnownEntry(known));
+  EXPECT_FALSE(
+      cleanUp.isKnownEntry("ORVProcess.cleanup.DeleteAnalysisFiles caught: Permission denied (70). "
+                           "Additional information: Permission denied"));
+  EXPECT_FALSE(cleanUp.isKnownEntry("another " + known));
+  EXPECT_EQ(FindJob("Archive")->isKnownEntry, nullptr);
+
+  const std::string stuck =
+      "ORVProcess.cleanup.DeleteSRAttchmentsFilesWithotherstatus caught: Path not found (76). Additional "
+      "information: Path not found";
+  EXPECT_TRUE(cleanUp.needsHands(stuck));
+  EXPECT_FALSE(cleanUp.needsHands(known));
 }
 
 }  // namespace

@@ -48,19 +48,19 @@ TEST_F(RunLogsTest, SeesAStopLineThatWasAddedSince) {
   Start("2004_7_26", "a");
   Stop("2004_7_26", "b");
   const RunLogWatch watch(folder_.Path(), job_);
-  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_FALSE(watch.Added().stopped);
   Start("2004_7_26", "c");
-  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_FALSE(watch.Added().stopped);
   Stop("2004_7_26", "d");
-  EXPECT_TRUE(watch.SawStopLine());
+  EXPECT_TRUE(watch.Added().stopped);
 }
 
 TEST_F(RunLogsTest, FollowsARunAcrossMidnight) {
   const RunLogWatch watch(folder_.Path(), job_);
   Start("2004_12_31", "a");
-  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_FALSE(watch.Added().stopped);
   Stop("2005_1_1", "b");
-  EXPECT_TRUE(watch.SawStopLine());
+  EXPECT_TRUE(watch.Added().stopped);
 }
 
 TEST_F(RunLogsTest, AnotherJobsStopLineDoesNotCount) {
@@ -68,12 +68,12 @@ TEST_F(RunLogsTest, AnotherJobsStopLineDoesNotCount) {
   folder_.Write("OrvDormantUserExpirySvc_log_2004_7_26.txt", " NTService Stopped at : x\r\n");
   folder_.Write("OrvCleanUpSvc_log_2004_7_26.txt.bak", " NTService Stopped at : x\r\n");
   folder_.Write("OrvCleanUpSvc_log_2004_7.txt", " NTService Stopped at : x\r\n");
-  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_FALSE(watch.Added().stopped);
 }
 
 TEST_F(RunLogsTest, AMissingFolderHoldsNoRuns) {
   const RunLogWatch watch(folder_.Path() / "none", job_);
-  EXPECT_FALSE(watch.SawStopLine());
+  EXPECT_FALSE(watch.Added().stopped);
   EXPECT_TRUE(LastRuns(folder_.Path() / "none", job_, 5).empty());
 }
 
