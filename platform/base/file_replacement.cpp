@@ -146,7 +146,7 @@ struct stat FileReplacement::Commit(Durability durability) {
   // locked, until it has its name.
   if (fsync(descriptor_.Get()) != 0) Refuse(errno);
   Publish();
-  Finish(durability);
+  return Finish(durability);
 }
 
 void FileReplacement::CommitOver(const std::function<bool(int descriptor)>& isExpected, Durability durability,
@@ -176,7 +176,7 @@ Descriptor FileReplacement::LockTarget(std::chrono::milliseconds patience) const
   }
 }
 
-void FileReplacement::Finish(Durability durability) {
+struct stat FileReplacement::Finish(Durability durability) {
   beside_.clear();
   struct stat status {};
   if (fstat(descriptor_.Get(), &status) != 0) Refuse(errno);

@@ -54,7 +54,7 @@ class FileReplacement {
  private:
   Descriptor LockTarget(std::chrono::milliseconds patience) const;
   void Publish();
-  void Finish(Durability durability);
+  struct stat Finish(Durability durability);  // of the new file
 
   std::string target_;
   std::string folder_;
