@@ -11,7 +11,7 @@ enum ExitCode : int {
   kUnavailable = 69,   // the suite's database does not answer: nothing was begun
   kUnfinished = 70,    // a job ended without its stop line, or the command failed
   kCannotCreate = 73,  // init: the place is taken or cannot be written
-  kTryAgain = 75,      // another run holds the suite, or the lock was lost between two jobs
+  kTryAgain = 75,      // another run holds the suite, or the run lost its lock and stopped at a safe point
   kConfiguration = 78  // the suite's configuration, or a lock that cannot be made
 };
 

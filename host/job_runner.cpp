@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -77,18 +78,32 @@ bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime) {
   lastEntry_.clear();
   endedBy_.reset();
 
-  const RunLogWatch watch(home_.Logs(), job);
+  runLog_.emplace(home_.Logs(), job);
+  locale_ = runtime.locale;
   const auto start = std::chrono::steady_clock::now();
   Call(runtime);
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
 
-  const AddedLines added = watch.Added();
+  const AddedLines added = TakeLogLines();
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, "%.1f s", taken.count());
   console_.out << job.progId << (added.stopped ? ": finished in " : ": ended without its stop line after ")
                << seconds << std::endl;
-  PrintWarnings(job, added, *runtime.locale);
+  PrintWarnings();
+  if (!added.stopped)
+    console_.err << "orvane-host: " << job.progId << ": ended by: " << ReasonOfEnding() << '\n';
+  console_.err.flush();
   return added.stopped;
+}
+
+// The job's objects are left as they are: their files and sessions go with the process, as after a kill, and
+// a safe point is where that costs nothing.
+void JobRunner::StopHere(std::string_view why, int exitCode) {
+  console_.out << job_->progId << ": stopped" << std::endl;
+  TakeLogLines();
+  PrintWarnings();
+  console_.err << "orvane-host: " << job_->progId << ": " << why << std::endl;
+  std::_Exit(exitCode);
 }
 
 void JobRunner::Call(automation::Runtime& runtime) {
@@ -109,26 +124,28 @@ std::string JobRunner::ReasonOfEnding() const {
   return "the job met no error; was its run log in " + home_.Logs().string() + " moved or cut meanwhile?";
 }
 
-void JobRunner::PrintWarnings(const JobInfo& job, const AddedLines& added, const automation::Locale& locale) {
-  for (const std::string& failure : added.failures) Warn(locale.FromCodePage(failure));
+AddedLines JobRunner::TakeLogLines() {
+  AddedLines added = runLog_->Added();
+  for (const std::string& failure : added.failures) Warn(locale_->FromCodePage(failure));
   if (!added.started) Warn("its run log got no start line");
+  return added;
+}
+
+void JobRunner::PrintWarnings() {
   for (const std::string& warning : warnings_) {
-    console_.err << "warning: " << job.progId << ": " << warning << '\n';
+    console_.err << "warning: " << job_->progId << ": " << warning << '\n';
   }
   if (warningCount_ > warnings_.size()) {
-    console_.err << "warning: " << job.progId << ": " << warningCount_ - warnings_.size()
+    console_.err << "warning: " << job_->progId << ": " << warningCount_ - warnings_.size()
                  << " more; the error log is " << home_.ErrorLog().string() << '\n';
   }
   for (const std::string& entry : known_) {
-    console_.err << "note: " << job.progId << ": " << OneLine(entry) << '\n';
+    console_.err << "note: " << job_->progId << ": " << OneLine(entry) << '\n';
   }
   if (!known_.empty()) {
-    console_.err << "note: " << job.progId
+    console_.err << "note: " << job_->progId
                  << ": a sweep by age ends so at its first file, in every run; nothing is to be done\n";
   }
-  if (!added.stopped)
-    console_.err << "orvane-host: " << job.progId << ": ended by: " << ReasonOfEnding() << '\n';
-  console_.err.flush();
 }
 
 }  // namespace orvane_host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,10 @@ class JobRunner : public effects::Listener {
   // this object.
   bool Run(const JobInfo& job, automation::Runtime& runtime);
 
+  // Ends the process from within the job that is being run, which is at a safe point: tells why, prints what
+  // was to be told of the job so far, and exits.
+  [[noreturn]] void StopHere(std::string_view why, int exitCode);
+
   // Whether anything has failed in the jobs so far that a strict caller wants to know of.
   bool SawFailures() const { return sawFailures_; }
 
@@ -35,7 +40,8 @@ class JobRunner : public effects::Listener {
  private:
   void Call(automation::Runtime& runtime);
   void Warn(const std::string& text);  // of the job being run
-  void PrintWarnings(const JobInfo& job, const AddedLines& added, const automation::Locale& locale);
+  AddedLines TakeLogLines();           // and warn of the failures that they tell of
+  void PrintWarnings();
   std::string ReasonOfEnding() const;
 
   const SuiteHome& home_;
@@ -45,6 +51,8 @@ class JobRunner : public effects::Listener {
   // Of the job being run:
   static constexpr std::size_t kMostShown = 20;
   const JobInfo* job_ = nullptr;
+  std::optional<RunLogWatch> runLog_;
+  std::shared_ptr<const automation::Locale> locale_;
   std::vector<std::string> warnings_;  // the first ones
   std::size_t warningCount_ = 0;
   std::vector<std::string> known_;

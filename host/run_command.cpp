@@ -13,6 +13,7 @@
 #include "host/stop_signals.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "suite/configuration/site_file.hpp"
 
@@ -105,6 +106,13 @@ int RunJobs(const Arguments& arguments, const Console& console) {
                     << job->progId << '\n';
         break;
       }
+      const automation::SafePoints stopping([&] {
+        if (!lock->IsLost()) return;
+        runner.StopHere(
+            "the lock of the suite's database was lost, and somebody else has it or the database "
+            "does not answer; stopped at a safe point",
+            allStopped ? kTryAgain : kUnfinished);
+      });
       allStopped = runner.Run(*job, runtime) && allStopped;
     }
   } catch (const automation::Error& error) {

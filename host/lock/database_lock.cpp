@@ -66,18 +66,22 @@ bool DatabaseLock::IsHeldOrTakenAgain() {
   if (!offered_) return true;
   if (lost_) return false;
   if (session_->IsHeld()) return true;
-  lost_ = true;
+  lost_ = !TakeAgain();
+  return !lost_;
+}
+
+bool DatabaseLock::TakeAgain() {
   try {
     session_ = open_();
     // A server lets go of what an ended session held a moment after it has ended it.
-    for (int tries = 0; session_ && lost_ && tries < kTriesAgain; ++tries) {
+    for (int tries = 0; session_ && tries < kTriesAgain; ++tries) {
       if (tries > 0) std::this_thread::sleep_for(kBetweenTries);
-      lost_ = !session_->TryTake();
+      if (session_->TryTake()) return true;
     }
   } catch (const std::exception&) {
     // It does not answer any more.
   }
-  return !lost_;
+  return false;
 }
 
 }  // namespace orvane_lock

@@ -1,6 +1,7 @@
 // The lock of a suite's database, held for a whole run.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -34,10 +35,13 @@ class DatabaseLock {
 
   // Whether it is held, asked of the database now. REQUIRES: TryTake() gave true.
   bool IsHeld();
+  // Whether it was found to be lost for good, as far as is known: asks nobody, and costs nothing.
+  bool IsLost() const { return lost_; }
 
  private:
   void Watch();
   bool IsHeldOrTakenAgain();  // the mutex is held
+  bool TakeAgain();
 
   const Opening open_;
   const std::chrono::milliseconds interval_;
@@ -45,7 +49,7 @@ class DatabaseLock {
   std::condition_variable ending_;
   bool ends_ = false;
   bool offered_ = true;
-  bool lost_ = false;
+  std::atomic<bool> lost_ = false;  // written with the mutex held
   std::unique_ptr<ADODB::engine::SessionLock> session_;
   std::thread watcher_;
 };

@@ -47,6 +47,8 @@ class SuiteLock {
 
   // Whether a job may begin: the lock is still held everywhere. Tells those who ask that this job runs.
   bool BeginJob(std::string_view job);
+  // Whether it was lost meanwhile, as far as is known: what another program does is no longer kept apart.
+  bool IsLost() const { return database_.IsLost(); }
 
  private:
   explicit SuiteLock(DatabaseLock::Opening open);

@@ -4,6 +4,7 @@
 #include "jobs/archive/archive.hpp"
 #include "jobs/archive/log_texts.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -115,6 +116,7 @@ void Archive::archiveCustomers() {
     } else {
       archiveOriginator(automation::ToTextOrEmpty(originators[row]), {});
     }
+    automation::SafePoint();
   }
 }
 

@@ -6,6 +6,7 @@
 #include "common/text_helpers.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 #include "platform/automation/swallowed_error.hpp"
 
 namespace OrvaneProcess {
@@ -97,22 +98,26 @@ void CleanUp::CleanupFilesandRecords() {
     m_sDataRoot = OrvaneUtilities::ReplaceAll(OrvaneUtilities::GetInstallDirectory(), "/", "\\") + "\\" +
                   m_sDataFileRelativePath + "\\";
 
-    DeleteAnalysisFiles();
-    DeleteArchiveFiles();
-    DeleteChatSession();
-    DeletedispatchXmlFiles();
-    DeleteHTMLFiles();
-    DeletePreviews();
-    DeleteSRAttchmentsFilesWithzerostatus();
-    DeleteSRAttchmentsFilesWithotherstatus();
-    if (m_bWebFarm) DeleteSRAttachmentFolders();
-    DeleteTempAttachmentsXMLFiles();
-    DeleteTroubleShootingFiles();
+    RunSweeps();
 
     WriteJobLog(2);
   } catch (...) {
     OrvaneUtilities::CloseRecordset(m_rsRows);
     ReportError("OrvProcess.cleanup.CleanupFilesandRecords", automation::PendingError().Description());
+  }
+}
+
+void CleanUp::RunSweeps() {
+  using Sweep = void (CleanUp::*)();
+  constexpr Sweep kAttachmentFolders = &CleanUp::DeleteSRAttachmentFolders;
+  for (const Sweep sweep :
+       {&CleanUp::DeleteAnalysisFiles, &CleanUp::DeleteArchiveFiles, &CleanUp::DeleteChatSession,
+        &CleanUp::DeletedispatchXmlFiles, &CleanUp::DeleteHTMLFiles, &CleanUp::DeletePreviews,
+        &CleanUp::DeleteSRAttchmentsFilesWithzerostatus, &CleanUp::DeleteSRAttchmentsFilesWithotherstatus,
+        kAttachmentFolders, &CleanUp::DeleteTempAttachmentsXMLFiles, &CleanUp::DeleteTroubleShootingFiles}) {
+    if (sweep == kAttachmentFolders && !m_bWebFarm) continue;
+    (this->*sweep)();
+    automation::SafePoint();
   }
 }
 

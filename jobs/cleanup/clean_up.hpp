@@ -64,6 +64,7 @@ class CleanUp : public Job {
   void DeleteChatFileswithoutcomparingDatabase();
 
   void ReadParameters();
+  void RunSweeps();
 
   // The run's objects; 91 before Initialize or after Cleanupobjects.
   Scripting::FileSystemObject& FileSystem() const;

@@ -5,6 +5,7 @@
 #include "jobs/cleanup/clean_up.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 
 namespace OrvaneProcess {
 
@@ -79,6 +80,7 @@ void CleanUp::DeleteHTMLFiles() {
     for (const Scripting::FilePtr& file : m_oCurrentFolder->Files()) {
       m_oCurrentFile = file;
       FileSystem().DeleteFile(m_sCurrentFolderPath + file->Name(), false);
+      automation::SafePoint();
     }
   } catch (...) {
     ReportError("ORVProcess.cleanup.DeleteHTMLFiles", automation::PendingError().Description());

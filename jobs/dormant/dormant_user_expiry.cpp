@@ -2,6 +2,7 @@
 
 #include "common/connections.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 #include "platform/automation/swallowed_error.hpp"
 
 namespace OrvaneProcess {
@@ -79,6 +80,7 @@ void DormantUserExpiry::ExpireDormantUsers() {
     if (IsDormant(now, lastVisit.Value(), pendingQuestions.Value(), limitInDays)) {
       recordset->Delete(ADODB::Affect::Current);
     }
+    automation::SafePoint();
   }
   recordset->Close();
   recordset.reset();

@@ -10,6 +10,7 @@
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -114,6 +115,7 @@ void SolveOnNoResponseJob::VisitReminders(Pass& pass) {
     } else if (IsDue(reminderDate.Value(), pass.now)) {
       Remind(pass, questionId);
     }
+    automation::SafePoint();
   }
 }
 

@@ -1,6 +1,7 @@
 // The run: parameters, selection of the customers, the loop, the lines of the run log.
 #include <gmock/gmock.h>
 
+#include "platform/automation/safe_point.hpp"
 #include "tests/archive/archive_fixture.hpp"
 
 namespace orvane_test {
@@ -380,6 +381,23 @@ TEST_F(ArchiveRunTest, TheObjectMayBeUsedAgainAndReadsItsParametersAnew) {
   archive.Run();
 
   EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY"), IsEmpty());
+}
+
+TEST_F(ArchiveRunTest, ARunMayBeEndedAfterEachCustomer) {
+  suite.AddRequest(1, "anna");
+  suite.AddRequest(2, "bert");
+  std::vector<std::string> seen;
+  const automation::SafePoints listening([&] {
+    seen.push_back(std::to_string(suite.Rows("select Q_ID from QUESTIONHISTORY").size()) +
+                   " left: " + suite.LogMessages().back());
+  });
+
+  suite.Run();
+
+  EXPECT_THAT(seen, ElementsAre("1 left: Archive Files " + suite.ArchivePath("NoBP_anna_SR.xml") + " and " +
+                                    suite.ArchivePath("NoBP_anna_trans.xml") + " edited",
+                                "0 left: Archive Files " + suite.ArchivePath("NoBP_bert_SR.xml") + " and " +
+                                    suite.ArchivePath("NoBP_bert_trans.xml") + " edited"));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // The frame of a run: settings, data root, order of the sweeps, run log.
+#include "platform/automation/safe_point.hpp"
 #include "platform/scripting/file_system_object.hpp"
 #include "tests/cleanup/clean_up_fixture.hpp"
 #include "tests/support/private_member.hpp"
@@ -406,6 +407,17 @@ TEST_F(CleanUpTest, WhateverStepOfTheDatabaseFailsTheRunEndsAndNothingStaysOpen)
     EXPECT_EQ(failed, !environment_.log->empty()) << "after a failure of step " << failing;
   }
   EXPECT_GT(failing, 20);
+}
+
+TEST_F(CleanUpTest, ARunMayBeEndedAfterEachSweepAndEachFileOfTheHtmlFolder) {
+  AddFile("HTML/a.htm");
+  AddFile("HTML/b.htm");
+  std::vector<int> pages;
+  const automation::SafePoints listening(
+      [&] { pages.push_back((Exists("HTML/a.htm") ? 1 : 0) + (Exists("HTML/b.htm") ? 1 : 0)); });
+  Run();
+  // Four sweeps before that of the pages; then each page, their sweep and the five behind it.
+  EXPECT_THAT(pages, ElementsAre(2, 2, 2, 2, 1, 0, 0, 0, 0, 0, 0, 0));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // Which prospects go and which stay.
+#include "platform/automation/safe_point.hpp"
 #include "tests/dormant/dormant_fixture.hpp"
 
 namespace orvane_test {
@@ -176,6 +177,17 @@ TEST_F(DormantUserExpiryTest, ChangesNoOtherTable) {
   EXPECT_EQ(Expire(), 0);
   EXPECT_EQ(database_.Rows("SELECT Q_ID FROM QUESTIONS"), Names{"1"});
   EXPECT_EQ(database_.Rows("SELECT PARAM_VALUE FROM PARAMETERS"), Names{"30"});
+}
+
+TEST_F(DormantUserExpiryTest, ARunMayBeEndedAfterEachProspect) {
+  SetLimit("'30'");
+  AddProspect("one", "'1990-01-01 00:00:00'", "0");
+  AddProspect("two", "'2004-07-20 12:00:00'", "0");
+  AddProspect("three", "'1990-01-01 00:00:00'", "0");
+  std::vector<Names> seen;
+  const automation::SafePoints listening([&] { seen.push_back(Prospects()); });
+  EXPECT_EQ(Expire(), 0);
+  EXPECT_EQ(seen, (std::vector<Names>{{"two", "three"}, {"two", "three"}, {"two"}}));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/automation/safe_point.hpp"
 #include "platform/scripting/file_system_object.hpp"
 #include "tests/solve/solve_test.hpp"
 
@@ -221,6 +222,17 @@ TEST_F(WithoutALogTest, AFailedErpCallStillEndsInAConclusion) {
             std::string::npos)
       << standardError;
   EXPECT_NE(disk_->Bytes(kLogFile).find("Stopped at"), std::string::npos);
+}
+
+TEST_F(SolveRunTest, ARunMayBeEndedAfterEachReminder) {
+  AddQuestion(27);
+  AddReminder(26, "", "2004-07-20 09:00:00");
+  AddReminder(27, "2004-07-27 09:00:00", "");
+  Texts seen;
+  const automation::SafePoints listening(
+      [&] { seen.push_back(Row("SELECT count(*) FROM REMINDER") + " waiting"); });
+  job_.Run();
+  EXPECT_EQ(seen, (Texts{"1 waiting", "1 waiting"}));
 }
 
 }  // namespace
