@@ -32,15 +32,27 @@ std::string Printable(std::string_view text) {
   return result;
 }
 
+// What open() itself says of a pipe that nobody reads, and of a socket.
+constexpr int kNeitherFileNorDevice = ENXIO;
+
+// Without O_NONBLOCK, opening a pipe would wait for its reader.
+int OpenForAppending(const std::filesystem::path& file) {
+  return open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
+}
+
 // Appends the line in one piece, so that entries of jobs running side by side do not mix. Returns 0 or errno.
 int Append(const std::filesystem::path& file, std::string_view line) {
-  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
-  int descriptor = open(file.c_str(), kFlags, 0640);
+  int descriptor = OpenForAppending(file);
   if (descriptor < 0 && errno == ENOENT) {
     mkdir(file.parent_path().c_str(), 0750);
-    descriptor = open(file.c_str(), kFlags, 0640);
+    descriptor = OpenForAppending(file);
   }
   if (descriptor < 0) return errno;
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
+    close(descriptor);
+    return kNeitherFileNorDevice;
+  }
 
   int failure = 0;
   while (!line.empty() && failure == 0) {
@@ -55,6 +67,11 @@ int Append(const std::filesystem::path& file, std::string_view line) {
   return failure;
 }
 
+std::string Reason(int failure) {
+  return failure == kNeitherFileNorDevice ? "it is neither a file nor a character device"
+                                          : std::generic_category().message(failure);
+}
+
 class FileLog : public Log {
  public:
   explicit FileLog(std::filesystem::path file) : file_(std::move(file)) {}
@@ -65,7 +82,7 @@ class FileLog : public Log {
     const int failure = Append(file_, line);
     if (failure != 0) {
       std::fprintf(stderr, "%s: cannot be written: %s; the entry was:\n%s", file_.c_str(),
-                   std::generic_category().message(failure).c_str(), line.c_str());
+                   Reason(failure).c_str(), line.c_str());
     }
     result = failure == 0;
   }

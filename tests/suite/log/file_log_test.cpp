@@ -1,6 +1,8 @@
 #include "suite/log/file_log.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <string>
 #include <thread>
@@ -9,6 +11,7 @@
 
 #include "components/interfaces/log.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/descriptor.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -71,6 +74,28 @@ TEST_F(FileLogTest, AnEntryThatCannotBeWrittenGoesToStandardErrorAndRaisesNothin
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             file_.string() + ": cannot be written: Not a directory; the entry was:\n" +
                 "2004-07-06 09:05:03 | 0 | ADODB.Connection | the message\n");
+}
+
+// A job must not wait for somebody to read, nor lose entries to whoever reads.
+TEST_F(FileLogTest, APipeInItsPlaceIsRefusedWhetherAnybodyReadsItOrNot) {
+  std::filesystem::create_directory(file_.parent_path());
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  const std::string refusal = file_.string() +
+                              ": cannot be written: it is neither a file nor a character device; the entry "
+                              "was:\n2004-07-06 09:05:03 | 0 | source | the message\n";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Write("source", "the message"), automation::Variant(false));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), refusal);
+  const base::Descriptor reader(open(file_.c_str(), O_RDONLY | O_NONBLOCK));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Write("source", "the message"), automation::Variant(false));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), refusal);
+}
+
+TEST_F(FileLogTest, ADeviceInItsPlaceTakesTheEntries) {
+  std::filesystem::create_directory(file_.parent_path());
+  std::filesystem::create_symlink("/dev/null", file_);
+  EXPECT_EQ(Write("source", "the message"), automation::Variant(true));
 }
 
 TEST_F(FileLogTest, EntriesWrittenSideBySideDoNotMix) {
