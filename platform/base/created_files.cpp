@@ -1,5 +1,7 @@
 #include "platform/base/created_files.hpp"
 
+#include <cstddef>
+
 namespace base {
 namespace {
 
@@ -8,13 +10,8 @@ constexpr std::size_t kMostRecords = 1000;
 
 }  // namespace
 
-void ContentDigest::Append(std::string_view bytes) {
-  constexpr std::uint64_t kPrime = 1'099'511'628'211U;
-  for (const char byte : bytes) hash_ = (hash_ ^ static_cast<unsigned char>(byte)) * kPrime;
-  size_ += bytes.size();
-}
-
-void CreatedFiles::Add(const std::string& path, const struct stat& status, const ContentDigest& content) {
+void CreatedFiles::Add(const std::string& path, const struct stat& status,
+                       const ContentDigest::Value& content) {
   const std::lock_guard lock(mutex_);
   records_.insert_or_assign(path, Record{FileStamp(status), content});
   order_.push_back(path);
@@ -29,7 +26,7 @@ void CreatedFiles::Forget(const std::string& path) {
   records_.erase(path);
 }
 
-bool CreatedFiles::Made(const std::string& path, const ContentDigest& content) const {
+bool CreatedFiles::Made(const std::string& path, const ContentDigest::Value& content) const {
   const std::lock_guard lock(mutex_);
   const auto record = records_.find(path);
   return record != records_.end() && record->second.content == content;

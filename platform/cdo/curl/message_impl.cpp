@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/content_digest.hpp"
 #include "platform/cdo/curl/failure.hpp"
 #include "platform/scripting/local/native_name.hpp"
 
@@ -87,7 +88,9 @@ void MessageImpl::AddAttachment(std::string_view path) {
   if (!found) Refuse(ErrorNumber::FileNotFound, path);
   std::string bytes;
   if (!ReadWhole(found->path, bytes)) Refuse(ErrorNumber::PermissionDenied, path);
-  if (ownFiles_ && !ownFiles_->Made(found->path, base::ContentDigest(bytes))) {
+  base::ContentDigest content;
+  content.Add(bytes);
+  if (ownFiles_ && !ownFiles_->Made(found->path, content.Get())) {
     Refuse(ErrorNumber::PermissionDenied, std::string(path) + " was not made by this run");
   }
   const std::string name = found->path.substr(found->path.rfind('/') + 1);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/automation/runtime.hpp"
+#include "platform/base/content_digest.hpp"
 #include "platform/base/file_replacement.hpp"
 #include "platform/scripting/local/system_error.hpp"
 
@@ -49,7 +50,7 @@ class NewFileStream : public TextStream {
     const std::unique_ptr<FileReplacement> file = std::move(file_);
     try {
       const struct stat status = file->Commit(FileReplacement::Durability::Content);
-      if (created_) created_->Add(native_, status, content_);
+      if (created_) created_->Add(native_, status, content_.Get());
     } catch (const std::system_error& error) {
       RaiseSystemError(error.code().value(), ErrorNumber::PathNotFound);
     }
@@ -62,7 +63,7 @@ class NewFileStream : public TextStream {
 
   void Flush() {
     const std::string bytes = std::exchange(buffer_, {});
-    content_.Append(bytes);
+    content_.Add(bytes);
     try {
       file_->Write(bytes);
     } catch (const std::system_error& error) {
