@@ -28,8 +28,8 @@ One call of run at a time works on a suite; the others wait, and say for whom. W
 server, that holds for all machines that use it.
 
 Exit codes of run, the first that applies: 78 configuration, or the lock cannot be made; 69 the database does not
-answer, and nothing was begun; 70 a job ended without its stop line; 75 another run holds the suite, or the lock was
-lost between two jobs; 1 with --strict, when something failed on the way (an entry in the error log, a failure line in
+answer, and nothing was begun; 70 a job ended without its stop line; 75 another run holds the suite, or the run
+stopped at a safe point because its lock was lost; 1 with --strict, when something failed on the way (an entry in the error log, a failure line in
 a run log, a mail that was not taken, no start line); 0 every job wrote its stop line. 64 usage or unknown job.
 )";
 

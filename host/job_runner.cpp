@@ -35,13 +35,18 @@ std::string Shown(const automation::Error& error) {
 
 void JobRunner::MailRefused(std::string_view to, std::string_view subject,
                             const automation::Error& reason) noexcept try {
-  Warn("a mail was not taken: to \"" + std::string(to) + "\", subject \"" + std::string(subject) +
-       "\": " + Shown(reason));
+  sawFailures_ = true;
+  // Each one, and at once: nothing else says who did not get what, and a run may be killed.
+  console_.err << "warning: " << job_->progId << ": "
+               << OneLine("a mail was not taken: to \"" + std::string(to) + "\", subject \"" +
+                          std::string(subject) + "\": " + Shown(reason))
+               << std::endl;
 } catch (...) {
   sawFailures_ = true;
 }
 
-void JobRunner::FolderNotDeleted(std::string_view path, const automation::Error&) noexcept try {
+void JobRunner::FolderNotDeleted(std::string_view path, const automation::Error& reason) noexcept try {
+  if (reason.Number() != static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound)) return;
   folderNotDeleted_ = path;
   std::replace(folderNotDeleted_.begin(), folderNotDeleted_.end(), '\\', '/');  // as people here write it
 } catch (...) {
@@ -49,16 +54,17 @@ void JobRunner::FolderNotDeleted(std::string_view path, const automation::Error&
 
 void JobRunner::ErrorLogged(std::string_view, std::string_view message) noexcept try {
   lastEntry_ = message;
+  const std::string folder = std::exchange(folderNotDeleted_, {});  // of this entry, if of any
   if (job_->isKnownEntry != nullptr && job_->isKnownEntry(message)) {
     known_.emplace_back(message);
     return;
   }
   Warn(lastEntry_);
-  if (job_->needsHands != nullptr && job_->needsHands(message)) {
-    Warn("the folder " + folderNotDeleted_ +
+  if (!folder.empty() && job_->needsHands != nullptr && job_->needsHands(message)) {
+    Warn("the folder " + folder +
          " is not there, and every run stops at it: make it again, empty, and the next run removes it "
          "together "
-         "with its row in DATAFILES");
+         "with its row in DATAFILES; on a web farm, where the rows stay, delete that row by hand");
   }
 } catch (...) {
   sawFailures_ = true;

@@ -46,12 +46,11 @@ orvane_lock::DatabaseLock::Opening OpeningOf(const SuiteHome& home, const Vantre
 
 // Waits for its turn; null, with the exit code set, when it does not come.
 std::unique_ptr<orvane_lock::SuiteLock> TakeLock(const Arguments& arguments, const SuiteHome& home,
-                                                 const Vantrel::SiteFile& site, std::string_view firstJob,
-                                                 const Console& console, int& exitCode) {
+                                                 const Vantrel::SiteFile& site, const Console& console,
+                                                 int& exitCode) {
   const EndsWhenAsked endsWhenAsked;
   try {
     return orvane_lock::SuiteLock::Take({.file = home.Lock(),
-                                         .job = std::string(firstJob),
                                          .open = OpeningOf(home, site),
                                          .longest = arguments.wait,
                                          .waiting = [&console](const std::string& holder) {
@@ -94,7 +93,7 @@ int RunJobs(const Arguments& arguments, const Console& console) {
   try {
     const Vantrel::SiteFile first = ReadConfiguration(home);
     int exitCode = kOk;
-    const auto lock = TakeLock(arguments, home, first, jobs.front()->progId, console, exitCode);
+    const auto lock = TakeLock(arguments, home, first, console, exitCode);
     if (!lock) return exitCode;
     for (const JobInfo* job : jobs) {
       // A runtime of its own for each job, as each would have in a service of its own.

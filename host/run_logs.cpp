@@ -41,7 +41,9 @@ std::map<Day, fs::path> LogFiles(const fs::path& folder, const JobInfo& job) {
   std::error_code failed;
   for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end; entry.increment(failed)) {
     const std::optional<Day> day = DayOf(job, entry->path().filename().string());
-    if (day) files.emplace(*day, entry->path());
+    std::error_code unknown;
+    // A pipe would be waited for.
+    if (day && entry->is_regular_file(unknown)) files.emplace(*day, entry->path());
   }
   return files;
 }

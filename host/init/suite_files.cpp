@@ -113,7 +113,7 @@ void WriteFile(const fs::path& file, std::string_view content, unsigned mode) {
 
 void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::string_view catalogue) {
   for (const char* folder : kFolders) fs::create_directories(home.Path() / folder);
-  // Passwords: of the databases in the one, of the technical account in the other.
+  // It holds the passwords of the databases and of the technical account.
   WriteFile(home.Path() / "config" / "siteConfiguration.xml", SiteConfigurationText(database, catalogue),
             0600);
   WriteFile(home.Directory(), kDirectory);

@@ -72,7 +72,8 @@ Holder HolderIn(std::string_view line) {
 
 std::string Description(const Holder& holder) {
   if (holder.process == 0) return "another process";
-  return "process " + std::to_string(holder.process) + " on " + holder.host + " (" + holder.job + ", since " +
+  const std::string job = holder.job.empty() ? "waiting for the suite's database" : holder.job;
+  return "process " + std::to_string(holder.process) + " on " + holder.host + " (" + job + ", since " +
          holder.since + " UTC)";
 }
 

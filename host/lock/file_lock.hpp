@@ -14,7 +14,7 @@ namespace orvane_lock {
 struct Holder {
   std::int64_t process = 0;
   std::string host;
-  std::string job;    // what it is doing, or about to do
+  std::string job;    // what it is doing; empty while it waits for the other half of a lock
   std::string since;  // "YYYY-MM-DD HH:MM:SS" in UTC
 
   bool operator==(const Holder&) const = default;

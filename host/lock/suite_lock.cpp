@@ -54,7 +54,7 @@ std::unique_ptr<SuiteLock> SuiteLock::Take(const Wish& wish) {
   std::unique_ptr<SuiteLock> lock(new SuiteLock(wish.open));
   waiting.Until(
       [&] {
-        lock->file_ = FileLock::TryTake(wish.file, ThisProcess(wish.job));
+        lock->file_ = FileLock::TryTake(wish.file, ThisProcess({}));
         return lock->file_ != nullptr;
       },
       [&] { return Description(FileLock::HolderOf(wish.file).value_or(Holder())); });

@@ -33,7 +33,6 @@ class SuiteLock {
  public:
   struct Wish {
     std::filesystem::path file;
-    std::string job;  // the one that comes first
     DatabaseLock::Opening open;
     std::optional<std::chrono::seconds> longest = std::nullopt;  // to wait; nothing: without limit
     // Called when there is something to wait for, and again when somebody else holds it.
@@ -45,7 +44,7 @@ class SuiteLock {
   // host that is asked to stop meanwhile has begun nothing, and just ends.
   static std::unique_ptr<SuiteLock> Take(const Wish& wish);
 
-  // Whether a job may begin: the lock is still held everywhere. Tells those who ask that this job runs.
+  // Whether a job may begin: the database's lock is still held. Tells those who ask that this job runs.
   bool BeginJob(std::string_view job);
   // Whether it was lost meanwhile, as far as is known: what another program does is no longer kept apart.
   bool IsLost() const { return database_.IsLost(); }

@@ -22,7 +22,9 @@ bool EndsAs(std::string_view entry, automation::ErrorNumber number) {
 
 // No other step of the job raises 424.
 bool IsAgeSweepsOwn(std::string_view entry) {
-  return entry.starts_with("ORVProcess.cleanup.") && EndsAs(entry, automation::ErrorNumber::ObjectRequired);
+  const bool ofASweep =
+      entry.starts_with("ORVProcess.cleanup.") || entry.starts_with("Orvprocess.cleanup.DeleteChatSession ");
+  return ofASweep && EndsAs(entry, automation::ErrorNumber::ObjectRequired);
 }
 
 bool IsStuckAttachment(std::string_view entry) {

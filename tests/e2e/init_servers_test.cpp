@@ -48,8 +48,9 @@ TEST_P(InitServersTest, MakesASuiteThatEveryJobRunsOn) {
       {"run", "--strict", "--home", home_.string(), "DormantUserExpiry", "SolveOnNoResponse", "Archive"});
   // One customer of the demo has left no address.
   EXPECT_EQ(outcome.exitCode, 1) << outcome.out << outcome.err;
-  EXPECT_TRUE(outcome.err.starts_with("warning: OrvaneProcess.SolveOnNoResponse: a mail was not taken: to \"\", "
-                                      "subject \"Reminder: we are waiting for your reply (1006)"))
+  EXPECT_TRUE(
+      outcome.err.starts_with("warning: OrvaneProcess.SolveOnNoResponse: a mail was not taken: to \"\", "
+                              "subject \"Reminder: we are waiting for your reply (1006)"))
       << outcome.err;
   EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
   EXPECT_EQ(Count("PROSPECT"), 7'014);

@@ -78,6 +78,9 @@ TEST(JobTableTest, TellsTheEntriesOfTheSweepsByAgeFromOthers) {
   EXPECT_FALSE(
       cleanUp.isKnownEntry("ORVProcess.cleanup.DeleteAnalysisFiles caught: Permission denied (70). "
                            "Additional information: Permission denied"));
+  EXPECT_TRUE(cleanUp.isKnownEntry(
+      "Orvprocess.cleanup.DeleteChatSession caught: Object required (424). Additional information: Object "
+      "required"));
   EXPECT_FALSE(cleanUp.isKnownEntry("another " + known));
   EXPECT_EQ(FindJob("Archive")->isKnownEntry, nullptr);
 

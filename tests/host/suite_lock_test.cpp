@@ -83,13 +83,15 @@ TEST_F(FileLockTest, RefusesWhatIsNoFile) {
 class SuiteLockTest : public FileLockTest {
  protected:
   SuiteLock::Wish Wish(std::chrono::seconds longest) const {
-    return {.file = file_, .job = "Archive", .open = [] { return nullptr; }, .longest = longest};
+    return {.file = file_, .open = [] { return nullptr; }, .longest = longest};
   }
 };
 
 TEST_F(SuiteLockTest, ADatabaseWithoutALockNeedsNone) {
   const auto lock = SuiteLock::Take(Wish(std::chrono::seconds(0)));
+  EXPECT_EQ(FileLock::HolderOf(file_)->job, "") << "no job has begun";
   EXPECT_TRUE(lock->BeginJob("CleanUp"));
+  EXPECT_FALSE(lock->IsLost());
   EXPECT_EQ(FileLock::HolderOf(file_)->job, "CleanUp");
 }
 

@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <condition_variable>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,6 +14,7 @@
 #include "host/lock/database_lock.hpp"
 #include "platform/adodb/providers/odbc/provider.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/servers/tcp_proxy.hpp"
 
 namespace {
 
@@ -142,6 +145,31 @@ TEST_P(SessionLockTest, TheWatcherNoticesWithoutBeingAsked) {
   EndSessions();
   std::unique_lock waiting(mutex);
   EXPECT_TRUE(again.wait_for(waiting, std::chrono::minutes(1), [&] { return opened == 2; }));
+}
+
+// What a cut cable looks like: nothing comes back, and nothing says so.
+TEST_P(SessionLockTest, ALockWhoseDatabaseOwesAnAnswerForTooLongIsLost) {
+  std::atomic<bool> cut = false;
+  std::promise<void> ended;
+  const std::shared_future<void> end = ended.get_future().share();
+  auto text = ADODB::engine::ConnectionString::Parse(database_.ConnectionString());
+  orvane_test::TcpProxy proxy(std::stoi(text.Value("Port").value()), [&cut, end](std::string_view) {
+    if (cut) end.wait();
+    return orvane_test::TcpProxy::Fate::PassedOn;
+  });
+  text.Set("Server", "127.0.0.1");
+  text.Set("Port", std::to_string(proxy.Port()));
+  {
+    DatabaseLock lock([this, through = text.ToString()] { return Open(through); },
+                      std::chrono::milliseconds(20), std::chrono::milliseconds(300));
+    ASSERT_TRUE(lock.TryTake());
+    EXPECT_TRUE(lock.IsHeld());
+    EXPECT_FALSE(lock.IsLost());
+    cut = true;
+    EXPECT_FALSE(lock.IsHeld());
+    EXPECT_TRUE(lock.IsLost());
+  }
+  ended.set_value();
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, SessionLockTest, testing::Values("postgresql", "mariadb"),
