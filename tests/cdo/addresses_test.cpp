@@ -54,6 +54,14 @@ TEST(AddressesTest, CommasAndSemicolonsSeparateAddresses) {
   EXPECT_THAT(Read(" ,; a@example.org,, ;"), ElementsAre("|a@example.org"));
 }
 
+TEST(AddressesTest, ASeparatorInANameBelongsToTheName) {
+  EXPECT_THAT(Read("Doe, John <john@x.example>"), ElementsAre("Doe, John|john@x.example"));
+  EXPECT_THAT(Read("Smith; Jones <j@x.example>"), ElementsAre("Smith; Jones|j@x.example"));
+  EXPECT_THAT(Read("\"Doe\", John, Jr. <john@x.example>"), ElementsAre("Doe, John, Jr.|john@x.example"));
+  EXPECT_THAT(Read("a@x.example, Doe, John <john@x.example>; b@x.example"),
+              ElementsAre("|a@x.example", "Doe, John|john@x.example", "|b@x.example"));
+}
+
 TEST(AddressesTest, GroupsAreTheirMembers) {
   EXPECT_THAT(Read("The Team: a@example.org, B <b@example.org>; c@example.org"),
               ElementsAre("|a@example.org", "B|b@example.org", "|c@example.org"));
@@ -81,6 +89,8 @@ TEST(AddressesTest, ALocalPartBeyondAsciiStays) {
   EXPECT_THAT(Read("J\xC3\xB6rg <j\xC3\xB6rg@example.org>"),
               ElementsAre("J\xC3\xB6rg|j\xC3\xB6rg@example.org"));
 }
+
+constexpr const char* kNoAt = "a part of it has no \"@\"";
 
 struct Refused {
   std::string text;
@@ -120,7 +130,11 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"a@b.c (x", "a comment is not closed"}, Refused{"a@b.c (x\\)", "a comment is not closed"},
         Refused{"\"a\"b@c", "a quoted text stands beside another"},
         Refused{"<@r.x:a@b.c>", "nothing stands before the \"@\""}, Refused{"a@b\\c", "\"\\\" stands in it"},
-        Refused{"a@[1.2\\]", "\"[\" stands in it"}, Refused{"\xFF@b.c", "it is not UTF-8"},
+        Refused{"a@[1.2\\]", "\"[\" stands in it"}, Refused{"john@x, none", kNoAt},
+        Refused{"none, john@x", kNoAt}, Refused{"Doe, John", kNoAt}, Refused{"root,", kNoAt},
+        Refused{"john@x, <none>", kNoAt}, Refused{"Info: Support", kNoAt},
+        Refused{"Doe, Info: john@x", kNoAt}, Refused{"Team: none;", kNoAt}, Refused{"\"Bob\"", kNoAt},
+        Refused{"<\"Bob\">", kNoAt}, Refused{"\xFF@b.c", "it is not UTF-8"},
         Refused{"a@\xFF.c", "its domain has no ASCII form"},
         Refused{"a@\xC2\xAD.c", "its domain has no ASCII form"},
         Refused{"a@" + std::string(400, 'b'), "it is too long"}));

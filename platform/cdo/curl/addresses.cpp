@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::size_t kLongestAddress = 320;  // 64 before the "@" and 255 behind it
 constexpr std::size_t kMostShown = 200;
+constexpr const char* kNoAt = "a part of it has no \"@\"";
 
 bool IsControl(char c) {
   return (c >= 0 && c < ' ') || c == '\x7F';
@@ -70,6 +71,11 @@ class Parser {
     while (at_ < text_.size()) {
       if (std::optional<Mailbox> mailbox = Next()) mailboxes.push_back(std::move(*mailbox));
     }
+    // Among others, a text without "@" is more likely part of a name than a mailbox of the mail server's own.
+    const bool alone = mailboxes.size() == 1 && !hasGroup_;
+    for (const Mailbox& mailbox : mailboxes) {
+      if (!alone && mailbox.address.find('@') == std::string::npos) Refuse(kNoAt);
+    }
     return mailboxes;
   }
 
@@ -84,15 +90,23 @@ class Parser {
         usual + ": the " + std::string(what_) + " \"" + shown + "\" is no mail address: " + why);
   }
 
-  // Reads up to the next separator, which is passed over as well; nothing for an empty place.
+  // Reads up to the next separator, which is passed over as well; nothing for an empty place. A separator
+  // behind a text without "@" belongs to the name before the next angle brackets: Doe, John <john@x.example>.
   std::optional<Mailbox> Next() {
     std::string plain;   // as it stands, less comments
     std::string phrase;  // the same less quotation marks
     std::optional<std::string> inAngles;
+    bool nameIsSplit = false;
     while (at_ < text_.size()) {
       const char c = text_[at_];
-      if (c == ',' || c == ';') break;
-      if (c == '(') {
+      const bool canBeName = !inAngles && plain.find('@') == std::string::npos;
+      if (c == ',' || c == ';') {
+        if (!canBeName || Trimmed(plain).empty()) break;
+        nameIsSplit = true;
+        plain += c;
+        phrase += c;
+        ++at_;
+      } else if (c == '(') {
         SkipComment();
         plain += ' ';
         phrase += ' ';
@@ -106,7 +120,9 @@ class Parser {
         plain.clear();
       } else if (c == '>') {
         Refuse("a \">\" stands without a \"<\"");
-      } else if (c == ':' && !inAngles && plain.find('@') == std::string::npos) {
+      } else if (c == ':' && canBeName) {
+        if (nameIsSplit) Refuse(kNoAt);
+        hasGroup_ = true;
         plain.clear();  // the name of a group, whose members follow
         phrase.clear();
         ++at_;
@@ -122,6 +138,7 @@ class Parser {
       return Mailbox{std::string(Trimmed(phrase)), Checked(Trimmed(*inAngles))};
     }
     if (Trimmed(plain).empty()) return std::nullopt;
+    if (nameIsSplit) Refuse(kNoAt);
     return Mailbox{{}, Checked(Trimmed(plain))};
   }
 
@@ -174,7 +191,10 @@ class Parser {
     if (local.empty()) Refuse("nothing stands before the \"@\"");
     if (!quoted) RequirePlain(local);
     if (!IsUtf8(local)) Refuse("it is not UTF-8");
-    if (localEnd == address.size()) return std::string(address);  // a mailbox of the mail server's own
+    if (localEnd == address.size()) {
+      if (quoted) Refuse(kNoAt);
+      return std::string(address);  // a mailbox of the mail server's own
+    }
     if (address[localEnd] != '@') Refuse("a quoted text stands beside another");
     const std::string checked = std::string(local) + "@" + CheckedDomain(address.substr(localEnd + 1));
     if (checked.size() > kLongestAddress) Refuse("it is too long");
@@ -210,6 +230,7 @@ class Parser {
   std::string text_;
   std::string_view what_;
   std::size_t at_ = 0;
+  bool hasGroup_ = false;
 };
 
 }  // namespace
