@@ -11,6 +11,7 @@
 #include "platform/automation/runtime.hpp"
 #include "platform/base/file_stamp.hpp"
 #include "suite/configuration/site_file.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -21,6 +22,8 @@ std::string SiteXml(std::string_view database, std::string_view language) {
          "</connection></product>\n<section name=\"COMMONPARAMETERS\"><key name=\"DEFAULTLANGUAGE\">" +
          std::string(language) + "</key></section>\n</siteConfiguration>\n";
 }
+
+using orvane_test::ErrorOf;
 
 class ConfigurationTest : public testing::Test {
  protected:
@@ -33,8 +36,23 @@ class ConfigurationTest : public testing::Test {
     return automation::CreateObject<Vantrel::Configuration>("Vantrel.Configuration");
   }
 
+  // The description of the component's error with this number, which the action must raise.
+  template <class Action>
+  static std::string Failure(int number, Action action) {
+    const automation::Error error = ErrorOf(action);
+    EXPECT_EQ(error.Number(), number);
+    EXPECT_EQ(error.Source(), "Vantrel.Configuration");
+    return error.Description();
+  }
+
+  // Of a file that ends behind the start of its root element.
+  std::string WhyBroken() const {
+    return file_ + ":1: Premature end of data in tag siteConfiguration line 1; expected well-formed XML";
+  }
+
   orvane_test::TemporaryFolder folder_;
   const std::filesystem::path home_ = folder_.Path() / "home";
+  const std::string file_ = (home_ / "config/siteConfiguration.xml").string();
   automation::Runtime runtime_;
   automation::RuntimeScope scope_;
 };
@@ -55,7 +73,8 @@ TEST_F(ConfigurationTest, AnswersTheConnectionOfTheSelectedProduct) {
   configuration->SelectProduct("Orvane", 0);
   EXPECT_EQ(configuration->GetConnectionString("Orvane"), "first");
   configuration->SelectProduct("VnServer", 0);
-  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
+  EXPECT_EQ(Failure(Vantrel::kMissingValue, [&] { configuration->GetConnectionString("Orvane"); }),
+            file_ + ": product \"VnServer\" has no connection \"Orvane\"");
 }
 
 TEST_F(ConfigurationTest, ChangesOfTheFileCountAtOnce) {
@@ -107,7 +126,9 @@ TEST_F(SettledConfigurationTest, AFileThatIsMovedIntoItsPlaceCountsAtOnce) {
 
 TEST_F(SettledConfigurationTest, AFileThatIsMovedAwayIsMissedAtOnce) {
   std::filesystem::rename(File(), home_ / "config/old");
-  EXPECT_THROW(Connection(), automation::Error);
+  EXPECT_EQ(
+      Failure(Vantrel::kUnreadableFile, [&] { Connection(); }),
+      file_ + ": cannot be read: No such file or directory; expected the site configuration of a suite");
 }
 
 TEST_F(SettledConfigurationTest, ALinkThatIsTurnedToAnotherFileCountsAtOnce) {
@@ -139,20 +160,17 @@ TEST_F(ConfigurationTest, AFileThatBreaksWhileRunningIsReportedAndNotRemembered)
   configuration->SelectProduct("Orvane", 0);
   ASSERT_EQ(configuration->GetConnectionString("Orvane"), "first");
   folder_.Write("home/config/siteConfiguration.xml", "<siteConfiguration>");
-  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
-  EXPECT_THROW(configuration->GetConnectionString("Orvane"), automation::Error);
+  const auto read = [&] { configuration->GetConnectionString("Orvane"); };
+  EXPECT_EQ(Failure(Vantrel::kUnreadableFile, read), WhyBroken());
+  EXPECT_EQ(Failure(Vantrel::kUnreadableFile, read), WhyBroken()) << "and again";
   folder_.Write("home/config/siteConfiguration.xml", SiteXml("mended", "1033"));
   EXPECT_EQ(configuration->GetConnectionString("Orvane"), "mended");
 }
 
 TEST_F(ConfigurationTest, ValuesAreReadAfterLoading) {
   const auto configuration = Create();
-  try {
-    configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE");
-    FAIL() << "a value was read before loading";
-  } catch (const automation::Error& error) {
-    EXPECT_EQ(error.Number(), Vantrel::kNotLoaded);
-  }
+  EXPECT_EQ(ErrorOf([&] { configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"); }).Number(),
+            Vantrel::kNotLoaded);
   configuration->Load();
   EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1033"));
 }
@@ -177,8 +195,8 @@ TEST_F(ConfigurationTest, LoadReportsABrokenFileUntilItIsMended) {
   const auto configuration = Create();
   configuration->Load();
   folder_.Write("home/config/siteConfiguration.xml", "<siteConfiguration>");
-  EXPECT_THROW(configuration->Load(), automation::Error);
-  EXPECT_THROW(Create()->Load(), automation::Error);
+  EXPECT_EQ(Failure(Vantrel::kUnreadableFile, [&] { configuration->Load(); }), WhyBroken());
+  EXPECT_EQ(Failure(Vantrel::kUnreadableFile, [&] { Create()->Load(); }), WhyBroken());
   folder_.Write("home/config/siteConfiguration.xml", SiteXml("first", "1043"));
   configuration->Load();
   EXPECT_EQ(configuration->GetValue("COMMONPARAMETERS", "DEFAULTLANGUAGE"), automation::Variant("1043"));

@@ -186,8 +186,10 @@ TEST_F(UserTest, AnEditOfTheDirectoryCountsFromTheNextLookUp) {
 TEST_F(UserTest, ADirectoryThatBreaksIsReportedUntilItIsMended) {
   EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
   folder_.Write("home/config/directory.ldif", "uid: jdoe\n");
-  EXPECT_THROW(Bind("jdoe"), automation::Error);
-  EXPECT_THROW(Bind("jdoe"), automation::Error);
+  const std::string report =
+      (folder_.Path() / "home/config/directory.ldif").string() + ":1: expected an entry's \"dn:\"";
+  EXPECT_EQ(Failure(VnMembership::kDirectoryUnavailable, [&] { Bind("jdoe"); }), report);
+  EXPECT_EQ(Failure(VnMembership::kDirectoryUnavailable, [&] { Bind("jdoe"); }), report) << "and again";
   folder_.Write("home/config/directory.ldif", kPeople);
   EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
 }

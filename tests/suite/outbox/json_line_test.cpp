@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace suite {
@@ -57,8 +58,8 @@ TEST_F(JsonLineTest, BytesThatAreNoUtf8AreReplaced) {
 
 TEST_F(JsonLineTest, OtherValuesAreRefused) {
   JsonLine line;
-  EXPECT_THROW(line.Add("a", automation::VariantArray{1}), automation::Error);
-  EXPECT_THROW(line.Add("a", automation::ObjectPtr()), automation::Error);
+  EXPECT_EQ(orvane_test::ErrorOf([&] { line.Add("a", automation::VariantArray{1}); }).Number(), 13);
+  EXPECT_EQ(orvane_test::ErrorOf([&] { line.Add("a", automation::ObjectPtr()); }).Number(), 13);
 }
 
 }  // namespace
