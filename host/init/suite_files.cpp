@@ -117,6 +117,7 @@ void MakeSuiteFiles(const SuiteHome& home, std::string_view database, std::strin
   WriteFile(home.Path() / "config" / "siteConfiguration.xml", SiteConfigurationText(database, catalogue),
             0600);
   WriteFile(home.Directory(), kDirectory);
+  chmod((home.Path() / "config").c_str(), 0750);
   for (const char* sheet : {"reminder.xsl", "conclusion.xsl", "mail_page.xsl"}) {
     WriteFile(home.Path() / "Orvane" / "Mail" / "Sheets" / sheet,
               EmbeddedFile("demo/sheets/" + std::string(sheet)));

@@ -129,6 +129,7 @@ TEST_F(RecorderTest, HearsOfEveryEntryInTheErrorLogAndPassesItOn) {
 
 TEST_F(RecorderTest, HearsOfAFolderThatCannotBeRemovedAndPassesTheRestOn) {
   const auto disk = std::make_shared<Scripting::memory::MemoryDisk>();
+  disk->AddDrive('C');
   disk->AddFolder("C:\\a");
   Scripting::memory::RegisterClasses(real_, disk);
   effects::RecordFolders(runtime_.classes, real_, heard_);
