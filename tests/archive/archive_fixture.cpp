@@ -1,6 +1,9 @@
 #include "tests/archive/archive_fixture.hpp"
 
+#include <chrono>
+#include <random>
 #include <sstream>
+#include <thread>
 
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/sql_conversion.hpp"
@@ -97,6 +100,12 @@ std::shared_ptr<ClassTable> RealFiles() {
   return classes;
 }
 
+std::shared_ptr<ClassTable> RealDocuments() {
+  auto classes = std::make_shared<ClassTable>();
+  MSXML2::RegisterClasses(*classes);
+  return classes;
+}
+
 // Connections of the test's own go to the real classes, past the journal.
 std::shared_ptr<ClassTable> RealDatabases() {
   auto classes = std::make_shared<ClassTable>();
@@ -121,9 +130,7 @@ ArchiveSuite::ArchiveSuite()
         automation::As<Scripting::FileSystemObject>(scripting->Create("Scripting.FileSystemObject")), faults);
   });
 
-  auto xml = std::make_shared<ClassTable>();
-  MSXML2::RegisterClasses(*xml);
-  classes.Register("MSXML2.DOMDocument", [xml, faults = faults] {
+  classes.Register("MSXML2.DOMDocument", [xml = RealDocuments(), faults = faults] {
     return MakeFaulty(automation::As<MSXML2::DOMDocument>(xml->Create("MSXML2.DOMDocument")), faults);
   });
 
@@ -203,14 +210,21 @@ void ArchiveSuite::Run() {
   OrvaneProcess::Archive().Run();
 }
 
-void ArchiveSuite::RunAsAnotherHost() const {
+void ArchiveSuite::RunAsAnotherHost(unsigned seed) const {
   TestRuntime other;
   *other.configuration = *test.configuration;
   ClassTable& classes = other.runtime.classes;
   ADODB::RegisterClasses(classes, TestProviders());
   classes.Register("Scripting.FileSystemObject",
                    [scripting = RealFiles()] { return scripting->Create("Scripting.FileSystemObject"); });
-  MSXML2::RegisterClasses(classes);
+  // Runs as short as these would hardly ever meet between a file's loading and its saving.
+  auto pauses = std::make_shared<FileFaults>();
+  pauses->onSave = pauses->onLoad = [random = std::minstd_rand(seed)](const std::string&) mutable {
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
+  };
+  classes.Register("MSXML2.DOMDocument", [xml = RealDocuments(), pauses] {
+    return MakeFaulty(automation::As<MSXML2::DOMDocument>(xml->Create("MSXML2.DOMDocument")), pauses);
+  });
   RegisterSurroundings(classes, std::make_shared<FileHandlingState>(), archives);
   OrvaneProcess::Archive().Run();
 }

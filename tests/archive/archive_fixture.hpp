@@ -68,8 +68,8 @@ struct ArchiveSuite {
   void Run();  // a fresh object's Run, as the service host does it
 
   // The same in the calling thread with a runtime of its own, on the same databases and files, as a host
-  // without any lock would do it. Nothing of it is faulty or watched.
-  void RunAsAnotherHost() const;
+  // without any lock would do it. It pauses by the seed's chance before it loads or saves a document.
+  void RunAsAnotherHost(unsigned seed) const;
 
   // Lines of the day's run log without rulers and timestamps; the raw bytes.
   std::vector<std::string> LogMessages() const;

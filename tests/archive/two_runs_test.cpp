@@ -22,7 +22,7 @@ const char* const kPeople[kCustomers] = {"ann", "jdoe", "zoe"};
 // One suite with archives of an earlier run, and what was lost after two runs and a third to finish.
 class Trial {
  public:
-  explicit Trial(int number) : history_(number % 2 == 0) {
+  explicit Trial(unsigned number) : number_(number), history_(number % 2 == 0) {
     if (history_) {
       for (int customer = 0; customer < kCustomers; ++customer) Add(customer);
       suite_.Run();
@@ -34,12 +34,12 @@ class Trial {
 
   void RunTwoAtOnce() {
     std::latch start(2);
-    const auto run = [&] {
+    const auto run = [&](unsigned seed) {
       start.arrive_and_wait();
-      suite_.RunAsAnotherHost();
+      suite_.RunAsAnotherHost(seed);
     };
-    std::thread first(run);
-    std::thread second(run);
+    std::thread first(run, 2 * number_ + 1);
+    std::thread second(run, 2 * number_ + 2);
     first.join();
     second.join();
   }
@@ -77,6 +77,7 @@ class Trial {
     requests_.push_back(std::to_string(id));
   }
 
+  unsigned number_;
   bool history_;
   ArchiveSuite suite_;
   std::vector<std::string> requests_;
@@ -84,9 +85,9 @@ class Trial {
 
 TEST(ArchiveTwoRunsTest, LoseNothingWithoutALock) {
   const bool soak = std::getenv("ORVANE_SOAK") != nullptr;
-  const int trials = soak ? 50 : 4;
+  const unsigned trials = soak ? 50 : 8;
   std::size_t requests = 0;
-  for (int number = 0; number < trials; ++number) {
+  for (unsigned number = 0; number < trials; ++number) {
     Trial trial(number);
     trial.RunTwoAtOnce();
     EXPECT_THAT(trial.Lost(), ::testing::IsEmpty()) << "trial " << number;
@@ -96,7 +97,7 @@ TEST(ArchiveTwoRunsTest, LoseNothingWithoutALock) {
     requests += trial.Added();
   }
   const std::string engine = TestEngine().empty() ? "sqlite" : TestEngine();
-  std::printf("soak: %s, %d trials of two runs, %zu requests\n", engine.c_str(), trials, requests);
+  std::printf("soak: %s, %u trials of two runs, %zu requests\n", engine.c_str(), trials, requests);
 }
 
 }  // namespace
