@@ -62,6 +62,20 @@ TEST_F(PickupTest, AMissingAttachmentIs53) {
   EXPECT_EQ(ErrorOf([&] { NewMessage()->AddAttachment(folder_); }).Number(), 70);
 }
 
+TEST_F(PickupTest, AnAttachmentsPathWithAControlCharacterIs52) {
+  WriteFile("a", "another file");
+  struct Case {
+    std::string path;
+    std::string shown;
+  };
+  for (const auto& [path, shown] : {Case{PathOf("a") + std::string("\0b", 2), PathOf("a\\x00b")},
+                                    Case{PathOf("a\nb"), PathOf("a\\x0Ab")}}) {
+    const automation::Error error = ErrorOf([&] { NewMessage()->AddAttachment(path); });
+    EXPECT_EQ(error.Number(), 52);
+    EXPECT_EQ(error.Description(), "Bad file name or number: " + shown);
+  }
+}
+
 TEST_F(PickupTest, AMailThatIsRefusedLeavesNoFile) {
   EXPECT_EQ(ErrorOf([&] { NewMessage("")->send(); }).Number(), -2147220980);
   EXPECT_EQ(ErrorOf([&] { NewMessage("a@example.org\r\nBcc: b@example.org")->send(); }).Number(), 5);

@@ -109,6 +109,24 @@ TEST_F(XmlFileTest, ANameTooLongIsRefused) {
   EXPECT_EQ(FilesInFolder(), 1u);
 }
 
+TEST_F(XmlFileTest, APathWithAControlCharacterIsNeitherLoadedNorSaved) {
+  WriteFile("a", "<old/>");
+  struct Case {
+    std::string name;
+    std::string shown;
+  };
+  for (const auto& [name, shown] : {Case{std::string("a\0b", 3), "a\\x00b"}, Case{"a\nb", "a\\x0Ab"}}) {
+    const DOMDocumentPtr document = Parsed("<new/>");
+    const automation::Error error = ErrorOf([&] { document->save(Path(name)); });
+    EXPECT_EQ(error.Number(), 52);
+    EXPECT_EQ(error.Description(), "Bad file name or number: " + Path(shown));
+    EXPECT_FALSE(document->load(Path(name)));
+    EXPECT_EQ(document->parseErrorReason(), Path(shown) + ": Bad file name or number: " + Path(shown));
+  }
+  EXPECT_EQ(ReadFile("a"), "<old/>");
+  EXPECT_EQ(FilesInFolder(), 1u);
+}
+
 TEST_F(XmlFileTest, WhatAKilledProcessLeftBehindIsTakenOver) {
   WriteFile(".a.xml.saving", "<half");
   Parsed("<a/>")->save(Path("a.xml"));

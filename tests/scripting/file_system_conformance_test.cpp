@@ -9,6 +9,7 @@
 
 #include "tests/scripting/file_system_machine.hpp"
 #include "tests/support/error_number.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
@@ -16,8 +17,10 @@ namespace {
 
 using automation::DateTime;
 using Scripting::IOMode;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 struct MachineKind {
   std::string name;
@@ -90,13 +93,37 @@ TEST_P(FileSystemConformanceTest, AnswersFalseForAnEmptyPathAndRaisesOnItElsewhe
   EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(""); }), 5);
 }
 
-TEST_P(FileSystemConformanceTest, RefusesANameWithANulCharacterAsABadName) {
-  machine_->AddFile("a", "");
-  const std::string path = Full("a") + std::string(1, '\0') + "b";
-  EXPECT_FALSE(files_->FileExists(path));
-  EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(path, false); }), 52);
-  EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(path, true); }), 52);
-  EXPECT_TRUE(machine_->Exists("a"));
+TEST_P(FileSystemConformanceTest, RefusesAPathWithAControlCharacterThatNamesNothing) {
+  machine_->AddFile("a", "kept");
+  machine_->AddFile("folder\\inside", "kept");
+  struct Case {
+    std::string character;
+    std::string shown;
+  };
+  for (const auto& [character, shown] : {Case{std::string(1, '\0'), "\\x00"}, Case{"\n", "\\x0A"},
+                                         Case{"\x1F", "\\x1F"}, Case{"\x7F", "\\x7F"}}) {
+    SCOPED_TRACE(shown);
+    for (const std::string& name : {"a" + character + "b", "folder" + character + "\\inside",
+                                    "folder\\none\\" + character, "A" + character}) {
+      const std::string path = Full(name);
+      EXPECT_FALSE(files_->FileExists(path));
+      EXPECT_FALSE(files_->FolderExists(path));
+      EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(path); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->GetFolder(path); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->CreateFolder(path); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->CreateTextFile(path, true); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->OpenTextFile(path, IOMode::ForAppending, true); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFile(path, true); }), 52);
+      EXPECT_EQ(ErrorNumberOf([&] { files_->DeleteFolder(path, true); }), 52);
+    }
+    const std::string path = Full("folder" + character);
+    EXPECT_EQ(ErrorOf([&] { files_->DeleteFolder(path, true); }).Description(),
+              "Bad file name or number: " + Full("folder" + shown));
+  }
+  EXPECT_EQ(machine_->Bytes("a"), "kept");
+  EXPECT_EQ(machine_->Bytes("folder\\inside"), "kept");
+  EXPECT_THAT(FileNames("."), ElementsAre("a"));
+  EXPECT_THAT(FolderNames("."), Not(Contains(testing::HasSubstr("\n"))));
 }
 
 // Names without regard to case
@@ -337,6 +364,24 @@ TEST_P(FileSystemConformanceTest, DeletesFilesOfEveryNameThatAListingGives) {
   EXPECT_EQ(names.size(), 9U);
   for (const std::string& name : names) files_->DeleteFile(Full("f\\" + name), false);
   EXPECT_THAT(FileNames("f"), IsEmpty());
+}
+
+TEST_P(FileSystemConformanceTest, WorksOnItemsWhoseFoundNamesHoldControlCharacters) {
+  machine_->AddFile("f\\a\nb", "");
+  machine_->AddFile("f\\\x01", "");
+  machine_->AddFile("f\\d\ne\\g", "");
+  machine_->AddFolder("f\\d\ne\\h\x7F");
+  EXPECT_TRUE(files_->FileExists(Full("F\\a\nb")));
+  EXPECT_FALSE(files_->FileExists(Full("f\\A\nb"))) << "exactly the name that was found";
+  for (const std::string& name : FileNames("f")) files_->DeleteFile(Full("F\\" + name), false);
+  EXPECT_THAT(FileNames("f"), IsEmpty());
+  ASSERT_THAT(FolderNames("f"), ElementsAre("d\ne"));
+  EXPECT_EQ(files_->GetFile(Full("f\\d\ne\\G"))->Name(), "g");
+  EXPECT_EQ(ErrorNumberOf([&] { files_->GetFile(Full("f\\d\ne\\none")); }), 53);
+  files_->CreateTextFile(Full("f\\d\ne\\new"), false)->Close();
+  EXPECT_TRUE(machine_->Exists("f\\d\ne\\new"));
+  files_->DeleteFolder(Full("f\\d\ne"), false);
+  EXPECT_THAT(FolderNames("f"), IsEmpty());
 }
 
 TEST_P(FileSystemConformanceTest, KeepsTheBlankAtTheEndOfAName) {

@@ -18,6 +18,7 @@
 #include "platform/base/content_digest.hpp"
 #include "platform/cdo/curl/failure.hpp"
 #include "platform/scripting/local/native_name.hpp"
+#include "platform/scripting/path_text.hpp"
 
 namespace CDO::curl {
 namespace {
@@ -55,8 +56,9 @@ std::string HostName() {
 // The platform's usual text for the number, and what it is about.
 [[noreturn]] void Refuse(ErrorNumber number, std::string_view what) {
   const auto code = static_cast<std::int32_t>(number);
-  throw automation::Error(code, kSource,
-                          std::string(automation::StandardDescription(code)) + ": " + std::string(what));
+  throw automation::Error(
+      code, kSource,
+      std::string(automation::StandardDescription(code)) + ": " + Scripting::WithControlsShown(what));
 }
 
 // False when it is no file, or cannot be read.

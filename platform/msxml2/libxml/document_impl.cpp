@@ -18,6 +18,7 @@
 #include "platform/msxml2/libxml/selection.hpp"
 #include "platform/msxml2/libxml/serializer.hpp"
 #include "platform/scripting/local/system_error.hpp"
+#include "platform/scripting/path_text.hpp"
 
 namespace MSXML2::libxml {
 namespace {
@@ -116,7 +117,7 @@ bool DocumentImpl::load(std::string_view path) {
       reason_ = std::string(path) + ": " + std::strerror(ENOENT);
     }
   } catch (const automation::Error& error) {
-    reason_ = std::string(path) + ": " + error.Description();
+    reason_ = Scripting::WithControlsShown(path) + ": " + error.Description();
   }
   if (!bytes) {
     Become(Tree::Empty());

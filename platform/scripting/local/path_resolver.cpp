@@ -73,7 +73,7 @@ PathResolver::PathResolver(const DriveTable& drives) {
 
 std::optional<std::string> PathResolver::Translate(std::string_view path) const {
   if (path.empty()) Raise(ErrorNumber::InvalidProcedureCall);
-  if (path.find('\0') != std::string_view::npos) Raise(ErrorNumber::BadFileName);
+  if (path.find('\0') != std::string_view::npos) RefuseControls(path);
   const char drive = DriveLetter(path);
   std::string_view rest = drive != 0 ? path.substr(2) : path;
 
@@ -125,11 +125,14 @@ std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, s
     found.path = folder;
     rest = name;
   }
-  for (const std::string& part : Parts(rest)) {
-    std::string next = Joined(found.path, part);
+  const std::vector<std::string> parts = Parts(rest);
+  for (auto part = parts.begin(); part != parts.end(); ++part) {
+    std::string next = Joined(found.path, *part);
     if (lstat(next.c_str(), &found.status) != 0) {
       if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-      const std::optional<std::string> name = names_.Find(found.path, part);
+      if (HoldsControl(*part)) RefuseControls(path);
+      const std::optional<std::string> name = names_.Find(found.path, *part);
+      if (!name && std::any_of(part, parts.end(), HoldsControl)) RefuseControls(path);
       if (!name) return std::nullopt;
       next = Joined(found.path, *name);
       if (lstat(next.c_str(), &found.status) != 0) return std::nullopt;

@@ -29,15 +29,17 @@ class PathResolver {
 
   // The operating system's path for `path` in the spelling given, without separators at its end; the disk is
   // not asked. ".." of a drive path does not leave the drive. Nothing when the drive is unknown; an empty
-  // path raises 5 and one with a NUL character 52.
+  // path raises 5 and one with a NUL character 52, shown in the text.
   std::optional<std::string> Translate(std::string_view path) const;
 
   // The item at `path`: the exact spelling first; where that does not exist, each part without regard to case
-  // (of several such names the first in byte order). Raises 70 where the way is barred.
+  // (of several such names the first in byte order). Raises 70 where the way is barred, and 52 for a name
+  // that holds a control character unless an item has exactly this name, as those that a listing gave have.
   std::optional<Found> Find(std::string_view path) const;
 
   // The path under which an item can be made: the existing folder that will hold it, and the last part as it
-  // is spelled on disk or, when there is none yet, as given. Raises 76 when the folder does not exist.
+  // is spelled on disk or, when there is none yet, as given. Raises 76 when the folder does not exist, and 52
+  // as Find does: no such name is made.
   struct Place {
     std::string path;
     std::optional<struct stat> existing;  // a link not followed

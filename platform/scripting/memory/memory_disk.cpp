@@ -1,5 +1,6 @@
 #include "platform/scripting/memory/memory_disk.hpp"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "platform/scripting/path_text.hpp"
@@ -78,7 +79,7 @@ void MemoryDisk::MapDrive(char letter, std::string_view folder) {
 
 MemoryDisk::Position MemoryDisk::Locate(std::string_view path) const {
   if (path.empty()) Raise(ErrorNumber::InvalidProcedureCall);
-  if (path.find('\0') != std::string_view::npos) Raise(ErrorNumber::BadFileName);
+  if (path.find('\0') != std::string_view::npos) RefuseControls(path);
   Position position;
   const char drive = DriveLetter(path);
   if (drive != 0) {
@@ -90,13 +91,16 @@ MemoryDisk::Position MemoryDisk::Locate(std::string_view path) const {
     position.node = root_;
   }
   const std::vector<std::string> parts = Parts(path);
-  for (const std::string& part : parts) {
+  for (auto part = parts.begin(); part != parts.end(); ++part) {
     const NodePtr parent = position.node;
     if (!parent || !parent->isFolder) return {};
     if (parent->barred) Raise(ErrorNumber::PermissionDenied);
-    position.node = Child(*parent, part);
+    position.node = Child(*parent, *part);
+    const bool exact = position.node && position.node->name == *part;
+    if (!exact && HoldsControl(*part)) RefuseControls(path);
+    if (!position.node && std::any_of(part, parts.end(), HoldsControl)) RefuseControls(path);
     position.parent = parent;
-    position.name = position.node ? position.node->name : part;
+    position.name = position.node ? position.node->name : *part;
     position.shown += "\\" + position.name;
   }
   if (parts.empty()) position.shown += "\\";
