@@ -7,8 +7,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/job.hpp"
@@ -53,7 +55,8 @@ class Archive : public Job {
     ArchiveFile transactions;
     RowMarks writtenRequests;  // into the files by this run
     RowMarks writtenTransactions;
-    std::string firstRequest;  // the number of the first request written
+    std::vector<std::string> requestNumbers;      // of the requests written
+    std::vector<std::string> transactionNumbers;  // of each written transaction, its request's
   };
   // What a customer's files have to hold: the element names of one kind of file.
   struct FileKind {
@@ -81,8 +84,9 @@ class Archive : public Job {
   void purge(Customer& customer);
   ADODB::RecordsetPtr openRecords(const ADODB::Statement& selection, ADODB::CursorType cursor) const;
   void deleteWrittenRows(const Customer& customer);
-  static void requireWritten(ADODB::Recordset& deleted, const RowMarks& written);
-  static bool purgeWasCommitted(const std::string& request);
+  static std::set<std::string> requireWritten(ADODB::Recordset& deleted, const RowMarks& written);
+  static bool purgeWasCommitted(const std::vector<std::string>& requests);
+  static bool writtenRowsAreGone(const Customer& customer, bool outcomeUnknown);
   void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)

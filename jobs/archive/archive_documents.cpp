@@ -75,6 +75,10 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
     file.working->save(file.path);
   }
   file.snapshot = LoadDocument(file.path);
+  if (file.snapshot->fileState().digest != file.working->fileState().digest) {
+    throw Error(MSXML2::kFileChanged, "OrvaneProcess.Archive",
+                file.path + " has been changed by another program.");
+  }
 }
 
 void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file) {
@@ -167,7 +171,7 @@ void Archive::addRequests(Customer& customer) {
     addAttribute(document, request, "ArchiveID", std::to_string(m_lNextArchiveID));
     addFieldElements(document, request);
     requests->appendChild(request);
-    if (customer.firstRequest.empty()) customer.firstRequest = requestNumber;
+    customer.requestNumbers.push_back(requestNumber);
     customer.writtenRequests.Add(m_rsQuestions->Fields());
   }
 }
@@ -189,6 +193,7 @@ void Archive::addTransactions(Customer& customer) {
       const NodePtr transaction = document->createNode(MSXML2::NodeType::Element, "Transaction", "");
       addFieldElements(document, transaction);
       request->appendChild(transaction);
+      customer.transactionNumbers.push_back(requestNumber);
       customer.writtenTransactions.Add(m_rsTransactions->Fields());
     }
     container->appendChild(request);

@@ -12,26 +12,30 @@ namespace OrvaneProcess {
 namespace {
 
 std::uint64_t Mix(std::uint64_t mark, std::uint64_t value) {
-  mark = (mark ^ value) * 0x9E3779B97F4A7C15U;
+  mark = (mark * 0xBF58476D1CE4E5B9U ^ value) * 0x9E3779B97F4A7C15U;
   return mark ^ (mark >> 29);
 }
 
+// The kind goes in before the value: a null is no number.
 struct MarkOf {
-  std::uint64_t operator()(automation::NullValue) const { return 1; }
-  std::uint64_t operator()(bool value) const { return value ? 3 : 2; }
+  std::uint64_t operator()(automation::NullValue) const { return Mix(1, 0); }
+  std::uint64_t operator()(bool value) const { return Mix(2, value ? 1 : 0); }
   std::uint64_t operator()(std::int16_t value) const { return Number(value); }
   std::uint64_t operator()(std::int32_t value) const { return Number(value); }
   std::uint64_t operator()(std::int64_t value) const { return Number(value); }
   std::uint64_t operator()(automation::DateTime value) const {
-    return static_cast<std::uint64_t>(value.UnixMicroseconds());
+    return Mix(4, static_cast<std::uint64_t>(value.UnixMicroseconds()));
   }
-  std::uint64_t operator()(const std::string& value) const { return std::hash<std::string_view>()(value); }
+  std::uint64_t operator()(const std::string& value) const {
+    return Mix(5, std::hash<std::string_view>()(value));
+  }
   template <class Other>  // approximate numbers; no column holds any of the rest
   std::uint64_t operator()(const Other&) const {
-    return 4;
+    return Mix(6, 0);
   }
 
-  static std::uint64_t Number(std::int64_t value) { return static_cast<std::uint64_t>(value) + 5; }
+  // The same in every width.
+  static std::uint64_t Number(std::int64_t value) { return Mix(3, static_cast<std::uint64_t>(value)); }
 };
 
 }  // namespace
@@ -41,10 +45,6 @@ void RowMarks::Add(ADODB::Fields& row) {
   for (std::size_t i = 0; i < row.Count(); ++i)
     mark = Mix(mark, std::visit(MarkOf(), row.Item(i).Value().Get()));
   marks_.push_back(mark);
-}
-
-void RowMarks::AddAll(ADODB::Recordset& rows) {
-  for (; !rows.Eof(); rows.MoveNext()) Add(rows.Fields());
 }
 
 std::size_t RowMarks::NotAmong(const RowMarks& written) const {

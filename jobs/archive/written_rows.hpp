@@ -14,8 +14,6 @@ namespace OrvaneProcess {
 class RowMarks {
  public:
   void Add(ADODB::Fields& row);
-  // The rows of a set from the current one to the last.
-  void AddAll(ADODB::Recordset& rows);
 
   // How many of the rows are not among `written`.
   std::size_t NotAmong(const RowMarks& written) const;

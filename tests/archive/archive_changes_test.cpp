@@ -2,6 +2,7 @@
 // and the files themselves. Nothing is deleted that stands in no file, and nobody's entries are overwritten.
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <functional>
 #include <utility>
 
@@ -10,6 +11,7 @@
 namespace orvane_test {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -34,6 +36,19 @@ class ArchiveChangesTest : public ArchiveTest {
   void BeforeThePurge(std::function<void()> change) {
     suite.journal->before = [change = std::move(change), done = false](std::string_view step) mutable {
       if (step == "Connection.BeginTrans" && !std::exchange(done, true)) change();
+    };
+  }
+  // `trigger` is a piece of SQL that the embedded engine, which lets nobody else write in the meantime, runs
+  // after the deletion of each transaction; on a server another connection runs `sql`.
+  void BetweenTheDeletions(const std::string& sql) {
+    if (std::getenv("ORVANE_TEST_ENGINE") == nullptr) {
+      suite.Execute(
+          "create trigger meanwhile after delete on TRANSACTIONS when old.T_NAME = 'second' begin " + sql +
+          "; end");
+      return;
+    }
+    suite.journal->beforeStatement = [this, sql](const std::string& statement) {
+      if (statement.starts_with("Delete from QUESTIONHISTORY")) suite.Execute(sql);
     };
   }
   void BeforeTheFirstSaveOf(const std::string& name, std::function<void()> change) {
@@ -82,9 +97,12 @@ TEST_F(ArchiveChangesTest, ARequestThatCameInTheWrittenOnesPlaceIsNotDeleted) {
   });
   suite.Run();
   EXPECT_THAT(Requests(), ElementsAre("9"));
-  ExpectUndone();
+  EXPECT_THAT(suite.Texts(kQuestions, "//SR/@Q_ID"), ElementsAre("1", "2"))
+      << "the written request is gone: the file has the only copy";
+  EXPECT_THAT(suite.Texts(kTransactions, "//T_NAME"), ElementsAre("old", "first", "second"));
+  EXPECT_THAT(ErrorLog(), ElementsAre(AllOf(HasSubstr("1 rows came in"), HasSubstr("the files are kept"))));
   ExpectArchivedByTheNextRun();
-  EXPECT_THAT(suite.Texts(kQuestions, "//SR/@Q_ID"), ElementsAre("1", "9"));
+  EXPECT_THAT(suite.Texts(kQuestions, "//SR/@Q_ID"), ElementsAre("1", "2", "9"));
 }
 
 TEST_F(ArchiveChangesTest, ATransactionThatCameInTheWrittenOnesPlaceIsNotDeleted) {
@@ -145,6 +163,26 @@ TEST_F(ArchiveChangesTest, RowsOfTablesWithoutAPrimaryKeyAreToldApartByAllTheirC
   ExpectArchivedByTheNextRun();
 }
 
+// The request stays, and its transactions must not go without it.
+TEST_F(ArchiveChangesTest, ARequestThatIsReopenedBetweenTheDeletionsKeepsItsTransactions) {
+  BetweenTheDeletions("update QUESTIONHISTORY set ENDSTATUSTIME = null where Q_ID = 2");
+  suite.Run();
+  EXPECT_THAT(Requests(), ElementsAre("2"));
+  EXPECT_THAT(Transactions(), ElementsAre("first", "second"));
+  ExpectUndone();
+  EXPECT_THAT(ErrorLog(),
+              ElementsAre(HasSubstr("transactions of requests that are not to be deleted any more")));
+}
+
+TEST_F(ArchiveChangesTest, TheReasonOfAnUndoIsTold) {
+  BeforeThePurge([this] { suite.AddTransaction(2, "late"); });
+  suite.Run();
+  ExpectUndone();
+  EXPECT_THAT(ErrorLog(),
+              ElementsAre(HasSubstr("OrvaneProcess.Archive.archiveOriginator caught: 1 rows came in or "
+                                    "were changed after the files were written")));
+}
+
 // --- Files ---
 
 TEST_F(ArchiveChangesTest, AQuestionsFileThatAnotherHasChangedIsNotSavedOver) {
@@ -182,10 +220,10 @@ TEST_F(ArchiveChangesTest, AnUndoLeavesAFileThatAnotherHasChangedAndSaysSoInTheE
   EXPECT_EQ(suite.Archive(kTransactions), transactionsBefore);
   EXPECT_THAT(Requests(), ElementsAre("2"));
   EXPECT_THAT(suite.LogMessages(), Contains(HasSubstr("Changes to XML files undone")));
-  EXPECT_THAT(ErrorLog(),
-              ElementsAre(::testing::AllOf(
-                  HasSubstr("has been changed by another program."),
-                  HasSubstr(suite.ArchivePath(kQuestions) + " could not be given back its former content"))));
+  EXPECT_THAT(ErrorLog(), ElementsAre(HasSubstr("1 rows came in or were changed"),
+                                      AllOf(HasSubstr("has been changed by another program."),
+                                            HasSubstr(suite.ArchivePath(kQuestions) +
+                                                      " could not be given back its former content"))));
 }
 
 TEST_F(ArchiveChangesTest, AnUndoThatFailsIsTold) {
@@ -196,9 +234,38 @@ TEST_F(ArchiveChangesTest, AnUndoThatFailsIsTold) {
   };
   suite.Run();
   EXPECT_THAT(suite.LogMessages(), Contains(HasSubstr("Changes to XML files undone")));
-  EXPECT_THAT(ErrorLog(), ElementsAre(HasSubstr("Disk full(61). Additional information: " +
+  EXPECT_THAT(ErrorLog(), ElementsAre(HasSubstr("table is locked"),
+                                      HasSubstr("Disk full(61). Additional information: " +
                                                 suite.ArchivePath(kQuestions)),
                                       HasSubstr(suite.ArchivePath(kTransactions))));
+}
+
+TEST_F(ArchiveChangesTest, AFileThatSomebodyKeepsLockedIsTold) {
+  BeforeTheFirstSaveOf(kQuestions,
+                       [] { throw automation::Error(automation::ErrorNumber::PermissionDenied, "test"); });
+  suite.Run();
+  EXPECT_THAT(suite.LogMessages(),
+              Contains("Editing of Archive file " + suite.ArchivePath(kQuestions) + " failed1"));
+  EXPECT_THAT(ErrorLog(), ElementsAre(HasSubstr("caught: Permission denied(70)")));
+}
+
+// What is edited and what an undo would put back must be the same content.
+TEST_F(ArchiveChangesTest, AFileThatAnotherChangesBetweenTheTwoLoadsIsLeftAlone) {
+  for (const char* name : {kQuestions, kTransactions}) {
+    const std::string before = suite.Archive(name);
+    const std::string theirs = before + "<!-- theirs -->";
+    int loads = 0;
+    suite.faults->onLoad = [&](const std::string& path) {
+      if (path == suite.ArchivePath(name) && ++loads == 2) WriteFile(name, theirs);
+    };
+    suite.test.log->clear();
+    suite.Run();
+    EXPECT_EQ(suite.Archive(name), theirs);
+    EXPECT_THAT(Requests(), ElementsAre("2"));
+    EXPECT_THAT(suite.LogMessages(), Contains(HasSubstr("could not be created/loaded")));
+    EXPECT_THAT(ErrorLog(), ElementsAre(HasSubstr("has been changed by another program.")));
+    WriteFile(name, before);
+  }
 }
 
 TEST_F(ArchiveChangesTest, AFileThatAnotherMakesMeanwhileIsKept) {

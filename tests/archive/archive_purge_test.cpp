@@ -286,6 +286,43 @@ TEST_F(ArchivePurgeTest, AFailedCommitRestoresTheFilesWhenTheRowsAreStillThere) 
   EXPECT_EQ(suite.Archive("NoBP_jdoe_trans.xml"), transactionsBefore);
 }
 
+// As on tables without transactions: what was deleted is gone, and the rollback gives nothing back.
+TEST_F(ArchivePurgeTest, RowsThatARollbackDoesNotBringBackKeepTheFiles) {
+  suite.AddTransaction(2, "newer");
+  for (const char* gone :
+       {"delete from TRANSACTIONS where T_NAME = 'newer'", "delete from QUESTIONHISTORY where Q_ID = 2"}) {
+    suite.test.log->clear();
+    suite.journal->beforeStatement = [](const std::string& sql) {
+      if (Mentions(sql, "Delete from QUESTIONHISTORY") && Mentions(sql, "jdoe")) Fail("table is locked");
+    };
+    suite.journal->after = [this, gone](std::string_view step) {
+      if (step == "Connection.RollbackTrans") suite.Execute(gone);
+    };
+
+    suite.Run();
+
+    EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), Contains("2"));
+    EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//Transaction/T_NAME"), Contains("newer"));
+    EXPECT_THAT(NewMessages(), Not(Contains(::testing::HasSubstr("undone"))));
+    ASSERT_EQ(suite.test.log->size(), 1U);
+    EXPECT_THAT(suite.test.log->front().message,
+                ::testing::AllOf(::testing::HasSubstr("table is locked"),
+                                 ::testing::HasSubstr("the files are kept")));
+    suite.AddTransaction(2, "newer");
+  }
+}
+
+TEST_F(ArchivePurgeTest, RowsThatWentThoughTheirCommitNeverArrivedKeepTheFiles) {
+  LoseTheFirstCommit([this] { suite.Execute("delete from TRANSACTIONS where Q_ID = 2"); });
+
+  suite.Run();
+
+  EXPECT_THAT(suite.Rows("select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR = 'jdoe'"), ElementsAre("2"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_SR.xml", "//SR/@Q_ID"), ElementsAre("1", "2"));
+  EXPECT_THAT(suite.Texts("NoBP_jdoe_trans.xml", "//Transaction/T_NAME"), ElementsAre("old", "new"));
+  EXPECT_THAT(NewMessages(), Not(Contains(::testing::HasSubstr("undone"))));
+}
+
 TEST_F(ArchivePurgeTest, ACommitThatWasMadeButNotAnsweredKeepsTheFiles) {
   LoseTheFirstAnswer([] {});
 
