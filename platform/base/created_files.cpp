@@ -1,6 +1,14 @@
 #include "platform/base/created_files.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstddef>
+#include <vector>
+
+#include "platform/base/descriptor.hpp"
+#include "platform/base/file_stamp.hpp"
 
 namespace base {
 namespace {
@@ -8,22 +16,36 @@ namespace {
 // A page is forgotten when its mail is sent; what remains are pages of unsent mails and archive files.
 constexpr std::size_t kMostRecords = 1000;
 
+bool HasContent(const std::string& path, const ContentDigest::Value& expected) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (!file.IsOpen()) return false;
+  ContentDigest content;
+  std::vector<char> chunk(std::size_t{1} << 16);
+  while (true) {
+    const ssize_t count = read(file.Get(), chunk.data(), chunk.size());
+    if (count == 0) return content.Get() == expected;
+    if (count > 0) {
+      content.Add({chunk.data(), static_cast<std::size_t>(count)});
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+}
+
 }  // namespace
 
 void CreatedFiles::Add(const std::string& path, const struct stat& status,
                        const ContentDigest::Value& content) {
   const std::lock_guard lock(mutex_);
-  records_.insert_or_assign(path, Record{FileStamp(status), content});
-  order_.push_back(path);
-  while (order_.size() > kMostRecords) {
-    records_.erase(order_.front());
-    order_.pop_front();
-  }
+  Remove(path);
+  order_.emplace(++lastSequence_, path);
+  records_.emplace(path, Record{status, content, lastSequence_});
+  if (records_.size() > kMostRecords) Remove(order_.begin()->second);
 }
 
 void CreatedFiles::Forget(const std::string& path) {
   const std::lock_guard lock(mutex_);
-  records_.erase(path);
+  Remove(path);
 }
 
 bool CreatedFiles::Made(const std::string& path, const ContentDigest::Value& content) const {
@@ -33,9 +55,23 @@ bool CreatedFiles::Made(const std::string& path, const ContentDigest::Value& con
 }
 
 bool CreatedFiles::WasReplaced(const std::string& path, const struct stat& now) const {
-  const std::lock_guard lock(mutex_);
+  Record made;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto record = records_.find(path);
+    if (record == records_.end()) return false;
+    made = record->second;
+  }
+  if (made.status.st_dev != now.st_dev || made.status.st_ino != now.st_ino) return true;
+  if (FileStamp(made.status) == FileStamp(now)) return false;
+  return made.status.st_size != now.st_size || !HasContent(path, made.content);
+}
+
+void CreatedFiles::Remove(std::string path) {
   const auto record = records_.find(path);
-  return record != records_.end() && !(record->second.stamp == FileStamp(now));
+  if (record == records_.end()) return;
+  order_.erase(record->second.sequence);
+  records_.erase(record);
 }
 
 }  // namespace base

@@ -3,14 +3,13 @@
 
 #include <sys/stat.h>
 
-#include <deque>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <string>
 
 #include "platform/base/content_digest.hpp"
-#include "platform/base/file_stamp.hpp"
 
 namespace base {
 
@@ -26,18 +25,23 @@ class CreatedFiles {
   // Whether the run made a file there with this content. The content decides, not the file: the bytes that
   // are about to be handed on are the ones that were compared.
   bool Made(const std::string& path, const ContentDigest::Value& content) const;
-  // Whether the run made a file there, and another file than that one lies there now.
+  // Whether the run made a file there, and another file than that one lies there now. Other rights, links or
+  // times make no other file; where they differ, the content decides.
   bool WasReplaced(const std::string& path, const struct stat& now) const;
 
  private:
   struct Record {
-    FileStamp stamp;
+    struct stat status {};
     ContentDigest::Value content;
+    std::uint64_t sequence = 0;
   };
+
+  void Remove(std::string path);  // with the mutex held
 
   mutable std::mutex mutex_;
   std::map<std::string, Record, std::less<>> records_;
-  std::deque<std::string> order_;  // of the records, oldest first; may hold forgotten ones
+  std::map<std::uint64_t, std::string> order_;  // the paths of the records by sequence, oldest first
+  std::uint64_t lastSequence_ = 0;
 };
 
 }  // namespace base

@@ -126,6 +126,35 @@ TEST_F(OwnFilesTest, ADeletedPageIsForgotten) {
   EXPECT_FALSE(fs::exists(Page())) << "no longer the run's own name";
 }
 
+TEST_F(OwnFilesTest, APageThatABackupLinkedOrWhoseRightsChangedIsStillTheRunsOwn) {
+  RunningJob job(folder_, "one");
+  job.MakePage("page of 26");
+  fs::create_hard_link(Page(), folder_.Path() / "backup");
+  fs::permissions(Page(), fs::perms::group_write, fs::perm_options::add);
+  job.AttachPage();
+  job.DeletePage();
+  EXPECT_FALSE(fs::exists(Page()));
+  EXPECT_EQ(TemporaryFolder::Read(folder_.Path() / "backup"), "page of 26");
+}
+
+TEST_F(OwnFilesTest, APageThatAnotherWroteInIsNotDeletedAsTheRunsOwn) {
+  RunningJob job(folder_, "one");
+  job.MakePage("page of 26");
+  folder_.Write("26953.htm", "page of 27");
+  EXPECT_EQ(ErrorOf([&] { job.DeletePage(); }).Number(), 70);
+  EXPECT_EQ(TemporaryFolder::Read(Page()), "page of 27");
+}
+
+TEST_F(OwnFilesTest, ManyPagesOfOneNameDoNotMakeTheLastOneAStranger) {
+  RunningJob job(folder_, "one");
+  for (int page = 0; page < 1000; ++page) {
+    job.MakePage("page of 26");
+    job.DeletePage();
+  }
+  job.MakePage("page of 27");
+  job.AttachPage();
+}
+
 // Two runs in the same second, and a sweep of the page folder beside them.
 TEST_F(OwnFilesTest, NoMailTakesThePageOfAnotherRun) {
   constexpr int kMails = 300;
