@@ -85,6 +85,16 @@ bool RemoveLeftover(const std::string& path) {
   return !LeadsTo(path, left.Get()) || unlink(path.c_str()) == 0;
 }
 
+template <class Visit>
+void ForEachHidden(const std::string& folder, const Visit& visit) {
+  std::error_code failed;
+  std::filesystem::directory_iterator entries(folder, failed);
+  for (; !failed && entries != std::filesystem::directory_iterator(); entries.increment(failed)) {
+    const std::string name = entries->path().filename().string();
+    if (name.starts_with('.')) visit(entries->path().string(), name);
+  }
+}
+
 // Makes the locked file for the new content and tells its path.
 Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t mode, std::string& path) {
   int writer = 1;
@@ -196,15 +206,24 @@ void FileReplacement::Publish() {
 }
 
 void RemoveLeftovers(const std::string& folder) {
-  std::error_code failed;
-  std::filesystem::directory_iterator entries(folder, failed);
-  for (; !failed && entries != std::filesystem::directory_iterator(); entries.increment(failed)) {
-    const std::string name = entries->path().filename().string();
+  ForEachHidden(folder, [](const std::string& path, std::string_view name) {
     const std::size_t ending = name.rfind(kEnding);
-    const bool beside = name.starts_with('.') && ending != std::string::npos &&
-                        name.find_first_not_of("0123456789", ending + kEnding.size()) == std::string::npos;
-    if (beside) RemoveLeftover(entries->path().string());
-  }
+    const bool beside =
+        ending != std::string_view::npos &&
+        name.find_first_not_of("0123456789", ending + kEnding.size()) == std::string_view::npos;
+    if (beside) RemoveLeftover(path);
+  });
+}
+
+void RemoveFormerLeftovers(const std::string& folder, std::string_view ending) {
+  constexpr time_t kDay = 86'400;
+  const time_t now = time(nullptr);
+  ForEachHidden(folder, [&](const std::string& path, std::string_view name) {
+    struct stat status {};
+    const bool old = name.ends_with(ending) && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+                     now - status.st_mtim.tv_sec >= kDay;
+    if (old) unlink(path.c_str());
+  });
 }
 
 int RenameToFreeName(const std::string& from, const std::string& to) {

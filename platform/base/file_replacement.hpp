@@ -66,6 +66,9 @@ class FileReplacement {
 // Removes what killed writers of any file in the folder left beside it. Failures are passed over: the next
 // call meets the same files.
 void RemoveLeftovers(const std::string& folder);
+// The same for the files ".NAME<ending>" that a former version of a program left; its writers held no lock,
+// so only files that nobody has written to for a day are taken.
+void RemoveFormerLeftovers(const std::string& folder, std::string_view ending);
 
 // Renames `from` to `to`, which must not exist: EEXIST otherwise. Answers 0 or an errno value.
 int RenameToFreeName(const std::string& from, const std::string& to);

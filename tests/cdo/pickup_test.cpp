@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
 #include <set>
 
@@ -121,6 +122,21 @@ TEST_F(PickupTest, WhatKilledRunsLeftIsRemovedByTheNextButNotWhatAnotherIsWritin
   NewMessage()->send();
   EXPECT_THAT(FilesIn(pickup_),
               testing::UnorderedElementsAre(".19.eml.saving", ".keep", "20.eml",
+                                            testing::ContainsRegex("^[0-9a-f]{24,}\\.eml$")));
+}
+
+// Files of a former version bear another ending and no lock.
+TEST_F(PickupTest, WhatAFormerVersionLeftADayAgoIsRemoved) {
+  WriteFile("pickup/.17.writing", "half a mail");
+  WriteFile("pickup/.18.writing", "half a mail, perhaps of a run that still writes");
+  WriteFile("pickup/19.writing", "somebody else's");
+  for (const char* name : {".17.writing", "19.writing"}) {
+    const std::filesystem::path file = PathOf(std::string("pickup/") + name);
+    std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) - std::chrono::hours(25));
+  }
+  NewMessage()->send();
+  EXPECT_THAT(FilesIn(pickup_),
+              testing::UnorderedElementsAre(".18.writing", "19.writing",
                                             testing::ContainsRegex("^[0-9a-f]{24,}\\.eml$")));
 }
 

@@ -23,6 +23,7 @@ using automation::ErrorNumber;
 using base::FileReplacement;
 
 constexpr mode_t kMailMode = 0640;
+constexpr std::string_view kFormerEnding = ".writing";
 
 class PickupTransport final : public Transport {
  public:
@@ -36,7 +37,10 @@ class PickupTransport final : public Transport {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto folder = paths_.Find(directory_);
     if (!folder) Raise(ErrorNumber::PathNotFound);
-    if (!std::exchange(cleared_, true)) base::RemoveLeftovers(folder->path);
+    if (!std::exchange(cleared_, true)) {
+      base::RemoveLeftovers(folder->path);
+      base::RemoveFormerLeftovers(folder->path, kFormerEnding);
+    }
     try {
       FileReplacement file(folder->path + "/" + std::string(name) + ".eml", std::nullopt, kMailMode);
       file.Write(mail);
