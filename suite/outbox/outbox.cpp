@@ -69,7 +69,8 @@ int Append(const std::filesystem::path& file, std::string_view line, std::chrono
   if (before.st_size == 0) {
     const std::filesystem::path folder = file.parent_path();
     for (const std::filesystem::path& each : {folder, folder.parent_path()}) {
-      if (const int failure = base::SyncFolder(each)) return failure;
+      // A folder that may not be listed cannot be synced; the line is written all the same.
+      if (const int failure = base::SyncFolder(each); failure != 0 && failure != EACCES) return failure;
     }
   }
   const bool cutOff = before.st_size > 0 && !EndsALine(opened, before.st_size);

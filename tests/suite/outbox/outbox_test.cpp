@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -47,6 +48,24 @@ TEST_F(OutboxTest, AFileThatCannotBeWrittenIsNamed) {
   EXPECT_EQ(error.Number(), 75);
   EXPECT_EQ(error.Source(), "Source");
   EXPECT_EQ(error.Description(), file_.string() + ": Is a directory");
+}
+
+TEST_F(OutboxTest, FoldersThatMayNotBeListedTakeLinesAllTheSame) {
+  const bool isRoot = geteuid() == 0;  // who may list every folder
+  constexpr uid_t kNobody = 65534;
+  const std::filesystem::path outbox = file_.parent_path();
+  std::filesystem::create_directory(outbox);
+  for (const std::filesystem::path& folder : {outbox, folder_.Path()}) {
+    ASSERT_TRUE(!isRoot || chown(folder.c_str(), kNobody, static_cast<gid_t>(-1)) == 0);
+    ASSERT_EQ(chmod(folder.c_str(), 0300), 0);
+  }
+  ASSERT_TRUE(!isRoot || seteuid(kNobody) == 0);
+  EXPECT_NO_THROW(AppendToOutbox(file_, "{1}\n", "Source"));
+  ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+  for (const std::filesystem::path& folder : {folder_.Path(), outbox}) {
+    ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
+  }
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(file_), "{1}\n");
 }
 
 TEST_F(OutboxTest, ALockIsNotWaitedForWithoutEnd) {
