@@ -1,7 +1,9 @@
 // Puts ADODB.Connection, ADODB.Recordset and ADODB.Command into a class table.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -11,8 +13,10 @@
 namespace ADODB {
 
 // The connections created from `classes` reach the given providers and share one pool of physical
-// connections, which lives as long as the class table.
+// connections, which lives as long as the class table. `clock` tells how old a connection, or a row that was
+// read, is; without one it is the machine's.
 void RegisterClasses(automation::ClassTable& classes,
-                     std::vector<std::shared_ptr<engine::Provider>> providers);
+                     std::vector<std::shared_ptr<engine::Provider>> providers,
+                     std::function<std::chrono::steady_clock::time_point()> clock = {});
 
 }  // namespace ADODB

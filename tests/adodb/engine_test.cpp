@@ -111,4 +111,59 @@ TEST_F(EngineTest, SelectsAndDeletesByTheSuitesDateCondition) {
   EXPECT_THAT(databases.orvane.Rows("SELECT Q_ID FROM QUESTIONHISTORY"), ElementsAre("2", "3"));
 }
 
+// The rows of such a table have no number: the key, with all its columns, is their only address.
+TEST_F(EngineTest, WalksAndChangesATableWithoutRowNumbersByItsKey) {
+  databases.orvane.Run(
+      "CREATE TABLE PAIRS(A INTEGER, B VARCHAR(20), N INTEGER, PRIMARY KEY(A, B)) WITHOUT ROWID;"
+      "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 2399)"
+      "INSERT INTO PAIRS SELECT i / 100, 'b' || (i % 100), i FROM n");
+  const auto connection = Connect();
+  for (const auto cursor :
+       {ADODB::CursorType::Keyset, ADODB::CursorType::Dynamic, ADODB::CursorType::Static}) {
+    const auto rows = NewRecordset();
+    rows->Open("SELECT * FROM PAIRS WHERE N < 9000", connection, cursor, ADODB::LockType::Optimistic, -1);
+    int seen = 0;
+    for (; !rows->Eof(); rows->MoveNext()) {
+      if (++seen % 700 != 0) continue;
+      rows->SetValue("N", -seen);
+      rows->Update();
+      rows->MoveNext();
+      ++seen;
+      rows->Delete(ADODB::Affect::Current);
+    }
+    EXPECT_EQ(seen, 2400);
+    EXPECT_EQ(databases.orvane.Value("SELECT count(*) FROM PAIRS"), "2397");
+    EXPECT_THAT(databases.orvane.Rows("SELECT N FROM PAIRS WHERE N < 0 ORDER BY N DESC"),
+                ElementsAre("-700", "-1400", "-2100"));
+    rows->MoveFirst();
+    rows->Find("N=-1400");
+    ASSERT_FALSE(rows->Eof());
+    rows->SetValue("B", "elsewhere");
+    rows->Update();
+    rows->Delete(ADODB::Affect::Current);
+    EXPECT_EQ(databases.orvane.Value("SELECT count(*) FROM PAIRS WHERE N = -1400"), "0");
+    databases.orvane.Run(
+        "DELETE FROM PAIRS; WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 2399)"
+        "INSERT INTO PAIRS SELECT i / 100, 'b' || (i % 100), i FROM n");
+  }
+}
+
+// A file made by hand may hold a date or a Boolean written in any way: a row that still reads as it did is
+// deleted.
+TEST_F(EngineTest, ARowStillReadsAsItDidHoweverItsValuesAreWritten) {
+  databases.orvane.Run(
+      "CREATE TABLE ODD(ID INTEGER PRIMARY KEY, D DATETIME, B BIT, T VARCHAR(10), N INTEGER, X);"
+      "INSERT INTO ODD VALUES(1,'2004-07-26',2,X'6162','words',5),(2,'2004-07-26T09:05',0.5,7,5.5,'text'),"
+      "(3,'2004-07-26 09:05:03.5','TRUE',NULL,X'6162',X'6162'),(4,20040726,'maybe',1.5,NULL,NULL),"
+      "(5,'no date',-1,'','12 ',2.5)");
+  const auto connection = Connect();
+  const auto rows = NewRecordset();
+  rows->Open("SELECT * FROM ODD", connection, ADODB::CursorType::Keyset, ADODB::LockType::Optimistic, -1);
+  for (; !rows->Eof(); rows->MoveNext()) {
+    for (std::size_t i = 0; i < rows->Fields().Count(); ++i) rows->Value(i);
+    EXPECT_NO_THROW(rows->Delete(ADODB::Affect::Current));
+  }
+  EXPECT_EQ(databases.orvane.Value("SELECT count(*) FROM ODD"), "0");
+}
+
 }  // namespace

@@ -1,4 +1,6 @@
 // Which prospects go and which stay.
+#include <gmock/gmock.h>
+
 #include "platform/automation/safe_point.hpp"
 #include "tests/dormant/dormant_fixture.hpp"
 
@@ -188,6 +190,24 @@ TEST_F(DormantUserExpiryTest, ARunMayBeEndedAfterEachProspect) {
   const automation::SafePoints listening([&] { seen.push_back(Prospects()); });
   EXPECT_EQ(Expire(), 0);
   EXPECT_EQ(seen, (std::vector<Names>{{"two", "three"}, {"two", "three"}, {"two"}}));
+}
+
+TEST_F(DormantUserExpiryTest, KeepsWhoCameBackWhileTheOneBeforeWasDeleted) {
+  for (const char* change : {"LASTVISITEDTIME = '2004-07-26 09:05:00'", "PENDINGQUESTIONS = 1"}) {
+    database_.Run("DELETE FROM PROSPECT");
+    SetLimit("'30'");
+    AddProspect("first", "'2001-01-01 00:00:00'", "0");
+    AddProspect("second", "'2001-01-01 00:00:00'", "0");
+    int deletions = 0;
+    adodb_->before = [&](std::string_view step) {
+      if (step != "Recordset.Delete" || ++deletions != 1) return;
+      database_.Run(std::string("UPDATE PROSPECT SET ") + change + " WHERE NAME = 'second'");
+    };
+    EXPECT_THAT(Expire(), testing::AnyOf(0, -2147217864))
+        << "kept, or refused as not what was read (80040E38)";
+    EXPECT_EQ(Prospects(), Names{"second"}) << change;
+    adodb_->before = nullptr;
+  }
 }
 
 }  // namespace

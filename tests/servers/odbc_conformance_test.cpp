@@ -49,6 +49,14 @@ class PostgreSqlUnderTest : public ServerUnderTest {
         return "TIMESTAMP(3)";
       case ColumnKind::Double:
         return "DOUBLE PRECISION";
+      case ColumnKind::Single:
+        return "REAL";
+      case ColumnKind::Decimal:
+        return "NUMERIC(20,10)";
+      case ColumnKind::FixedText:
+        return "CHAR(10)";
+      case ColumnKind::Bytes:
+        return "BYTEA";
       case ColumnKind::Text:
         return "VARCHAR(100)";
       case ColumnKind::LongText:
@@ -86,6 +94,14 @@ class MariaDbUnderTest : public ServerUnderTest {
         return "DATETIME(3)";
       case ColumnKind::Double:
         return "DOUBLE";
+      case ColumnKind::Single:
+        return "FLOAT";
+      case ColumnKind::Decimal:
+        return "NUMERIC(20,10)";
+      case ColumnKind::FixedText:
+        return "CHAR(10)";
+      case ColumnKind::Bytes:
+        return "LONGBLOB";
       case ColumnKind::Text:
         return "VARCHAR(100)";
       case ColumnKind::LongText:

@@ -284,5 +284,23 @@ TEST_F(ConclusionTest, ManyRowsAreWalkedToTheEnd) {
             "15|2004-07-28 09:05:03|2004-07-28 09:05:03");
 }
 
+TEST_F(ConclusionTest, WhatChangedWhileAnotherWasConcludedIsSeen) {
+  for (const int id : {27, 28, 29, 30}) AddQuestion(id);
+  for (const int id : {26, 27, 28, 29, 30}) AddReminder(id, "2004-07-20 09:00:00", "2004-07-22 09:00:00");
+  suite_->before = [&](const std::string& step) {
+    if (step != "send" || !suite_->mails.empty()) return;
+    database_.Run("UPDATE REMINDER SET R_STATUS = 160 WHERE Q_ID = 27");                   // answered
+    database_.Run("UPDATE REMINDER SET T2_DATE = '2004-08-20 09:00:00' WHERE Q_ID = 28");  // postponed
+    database_.Run("DELETE FROM REMINDER WHERE Q_ID = 29");
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Reminders(), (Texts{"27|2004-07-20 09:00:00|2004-07-22 09:00:00|160",
+                                "28|2004-07-20 09:00:00|2004-08-20 09:00:00|150"}));
+  EXPECT_EQ(suite_->mails.size(), 2U);
+  for (const int id : {27, 28, 29}) EXPECT_EQ(Status(id), "150") << id;
+  EXPECT_EQ(Status(30), "160");
+  EXPECT_EQ(Log(), Texts{});
+}
+
 }  // namespace
 }  // namespace orvane_test

@@ -286,5 +286,23 @@ TEST_F(ReminderTest, ASetOfRowsIsOpenedAsWrittenAndClosed) {
   EXPECT_EQ(adodb_->openRecordsets, 0);
 }
 
+// What happens to other reminders while one is mailed counts for them.
+TEST_F(ReminderTest, WhatChangedWhileAnotherWasMailedIsSeen) {
+  for (const int id : {27, 28, 29, 30}) AddQuestion(id);
+  for (const int id : {26, 27, 28, 29, 30}) AddReminder(id, "2004-07-20 09:00:00", "");
+  suite_->before = [&](const std::string& step) {
+    if (step != "send" || !suite_->mails.empty()) return;
+    database_.Run("UPDATE REMINDER SET R_STATUS = 160 WHERE Q_ID = 27");                   // answered
+    database_.Run("UPDATE REMINDER SET T1_DATE = '2004-08-20 09:00:00' WHERE Q_ID = 28");  // postponed
+    database_.Run("DELETE FROM REMINDER WHERE Q_ID = 29");
+  };
+  job_.SolveOnNoResponse(0);
+  EXPECT_EQ(Reminders(),
+            (Texts{"26|2004-07-20 09:00:00|2004-07-28 09:05:03|150", "27|2004-07-20 09:00:00|NULL|160",
+                   "28|2004-08-20 09:00:00|NULL|150", "30|2004-07-20 09:00:00|2004-07-28 09:05:03|150"}));
+  EXPECT_EQ(suite_->mails.size(), 2U);
+  EXPECT_EQ(Log(), Texts{});
+}
+
 }  // namespace
 }  // namespace orvane_test

@@ -35,4 +35,16 @@ std::string Dialect::InsertReturning(std::string_view table, const std::vector<s
   return sql;
 }
 
+std::string Dialect::DeleteOne(std::string_view table, std::string_view condition) const {
+  std::string sql = "DELETE FROM ";
+  return sql.append(table).append(" WHERE ").append(condition).append(" LIMIT 1");
+}
+
+std::string Dialect::UpdateOne(std::string_view table, std::string_view assignments,
+                               std::string_view condition) const {
+  std::string sql = "UPDATE ";
+  sql.append(table).append(" SET ").append(assignments);
+  return sql.append(" WHERE ").append(condition).append(" LIMIT 1");
+}
+
 }  // namespace ADODB::engine

@@ -12,6 +12,7 @@
 
 #include "platform/adodb/engine/column.hpp"
 #include "platform/automation/error.hpp"
+#include "platform/automation/variant.hpp"
 
 namespace ADODB::engine {
 
@@ -72,6 +73,17 @@ class Dialect {
   // be empty.
   virtual std::string LockedSelect(std::string_view list, std::string_view table,
                                    std::string_view where) const;
+  // A condition that holds while a column, quoted, reads as it did: NULL equals NULL, texts are compared
+  // letter for letter, and a number that is approximate by what a read of it gives. Each "?" in it stands for
+  // the value as ComparedValue gives it; of a Binary column the bytes in hexadecimal digits, upper case.
+  virtual std::string StillReads(const std::string& column, ColumnType type) const = 0;
+  virtual automation::Variant ComparedValue(const automation::Variant& value, ColumnType) const {
+    return value;
+  }
+  // A delete or an update of one of the rows that meet the condition, whichever.
+  virtual std::string DeleteOne(std::string_view table, std::string_view condition) const;
+  virtual std::string UpdateOne(std::string_view table, std::string_view assignments,
+                                std::string_view condition) const;
   // What stands before the rows of "(a,b) IN (VALUES (1,2),(3,4))", in the form of it that is fast for tens
   // of thousands of rows.
   virtual std::string_view RowValueListStart() const { return "VALUES "; }

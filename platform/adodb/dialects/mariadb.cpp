@@ -75,6 +75,27 @@ class MariaDb : public Dialect {
     return sql;
   }
 
+  // By the bytes of the text, whatever the column's collation takes for equal. A zero date reads as NULL. A
+  // FLOAT reads as the number that it is or as that of its shorter text, as the driver fetches it.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    switch (type) {
+      case ColumnType::Boolean:
+      case ColumnType::Integer:
+        return column + " <=> ?";
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+        return "(" + column + " <=> ? OR concat(" + column + ") + 0e0 <=> ?)";
+      case ColumnType::DateTime:
+        return "if(year(" + column + ") > 0 AND month(" + column + ") > 0 AND dayofmonth(" + column +
+               ") > 0, " + column + ", NULL) <=> ?";
+      case ColumnType::Text:
+        return "convert(" + column + " USING utf8mb4) COLLATE utf8mb4_nopad_bin <=> convert(? USING utf8mb4)";
+      case ColumnType::Binary:
+        break;
+    }
+    return "hex(" + column + ") <=> ?";
+  }
+
   // After VALUES the first row's values would be names of columns, which must differ: a row (1,1) is refused.
   std::string_view RowValueListStart() const override { return {}; }
 

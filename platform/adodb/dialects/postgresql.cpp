@@ -1,5 +1,8 @@
 #include "platform/adodb/dialects/postgresql.hpp"
 
+#include <charconv>
+#include <variant>
+
 #include "platform/adodb/engine/engine_error.hpp"
 
 namespace ADODB::engine {
@@ -61,6 +64,36 @@ class PostgreSql : public Dialect {
   bool ComparesBoundValuesAsLiterals() const override { return true; }
   bool PreparesOnTheServer() const override { return true; }
   std::string_view NumberParameter() const override { return "CAST(? AS integer)"; }
+
+  // A text is compared as the engine writes it: so is a type that has no equality of its own, and the blanks
+  // of a CHAR count. Numbers are compared as the double that their text gives, as the driver reads them.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    switch (type) {
+      case ColumnType::Boolean:
+      case ColumnType::Integer:
+      case ColumnType::DateTime:
+        return column + " IS NOT DISTINCT FROM ?";
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+        return "CAST(CAST(" + column +
+               " AS text) AS double precision) IS NOT DISTINCT FROM CAST(? AS double precision)";
+      case ColumnType::Text:
+        return "CASE WHEN " + column + " IS NOT NULL THEN format('%s', " + column +
+               ") END IS NOT DISTINCT FROM ?";
+      case ColumnType::Binary:
+        break;
+    }
+    return "upper(encode(" + column + ", 'hex')) IS NOT DISTINCT FROM ?";
+  }
+
+  // The driver rounds a double that it is given to 15 digits.
+  automation::Variant ComparedValue(const automation::Variant& value, ColumnType) const override {
+    const double* number = std::get_if<double>(&value.Get());
+    if (number == nullptr) return value;
+    char digits[32];
+    const auto end = std::to_chars(digits, digits + sizeof digits, *number).ptr;
+    return std::string(digits, end);
+  }
 
   // A typed literal: its meaning does not hang on the session's DateStyle.
   std::string Timestamp(std::string_view text) const override {

@@ -26,6 +26,26 @@ class Sqlite : public Dialect {
 
   bool ReturnsDeletedRows() const override { return true; }
 
+  // A column may hold a value of any type, and a date or a Boolean may be written in several ways.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    switch (type) {
+      case ColumnType::Boolean:
+        return "orvane_asboolean(" + column + ") IS ?";
+      case ColumnType::DateTime:
+        return "orvane_asdate(" + column + ") IS ?";
+      case ColumnType::Binary:
+        return "CASE WHEN typeof(" + column + ") IN ('blob','text') THEN hex(" + column + ") ELSE " + column +
+               " END IS ?";
+      case ColumnType::Integer:
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+      case ColumnType::Text:
+        break;
+    }
+    return "CASE WHEN typeof(" + column + ") = 'blob' THEN CAST(" + column + " AS TEXT) ELSE " + column +
+           " END IS ? COLLATE BINARY";
+  }
+
   // Neither a literal nor a parameter has an affinity of its own.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
 

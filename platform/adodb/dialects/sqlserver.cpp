@@ -80,6 +80,40 @@ class SqlServer : public Dialect {
     return sql;
   }
 
+  // INTERSECT takes NULL for equal to NULL. Texts are compared by their bytes, since "=" ignores trailing
+  // blanks in every collation; dates to the millisecond, since the older type has none between.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    const auto same = [](const std::string& left, const std::string& right) {
+      return "EXISTS (SELECT " + left + " INTERSECT SELECT " + right + ")";
+    };
+    switch (type) {
+      case ColumnType::Boolean:
+      case ColumnType::Integer:
+        return same(column, "?");
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+        return same("CAST(" + column + " AS float)", "CAST(? AS float)");
+      case ColumnType::DateTime:
+        return same("CAST(" + column + " AS datetime2(3))", "CAST(? AS datetime2(3))");
+      case ColumnType::Text:
+        return same("CAST(CAST(" + column + " AS nvarchar(max)) AS varbinary(max))",
+                    "CAST(CAST(? AS nvarchar(max)) AS varbinary(max))");
+      case ColumnType::Binary:
+        break;
+    }
+    return same("CONVERT(varchar(max), CAST(" + column + " AS varbinary(max)), 2)", "?");
+  }
+
+  std::string DeleteOne(std::string_view table, std::string_view condition) const override {
+    std::string sql = "DELETE TOP (1) FROM ";
+    return sql.append(table).append(" WHERE ").append(condition);
+  }
+  std::string UpdateOne(std::string_view table, std::string_view assignments,
+                        std::string_view condition) const override {
+    std::string sql = "UPDATE TOP (1) ";
+    return sql.append(table).append(" SET ").append(assignments).append(" WHERE ").append(condition);
+  }
+
   // Trailing blanks never count; a collation says "_CI" when case does not either, and the binary ones end in
   // _BIN or _BIN2.
   std::string ComparisonKey(std::string_view text, const Column& column) const override {

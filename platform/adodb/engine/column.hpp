@@ -21,9 +21,16 @@ struct Column {
 
 // How rows of one table are addressed and made.
 struct TableShape {
-  // Columns that tell every row apart, as the database spells them: the primary key, or the engine's own row
-  // number where it has one. Empty when rows cannot be addressed: such a table is read-only.
+  enum class Address {
+    Key,      // a primary key, or the engine's own number of the row
+    Place,    // where the row lies: another one when it is changed, and maybe another row's after that
+    WholeRow  // nothing but its values: rows that are equal are not told apart
+  };
+
+  // The columns that address a row, as the database spells them. Empty when rows cannot be addressed, those
+  // of a view for instance: they are read-only.
   std::vector<std::string> keyColumns;
+  Address address = Address::Key;
   std::optional<std::string> generatedColumn;  // the column that the database numbers by itself
 };
 

@@ -80,6 +80,7 @@ void ConnectionImpl::CommitTrans() {
   // A second commit could succeed with nothing left in the transaction.
   if (!link.inTransaction || link.commitFailed) Raise(automation::ErrorNumber::ArgumentsInvalid);
   link.commitFailed = true;  // unless it returns
+  link.GetFreshness().NoteWrite();
   link.GetSession().Commit();
   link.inTransaction = link.commitFailed = false;
 }
@@ -88,6 +89,7 @@ void ConnectionImpl::RollbackTrans() {
   Link& link = *GetLink();
   if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
   link.inTransaction = link.commitFailed = false;
+  link.GetFreshness().NoteWrite();
   link.GetSession().Rollback();
 }
 

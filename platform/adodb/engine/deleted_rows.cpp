@@ -80,6 +80,7 @@ class Deletion {
     DeleteShape shape;
     if (!ReadDelete(sql, shape)) CannotTell();
     table_ = Session().Describe(shape.table);
+    if (table_.address != TableShape::Address::Key) table_.keyColumns.clear();
     return shape;
   }
 
@@ -166,6 +167,7 @@ class Deletion {
 
 DeletedRows RunDelete(Link& link, const Translation& translation, Deleted wanted) {
   Deletion deletion(link, wanted);
+  link.GetFreshness().NoteWrite();
   const auto runAll = [&] {
     for (const std::string& piece : translation.statements) deletion.RunPiece(piece);
   };

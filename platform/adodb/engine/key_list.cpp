@@ -71,6 +71,16 @@ void KeyList::Clear() {
   *this = KeyList();
 }
 
+void KeyList::Truncate(std::size_t size) {
+  if (size >= Size()) return;
+  if (numeric_) {
+    numbers_.resize(size);
+    return;
+  }
+  bytes_.resize(offsets_[size]);
+  offsets_.resize(size);
+}
+
 void KeyList::MakeGeneral() {
   numeric_ = false;
   for (const std::int64_t number : numbers_) {

@@ -19,6 +19,8 @@ class KeyList {
   void Set(std::size_t index, KeyView key);
   Row Get(std::size_t index) const;
   void Clear();
+  // Keeps the first `size` keys. REQUIRES: none was Set.
+  void Truncate(std::size_t size);
 
   // Single whole numbers: the list can be compared and counted with. True for an empty list.
   bool IsNumeric() const { return numeric_; }

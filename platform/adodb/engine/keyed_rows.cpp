@@ -1,78 +1,47 @@
 #include "platform/adodb/engine/keyed_rows.hpp"
 
 #include <algorithm>
-#include <string_view>
 #include <unordered_map>
 #include <utility>
-
-#include "platform/adodb/engine/sql_tokens.hpp"
 
 namespace ADODB::engine {
 namespace {
 
-constexpr std::size_t kPageRows = 1000;
-constexpr std::size_t kFirstWindowRows = 32;
 constexpr std::size_t kScatteredRows = 200;
 constexpr std::size_t kCompositeRows = 50;
 constexpr std::size_t kWindowBytes = std::size_t{4} * 1024 * 1024;
 
-// Or a text that looks like one, which does no harm.
-bool HoldsSubquery(std::string_view condition) {
-  constexpr std::string_view kSelect = "select";
-  for (std::size_t at = 0; at + kSelect.size() <= condition.size(); ++at) {
-    if (EqualsIgnoringAsciiCase(condition.substr(at, kSelect.size()), kSelect)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
-KeyedRows::KeyedRows(std::shared_ptr<Link> link, SelectShape select, TableShape table, bool fixed,
-                     std::size_t mostRows)
+KeyedRows::KeyedRows(std::shared_ptr<Link> link, const SelectShape& select, const TableShape& table,
+                     bool fixed, std::size_t mostRows)
     : link_(std::move(link)),
-      select_(std::move(select)),
-      table_(std::move(table)),
+      statements_(link_->GetSession().GetDialect(), select, table.keyColumns),
       fixed_(fixed),
+      keyMoves_(table.address == TableShape::Address::Place),
       mostRows_(mostRows),
-      windowSize_(kPageRows) {
-  const Dialect& dialect = link_->GetSession().GetDialect();
-  for (const std::string& column : table_.keyColumns) {
-    keyNames_.push_back(select_.name + "." + dialect.QuotedName(column));
+      listed_(fixed || keyMoves_ || statements_.HasOrder()) {
+  if (listed_ && mostRows_ == 0 && !statements_.HasOrder() && statements_.HasSubquery() &&
+      link_->GetSession().GetDialect().OrdersLongTextsOnDisk() && ReadShort()) {
+    return;
   }
-  // A condition with a subquery: the rows do not come in the order of the key by themselves.
-  const bool chosenElsewhere = HoldsSubquery(select_.condition);
-  if (fixed_ && mostRows_ == 0 && chosenElsewhere && dialect.OrdersLongTextsOnDisk() && ReadShort()) return;
+  if (statements_.HasOrder()) {
+    ListKeys();
+    TakeColumns(*Run(statements_.Page({}, 0)));
+    return;
+  }
   ReadPage();
-  if (fixed_ && !complete_) ReadRemainingKeys();
+  if (listed_) ListKeys();
 }
 
-std::string KeyedRows::Columned(const char* suffix) const {
-  std::string list;
-  for (const std::string& name : keyNames_) list += (list.empty() ? "" : ",") + name + suffix;
-  return list;
+std::unique_ptr<Rows> KeyedRows::Run(const KeyedSelect::Query& query) const {
+  return link_->GetSession().Query(query.sql, query.parameters);
 }
 
-// "k1 > ?", or "k1 >= ? AND (k1 > ? OR (k1 = ? AND (k2 > ?)))": the first term says nothing new, but it is
-// the one by which planners enter the key's index in the middle. No condition at the start.
-std::string KeyedRows::BehindLast(Parameters& parameters) const {
-  const Row& key = lastKey_;
-  std::string condition;
-  std::string closing;
-  if (key.size() > 1) {
-    condition = keyNames_[0] + " >= ? AND ";
-    parameters.push_back(key[0]);
-  }
-  for (std::size_t i = 0; i < key.size(); ++i) {
-    condition += "(" + keyNames_[i] + " > ?";
-    parameters.push_back(key[i]);
-    closing += ")";
-    if (i + 1 < key.size()) {
-      condition += " OR (" + keyNames_[i] + " = ? AND ";
-      parameters.push_back(key[i]);
-      closing += ")";
-    }
-  }
-  return condition + closing;
+// Rows of a fixed set grow old; those of an open one do so at once when the run writes.
+bool KeyedRows::IsOutdated() const {
+  const Freshness& freshness = link_->GetFreshness();
+  return (!fixed_ && freshness.WroteSince(readAt_)) || freshness.IsOld(readAt_);
 }
 
 // Rows that left the window lend their memory to those that enter it.
@@ -90,21 +59,20 @@ Row KeyedRows::ReadRow(const Rows& rows, std::size_t count) {
 void KeyedRows::TakeColumns(const Rows& rows) {
   if (!columns_.empty()) return;
   columns_.assign(rows.Columns().begin(),
-                  rows.Columns().end() - static_cast<std::ptrdiff_t>(keyNames_.size()));
+                  rows.Columns().end() - static_cast<std::ptrdiff_t>(statements_.KeyCount()));
 }
 
 // All rows at once, as they come, and then in order; false when that is too many, or not possible.
 bool KeyedRows::ReadShort() {
-  Session& session = link_->GetSession();
-  if (keyNames_.size() > 1) return false;
-  const std::unique_ptr<Rows> rows = session.Query(
-      session.GetDialect().Limited(select_.list + "," + Columned(""), select_.From({}), kPageRows + 1), {});
+  if (statements_.KeyCount() > 1) return false;
+  const std::unique_ptr<Rows> rows = Run(statements_.Unordered(WindowSize::kMost + 1));
   if (rows->Columns().empty() || rows->Columns().back().type != ColumnType::Integer) return false;
+  readAt_ = link_->GetFreshness().Now();
   TakeColumns(*rows);
   const std::size_t count = rows->Columns().size();
   std::size_t bytes = 0;
   while (rows->Next()) {
-    if (window_.size() == kPageRows || bytes >= kWindowBytes) {
+    if (window_.size() == WindowSize::kMost || bytes >= kWindowBytes) {
       spare_ = std::exchange(window_, {});
       return false;
     }
@@ -119,20 +87,15 @@ bool KeyedRows::ReadShort() {
     PushKey(KeyOf(row));
   }
   complete_ = true;
-  if (keys_.Size() > 0) lastKey_ = keys_.Get(keys_.Size() - 1);
   return true;
 }
 
 // The next rows behind the known ones become known, and the window.
 void KeyedRows::ReadPage() {
-  Session& session = link_->GetSession();
-  std::size_t limit = kPageRows;
+  std::size_t limit = windowSize_.Rows();
   if (mostRows_ > 0) limit = std::min(limit, mostRows_ - keys_.Size());
-  Parameters parameters;
-  const std::string condition = BehindLast(parameters);
-  const std::string sql = session.GetDialect().Limited(
-      select_.list + "," + Columned(""), select_.From(condition) + " ORDER BY " + Columned(""), limit);
-  const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
+  const std::unique_ptr<Rows> rows = Run(statements_.Page(lastKey_, limit));
+  readAt_ = link_->GetFreshness().Now();
   const std::size_t count = rows->Columns().size();
   TakeColumns(*rows);
   windowOrdinals_.clear();
@@ -154,30 +117,62 @@ void KeyedRows::ReadPage() {
 }
 
 void KeyedRows::PushKey(KeyView key) {
-  if (sorted_ == keys_.Size()) ++sorted_;
+  if (sorted_ == keys_.Size() && !statements_.HasOrder()) ++sorted_;
   keys_.Push(key);
 }
 
-void KeyedRows::ReadRemainingKeys() {
-  Session& session = link_->GetSession();
-  Parameters parameters;
-  const std::string condition = BehindLast(parameters);
-  const std::unique_ptr<Rows> rows = session.Query(
-      "SELECT " + Columned("") + select_.From(condition) + " ORDER BY " + Columned(""), parameters);
-  Row key(keyNames_.size());
+void KeyedRows::ReadKeys(const KeyedSelect::Query& query) {
+  const std::unique_ptr<Rows> rows = Run(query);
+  Row key(statements_.KeyCount());
   while ((mostRows_ == 0 || keys_.Size() < mostRows_) && rows->Next()) {
     for (std::size_t i = 0; i < key.size(); ++i) rows->Read(i, key[i]);
     PushKey(key);
   }
+}
+
+// The keys that are not known yet, in the order of the set.
+void KeyedRows::ListKeys() {
+  listed_ = true;
+  if (statements_.HasOrder()) {
+    StartPages();
+    ReadKeys(statements_.KeysInOrder());
+  } else if (!complete_) {
+    ReadKeys(statements_.KeysBehind(lastKey_));
+  }
   complete_ = true;
 }
 
+// Nothing is known any more.
+void KeyedRows::StartPages() {
+  keys_.Clear();
+  holes_.Truncate(0);
+  lastKey_.clear();
+  sorted_ = 0;
+  complete_ = false;
+  windowOrdinals_.clear();
+  spare_ = std::exchange(window_, {});
+}
+
+void KeyedRows::Rewind() {
+  if (listed_) return;
+  const bool atFront = !windowOrdinals_.empty() && windowOrdinals_.front() == 0;
+  if (!atFront || IsOutdated() || LeftCount() != KnownCount()) StartPages();
+}
+
 bool KeyedRows::Reach(std::size_t ordinal) {
-  while (ordinal >= KnownCount()) {
-    if (complete_) return false;
+  if (ordinal < KnownCount()) return true;
+  if (listed_ || (mostRows_ > 0 && KnownCount() >= mostRows_)) return false;
+  // Rows may have been added behind the last page.
+  if (complete_ && !IsOutdated()) return false;
+  do {
+    if (IsOutdated()) {
+      windowSize_.StartSmall();
+    } else if (KnownCount() > 0) {
+      windowSize_.Grow();
+    }
     ReadPage();
-  }
-  return true;
+  } while (ordinal >= KnownCount() && !complete_);
+  return ordinal < KnownCount();
 }
 
 const Row* KeyedRows::InWindow(std::size_t ordinal, bool& inside) const {
@@ -197,78 +192,64 @@ const Row* KeyedRows::InWindow(std::size_t ordinal, bool& inside) const {
 }
 
 const Row* KeyedRows::At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
+  const bool outdated = IsOutdated();
   bool inside = false;
-  const Row* row = InWindow(ordinal, inside);
-  if (inside) return row;
-  std::vector<std::size_t> wanted;
-  if (ordinal >= sorted_) {
-    wanted.push_back(ordinal);
-  } else if (!upcoming.empty()) {
-    const std::size_t most = keyNames_.size() > 1 ? kCompositeRows : kScatteredRows;
-    for (const std::uint32_t next : upcoming) {
-      if (wanted.size() < most && next < sorted_) wanted.push_back(next);
-    }
-  } else {
-    const bool goesOn = !windowOrdinals_.empty() && ordinal == windowOrdinals_.back() + 1;
-    windowSize_ = goesOn ? std::min(windowSize_ * 2, kPageRows) : kFirstWindowRows;
-    std::size_t most = windowSize_;
-    if (keyNames_.size() > 1) most = std::min(most, kCompositeRows);
-    for (std::size_t i = ordinal; i < sorted_ && wanted.size() < most; ++i) wanted.push_back(i);
+  if (!outdated) {
+    const Row* row = InWindow(ordinal, inside);
+    if (inside) return row;
   }
-  Fetch(std::move(wanted));
+  const bool goesOn = !outdated && !windowOrdinals_.empty() && ordinal > windowOrdinals_.back() &&
+                      (!upcoming.empty() || ordinal == windowOrdinals_.back() + 1);
+  if (goesOn) {
+    windowSize_.Grow();
+  } else if (outdated || upcoming.empty()) {
+    windowSize_.StartSmall();
+  }
+  if (!listed_) return TurnTo(ordinal);
+  Fetch(Wanted(ordinal, upcoming));
   return InWindow(ordinal, inside);
 }
 
-std::string KeyedRows::WindowCondition(const std::vector<std::size_t>& ordinals,
-                                       Parameters& parameters) const {
-  const std::size_t first = ordinals.front();
-  const std::size_t last = ordinals.back();
-  if (keyNames_.size() > 1) {
-    std::string condition;
-    for (const std::size_t ordinal : ordinals) {
-      condition += condition.empty() ? "(" : " OR (";
-      const Row key = keys_.Get(ordinal);
-      for (std::size_t i = 0; i < key.size(); ++i) {
-        condition += (i == 0 ? "" : " AND ") + keyNames_[i] + " = ?";
-        parameters.push_back(key[i]);
-      }
-      condition += ")";
-    }
-    return condition;
-  }
-  // Between keys that lie close together little else can stand, and a range is read fastest.
-  const bool together = last - first + 1 == ordinals.size();
-  const bool close = together && (select_.condition.empty() ||
-                                  (keys_.IsNumeric() && keys_.Number(last) - keys_.Number(first) <=
-                                                            static_cast<std::int64_t>(4 * ordinals.size())));
-  if (ordinals.size() > 1 && close) {
-    parameters.push_back(keys_.Get(first).front());
-    parameters.push_back(keys_.Get(last).front());
-    return keyNames_.front() + " >= ? AND " + keyNames_.front() + " <= ?";
-  }
-  std::string condition = keyNames_.front() + " IN (";
-  for (const std::size_t ordinal : ordinals) {
-    condition += parameters.empty() ? "?" : ",?";
-    parameters.push_back(keys_.Get(ordinal).front());
-  }
-  return condition + ")";
+// The page that begins at `ordinal`, as the database has it now: what was known of the rows from there on is
+// forgotten.
+const Row* KeyedRows::TurnTo(std::size_t ordinal) {
+  keys_.Truncate(ordinal);
+  holes_.Truncate(ordinal);
+  sorted_ = std::min(sorted_, ordinal);
+  lastKey_.clear();
+  if (ordinal > 0) lastKey_ = keys_.Get(ordinal - 1);
+  complete_ = false;
+  ReadPage();
+  bool inside = false;
+  return InWindow(ordinal, inside);
 }
 
-// Reads the rows at `ordinals`, ascending, into the window. Membership is fixed: whatever the statement's
-// condition says of a row now, a known key shows its row.
+std::vector<std::size_t> KeyedRows::Wanted(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
+  std::vector<std::size_t> wanted;
+  std::size_t most = windowSize_.Rows();
+  if (!upcoming.empty() || ordinal >= sorted_) most = std::min(most, kScatteredRows);
+  if (statements_.KeyCount() > 1) most = std::min(most, kCompositeRows);
+  if (!upcoming.empty()) {
+    for (const std::uint32_t next : upcoming.first(std::min(most, upcoming.size()))) wanted.push_back(next);
+  } else {
+    // Up to where the order of the keys ends: one window is read in one way.
+    const std::size_t end = ordinal < sorted_ ? sorted_ : KnownCount();
+    for (std::size_t i = ordinal; i < end && wanted.size() < most; ++i) wanted.push_back(i);
+  }
+  return wanted;
+}
+
+// Reads the rows at `ordinals`, ascending, into the window. Membership of a fixed set is fixed: whatever the
+// statement's condition says of a row now, a known key shows its row.
 void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
-  Session& session = link_->GetSession();
-  Parameters parameters;
-  SelectShape byKey = select_;
-  byKey.condition.clear();
-  const std::string condition = WindowCondition(ordinals, parameters);
-  const std::unique_ptr<Rows> rows = session.Query(
-      "SELECT " + select_.list + "," + Columned("") + byKey.From(condition) + " ORDER BY " + Columned(""),
-      parameters);
+  const bool ascending = ordinals.back() < sorted_;
+  const bool merge = ascending && keys_.IsNumeric();
+  const std::unique_ptr<Rows> rows =
+      Run(statements_.ByKeys(keys_, ordinals, ascending, !fixed_ || keyMoves_));
+  readAt_ = link_->GetFreshness().Now();
   std::unordered_map<std::string, std::size_t> places;
-  if (!keys_.IsNumeric()) {
-    for (std::size_t i = 0; i < ordinals.size(); ++i)
-      places.emplace(KeyList::Bytes(keys_.Get(ordinals[i])), i);
+  if (!merge) {
+    for (std::size_t i = 0; i < ordinals.size(); ++i) places.emplace(BytesAt(ordinals[i]), i);
   }
   spare_ = std::exchange(window_, {});
   windowOrdinals_.clear();
@@ -276,14 +257,16 @@ void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
   std::size_t bytes = 0;
   std::size_t place = 0;
   const std::size_t count = rows->Columns().size();
+  TakeColumns(*rows);
   bool cut = false;
   while (rows->Next()) {
-    if (bytes >= kWindowBytes) {
+    // A window that is not filled in its order cannot be cut.
+    if (ascending && bytes >= kWindowBytes) {
       cut = true;
       break;
     }
     Row row = ReadRow(*rows, count);
-    if (keys_.IsNumeric()) {
+    if (merge) {
       const std::int64_t key = automation::ToInt64(row.back());
       while (place < ordinals.size() && keys_.Number(ordinals[place]) < key) ++place;
       if (place == ordinals.size() || keys_.Number(ordinals[place]) != key) continue;
@@ -303,57 +286,64 @@ void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
   window_ = std::move(window);
 }
 
+void KeyedRows::DropFromWindow(std::size_t ordinal) {
+  const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
+  if (found == windowOrdinals_.end() || *found != ordinal) return;
+  window_.erase(window_.begin() + (found - windowOrdinals_.begin()));
+  windowOrdinals_.erase(found);
+}
+
 std::size_t KeyedRows::Append(Row row) {
-  // The place of an appended row is the end, wherever its key would sort.
-  while (Reach(KnownCount())) {
+  // The place of an appended row is the end, wherever its key would sort. Its values are read when it becomes
+  // current again: the database may hold them in another form than they were written in.
+  const KeyView key = KeyOf(row);
+  if (!listed_) {
+    ListKeys();
+    // It is in the database already, and may have been listed with the others.
+    const std::string bytes = KeyList::Bytes(key);
+    for (std::size_t at = KnownCount(); at-- > 0;) {
+      if (BytesAt(at) == bytes) return at;
+    }
   }
-  keys_.Push(KeyOf(row));
-  windowOrdinals_.assign(1, KnownCount() - 1);
-  window_.clear();
-  window_.push_back(std::move(row));
+  keys_.Push(key);
   return KnownCount() - 1;
 }
 
 void KeyedRows::Replace(std::size_t ordinal, Row row) {
+  DropFromWindow(ordinal);
+  // The pages of an open set go on behind the place where the row was met.
+  if (!listed_) return;
   const KeyView key = KeyOf(row);
-  if (KeyList::Bytes(keys_.Get(ordinal)) != KeyList::Bytes(key)) {
-    keys_.Set(ordinal, key);
-    // Its key may no longer stand in order: from here on, rows are fetched one by one.
-    sorted_ = std::min(sorted_, ordinal);
-  }
-  const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
-  if (found == windowOrdinals_.end() || *found != ordinal) return;
-  window_[static_cast<std::size_t>(found - windowOrdinals_.begin())] = std::move(row);
+  if (BytesAt(ordinal) == KeyList::Bytes(key)) return;
+  keys_.Set(ordinal, key);
+  sorted_ = std::min(sorted_, ordinal);
 }
 
-std::optional<std::int64_t> KeyedRows::Mark() const {
-  return link_->GetSession().ChangeMark();
+std::string KeyedRows::BytesAt(std::size_t ordinal) const {
+  return KeyList::Bytes(keys_.Get(ordinal));
 }
 
-bool KeyedRows::IsUnchanged(std::optional<std::int64_t> mark) const {
-  return mark && link_->GetSession().ChangeMark() == mark;
-}
-
-bool KeyedRows::Holds(const Column& column, const automation::Variant& value) const {
-  Session& session = link_->GetSession();
-  if (column.baseColumn.empty()) return true;
-  const std::string condition =
-      select_.name + "." + session.GetDialect().QuotedName(column.baseColumn) + " = ?";
-  return session.Query("SELECT " + keyNames_.front() + select_.From(condition), {value})->Next();
-}
-
-std::size_t KeyedRows::ReadAgain(std::size_t ordinal) {
-  std::string key;
-  if (ordinal < KnownCount()) key = KeyList::Bytes(keys_.Get(ordinal));
-  keys_.Clear();
-  lastKey_.clear();
-  sorted_ = 0;
-  complete_ = false;
-  while (Reach(KnownCount())) {
+std::size_t KeyedRows::ReadAgain(std::size_t ordinal, const Visit& visit) {
+  const std::string key = ordinal < KnownCount() ? BytesAt(ordinal) : std::string();
+  StartPages();
+  windowSize_ = {};
+  // Pages come with their rows; only an order of its own takes the keys first.
+  if (statements_.HasOrder()) {
+    ListKeys();
+  } else {
+    listed_ = false;
   }
   std::size_t place = 0;
-  while (place < KnownCount() && KeyList::Bytes(keys_.Get(place)) != key) ++place;
-  return place;
+  bool found = false;
+  for (std::size_t at = 0; Reach(at); ++at) {
+    if (const Row* row = At(at, {})) visit(at, *row);
+    if (!found && !key.empty() && at < KnownCount() && BytesAt(at) == key) {
+      place = at;
+      found = true;
+    }
+  }
+  listed_ = complete_ = true;
+  return found ? place : KnownCount();
 }
 
 }  // namespace ADODB::engine

@@ -85,6 +85,7 @@ void InTransaction(Link& link, const std::function<void()>& work) {
 
 std::int64_t Run(Link& link, const Translation& translation) {
   Session& session = link.GetSession();
+  link.GetFreshness().NoteWrite();
   if (translation.statements.size() == 1) return session.Execute(translation.statements.front(), {});
   std::int64_t affected = 0;
   InTransaction(link, [&] {

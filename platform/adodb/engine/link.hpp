@@ -22,6 +22,9 @@ class Link {
   bool IsOpen() const { return lease_.session != nullptr; }
   Session& GetSession() const;  // 3704 when it is closed
 
+  // To be told of every write before it is sent.
+  Freshness& GetFreshness() const { return pool_->GetFreshness(); }
+
   // Checks and translates the statement. Several pieces come out only for a DELETE.
   std::shared_ptr<const Translation> Prepare(const Statement& statement);
 

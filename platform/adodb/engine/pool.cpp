@@ -12,7 +12,7 @@ struct Pool::Target {
 };
 
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
-    : providers_(std::move(providers)), clock_(std::move(clock)) {}
+    : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_) {}
 
 Pool::~Pool() = default;
 

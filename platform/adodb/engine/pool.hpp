@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/adodb/engine/coarse_clock.hpp"
+#include "platform/adodb/engine/freshness.hpp"
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/adodb/engine/translation_memo.hpp"
 
@@ -50,6 +51,9 @@ class Pool {
 
   std::size_t IdleCount() const;
 
+  // Of the rows that are read through the pool's sessions.
+  Freshness& GetFreshness() { return freshness_; }
+
  private:
   struct Idle {
     std::unique_ptr<Session> session;
@@ -64,6 +68,7 @@ class Pool {
 
   const std::vector<std::shared_ptr<Provider>> providers_;
   const Clock clock_;
+  Freshness freshness_;
   mutable std::mutex mutex_;
   struct TextHash {
     using is_transparent = void;

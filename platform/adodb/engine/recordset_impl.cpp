@@ -6,6 +6,8 @@
 
 #include "platform/adodb/engine/connection_impl.hpp"
 #include "platform/adodb/engine/criterion.hpp"
+#include "platform/adodb/engine/keyed_rows.hpp"
+#include "platform/adodb/engine/loose_rows.hpp"
 #include "platform/adodb/engine/static_rows.hpp"
 #include "platform/automation/error.hpp"
 
@@ -17,6 +19,11 @@ using automation::Variant;
 
 [[noreturn]] void Raise(ErrorNumber number) {
   throw automation::Error(number, "ADODB.Recordset");
+}
+
+bool StartsWithSelect(std::string_view sql) {
+  const TokenList list = Tokenize(sql.substr(0, 32));
+  return !list.tokens.empty() && Is(sql, list.tokens.front(), "select");
 }
 
 }  // namespace
@@ -65,6 +72,8 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
   type_ = location_ == CursorLocation::Client ? CursorType::Static : cursorType;
   const std::string& sql = translation.statements.front();
   Session& session = link->GetSession();
+  // A statement that changes rows may yield some as well.
+  if (!StartsWithSelect(sql)) link->GetFreshness().NoteWrite();
   const bool walksByKey = type_ == CursorType::Keyset || type_ == CursorType::Dynamic;
   if (walksByKey || lockType != LockType::ReadOnly) {
     OpenOnTable(link, sql, lockType);
@@ -72,6 +81,8 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
     Copy(session, sql, link->Values(), 0);
   }
   if (!source_) return;
+  if (!searches_) searches_ = std::make_unique<Searches>(link, *source_, SelectShape());
+  handedOut_.Reset(source_->Columns().size());
   NameFields(statement, session.GetDialect());
   link_ = std::move(link);
   GoTo(0, true);
@@ -82,42 +93,54 @@ void RecordsetImpl::OpenCopied(const Statement& statement, std::shared_ptr<Link>
   Reset();
   type_ = CursorType::Static;
   source_ = std::move(rows);
+  searches_ = std::make_unique<Searches>(link, *source_, SelectShape());
+  handedOut_.Reset(source_->Columns().size());
   NameFields(statement, link->GetSession().GetDialect());
   link_ = std::move(link);
   filter_ = std::move(order);
   GoTo(0, true);
 }
 
-// Opens a set whose rows are walked or changed by their table's key, where the statement has one.
+// Opens a set whose rows are read again, or changed, one by one, where the statement has such.
 void RecordsetImpl::OpenOnTable(const std::shared_ptr<Link>& link, const std::string& sql,
                                 LockType lockType) {
+  using Address = TableShape::Address;
   Session& session = link->GetSession();
   SelectShape select;
   TableShape table;
   if (ReadSelect(sql, select)) table = session.Describe(select.table);
-  const bool keyed = !table.keyColumns.empty();
+  const bool addressed = !table.keyColumns.empty();
   const bool walksByKey = type_ == CursorType::Keyset || type_ == CursorType::Dynamic;
-  if (keyed && walksByKey && select.order.empty()) {
-    auto source = std::make_unique<KeyedRows>(link, select, table, type_ == CursorType::Keyset, mostRows_);
-    keyed_ = source.get();
+  std::vector<Column> keyColumns;
+  if (addressed && walksByKey && table.address == Address::WholeRow) {
+    auto source = std::make_unique<LooseRows>(link, select, table, type_ == CursorType::Dynamic, mostRows_);
+    keyColumns = source->KeyColumns();
     source_ = std::move(source);
-  } else if (keyed && lockType != LockType::ReadOnly) {
-    std::string keys;
-    for (const std::string& column : table.keyColumns) {
-      keys += "," + select.name + "." + session.GetDialect().QuotedName(column);
-    }
+  } else if (addressed && walksByKey) {
+    source_ = std::make_unique<KeyedRows>(link, select, table, type_ == CursorType::Keyset, mostRows_);
+    readsRowsAgain_ = true;
+  } else if (addressed && lockType != LockType::ReadOnly) {
     // In the key's order unless the statement says otherwise: engines differ in the index that they walk,
     // and what is written from these rows must not.
+    std::string order = select.order;
+    if (order.empty() && table.address != Address::WholeRow) {
+      for (const std::string& column : table.keyColumns) {
+        order +=
+            (order.empty() ? "ORDER BY " : ",") + select.name + "." + session.GetDialect().QuotedName(column);
+      }
+    }
     Copy(session,
-         "SELECT " + select.list + keys + select.From({}) + " " +
-             (select.order.empty() ? "ORDER BY " + keys.substr(1) : select.order),
-         {}, table.keyColumns.size());
+         "SELECT " + ListWithKey(select, table, session.GetDialect()) + select.From({}) + " " + order, {},
+         table.keyColumns.size());
+    if (source_) keyColumns = static_cast<const StaticRows&>(*source_).KeyColumns();
   } else {
     Copy(session, sql, {}, 0);
   }
-  if (source_ && keyed && lockType != LockType::ReadOnly) {
-    writer_ = std::make_unique<RowWriter>(link, select.table, table, source_->Columns());
+  if (source_ && addressed && lockType != LockType::ReadOnly) {
+    writer_ =
+        std::make_unique<RowWriter>(link, select.table, table, source_->Columns(), std::move(keyColumns));
   }
+  if (source_) searches_ = std::make_unique<Searches>(link, *source_, std::move(select));
 }
 
 // Reads all rows; a statement that yields none, and no columns, leaves the set closed.
@@ -167,14 +190,14 @@ ObjectState RecordsetImpl::State() const {
 void RecordsetImpl::Reset() {
   fields_.clear();
   shownNames_.clear();
-  indexes_.clear();
+  searches_.reset();
   writer_.reset();
-  keyed_ = nullptr;
+  readsRowsAgain_ = false;
   source_.reset();
   link_.reset();
   filter_.reset();
-  deleted_.clear();
-  deletedCount_ = 0;
+  filteredBy_.reset();
+  found_.reset();
   adding_ = editing_ = currentGone_ = false;
   row_ = nullptr;
 }
@@ -196,6 +219,7 @@ bool RecordsetImpl::Exists() const {
 const Row* RecordsetImpl::RowAt(std::size_t ordinal) const {
   std::span<const std::uint32_t> upcoming;
   if (filter_ && place_ < filter_->size()) upcoming = std::span(*filter_).subspan(place_);
+  if (readsRowsAgain_) handedOut_.ReadFromDatabase(ordinal);
   return source_->At(ordinal, upcoming);
 }
 
@@ -206,9 +230,10 @@ void RecordsetImpl::Settle() const {
   for (;; ++place_) {
     eof_ = !Exists();
     if (eof_) break;
-    if (IsDeleted(Ordinal())) continue;
+    if (source_->IsRemoved(Ordinal())) continue;
     row_ = RowAt(Ordinal());
-    if (row_ != nullptr) break;
+    if (row_ != nullptr && (!filteredBy_ || Meets(*row_, *filteredBy_))) break;
+    row_ = nullptr;
   }
   bof_ = eof_ && fromFront_;
   settled_ = true;
@@ -220,6 +245,8 @@ void RecordsetImpl::GoTo(std::size_t place, bool fromFront) {
   settled_ = false;
   currentGone_ = false;
   row_ = nullptr;
+  found_.reset();
+  handedOut_.Forget();
 }
 
 bool RecordsetImpl::Bof() const {
@@ -239,6 +266,7 @@ bool RecordsetImpl::Eof() const {
 void RecordsetImpl::MoveFirst() {
   RequireOpen();
   FinishEdit();
+  source_->Rewind();
   GoTo(0, true);
   if (!Exists()) Raise(ErrorNumber::NoCurrentRecord);
 }
@@ -254,9 +282,9 @@ void RecordsetImpl::MoveNext() {
 std::int64_t RecordsetImpl::RecordCount() const {
   RequireOpen();
   if (type_ == CursorType::ForwardOnly || type_ == CursorType::Dynamic) return -1;
-  if (!filter_) return static_cast<std::int64_t>(source_->KnownCount() - deletedCount_);
+  if (!filter_) return static_cast<std::int64_t>(source_->LeftCount());
   std::int64_t count = 0;
-  for (const std::uint32_t ordinal : *filter_) count += IsDeleted(ordinal) ? 0 : 1;
+  for (const std::uint32_t ordinal : *filter_) count += source_->IsRemoved(ordinal) ? 0 : 1;
   return count;
 }
 
@@ -283,7 +311,10 @@ Fields& RecordsetImpl::Fields() {
 void RecordsetImpl::RequireCurrent() {
   Settle();
   if (eof_ || currentGone_) Raise(ErrorNumber::NoCurrentRecord);
-  if (row_ == nullptr) row_ = RowAt(Ordinal());
+  if (row_ != nullptr) return;
+  row_ = RowAt(Ordinal());
+  // The record that Find met may be another one by now.
+  if (row_ != nullptr && found_ && !Meets(*row_, *found_)) row_ = nullptr;
   if (row_ == nullptr) Raise(ErrorNumber::NoCurrentRecord);
 }
 
@@ -291,6 +322,7 @@ const Variant& RecordsetImpl::ValueOf(std::size_t column) {
   RequireOpen();
   if (adding_ || editing_) return edited_[column];
   RequireCurrent();
+  handedOut_.Note(column);
   return (*row_)[column];
 }
 
@@ -330,22 +362,33 @@ void RecordsetImpl::AddNew() {
 void RecordsetImpl::Update() {
   RequireOpen();
   if (adding_) {
-    const std::size_t ordinal = source_->Append(Writer().Insert(changes_));
+    asWritten_ = Writer().Insert(changes_);
+    const std::size_t ordinal = source_->Append(asWritten_);
     if (filter_) filter_->push_back(static_cast<std::uint32_t>(ordinal));
     GoTo(filter_ ? filter_->size() - 1 : ordinal, false);
-    indexes_.clear();
+    handedOut_.Wrote(ordinal, Changes(fields_.size(), Variant()));
+    ShowAsWritten();
+    searches_->DropAll();
   } else if (editing_) {
     RequireCurrent();
-    Row changed = Writer().Update(*row_, changes_);
-    source_->Replace(Ordinal(), std::move(changed));
-    row_ = nullptr;
+    asWritten_ = Writer().Update(*row_, changes_, handedOut_.ToCompare(Ordinal()));
+    source_->Replace(Ordinal(), asWritten_);
+    handedOut_.Wrote(Ordinal(), changes_);
+    ShowAsWritten();
     for (std::size_t i = 0; i < changes_.size(); ++i) {
-      if (changes_[i]) indexes_.erase(i);
+      if (changes_[i]) searches_->Drop(i);
     }
   } else {
     Writer();
   }
   adding_ = editing_ = false;
+}
+
+// The current record stays as it was written until the set moves.
+void RecordsetImpl::ShowAsWritten() {
+  row_ = &asWritten_;
+  settled_ = true;
+  eof_ = bof_ = false;
 }
 
 void RecordsetImpl::Delete(Affect affect) {
@@ -355,91 +398,73 @@ void RecordsetImpl::Delete(Affect affect) {
   if (adding_) Raise(ErrorNumber::NoCurrentRecord);
   RequireCurrent();
   editing_ = false;
-  const std::size_t ordinal = Ordinal();
-  writer.Delete(KeyView(*row_).subspan(fields_.size()));
-  if (deleted_.size() <= ordinal) deleted_.resize(std::max(source_->KnownCount(), ordinal + 1), false);
-  deleted_[ordinal] = true;
-  ++deletedCount_;
+  writer.Delete(*row_, handedOut_.ToCompare(Ordinal()));
+  source_->Remove(Ordinal());
   currentGone_ = true;
   row_ = nullptr;
 }
 
 // --- Searching ---
 
-const ValueIndex& RecordsetImpl::IndexOf(std::size_t column, bool again) {
-  if (const auto found = indexes_.find(column); found != indexes_.end() && !again)
-    return found->second.values;
-  std::optional<std::int64_t> mark;
-  if (keyed_ != nullptr && !keyed_->IsFixed()) mark = keyed_->Mark();
-  if (again) {
-    // The rows' places change with the keys: what was noted about them goes by the new ones.
-    indexes_.clear();
-    deleted_.clear();
-    deletedCount_ = 0;
-    const bool atFront = !settled_ && place_ == 0;
-    const std::size_t place = keyed_->ReadAgain(place_);
-    if (!atFront) place_ = place;
+// The value of a criterion comes in the type of the column that it names.
+RecordsetImpl::Sought RecordsetImpl::ReadCriterion(std::string_view text) const {
+  const Criterion criterion = ParseCriterion(text);
+  Sought sought;
+  while (sought.column < fields_.size() &&
+         !EqualsIgnoringAsciiCase(fields_[sought.column].Name(), criterion.column)) {
+    ++sought.column;
   }
-  ValueIndex values(link_->GetSession().GetDialect(), source_->Columns()[column]);
-  row_ = nullptr;
-  for (std::size_t ordinal = 0; source_->Reach(ordinal); ++ordinal) {
-    if (IsDeleted(ordinal)) continue;
-    if (const Row* row = source_->At(ordinal, {})) values.Add(ordinal, (*row)[column]);
-  }
-  values.Finish();
-  return indexes_.emplace(column, Index{std::move(values), mark}).first->second.values;
-}
-
-// An open set may have gained a row since its index was made. A missing value is then looked for in the
-// database itself; after many such questions it is cheaper to read the set again.
-bool RecordsetImpl::MayHaveGained(std::size_t column, const Variant& wanted) {
-  constexpr int kMostQuestions = 1000;
-  if (keyed_ == nullptr || keyed_->IsFixed()) return false;
-  Index& index = indexes_.at(column);
-  if (keyed_->IsUnchanged(index.mark)) return false;
-  return ++index.questions > kMostQuestions || keyed_->Holds(source_->Columns()[column], wanted);
-}
-
-// The value of a criterion in the type of the column that it names.
-Variant RecordsetImpl::Wanted(const std::string& name, const Variant& value, std::size_t& column) {
-  for (column = 0; column < fields_.size(); ++column) {
-    if (EqualsIgnoringAsciiCase(fields_[column].Name(), name)) break;
-  }
-  if (column == fields_.size()) Raise(ErrorNumber::ItemNotFound);
+  if (sought.column == fields_.size()) Raise(ErrorNumber::ItemNotFound);
+  const Column& column = source_->Columns()[sought.column];
   try {
-    return Converted(value, source_->Columns()[column].type);
+    sought.value = Converted(criterion.value, column.type);
   } catch (const automation::Error&) {
     Raise(ErrorNumber::ArgumentsInvalid);
+  }
+  sought.bytes = ComparisonBytes(sought.value, link_->GetSession().GetDialect(), column);
+  return sought;
+}
+
+bool RecordsetImpl::Meets(const Row& row, const Sought& sought) const {
+  const Column& column = source_->Columns()[sought.column];
+  return ComparisonBytes(row[sought.column], link_->GetSession().GetDialect(), column) == sought.bytes;
+}
+
+// The place of the first record from the current one on that the index has.
+std::optional<std::size_t> RecordsetImpl::PlaceOf(const ValueIndex& index, const Sought& sought) const {
+  for (std::size_t from = filter_ ? Ordinal() : place_;;) {
+    const auto found = index.FirstFrom(sought.value, from);
+    if (!found) return std::nullopt;
+    from = *found + 1u;
+    if (source_->IsRemoved(*found)) continue;
+    if (!filter_) return *found;
+    const auto place = std::lower_bound(filter_->begin(), filter_->end(), *found);
+    if (place != filter_->end() && *place == *found) {
+      return static_cast<std::size_t>(place - filter_->begin());
+    }
   }
 }
 
 void RecordsetImpl::Find(std::string_view text) {
   RequireOpen();
-  const Criterion criterion = ParseCriterion(text);
+  const Sought sought = ReadCriterion(text);
   FinishEdit();
-  std::size_t column = 0;
-  const Variant wanted = Wanted(criterion.column, criterion.value, column);
   // From the front nothing need be fetched; elsewhere there must be a current record to start from.
-  if (settled_ || !fromFront_ || place_ != 0) {
-    Settle();
-    if (eof_) Raise(ErrorNumber::NoCurrentRecord);
-  } else if (!Exists()) {
-    Raise(ErrorNumber::NoCurrentRecord);
-  }
-  const auto search = [&](const ValueIndex& index) -> std::optional<std::size_t> {
-    for (std::size_t from = filter_ ? Ordinal() : place_;;) {
-      const auto found = index.FirstFrom(wanted, from);
-      if (!found) return std::nullopt;
-      from = *found + 1u;
-      if (IsDeleted(*found)) continue;
-      if (!filter_) return *found;
-      const auto place = std::lower_bound(filter_->begin(), filter_->end(), *found);
-      if (place != filter_->end() && *place == *found)
-        return static_cast<std::size_t>(place - filter_->begin());
-    }
+  const bool fromFront = !settled_ && fromFront_ && place_ == 0;
+  if (!fromFront) Settle();
+  if (fromFront ? !Exists() : eof_) Raise(ErrorNumber::NoCurrentRecord);
+  // Under a filter the places are those of a list that was made from the index.
+  std::size_t place = filter_ ? 0 : place_;
+  const auto search = [&](const ValueIndex& index) {
+    row_ = nullptr;
+    if (!filter_ && !fromFront) place_ = place;
+    return PlaceOf(index, sought);
   };
-  std::optional<std::size_t> found = search(IndexOf(column, false));
-  if (!found && !filter_ && MayHaveGained(column, wanted)) found = search(IndexOf(column, true));
+  std::optional<std::size_t> found = search(searches_->IndexOf(sought.column, place));
+  if (!found && !filter_ && searches_->MayHaveGained(sought.column, sought.value)) {
+    place = place_;
+    found = search(searches_->ReadAgain(sought.column, place));
+  }
   if (!found) {
     GoTo(filter_ ? filter_->size() : source_->KnownCount(), false);
     return;
@@ -448,6 +473,7 @@ void RecordsetImpl::Find(std::string_view text) {
   // Known to be there: its row is fetched when it is read.
   settled_ = true;
   eof_ = bof_ = false;
+  found_ = sought;
 }
 
 void RecordsetImpl::SetFilter(std::string_view text) {
@@ -455,11 +481,12 @@ void RecordsetImpl::SetFilter(std::string_view text) {
   FinishEdit();
   if (text.empty()) {
     filter_.reset();
+    filteredBy_.reset();
   } else {
-    const Criterion criterion = ParseCriterion(text);
-    std::size_t column = 0;
-    const Variant wanted = Wanted(criterion.column, criterion.value, column);
-    filter_ = IndexOf(column, false).Find(wanted);
+    const Sought sought = ReadCriterion(text);
+    std::size_t place = 0;
+    filter_ = searches_->IndexOf(sought.column, place).Find(sought.value);
+    filteredBy_ = sought;
   }
   GoTo(0, true);
 }

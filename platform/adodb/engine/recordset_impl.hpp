@@ -1,17 +1,16 @@
 // The record set that stands behind ADODB::Recordset for every provider.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "platform/adodb/engine/keyed_rows.hpp"
+#include "platform/adodb/engine/handed_out.hpp"
 #include "platform/adodb/engine/link.hpp"
 #include "platform/adodb/engine/row_source.hpp"
 #include "platform/adodb/engine/row_writer.hpp"
-#include "platform/adodb/engine/value_index.hpp"
+#include "platform/adodb/engine/searches.hpp"
 #include "platform/adodb/recordset.hpp"
 
 namespace ADODB::engine {
@@ -84,14 +83,20 @@ class RecordsetImpl : public Recordset {
 
   bool Exists() const;
   std::size_t Ordinal() const { return filter_ ? (*filter_)[place_] : place_; }
-  bool IsDeleted(std::size_t ordinal) const { return ordinal < deleted_.size() && deleted_[ordinal]; }
   const Row* RowAt(std::size_t ordinal) const;
   void Settle() const;
   void GoTo(std::size_t place, bool fromFront);
   void FinishEdit();
-  const ValueIndex& IndexOf(std::size_t column, bool again);
-  bool MayHaveGained(std::size_t column, const automation::Variant& wanted);
-  automation::Variant Wanted(const std::string& name, const automation::Variant& value, std::size_t& column);
+  void ShowAsWritten();
+  // What a record was searched by, to be held against its row when that is read.
+  struct Sought {
+    std::size_t column = 0;
+    automation::Variant value;
+    std::string bytes;  // that stand for the value
+  };
+  Sought ReadCriterion(std::string_view text) const;
+  bool Meets(const Row& row, const Sought& sought) const;
+  std::optional<std::size_t> PlaceOf(const ValueIndex& index, const Sought& sought) const;
 
   CursorLocation location_ = CursorLocation::Server;
   std::size_t mostRows_ = 0;
@@ -99,8 +104,9 @@ class RecordsetImpl : public Recordset {
   std::shared_ptr<Link> link_;  // null while closed
   CursorType type_ = CursorType::ForwardOnly;
   std::unique_ptr<RowSource> source_;
-  KeyedRows* keyed_ = nullptr;  // the source, when it is one
+  bool readsRowsAgain_ = false;  // the source does, when they become current
   std::unique_ptr<RowWriter> writer_;
+  std::unique_ptr<Searches> searches_;
   FieldList fields_;
   std::vector<std::string> shownNames_;  // where they differ from the columns'
 
@@ -113,22 +119,17 @@ class RecordsetImpl : public Recordset {
   bool fromFront_ = true;
   bool currentGone_ = false;          // the current record was deleted here
   mutable const Row* row_ = nullptr;  // the current record, once fetched
+  mutable HandedOut handedOut_;       // of the current record
+  std::optional<Sought> found_;       // by which Find met the current record
 
   std::optional<std::vector<std::uint32_t>> filter_;
-  std::vector<bool> deleted_;
-  std::size_t deletedCount_ = 0;
+  std::optional<Sought> filteredBy_;
 
   bool adding_ = false;
   bool editing_ = false;
   Changes changes_;
-  Row edited_;  // what the current record looks like with its changes
-
-  struct Index {
-    ValueIndex values;
-    std::optional<std::int64_t> mark;  // of the open set when it was read
-    int questions = 0;                 // put to the database since then
-  };
-  std::map<std::size_t, Index> indexes_;  // by column
+  Row edited_;     // what the current record looks like with its changes
+  Row asWritten_;  // the current record, once its changes are written
 };
 
 }  // namespace ADODB::engine

@@ -7,8 +7,10 @@
 namespace ADODB {
 
 void RegisterClasses(automation::ClassTable& classes,
-                     std::vector<std::shared_ptr<engine::Provider>> providers) {
-  auto pool = std::make_shared<engine::Pool>(std::move(providers));
+                     std::vector<std::shared_ptr<engine::Provider>> providers,
+                     std::function<std::chrono::steady_clock::time_point()> clock) {
+  if (!clock) clock = &engine::CoarseNow;
+  auto pool = std::make_shared<engine::Pool>(std::move(providers), std::move(clock));
   classes.RegisterAs<Connection>("ADODB.Connection",
                                  [pool] { return std::make_shared<engine::ConnectionImpl>(pool); });
   classes.RegisterAs<Recordset>("ADODB.Recordset", [] { return std::make_shared<engine::RecordsetImpl>(); });

@@ -5,22 +5,46 @@
 
 #include "platform/adodb/engine/engine_error.hpp"
 #include "platform/adodb/engine/sql_tokens.hpp"
+#include "platform/adodb/engine/still_reads.hpp"
 
 namespace ADODB::engine {
 
 RowWriter::RowWriter(std::shared_ptr<Link> link, std::string table, TableShape shape,
-                     const std::vector<Column>& columns)
-    : link_(std::move(link)), table_(std::move(table)), shape_(std::move(shape)), columns_(columns) {
-  deleteSql_ = "DELETE FROM " + table_ + KeyCondition();
+                     const std::vector<Column>& columns, std::vector<Column> keyColumns)
+    : link_(std::move(link)),
+      table_(std::move(table)),
+      shape_(std::move(shape)),
+      columns_(columns),
+      keyColumns_(std::move(keyColumns)) {}
+
+const RowWriter::Condition& RowWriter::ConditionFor(const std::vector<bool>& compared) {
+  if (condition_ && condition_->compared == compared) return *condition_;
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  Condition made{.compared = compared, .text = {}, .values = {}, .deletion = {}};
+  const auto add = [&](const std::string& term) { made.text += (made.text.empty() ? "" : " AND ") + term; };
+  const auto compare = [&](const Column& column, std::size_t place) {
+    add(made.values.emplace_back(place, StillReads(dialect, column)).second.condition);
+  };
+  if (shape_.address == TableShape::Address::WholeRow) {
+    for (std::size_t k = 0; k < keyColumns_.size(); ++k) compare(keyColumns_[k], columns_.size() + k);
+    made.deletion = dialect.DeleteOne(table_, made.text);
+  } else {
+    for (const std::string& column : shape_.keyColumns) add(dialect.QuotedName(column) + " = ?");
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (compared[i] && CanWrite(i)) compare(columns_[i], i);
+    }
+    made.deletion = "DELETE FROM " + table_ + " WHERE " + made.text;
+  }
+  return condition_.emplace(std::move(made));
 }
 
-std::string RowWriter::KeyCondition() const {
-  const Dialect& dialect = link_->GetSession().GetDialect();
-  std::string condition;
-  for (const std::string& column : shape_.keyColumns) {
-    condition += (condition.empty() ? " WHERE " : " AND ") + dialect.QuotedName(column) + " = ?";
+void RowWriter::BindCondition(const Row& row, const Condition& condition, Parameters& parameters) const {
+  if (shape_.address != TableShape::Address::WholeRow) {
+    parameters.insert(parameters.end(), row.begin() + static_cast<std::ptrdiff_t>(columns_.size()),
+                      row.end());
   }
-  return condition;
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  for (const auto& [place, stillReads] : condition.values) stillReads.Bind(dialect, row[place], parameters);
 }
 
 void RowWriter::RequireOne(std::int64_t affected) const {
@@ -30,19 +54,23 @@ void RowWriter::RequireOne(std::int64_t affected) const {
       "Row cannot be located for updating. Some values may have been changed since it was last read.");
 }
 
-void RowWriter::Delete(KeyView key) {
-  RequireOne(link_->GetSession().Execute(deleteSql_, Parameters(key.begin(), key.end())));
+void RowWriter::Delete(const Row& row, const std::vector<bool>& compared) {
+  const Condition& condition = ConditionFor(compared);
+  Parameters parameters;
+  BindCondition(row, condition, parameters);
+  link_->GetFreshness().NoteWrite();
+  RequireOne(link_->GetSession().Execute(condition.deletion, parameters));
 }
 
-Row RowWriter::Update(const Row& row, const Changes& changes) {
+Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<bool>& compared) {
   Session& session = link_->GetSession();
   const Dialect& dialect = session.GetDialect();
-  std::string sql = "UPDATE " + table_ + " SET ";
+  std::string assignments;
   Parameters parameters;
   Row changed = row;
   for (std::size_t i = 0; i < changes.size(); ++i) {
     if (!changes[i]) continue;
-    sql += (parameters.empty() ? "" : ",") + dialect.QuotedName(columns_[i].baseColumn) + " = ?";
+    assignments += (parameters.empty() ? "" : ",") + dialect.QuotedName(columns_[i].baseColumn) + " = ?";
     parameters.push_back(*changes[i]);
     changed[i] = *changes[i];
     for (std::size_t k = 0; k < shape_.keyColumns.size(); ++k) {
@@ -52,8 +80,27 @@ Row RowWriter::Update(const Row& row, const Changes& changes) {
     }
   }
   if (parameters.empty()) return changed;
-  parameters.insert(parameters.end(), row.begin() + static_cast<std::ptrdiff_t>(columns_.size()), row.end());
-  RequireOne(session.Execute(sql + KeyCondition(), parameters));
+  const Condition& condition = ConditionFor(compared);
+  BindCondition(row, condition, parameters);
+  link_->GetFreshness().NoteWrite();
+  const std::string sql = "UPDATE " + table_ + " SET " + assignments + " WHERE " + condition.text;
+  switch (shape_.address) {
+    case TableShape::Address::Key:
+      RequireOne(session.Execute(sql, parameters));
+      break;
+    case TableShape::Address::WholeRow:
+      RequireOne(session.Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
+      break;
+    case TableShape::Address::Place: {
+      const std::unique_ptr<Rows> rows =
+          session.Query(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
+      RequireOne(rows->Next() ? 1 : 0);
+      changed.back() = rows->Value(0);
+      while (rows->Next()) {
+      }
+      break;
+    }
+  }
   return changed;
 }
 
@@ -71,6 +118,7 @@ Row RowWriter::Insert(const Changes& changes) {
   std::vector<std::string> returned = shape_.keyColumns;
   if (shape_.generatedColumn) returned.push_back(*shape_.generatedColumn);
   const std::string sql = session.GetDialect().InsertReturning(table_, names, returned);
+  link_->GetFreshness().NoteWrite();
   const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
   RequireOne(rows->Next() ? 1 : 0);
   for (std::size_t k = 0; k < returned.size(); ++k) {

@@ -116,6 +116,14 @@ std::string SelectShape::From(std::string_view extraCondition) const {
   return sql;
 }
 
+std::string ListWithKey(const SelectShape& select, const TableShape& table, const Dialect& dialect) {
+  std::string list = select.list;
+  for (const std::string& column : table.keyColumns) {
+    list += "," + select.name + "." + dialect.QuotedName(column);
+  }
+  return list;
+}
+
 bool ReadSelect(std::string_view sql, SelectShape& shape) {
   shape = {};
   return Reader(sql).Read(shape);

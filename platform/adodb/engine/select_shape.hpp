@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/adodb/dialects/dialect.hpp"
+
 namespace ADODB::engine {
 
 // "SELECT list FROM table [alias] [WHERE condition] [ORDER BY order]" in its parts, as written.
@@ -17,6 +19,9 @@ struct SelectShape {
   // Everything behind the list, for a statement that is cut by `condition` as well.
   std::string From(std::string_view extraCondition) const;
 };
+
+// The columns of the statement and those that address its rows behind them.
+std::string ListWithKey(const SelectShape& select, const TableShape& table, const Dialect& dialect);
 
 // Reads finished engine SQL; false for a statement of another form: joins, DISTINCT, functions or expressions
 // in the list, grouping, unions, limits.

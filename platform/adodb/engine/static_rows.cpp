@@ -15,6 +15,7 @@ StaticRows::StaticRows(const Rows& rows, std::size_t keyCount) {
   columns_ = keyCount == 0 ? rows.KeptColumns()
                            : std::make_shared<const std::vector<Column>>(
                                  all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
+  keyColumns_.assign(all.end() - static_cast<std::ptrdiff_t>(keyCount), all.end());
 }
 
 StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows)

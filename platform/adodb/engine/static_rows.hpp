@@ -20,6 +20,8 @@ class StaticRows : public RowSource {
   StaticRows(const Rows& rows, std::size_t keyCount);
 
   const std::vector<Column>& Columns() const override { return *columns_; }
+  // The columns of the key, behind those of the result.
+  const std::vector<Column>& KeyColumns() const { return keyColumns_; }
   bool Reach(std::size_t ordinal) override { return ordinal < KnownCount(); }
   std::size_t KnownCount() const override { return small_.size() + (more_ ? more_->Count() : 0); }
   const Row* At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) override;
@@ -30,6 +32,7 @@ class StaticRows : public RowSource {
   void Push(Row row);
 
   std::shared_ptr<const std::vector<Column>> columns_;
+  std::vector<Column> keyColumns_;
   std::vector<Row> small_;  // the first rows, as they are
   std::size_t smallBytes_ = 0;
   std::unique_ptr<SpilledRows> more_;  // the further rows

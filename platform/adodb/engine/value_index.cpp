@@ -18,7 +18,7 @@ std::string OfNumber(double number) {
 
 }  // namespace
 
-std::string ValueIndex::KeyOf(const automation::Variant& value) const {
+std::string ComparisonBytes(const automation::Variant& value, const Dialect& dialect, const Column& column) {
   return std::visit(
       [&](const auto& held) -> std::string {
         using Held = std::decay_t<decltype(held)>;
@@ -31,7 +31,7 @@ std::string ValueIndex::KeyOf(const automation::Variant& value) const {
         } else if constexpr (std::is_same_v<Held, automation::DateTime>) {
           return "d" + std::to_string(held.UnixMicroseconds());
         } else if constexpr (std::is_same_v<Held, std::string>) {
-          return "t" + dialect_.ComparisonKey(held, column_);
+          return "t" + dialect.ComparisonKey(held, column);
         } else {
           return {};
         }

@@ -12,6 +12,10 @@
 
 namespace ADODB::engine {
 
+// The bytes that stand for a value of the column: equal for values that are equal to the database, empty for
+// one that equals nothing.
+std::string ComparisonBytes(const automation::Variant& value, const Dialect& dialect, const Column& column);
+
 class ValueIndex {
  public:
   ValueIndex(const Dialect& dialect, Column column) : dialect_(dialect), column_(std::move(column)) {}
@@ -34,8 +38,9 @@ class ValueIndex {
     std::uint32_t ordinal;
   };
 
-  // The bytes that stand for a value: equal for equal values, empty for one that equals nothing.
-  std::string KeyOf(const automation::Variant& value) const;
+  std::string KeyOf(const automation::Variant& value) const {
+    return ComparisonBytes(value, dialect_, column_);
+  }
   std::vector<Entry>::const_iterator Lower(std::uint64_t hash, std::uint64_t ordinal) const;
   bool Matches(const Entry& entry, std::uint64_t hash, std::string_view key) const;
 

@@ -47,7 +47,8 @@ void EngineUnderTest::CreateTable(const std::string& name,
 
 Conformance::Conformance() {
   ADODB::RegisterClasses(runtime.runtime.classes,
-                         {std::make_shared<FaultyProvider>(engine->Provider(), faults)});
+                         {std::make_shared<FaultyProvider>(engine->Provider(), faults)},
+                         [this] { return now; });
 }
 
 ADODB::ConnectionPtr Conformance::Connect() {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,11 +40,14 @@ class Conformance : public testing::TestWithParam<EngineMaker> {
   void MakePeople();
 
   std::vector<std::string> Rows(std::string_view sql) { return engine->Rows(sql); }
+  // Rows that were read before are old from now on.
+  void LetRowsGrowOld() { now += std::chrono::milliseconds(150); }
   const Quirks& Quirk() const { return engine->GetQuirks(); }
 
   TestRuntime runtime;
   std::unique_ptr<EngineUnderTest> engine = GetParam().make();
   std::shared_ptr<Faults> faults = std::make_shared<Faults>();
+  std::chrono::steady_clock::time_point now{std::chrono::hours(1)};  // stands still
 };
 
 inline std::string EngineName(const testing::TestParamInfo<EngineMaker>& info) {

@@ -21,8 +21,9 @@ struct Quirks {
   // default.
   bool textIgnoresCase = false;
   bool textIgnoresTrailingBlanks = false;
-  // A table without a primary key has no other address for its rows, so its record sets are read-only.
-  bool needsPrimaryKey = true;
+  // A table without a primary key has no address for its rows but all their values: a keyset that comes back
+  // to a row finds it gone when someone has changed it, instead of showing the change.
+  bool losesChangedRowsWithoutKey = true;
   // A failed statement ends the transaction around it; later statements fail until it is rolled back.
   bool failureEndsTransaction = false;
   // Any column takes any value, whatever it declares.
@@ -40,6 +41,10 @@ enum class ColumnKind {
   Boolean,
   DateTime,
   Double,
+  Single,     // of less precision than a double, where the engine has it
+  Decimal,    // twenty digits, ten of them behind the point
+  FixedText,  // ten characters
+  Bytes,
   Text,      // up to 100 characters
   LongText,  // no bound that matters
 };

@@ -207,5 +207,114 @@ TEST_P(Conformance, ChangesRowsUnderAFilter) {
   EXPECT_THAT(Rows("SELECT ID, NAME FROM NUMBERS WHERE VALUE = 0 ORDER BY ID"), ElementsAre("6|six", "9|n9"));
 }
 
+TEST_P(Conformance, FindsWhatWasAddedBeforeTheFirstSearch) {
+  MakeNumbers(10);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Pessimistic);
+  EXPECT_FALSE(rows->Eof());
+  engine->Run("INSERT INTO NUMBERS VALUES (11,'late',5)");
+  rows->MoveFirst();
+  rows->Find("NAME='late'");
+  ASSERT_FALSE(rows->Eof());
+  EXPECT_EQ(rows->Value("VALUE"), Variant(5));
+}
+
+TEST_P(Conformance, ADynamicSetThatDeletedARowShowsEveryLiveRowWhenItIsReadAgain) {
+  MakeNumbers(6);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Optimistic);
+  rows->Find("NAME='n3'");
+  rows->Delete(ADODB::Affect::Current);
+  // In front of all others, so that the places of all rows change.
+  engine->Run("INSERT INTO NUMBERS VALUES (0,'late',0)");
+  rows->MoveFirst();
+  rows->Find("NAME='late'");
+  ASSERT_FALSE(rows->Eof());
+  rows->MoveFirst();
+  EXPECT_THAT(Walk(*rows, "ID"), ElementsAre("0", "1", "2", "4", "5", "6"));
+}
+
+TEST_P(Conformance, ARowThatFindMetAndThatIsAnotherOneByNowIsNotTheCurrentRow) {
+  const auto connection = Connect();
+  for (const CursorType cursor : {CursorType::Keyset, CursorType::Dynamic}) {
+    MakeNumbers(10);
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->Find("NAME='n4'");
+    engine->Run("UPDATE NUMBERS SET NAME = 'other' WHERE ID = 4");
+    LetRowsGrowOld();
+    EXPECT_EQ(NumberOf([&] { rows->Delete(ADODB::Affect::Current); }), 3021);
+    EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("10"));
+  }
+}
+
+TEST_P(Conformance, FindUnderAFilterStartsAtTheCurrentRow) {
+  MakeNumbers(12);
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->SetFilter("VALUE=0");
+    rows->MoveNext();
+    rows->MoveNext();
+    EXPECT_EQ(rows->Value("ID"), Variant(9));
+    rows->Find("NAME='n9'");
+    EXPECT_EQ(rows->Value("ID"), Variant(9));
+    rows->Find("NAME='n12'");
+    EXPECT_EQ(rows->Value("ID"), Variant(12));
+    rows->Find("NAME='n6'");
+    EXPECT_TRUE(rows->Eof()) << "it lies before the current row";
+    rows->MoveFirst();
+    rows->Find("NAME='n7'");
+    EXPECT_TRUE(rows->Eof()) << "it does not meet the filter";
+  }
+}
+
+TEST_P(Conformance, FindUnderAFilterWritesAPendingChangeFirst) {
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    MakeNumbers(12);
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->SetFilter("VALUE=0");
+    rows->SetValue("NAME", "three");
+    rows->Find("NAME='three'");
+    EXPECT_THAT(Rows("SELECT NAME FROM NUMBERS WHERE ID = 3"), ElementsAre("three"));
+    ASSERT_FALSE(rows->Eof());
+    EXPECT_EQ(rows->Value("ID"), Variant(3));
+  }
+}
+
+TEST_P(Conformance, ARowAddedUnderAFilterIsTheCurrentOneAndTheLast) {
+  const auto connection = Connect();
+  for (const CursorType cursor : kSearchable) {
+    MakeNumbers(6);
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->SetFilter("VALUE=0");
+    rows->AddNew();
+    rows->SetValue("ID", 99);
+    rows->SetValue("NAME", "new");
+    rows->SetValue("VALUE", 0);
+    rows->Update();
+    EXPECT_EQ(rows->Value("ID"), Variant(99));
+    rows->SetValue("NAME", "newer");
+    rows->Update();
+    rows->MoveFirst();
+    EXPECT_THAT(Walk(*rows, "NAME"), ElementsAre("n3", "n6", "newer"));
+    rows->SetFilter("");
+    EXPECT_EQ(Walk(*rows, "ID").size(), 7u);
+  }
+}
+
+TEST_P(Conformance, ARowThatNoLongerMeetsTheFilterIsSteppedOver) {
+  const auto connection = Connect();
+  for (const CursorType cursor : {CursorType::Keyset, CursorType::Dynamic}) {
+    MakeNumbers(12);
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    rows->SetFilter("VALUE=0");
+    EXPECT_EQ(rows->Value("ID"), Variant(3));
+    engine->Run("UPDATE NUMBERS SET VALUE = 5 WHERE ID = 6");
+    LetRowsGrowOld();
+    EXPECT_THAT(Walk(*rows, "ID"), ElementsAre("3", "9", "12"));
+  }
+}
+
 }  // namespace
 }  // namespace orvane_test

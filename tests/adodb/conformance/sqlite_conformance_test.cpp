@@ -10,7 +10,7 @@ namespace {
 class SqliteUnderTest : public EngineUnderTest {
  public:
   explicit SqliteUnderTest(bool wal) : file_(folder_.Path() / "test.sqlite", wal) {
-    quirks_.needsPrimaryKey = false;  // every table has a row number
+    quirks_.losesChangedRowsWithoutKey = false;  // every table has a row number
     quirks_.storesAnyType = true;
     quirks_.locksWholeDatabase = true;
   }
@@ -44,6 +44,14 @@ class SqliteUnderTest : public EngineUnderTest {
         return "DATETIME";
       case ColumnKind::Double:
         return "REAL";
+      case ColumnKind::Single:
+        return "FLOAT";
+      case ColumnKind::Decimal:
+        return "NUMERIC(20,10)";
+      case ColumnKind::FixedText:
+        return "CHAR(10)";
+      case ColumnKind::Bytes:
+        return "BLOB";
       case ColumnKind::Text:
         return "VARCHAR(100)";
       case ColumnKind::LongText:

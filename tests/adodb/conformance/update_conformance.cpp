@@ -279,20 +279,5 @@ TEST_P(Conformance, RefusesChangesOnAReadOnlyRecordSet) {
             3251);
 }
 
-TEST_P(Conformance, ReadsATableWithoutAPrimaryKey) {
-  engine->CreateTable("LOOSE", {{"A", ColumnKind::Integer}, {"B", ColumnKind::Text}});
-  engine->Run("INSERT INTO LOOSE VALUES (1,'x')");
-  engine->Run("INSERT INTO LOOSE VALUES (1,'x')");
-  const auto connection = Connect();
-  const auto rows = Open("SELECT * FROM LOOSE", connection, CursorType::Keyset, LockType::Optimistic);
-  EXPECT_EQ(rows->RecordCount(), 2);
-  if (Quirk().needsPrimaryKey) {
-    EXPECT_EQ(NumberOf([&] { rows->Delete(Affect::Current); }), 3251);
-  } else {
-    rows->Delete(Affect::Current);
-    EXPECT_THAT(Rows("SELECT A FROM LOOSE"), ElementsAre("1"));
-  }
-}
-
 }  // namespace
 }  // namespace orvane_test

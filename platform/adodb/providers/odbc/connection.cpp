@@ -336,6 +336,8 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
   const MetadataQuery query = TableQuery(engine_, table);
   Table found;
   std::map<std::int32_t, std::string> key;
+  std::vector<std::string> columns;
+  bool isTable = false;
   ResultRows rows(RunPrepared(query.sql, query.parameters));
   while (rows.Next()) {
     const std::string column = automation::ToText(rows.Value(0));
@@ -343,6 +345,13 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
     if (place > 0) key[place] = column;
     if (automation::ToBoolean(rows.Value(2))) found.shape.generatedColumn = column;
     found.collations[column] = automation::ToText(rows.Value(3));
+    isTable = automation::ToBoolean(rows.Value(4));
+    columns.push_back(column);
+  }
+  if (key.empty() && isTable) {
+    std::optional<std::string> generated = std::move(found.shape.generatedColumn);
+    found.shape = KeylessShape(engine_, std::move(columns));
+    found.shape.generatedColumn = std::move(generated);
   }
   for (auto& [place, column] : key) found.shape.keyColumns.push_back(std::move(column));
   return tables_.emplace(table, std::move(found)).first->second;

@@ -106,7 +106,7 @@ constexpr const char* kPostgreSqlTable =
     " coalesce((SELECT k.place::int FROM unnest(i.indkey) WITH ORDINALITY AS k(number, place)"
     " WHERE k.number = a.attnum), 0),"
     " CASE WHEN a.attidentity <> '' OR pg_get_expr(d.adbin, d.adrelid) LIKE 'nextval(%' THEN 1 ELSE 0 END,"
-    " ''::text"
+    " ''::text, CASE WHEN c.relkind = 'r' AND NOT c.relhassubclass THEN 1 ELSE 0 END"
     " FROM pg_catalog.pg_attribute a"
     " JOIN pg_catalog.pg_class c ON c.oid = a.attrelid AND c.relkind IN ('r', 'p')"
     " LEFT JOIN pg_catalog.pg_index i ON i.indrelid = a.attrelid AND i.indisprimary"
@@ -115,7 +115,9 @@ constexpr const char* kPostgreSqlTable =
 
 constexpr const char* kMariaDbTable =
     "SELECT c.COLUMN_NAME, coalesce(s.SEQ_IN_INDEX, 0), c.EXTRA LIKE '%auto_increment%',"
-    " coalesce(c.COLLATION_NAME, '')"
+    " coalesce(c.COLLATION_NAME, ''), coalesce((SELECT t.TABLE_TYPE IN ('BASE TABLE', 'SYSTEM VERSIONED')"
+    " FROM information_schema.TABLES t WHERE t.TABLE_SCHEMA = coalesce(?, database()) AND t.TABLE_NAME = ?), "
+    "0)"
     " FROM information_schema.COLUMNS c"
     " LEFT JOIN information_schema.STATISTICS s ON s.TABLE_SCHEMA = coalesce(?, database()) AND s.TABLE_NAME "
     "= ?"
@@ -123,7 +125,7 @@ constexpr const char* kMariaDbTable =
     " WHERE c.TABLE_SCHEMA = coalesce(?, database()) AND c.TABLE_NAME = ? ORDER BY c.ORDINAL_POSITION";
 
 constexpr const char* kSqlServerTable =
-    "SELECT c.name, coalesce(k.key_ordinal, 0), CAST(c.is_identity AS int), coalesce(c.collation_name, '')"
+    "SELECT c.name, coalesce(k.key_ordinal, 0), CAST(c.is_identity AS int), coalesce(c.collation_name, ''), 1"
     " FROM sys.columns c"
     " LEFT JOIN sys.indexes i ON i.object_id = c.object_id AND i.is_primary_key = 1"
     " LEFT JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id"
@@ -218,7 +220,16 @@ MetadataQuery TableQuery(Engine engine, std::string_view table) {
   const automation::Variant schema =
       parts.size() > 1 ? automation::Variant(parts[parts.size() - 2]) : automation::Variant::Null();
   const automation::Variant name = parts.empty() ? std::string(table) : parts.back();
-  return {kMariaDbTable, {schema, name, schema, name}};
+  return {kMariaDbTable, {schema, name, schema, name, schema, name}};
+}
+
+engine::TableShape KeylessShape(Engine engine, std::vector<std::string> columns) {
+  if (engine == Engine::PostgreSql) {
+    return {.keyColumns = {"ctid"}, .address = engine::TableShape::Address::Place, .generatedColumn = {}};
+  }
+  return {.keyColumns = std::move(columns),
+          .address = engine::TableShape::Address::WholeRow,
+          .generatedColumn = {}};
 }
 
 }  // namespace ADODB::odbc

@@ -38,11 +38,15 @@ std::string SessionSetUp(Engine engine, const engine::ConnectionString& text);
 const engine::Dialect* DialectOf(Engine engine);
 
 // A query that yields one row for each column of a table: its name, its place in the primary key (0: none), 1
-// when the database numbers it, and the name of its collation. `table` is a name as a statement writes it.
+// when the database numbers it, the name of its collation, and 1 when the rows can be addressed without a
+// key: they lie in this table and nowhere else. `table` is a name as a statement writes it.
 struct MetadataQuery {
   const char* sql;
   engine::Parameters parameters;
 };
 MetadataQuery TableQuery(Engine engine, std::string_view table);
+
+// How the rows of a table without a key are addressed.
+engine::TableShape KeylessShape(Engine engine, std::vector<std::string> columns);
 
 }  // namespace ADODB::odbc
