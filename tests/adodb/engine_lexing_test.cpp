@@ -136,7 +136,8 @@ TEST(EngineLexingTest, AnAcceptedTextIsReadAlikeByEveryEngine) {
     ADODB::engine::CheckedStatement checked;
     try {
       checked = ADODB::engine::CheckText(statement, ADODB::engine::SqliteDialect());
-    } catch (const automation::Error&) {
+    } catch (const automation::Error& error) {
+      ASSERT_EQ(error.SqlState(), "42000") << sql;
       continue;
     }
     ++accepted;

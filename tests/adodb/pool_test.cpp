@@ -92,6 +92,26 @@ TEST_F(PoolTest, KeepsConnectionStringsAndUsersApart) {
   EXPECT_EQ(pool->IdleCount(), 3u);
 }
 
+// Whoever has lost a password must not go on with what its owner opened.
+TEST_F(PoolTest, GivesNoSessionToAnotherPasswordOrUser) {
+  const std::string text = "Provider=counting;A=1";
+  auto owners = pool->Acquire(text, "user", "secret");
+  const auto* const session = owners.session.get();
+  pool->GiveBack(std::move(owners));
+  struct Case {
+    std::string user;
+    std::string password;
+  };
+  std::vector<Pool::Lease> others;
+  for (const auto& [user, password] :
+       {Case{"user", "other"}, Case{"user", ""}, Case{"", "secret"}, Case{"usersecret", ""}, Case{"", ""}}) {
+    others.push_back(pool->Acquire(text, user, password));
+    EXPECT_NE(others.back().session.get(), session) << user << ' ' << password;
+  }
+  EXPECT_EQ(counters.connects, 6);
+  EXPECT_EQ(pool->Acquire(text, "user", "secret").session.get(), session);
+}
+
 TEST_F(PoolTest, ThrowsADeadSessionAwayAndAsksItsCompanions) {
   auto first = Acquire();
   auto second = Acquire();

@@ -358,6 +358,26 @@ TEST_F(SqliteProviderTest, TakesInAChangedTable) {
   EXPECT_EQ(rows->Value("B"), Variant(DateTime::FromDate(2004, 7, 26)));
 }
 
+// A key that is no key any more would meet several rows, or another's.
+TEST_F(SqliteProviderTest, TakesInTheKeyOfATableMadeAnew) {
+  orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
+  database.Run(
+      "CREATE TABLE T(A INTEGER, B INTEGER, PRIMARY KEY(A)) WITHOUT ROWID; INSERT INTO T VALUES(1, 10)");
+  {
+    const auto rows = Open("SELECT * FROM T", CursorType::Keyset, LockType::Optimistic);
+    rows->SetValue("B", 11);
+    rows->Update();
+  }
+  database.Run(
+      "DROP TABLE T; CREATE TABLE T(A INTEGER, B INTEGER, PRIMARY KEY(B)) WITHOUT ROWID;"
+      "INSERT INTO T VALUES(1, 10), (1, 20), (1, 30)");
+  const auto rows = Open("SELECT * FROM T", CursorType::Keyset, LockType::Optimistic);
+  EXPECT_EQ(rows->RecordCount(), 3);
+  rows->MoveNext();
+  rows->Delete(ADODB::Affect::Current);
+  EXPECT_THAT(database.Rows("SELECT B FROM T ORDER BY B"), ElementsAre("10", "30"));
+}
+
 TEST_F(SqliteProviderTest, DoesNotWriteToAFileThatWasReplaced) {
   const auto file = folder.Path() / "a.sqlite";
   {

@@ -139,8 +139,10 @@ TEST_F(TranslationTest, CutsALongDeleteOfOtherConditionsIntoPieces) {
       TranslateAll("DELETE FROM T WHERE " + Chain(250, "(A = # AND B < {ts '2004-01-01 00:00:00'})"));
   ASSERT_EQ(pieces.statements.size(), 3u);
   EXPECT_THAT(pieces.statements[0],
-              testing::StartsWith("DELETE FROM T WHERE (A = 1 AND B < '2004-01-01 00:00:00') or (A = 2 AND"));
-  EXPECT_THAT(pieces.statements[0], testing::EndsWith("or (A = 100 AND B < '2004-01-01 00:00:00')"));
+              testing::StartsWith(
+                  "DELETE FROM T WHERE (A = 1 AND orvane_moment(B) < '2004-01-01 00:00:00') or (A = 2 AND"));
+  EXPECT_THAT(pieces.statements[0],
+              testing::EndsWith("or (A = 100 AND orvane_moment(B) < '2004-01-01 00:00:00')"));
   EXPECT_THAT(pieces.statements[2], testing::StartsWith("DELETE FROM T WHERE (A = 201 AND"));
 }
 
@@ -159,6 +161,32 @@ TEST_F(TranslationTest, DoesNotTakeTermsForTheSameThatNameOtherColumns) {
   EXPECT_EQ(TranslateAll(odd).statements.size(), 2u);
   const std::string other = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or (A = 1)";
   EXPECT_EQ(TranslateAll(other).statements.size(), 2u);
+}
+
+// "A = 1 AND A = 2" meets no row; a list that took the last value for each column would meet rows of A = 2.
+TEST_F(TranslationTest, MakesNoListOfATermThatNamesOneColumnTwice) {
+  for (const char* term : {"(A = 1 AND A = 2)", "(A = 1 AND a = 2)", "(B = 1 AND B = 2)"}) {
+    const auto pieces =
+        TranslateAll("DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or " + std::string(term));
+    ASSERT_EQ(pieces.statements.size(), 2u) << term;
+    EXPECT_EQ(pieces.statements[1], "DELETE FROM T WHERE (A = 101 AND B = 1) or " + std::string(term));
+  }
+}
+
+// Each of these words, wherever it stands, may bind what is around it in another way than AND and OR do.
+TEST_F(TranslationTest, CutsNoChainThatHoldsAWordOfAnotherKind) {
+  for (const char* last :
+       {"CASE A WHEN 1 THEN 1 END = 1", "A = (SELECT 1)", "A = 1 ORDER BY A", "A = 1 GROUP BY A",
+        "A = 1 HAVING 1 = 1", "A = 1 UNION ALL VALUES (1)", "A = 1 LIMIT 1", "A BETWEEN 1 AND 7",
+        "A = 1 RETURNING A", "A = 1 EXCEPT VALUES (1)", "A = 1 INTERSECT VALUES (1)", "NOT A = 1",
+        "A = 1 returning A", "(B = 1 AND (NOT A = 1))"}) {
+    const std::string sql = "DELETE FROM T WHERE " + Chain(150, "A = #") + "or " + last;
+    const auto translation = TranslateAll(sql);
+    ASSERT_EQ(translation.statements.size(), 1u) << last;
+    EXPECT_EQ(translation.statements.front(), sql);
+  }
+  const std::string twice = "DELETE FROM T WHERE " + Chain(150, "A = #") + "or A WHERE A = 1";
+  EXPECT_EQ(Translated(twice), twice);
 }
 
 }  // namespace
