@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "tests/e2e/clean_up_suite.hpp"
 
@@ -162,6 +164,27 @@ TEST_F(CleanUpOnDiskTest, AFolderOfTheSuiteThatIsALinkIsSweptWhereItLies) {
     EXPECT_TRUE(fs::exists(disk / kept)) << kept;
   }
   EXPECT_THAT(suite_.suite.ErrorLog(), IsEmpty());
+}
+
+// Such a link is the first item of its folder, whose age cannot be rendered, like any other.
+TEST_F(CleanUpOnDiskTest, ALinkThatLeadsNowhereEndsAnAgeTestedSweepAsAFileDoes) {
+  const std::vector<std::string> folders{"ANALYSIS", "ARCHIVES", "DispatchFiles", "tempAttachments"};
+  for (const std::string& folder : folders) {
+    fs::create_directories(suite_.suite.Home() / "Data" / folder);
+    fs::create_symlink("nowhere", suite_.suite.Home() / "Data" / folder / "link.xml");
+  }
+
+  EXPECT_EQ(suite_.Run().exitCode, 0);
+
+  for (const std::string& folder : folders) {
+    EXPECT_TRUE(fs::is_symlink(suite_.suite.Home() / "Data" / folder / "link.xml")) << folder;
+  }
+  EXPECT_THAT(suite_.suite.ErrorLog(),
+              ElementsAre(ObjectRequiredEntry("ORVProcess.cleanup.DeleteAnalysisFiles"),
+                          ObjectRequiredEntry("ORVProcess.cleanup.DeleteArchiveFiles"),
+                          ObjectRequiredEntry("ORVProcess.cleanup.DeletedispatchXmlFiles"),
+                          ObjectRequiredEntry("ORVProcess.cleanup.DeleteTempAttachmentsXMLFiles")));
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpOnDiskTest, FilesWithoutPermissionEndTheirSweepAndTheNextOnesRun) {
