@@ -6,6 +6,7 @@
 #include "platform/adodb/providers/sqlite/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -77,7 +78,9 @@ TEST_F(CatalogueTest, KnowsAllCategoriesOfQuestions) {
 TEST_F(CatalogueTest, AMissingTableIsRaised) {
   Execute("DROP TABLE PRODUCT");
   const auto component = automation::CreateObject<Catalogue::Product>("ECatalog.Product");
-  EXPECT_THROW(component->GetDescription(101), automation::Error);
+  const automation::Error error = orvane_test::ErrorOf([&] { component->GetDescription(101); });
+  EXPECT_EQ(error.Number(), -2147217865);
+  EXPECT_EQ(error.Description(), "no such table: PRODUCT");
 }
 
 }  // namespace
