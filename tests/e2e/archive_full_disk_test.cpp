@@ -126,6 +126,7 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
   int made = 0;
   std::istringstream lines(TemporaryFolder::Read(trace));
   for (std::string call, path; lines >> call >> path;) {
+    if (path.ends_with("/.lock")) continue;  // it says who runs, and is worth nothing afterwards
     const std::string parent = fs::path(path).parent_path().string();
     if (path.find("/db/") != std::string::npos) {
       if (call != "write" || renamed < 2) continue;
@@ -145,7 +146,7 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
     }
   }
   EXPECT_EQ(made, 2) << "Data and Archives";
-  EXPECT_EQ(renamed, 12) << "two files of three customers, each begun and then filled";
+  EXPECT_EQ(renamed, 18) << "two files of three customers, each begun and then saved twice";
   EXPECT_GE(deletions, 3);
 }
 

@@ -159,6 +159,10 @@ ON_FILE("read", ssize_t, pread64, (int fd, void* data, size_t size, off64_t at),
 int unlinkat(int folder, const char* name, int flags) {
   return meet_below("remove", folder, name) == FAILS ? -1 : REAL(unlinkat)(folder, name, flags);
 }
+int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
+  if (meet_below("rename", to_folder, to) == FAILS) return -1;
+  return REAL(renameat2)(from_folder, from, to_folder, to, flags);
+}
 int utimensat(int folder, const char* name, const struct timespec times[2], int flags) {
   return meet_below("mark", folder, name) == FAILS ? -1 : REAL(utimensat)(folder, name, times, flags);
 }
