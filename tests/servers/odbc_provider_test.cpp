@@ -529,6 +529,68 @@ TEST_P(OdbcProviderTest, RunsInReadCommittedIsolationUnlessToldOtherwise) {
   EXPECT_THAT(automation::ToText(Single(level)), testing::AnyOf("serializable", "SERIALIZABLE"));
 }
 
+TEST_P(OdbcProviderTest, RunsTransactionsInTheLevelThatItWasGivenLast) {
+  const char* level = TypeOfEngine("SHOW transaction_isolation", "SELECT @@tx_isolation");
+  struct Case {
+    ADODB::IsolationLevel level;
+    const char* postgresql;
+    const char* mariadb;
+  };
+  for (const auto& [given, postgresql, mariadb] :
+       {Case{ADODB::IsolationLevel::Serializable, "serializable", "SERIALIZABLE"},
+        Case{ADODB::IsolationLevel::ReadUncommitted, "read uncommitted", "READ-UNCOMMITTED"},
+        Case{ADODB::IsolationLevel::RepeatableRead, "repeatable read", "REPEATABLE-READ"},
+        Case{ADODB::IsolationLevel::ReadCommitted, "read committed", "READ-COMMITTED"}}) {
+    session_->SetIsolationLevel(given);
+    session_->Begin();
+    EXPECT_EQ(automation::ToText(Single(level)), TypeOfEngine(postgresql, mariadb));
+    session_->SetIsolationLevel(ADODB::IsolationLevel::Serializable);
+    EXPECT_EQ(automation::ToText(Single(level)), TypeOfEngine(postgresql, mariadb)) << "it has begun";
+    session_->Rollback();
+    EXPECT_EQ(automation::ToText(Single(level)), TypeOfEngine("serializable", "SERIALIZABLE"));
+  }
+}
+
+// A session that others use next must not keep what a statement of this kind may have changed, whatever else
+// it ran before or after.
+TEST_P(OdbcProviderTest, IsNotUsedAgainAfterADefinitionBehindOrdinaryStatements) {
+  MakeTable();
+  const auto used = database_.Connect();
+  used->Execute("INSERT INTO SAMPLE (ID, NUMBER) VALUES (1, 1), (2, 2)", {});
+  EXPECT_TRUE(used->Reset());
+  EXPECT_EQ(used->Execute("DELETE FROM SAMPLE WHERE ID = 1", {}), 1);
+  EXPECT_TRUE(used->Reset());
+  used->Execute("ALTER TABLE SAMPLE ADD COLUMN ADDED INTEGER", {});
+  EXPECT_EQ(used->Execute("DELETE FROM SAMPLE WHERE ID = 2", {}), 1);
+  EXPECT_FALSE(used->Reset());
+  EXPECT_EQ(Single("SELECT COUNT(ADDED) FROM SAMPLE"), Variant(std::int32_t{0}));
+}
+
+// Outside the first 65,536 characters each is a pair of UTF-16 units, the form in which texts travel.
+TEST_P(OdbcProviderTest, TellsTextsOfSurrogatePairsApart) {
+  session_->Execute(OnPostgreSql() ? "CREATE TABLE PAIRS (NAME VARCHAR(4) PRIMARY KEY, NOTE TEXT)"
+                                   : "CREATE TABLE PAIRS (NAME VARCHAR(4) PRIMARY KEY, NOTE TEXT) DEFAULT "
+                                     "CHARACTER SET utf8mb4 COLLATE utf8mb4_nopad_bin",
+                    {});
+  // The first and last of the range; two that share their first unit, and two that share their second.
+  const std::vector<std::string> names = {"\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "🙂",   "🙃",
+                                          "\xF0\x9F\xA1\x82", "🙂🙂🙂🙂", "a🙂b", "\xEE\x80\x80"};
+  for (const std::string& name : names) {
+    session_->Execute("INSERT INTO PAIRS (NAME, NOTE) VALUES (?, ?)", {name, "of " + name});
+  }
+  for (const std::string& name : names) {
+    EXPECT_EQ(Single("SELECT NOTE FROM PAIRS WHERE NAME = ?", {name}), Variant("of " + name));
+    EXPECT_EQ(Single("SELECT NAME FROM PAIRS WHERE NAME = '" + name + "'"), Variant(name));
+    EXPECT_EQ(Single("SELECT NAME FROM PAIRS WHERE NOTE = ?", {"of " + name}), Variant(name));
+  }
+  EXPECT_EQ(ErrorOf([&] { session_->Execute("INSERT INTO PAIRS (NAME) VALUES (?)", {"🙂"}); }).SqlState(),
+            TypeOfEngine("23505", "23000"));
+  EXPECT_EQ(Single("SELECT CHAR_LENGTH(NAME) FROM PAIRS WHERE NAME = ?", {"🙂🙂🙂🙂"}),
+            Variant(std::int32_t{4}));
+  EXPECT_EQ(session_->Execute("DELETE FROM PAIRS WHERE NAME = ?", {"🙂"}), 1);
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM PAIRS"), Variant(static_cast<std::int32_t>(names.size() - 1)));
+}
+
 TEST_P(OdbcProviderTest, IsDeadOnceTheServerHasEndedIt) {
   const Variant id = Single(TypeOfEngine("SELECT pg_backend_pid()", "SELECT connection_id()"));
   database_.Execute(OnPostgreSql() ? "SELECT pg_terminate_backend(" + automation::ToText(id) + ")"
