@@ -30,9 +30,10 @@ class HandedOut {
     any_ = true;
   }
 
-  // The columns to compare in the row with this ordinal.
-  std::vector<bool> ToCompare(std::size_t ordinal) const {
-    std::vector<bool> columns = shown_;
+  // The columns to compare in the row with this ordinal; `all` of them where the row must still meet the
+  // statement's condition, which may be about a column that nobody has read.
+  std::vector<bool> ToCompare(std::size_t ordinal, bool all) const {
+    std::vector<bool> columns = all ? std::vector<bool>(shown_.size(), true) : shown_;
     if (const auto own = written_.find(ordinal); own != written_.end()) {
       for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = columns[i] && !own->second[i];
     }

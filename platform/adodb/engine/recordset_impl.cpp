@@ -320,7 +320,11 @@ void RecordsetImpl::RequireCurrent() {
 
 const Variant& RecordsetImpl::ValueOf(std::size_t column) {
   RequireOpen();
-  if (adding_ || editing_) return edited_[column];
+  if (adding_) return edited_[column];
+  if (editing_) {
+    if (!changes_[column]) handedOut_.Note(column);
+    return edited_[column];
+  }
   RequireCurrent();
   handedOut_.Note(column);
   return (*row_)[column];
@@ -339,6 +343,7 @@ void RecordsetImpl::SetValueOf(std::size_t column, const Variant& value) {
     edited_ = *row_;
     changes_.assign(fields_.size(), std::nullopt);
   }
+  if (!adding_) handedOut_.Note(column);  // what is written over must be what it was
   edited_[column] = Converted(value, source_->Columns()[column].type);
   changes_[column] = edited_[column];
   editing_ = true;
@@ -371,7 +376,8 @@ void RecordsetImpl::Update() {
     searches_->DropAll();
   } else if (editing_) {
     RequireCurrent();
-    asWritten_ = Writer().Update(*row_, changes_, handedOut_.ToCompare(Ordinal()));
+    const bool comparesAll = type_ == CursorType::Dynamic;
+    asWritten_ = Writer().Update(*row_, changes_, handedOut_.ToCompare(Ordinal(), comparesAll));
     source_->Replace(Ordinal(), asWritten_);
     handedOut_.Wrote(Ordinal(), changes_);
     ShowAsWritten();
@@ -398,7 +404,7 @@ void RecordsetImpl::Delete(Affect affect) {
   if (adding_) Raise(ErrorNumber::NoCurrentRecord);
   RequireCurrent();
   editing_ = false;
-  writer.Delete(*row_, handedOut_.ToCompare(Ordinal()));
+  writer.Delete(*row_, handedOut_.ToCompare(Ordinal(), type_ == CursorType::Dynamic));
   source_->Remove(Ordinal());
   currentGone_ = true;
   row_ = nullptr;

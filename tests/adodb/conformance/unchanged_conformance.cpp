@@ -33,7 +33,7 @@ TEST_P(Conformance, DoesNotDeleteOrChangeARowThatIsNotWhatWasRead) {
 
 TEST_P(Conformance, AChangeOfWhatNobodyReadIsNoConflict) {
   const auto connection = Connect();
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : {CursorType::ForwardOnly, CursorType::Keyset, CursorType::Static}) {
     MakeNumbers(2);
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
     EXPECT_EQ(rows->Value("ID"), Variant(1));
@@ -43,6 +43,44 @@ TEST_P(Conformance, AChangeOfWhatNobodyReadIsNoConflict) {
     rows->Delete(Affect::Current);
     EXPECT_THAT(Rows("SELECT ID FROM NUMBERS"), ElementsAre("2"));
   }
+}
+
+// It may be what the statement's condition was about.
+TEST_P(Conformance, ADynamicCursorChangesAndDeletesOnlyARowThatIsWhollyAsItWas) {
+  const auto connection = Connect();
+  MakeNumbers(2);
+  const auto rows = Open("SELECT * FROM NUMBERS WHERE NAME = 'n1'", connection, CursorType::Dynamic,
+                         LockType::Optimistic);
+  EXPECT_EQ(rows->Value("ID"), Variant(1));
+  engine->Run("UPDATE NUMBERS SET NAME = 'answered' WHERE ID = 1");
+  EXPECT_EQ(NumberOf([&] { rows->Delete(Affect::Current); }), kRowChanged);
+  rows->SetValue("VALUE", 9);
+  EXPECT_EQ(NumberOf([&] { rows->Update(); }), kRowChanged);
+  EXPECT_THAT(Rows("SELECT * FROM NUMBERS WHERE ID = 1"), ElementsAre("1|answered|1"));
+}
+
+TEST_P(Conformance, WritesOverAValueOnlyWhileItIsWhatItWas) {
+  const auto connection = Connect();
+  for (const CursorType cursor : kUpdatable) {
+    MakeNumbers(2);
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    EXPECT_EQ(rows->Value("ID"), Variant(1));
+    engine->Run("UPDATE NUMBERS SET VALUE = 5 WHERE ID = 1");
+    rows->SetValue("VALUE", 9);
+    EXPECT_EQ(NumberOf([&] { rows->Update(); }), kRowChanged);
+    EXPECT_THAT(Rows("SELECT * FROM NUMBERS WHERE ID = 1"), ElementsAre("1|n1|5"));
+  }
+}
+
+TEST_P(Conformance, WhatIsReadBesideAChangeIsComparedAsWell) {
+  const auto connection = Connect();
+  MakeNumbers(2);
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Keyset, LockType::Optimistic);
+  rows->SetValue("VALUE", 9);
+  EXPECT_EQ(rows->Value("NAME"), Variant("n1"));
+  engine->Run("UPDATE NUMBERS SET NAME = 'other' WHERE ID = 1");
+  EXPECT_EQ(NumberOf([&] { rows->Update(); }), kRowChanged);
+  EXPECT_THAT(Rows("SELECT * FROM NUMBERS WHERE ID = 1"), ElementsAre("1|other|1"));
 }
 
 TEST_P(Conformance, WhatWasReadOfOneRowIsNotComparedInTheNext) {
