@@ -119,7 +119,7 @@ TEST_F(LookupsTest, TheProblemLookupAloneRaises) {
   EXPECT_EQ(ErrorNumberOf([&] { peer_.GetReportedDescription("O'Hara"); }), -2147217900);
   EXPECT_EQ(Log(), Texts{});
   environment_.configuration->connectionStrings.clear();
-  EXPECT_EQ(ErrorNumberOf([&] { peer_.GetReportedDescription("P10"); }), -2147467259);
+  EXPECT_EQ(ErrorNumberOf([&] { peer_.GetReportedDescription("P10"); }), 1001);
 }
 
 TEST_F(LookupsTest, ContractAndWarrantyComeFromTheQuestionComponent) {
