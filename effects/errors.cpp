@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "components/interfaces/log.hpp"
-#include "effects/recorder.hpp"
+#include "effects/failure_listener.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace effects {
@@ -10,7 +10,8 @@ namespace {
 
 class RecordedLog final : public Vantrel::Log {
  public:
-  RecordedLog(Vantrel::LogPtr real, Listener& listener) : real_(std::move(real)), listener_(listener) {}
+  RecordedLog(Vantrel::LogPtr real, FailureListener& listener)
+      : real_(std::move(real)), listener_(listener) {}
 
   void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
                      automation::Variant& result) override {
@@ -20,12 +21,13 @@ class RecordedLog final : public Vantrel::Log {
 
  private:
   const Vantrel::LogPtr real_;
-  Listener& listener_;
+  FailureListener& listener_;
 };
 
 }  // namespace
 
-void RecordErrors(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener) {
+void RecordErrors(automation::ClassTable& classes, const automation::ClassTable& real,
+                  FailureListener& listener) {
   classes.Register(Vantrel::kLogProgId, [real, &listener] {
     return std::make_shared<RecordedLog>(automation::As<Vantrel::Log>(real.Create(Vantrel::kLogProgId)),
                                          listener);

@@ -1,7 +1,7 @@
 #include <memory>
 #include <utility>
 
-#include "effects/recorder.hpp"
+#include "effects/failure_listener.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/scripting/file_system_object.hpp"
 
@@ -10,7 +10,7 @@ namespace {
 
 class RecordedFiles final : public Scripting::FileSystemObject {
  public:
-  RecordedFiles(Scripting::FileSystemObjectPtr real, Listener& listener)
+  RecordedFiles(Scripting::FileSystemObjectPtr real, FailureListener& listener)
       : real_(std::move(real)), listener_(listener) {}
 
   bool FolderExists(std::string_view path) const override { return real_->FolderExists(path); }
@@ -40,12 +40,13 @@ class RecordedFiles final : public Scripting::FileSystemObject {
 
  private:
   const Scripting::FileSystemObjectPtr real_;
-  Listener& listener_;
+  FailureListener& listener_;
 };
 
 }  // namespace
 
-void RecordFolders(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener) {
+void RecordFolders(automation::ClassTable& classes, const automation::ClassTable& real,
+                   FailureListener& listener) {
   classes.RegisterAs<Scripting::FileSystemObject>(Scripting::kFileSystemObjectProgId, [real, &listener] {
     return std::make_shared<RecordedFiles>(
         automation::As<Scripting::FileSystemObject>(real.Create(Scripting::kFileSystemObjectProgId)),

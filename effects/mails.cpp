@@ -1,7 +1,7 @@
 #include <memory>
 #include <utility>
 
-#include "effects/recorder.hpp"
+#include "effects/failure_listener.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/cdo/message.hpp"
 
@@ -10,7 +10,8 @@ namespace {
 
 class RecordedMessage final : public CDO::Message {
  public:
-  RecordedMessage(CDO::MessagePtr real, Listener& listener) : real_(std::move(real)), listener_(listener) {}
+  RecordedMessage(CDO::MessagePtr real, FailureListener& listener)
+      : real_(std::move(real)), listener_(listener) {}
 
   void setFrom(std::string_view address) override {
     Told([&] { real_->setFrom(address); });
@@ -48,14 +49,15 @@ class RecordedMessage final : public CDO::Message {
   }
 
   const CDO::MessagePtr real_;
-  Listener& listener_;
+  FailureListener& listener_;
   std::string to_;
   std::string subject_;
 };
 
 }  // namespace
 
-void RecordMails(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener) {
+void RecordMails(automation::ClassTable& classes, const automation::ClassTable& real,
+                 FailureListener& listener) {
   classes.RegisterAs<CDO::Message>("CDO.Message", [real, &listener] {
     CDO::MessagePtr message;
     try {

@@ -1,34 +1,141 @@
-// What a run does outside itself, and what fails there, told to whoever listens. Jobs stay silent about some
-// of it by their rules; they do not know that they are listened to.
+// The recorder of a run: hears of every effect before it takes place, and tells those who listen.
+//
+// It stands below the jobs: the wrappers of wrappers.hpp and the connections (as their ChangeObserver) report
+// to it. Where there is no recorder none of them is installed.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
-#include "platform/automation/class_table.hpp"
+#include "effects/counts.hpp"
+#include "effects/effect.hpp"
+#include "platform/adodb/changes.hpp"
+#include "platform/automation/date_time.hpp"
 #include "platform/automation/error.hpp"
 
 namespace effects {
 
-// Called on the thread of the job, in the middle of its work. Nothing may be raised.
+struct RunStart {
+  std::string job;  // the class name, e.g. "Archive"
+  bool preview = false;
+  automation::DateTime at;  // the moment that the run takes for now
+  std::int64_t process = 0;
+  std::string host;
+  std::string version;
+};
+
+struct Entry;
+using EntryPtr = std::shared_ptr<const Entry>;
+
+// An effect that did not take place, or of which nobody knows (Error::Outcome).
+struct Failure {
+  EntryPtr of;
+  automation::Error error;
+};
+
+// An entry in the error log, or a failure line of the run log, without its time.
+struct LogText {
+  std::string text;
+  bool known = false;  // part of every run: nothing is to be done
+};
+
+struct RunEnd {
+  int exit = 0;
+  double seconds = 0;
+  Counts counts;
+};
+
+// One line of a journal.
+struct Entry {
+  using What = std::variant<RunStart, Effect, Failure, LogText, RunEnd>;
+
+  std::uint64_t seq = 0;  // from 1
+  std::chrono::system_clock::time_point time;
+  What what;
+};
+
+// Called on the thread of the job, in the middle of its work, in the order in which listeners were added.
 class Listener {
  public:
   virtual ~Listener() = default;
 
-  // A mail could not be made, given its attachment, or handed to the transport. `to` and `subject` are what
-  // it had been given by then.
-  virtual void MailRefused(std::string_view to, std::string_view subject,
-                           const automation::Error& reason) noexcept = 0;
-  // A folder could not be removed by the job itself.
-  virtual void FolderNotDeleted(std::string_view path, const automation::Error& reason) noexcept = 0;
-  // An entry was made in the error log, or should have been: one that could not be written counts as well.
-  virtual void ErrorLogged(std::string_view errorSource, std::string_view message) noexcept = 0;
+  // An effect is told before it takes place, or before it becomes permanent. What this raises keeps it from
+  // that; those who heard of it before are told of its failure. What is raised for another entry is ignored.
+  virtual void Hear(const EntryPtr& entry) = 0;
 };
 
-// Register "CDO.Message", "Scripting.FileSystemObject" and "Vantrel.Log" in `classes`: those of `real`,
-// listened to. The listener must outlive the objects made by the table.
-void RecordMails(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener);
-void RecordFolders(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener);
-void RecordErrors(automation::ClassTable& classes, const automation::ClassTable& real, Listener& listener);
+// Not to be shared between threads.
+class Recorder final : public ADODB::ChangeObserver {
+ public:
+  struct Options {
+    // Whether whole rows are recorded as they were, and not their keys alone.
+    bool rows = false;
+    // Whether an entry in the error log is part of every run. May be null.
+    bool (*isKnownEntry)(std::string_view text) = nullptr;
+    // The message of a run-log line that tells of a failure; nothing for other lines. May be null.
+    std::function<std::optional<std::string>(std::string_view line)> failureIn = nullptr;
+    std::function<std::chrono::system_clock::time_point()> clock = &std::chrono::system_clock::now;
+  };
+
+  explicit Recorder(Options options);
+
+  // The listener must outlive the recorder.
+  void Add(Listener& listener) { listeners_.push_back(&listener); }
+
+  // Tells the run's first and last lines. What a listener raises at the start passes through.
+  void Start(RunStart start);
+  void End(int exit);
+
+  // Tells an effect that is about to take place, and gives what stands for it.
+  EntryPtr Tell(Effect effect);
+  void TellFailed(const EntryPtr& told, const automation::Error& error) noexcept;
+
+  // Tells the effect and does it; when that fails tells so and passes the error on.
+  template <class Act>
+  decltype(auto) Do(Effect effect, Act&& act) {
+    const EntryPtr told = Tell(std::move(effect));
+    try {
+      return std::forward<Act>(act)();
+    } catch (...) {
+      TellFailed(told, automation::PendingError());
+      throw;
+    }
+  }
+
+  // An entry that is made in the error log, and a line that is written to a run log.
+  void ErrorLogged(std::string_view text) noexcept;
+  void RunLogLine(std::string_view line) noexcept;
+
+  // What was told so far.
+  const Counts& CountsSoFar() const { return counts_; }
+
+  bool WantsRows() const override { return options_.rows; }
+  Ticket RowChanges(ADODB::Change change, std::string_view table, ADODB::NamedRow key,
+                    std::optional<ADODB::NamedRow> before) override;
+  Ticket RowsChange(ADODB::Change change, std::string_view table, std::vector<ADODB::NamedRow> keys,
+                    std::vector<ADODB::NamedRow> before) override;
+  Ticket Begin() override;
+  Ticket Commit() override;
+  Ticket Rollback() override;
+  void Failed(const Ticket& told, const automation::Error& error) noexcept override;
+
+ private:
+  EntryPtr Make(Entry::What what);
+  void TellQuietly(Entry::What what) noexcept;
+
+  const Options options_;
+  std::vector<Listener*> listeners_;
+  std::uint64_t lastSeq_ = 0;
+  std::chrono::steady_clock::time_point started_;
+  Counts counts_;
+};
 
 }  // namespace effects

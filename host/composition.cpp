@@ -43,7 +43,7 @@ void RegisterFilesMailsAndLog(automation::ClassTable& classes, const SuiteHome& 
 }
 
 void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                      effects::Listener* listener) {
+                      effects::FailureListener* listener) {
   automation::ClassTable& classes = runtime.classes;
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
   ADODB::RegisterClasses(classes, DatabaseProviders(home));
@@ -106,7 +106,7 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {
 }
 
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   effects::Listener* listener) {
+                   effects::FailureListener* listener) {
   RegisterPlatform(runtime, home, site, listener);
   RegisterComponents(runtime.classes, home, site);
   OrvaneProcess::RegisterJobs(runtime.classes);

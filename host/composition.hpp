@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "effects/recorder.hpp"
+#include "effects/failure_listener.hpp"
 #include "host/suite_home.hpp"
 #include "platform/adodb/engine/provider.hpp"
 #include "platform/automation/runtime.hpp"
@@ -23,6 +23,6 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site);
 // Vantrel::kUnreadableFile; connection strings and the directory account are read again when they are needed.
 // The listener, which may be null, must outlive what the runtime's classes make.
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   effects::Listener* listener);
+                   effects::FailureListener* listener);
 
 }  // namespace orvane_host

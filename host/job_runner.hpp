@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "effects/recorder.hpp"
+#include "effects/failure_listener.hpp"
 #include "host/commands.hpp"
 #include "host/job_table.hpp"
 #include "host/run_logs.hpp"
@@ -17,7 +17,7 @@
 
 namespace orvane_host {
 
-class JobRunner : public effects::Listener {
+class JobRunner : public effects::FailureListener {
  public:
   JobRunner(const SuiteHome& home, const Console& console) : home_(home), console_(console) {}
 

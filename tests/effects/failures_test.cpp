@@ -1,5 +1,3 @@
-#include "effects/recorder.hpp"
-
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "components/interfaces/log.hpp"
+#include "effects/failure_listener.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/cdo/message.hpp"
 #include "platform/scripting/file_system_object.hpp"
@@ -19,7 +18,7 @@ namespace {
 using orvane_test::ErrorOf;
 using testing::ElementsAre;
 
-class Heard : public effects::Listener {
+class Heard : public effects::FailureListener {
  public:
   void MailRefused(std::string_view to, std::string_view subject,
                    const automation::Error& reason) noexcept override {

@@ -1,0 +1,115 @@
+#include "effects/recorder.hpp"
+
+#include <cstddef>
+
+namespace effects {
+
+Recorder::Recorder(Options options) : options_(std::move(options)) {}
+
+EntryPtr Recorder::Make(Entry::What what) {
+  return std::make_shared<const Entry>(Entry{++lastSeq_, options_.clock(), std::move(what)});
+}
+
+void Recorder::Start(RunStart start) {
+  started_ = std::chrono::steady_clock::now();
+  const EntryPtr entry = Make(std::move(start));
+  for (Listener* listener : listeners_) listener->Hear(entry);
+}
+
+void Recorder::End(int exit) {
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started_;
+  // To the millisecond, as the times of the lines.
+  const double seconds = static_cast<double>(static_cast<std::int64_t>(taken.count() * 1000)) / 1000;
+  TellQuietly(RunEnd{exit, seconds, counts_});
+}
+
+EntryPtr Recorder::Tell(Effect effect) {
+  EntryPtr entry = Make(std::move(effect));
+  const auto& told = std::get<Effect>(entry->what);
+  std::size_t heard = 0;
+  try {
+    for (Listener* listener : listeners_) {
+      listener->Hear(entry);
+      ++heard;
+    }
+  } catch (...) {
+    if (heard > 0) {
+      const std::vector<Listener*> all = listeners_;
+      listeners_.resize(heard);
+      TellQuietly(Failure{entry, automation::PendingError()});
+      listeners_ = all;
+    }
+    throw;
+  }
+  counts_.Add(told);
+  return entry;
+}
+
+void Recorder::TellFailed(const EntryPtr& told, const automation::Error& error) noexcept try {
+  counts_.AddFailure(std::get<Effect>(told->what), error.Outcome());
+  TellQuietly(Failure{told, error});
+} catch (...) {
+  // No memory to tell it.
+}
+
+void Recorder::TellQuietly(Entry::What what) noexcept try {
+  const EntryPtr entry = Make(std::move(what));
+  for (Listener* listener : listeners_) {
+    try {
+      listener->Hear(entry);
+    } catch (...) {
+      // What has happened cannot be kept from happening.
+    }
+  }
+} catch (...) {
+  // No memory to tell it.
+}
+
+void Recorder::ErrorLogged(std::string_view text) noexcept try {
+  const bool known = options_.isKnownEntry != nullptr && options_.isKnownEntry(text);
+  counts_.AddLogText(known);
+  TellQuietly(LogText{std::string(text), known});
+} catch (...) {
+  // No memory to tell it.
+}
+
+void Recorder::RunLogLine(std::string_view line) noexcept try {
+  if (!options_.failureIn) return;
+  std::optional<std::string> failure = options_.failureIn(line);
+  if (!failure) return;
+  counts_.AddLogText(false);
+  TellQuietly(LogText{std::move(*failure), false});
+} catch (...) {
+  // No memory to tell it.
+}
+
+Recorder::Ticket Recorder::RowChanges(ADODB::Change change, std::string_view table, ADODB::NamedRow key,
+                                      std::optional<ADODB::NamedRow> before) {
+  return Tell(RowChange{change, std::string(table), std::move(key), options_.rows,
+                        before ? std::move(*before) : ADODB::NamedRow()});
+}
+
+Recorder::Ticket Recorder::RowsChange(ADODB::Change change, std::string_view table,
+                                      std::vector<ADODB::NamedRow> keys,
+                                      std::vector<ADODB::NamedRow> before) {
+  return Tell(
+      effects::RowsChange{change, std::string(table), std::move(keys), options_.rows, std::move(before)});
+}
+
+Recorder::Ticket Recorder::Begin() {
+  return Tell(TransactionStep{TransactionStep::Kind::Begin});
+}
+
+Recorder::Ticket Recorder::Commit() {
+  return Tell(TransactionStep{TransactionStep::Kind::Commit});
+}
+
+Recorder::Ticket Recorder::Rollback() {
+  return Tell(TransactionStep{TransactionStep::Kind::Rollback});
+}
+
+void Recorder::Failed(const Ticket& told, const automation::Error& error) noexcept {
+  if (told) TellFailed(std::static_pointer_cast<const Entry>(told), error);
+}
+
+}  // namespace effects
