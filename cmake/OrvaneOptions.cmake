@@ -3,6 +3,8 @@ option(ORVANE_BUILD_TESTS "Build the tests" ON)
 option(ORVANE_BUILD_BENCH "Build the benchmarks" OFF)
 set(ORVANE_SANITIZE "" CACHE STRING "Sanitizers to compile in, e.g. address,undefined or thread")
 
+option(ORVANE_PRECOMPILE "Precompile the headers that every test includes" ON)
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -12,7 +14,10 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
 find_program(ORVANE_CCACHE ccache)
 if(ORVANE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVANE_CCACHE}")
+  # ccache does not look at a compilation with a precompiled header unless it is told that dates and unused macros in
+  # the header do not matter.
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+    "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime" "${ORVANE_CCACHE}")
   set(CMAKE_C_COMPILER_LAUNCHER "${ORVANE_CCACHE}")
 endif()
 

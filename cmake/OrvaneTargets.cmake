@@ -8,6 +8,23 @@ function(orvane_library name)
   target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
 endfunction()
 
+# Compiles a test target with GoogleMock and the standard library's headers read beforehand: they are half of what
+# compiling a test costs. They are compiled once for all targets.
+function(orvane_test_headers name)
+  if(NOT ORVANE_PRECOMPILE)
+    return()
+  endif()
+  if(NOT TARGET test_headers)
+    file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers.cpp" CONTENT "")
+    add_library(test_headers STATIC "${CMAKE_BINARY_DIR}/test_headers.cpp")
+    target_link_libraries(test_headers PRIVATE orvane_options GTest::gmock)
+    target_precompile_headers(test_headers PRIVATE
+      <gmock/gmock.h> <gtest/gtest.h> <algorithm> <chrono> <filesystem> <fstream> <functional> <map> <memory>
+      <optional> <sstream> <string> <string_view> <thread> <variant> <vector>)
+  endif()
+  target_precompile_headers(${name} REUSE_FROM test_headers)
+endfunction()
+
 # orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])
 # A GoogleTest program whose cases are registered with CTest one by one.
 # IN_MEMORY puts the temporary folders of a test that runs a program hundreds of times where syncing costs nothing.
@@ -23,6 +40,7 @@ function(orvane_test name)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
+  orvane_test_headers(${name})
   set(properties LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
   if(ARG_IN_MEMORY AND IS_DIRECTORY /dev/shm)
     list(APPEND properties ENVIRONMENT TMPDIR=/dev/shm)
