@@ -1,9 +1,12 @@
-// A run whose lock of the database is lost to another program stops at the next safe point.
+// The lock of a suite's database: two hosts of a farm take turns, and a run that loses the lock to another
+// program stops at the next safe point.
 #include <gmock/gmock.h>
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -112,6 +115,54 @@ TEST_P(LockLostTest, TheRunStopsAtTheNextSafePointAndTheNextRunGoesOn) {
   const Outcome next = RunHost({"run", "--home", home_.string(), "DormantUserExpiry"});
   EXPECT_EQ(next.exitCode, 0) << next.err;
   EXPECT_EQ(Prospects(), 7014);
+}
+
+// Two servers of a farm have a home each, and one database.
+TEST_P(LockLostTest, ARunOfAnotherHomeWaitsForTheOneThatHoldsTheDatabase) {
+  const Outcome made = RunHost({"init", home_.string(), "--demo", "--database", suite_.ConnectionString(),
+                                "--catalog", catalogue_.ConnectionString()});
+  ASSERT_EQ(made.exitCode, 0) << made.err;
+  const std::filesystem::path second = folder_.Path() / "second" / "home";
+  std::filesystem::create_directories(second.parent_path());
+  std::filesystem::copy(home_, second, std::filesystem::copy_options::recursive);
+  session_ = suite_.Connect();
+  const long before = Prospects();
+  SlowDown();
+
+  RunningHost run({"run", "--home", home_.string(), "DormantUserExpiry"});
+  const auto start = std::chrono::steady_clock::now();
+  while (Prospects() == before) {
+    ASSERT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(2)) << "nothing is deleted";
+  }
+  const Outcome refused = RunHost({"run", "--home", second.string(), "--no-wait", "DormantUserExpiry"});
+  EXPECT_EQ(refused.exitCode, 75);
+  EXPECT_THAT(refused.err, HasSubstr("orvane-host: the suite is held by database session "));
+  EXPECT_THAT(refused.err, HasSubstr("; nothing was begun\n"));
+  RunningHost waiting({"run", "--home", second.string(), "DormantUserExpiry"});
+  waiting.AwaitError("; waiting\n");
+
+  SpeedUp();
+  const Outcome first = run.Wait();
+  EXPECT_EQ(first.exitCode, 0) << first.err;
+  const Outcome next = waiting.Wait();
+  EXPECT_EQ(next.exitCode, 0) << next.err;
+  EXPECT_EQ(Prospects(), 7014);
+}
+
+TEST_P(LockLostTest, NothingIsBegunWhereTheDatabaseDoesNotAnswer) {
+  const Outcome made = RunHost({"init", home_.string(), "--demo", "--database", suite_.ConnectionString(),
+                                "--catalog", catalogue_.ConnectionString()});
+  ASSERT_EQ(made.exitCode, 0) << made.err;
+  const std::filesystem::path site = home_ / "config/siteConfiguration.xml";
+  const std::string reachable = TemporaryFolder::Read(site);
+  std::ofstream(site) << std::regex_replace(
+      reachable, std::regex("Server=[^;]*;(Port=[^;]*;)?(Socket=[^;]*;)?"), "Server=127.0.0.1;Port=1;");
+  ASSERT_NE(TemporaryFolder::Read(site), reachable);
+  const Outcome outcome = RunHost({"run", "--home", home_.string(), "DormantUserExpiry"});
+  EXPECT_EQ(outcome.exitCode, 69) << outcome.err;
+  EXPECT_THAT(outcome.err,
+              HasSubstr("orvane-host: the suite's database does not answer, nothing was begun: "));
+  EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "OrvLog"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, LockLostTest, testing::Values("postgresql", "mariadb"),
