@@ -6,7 +6,7 @@
 
 #include "effects/failure_listener.hpp"
 #include "host/suite_home.hpp"
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "platform/automation/runtime.hpp"
 #include "suite/configuration/site_file.hpp"
 

@@ -4,8 +4,8 @@
 #include <sstream>
 
 #include "bench/support/sqlite_file.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/scripting/local/registration.hpp"

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/servers/server_database.hpp"
 
 namespace orvane_bench {

@@ -7,7 +7,7 @@
 
 #include "demo/table.hpp"
 #include "host/init/embedded.hpp"
-#include "platform/adodb/engine/connection_string.hpp"
+#include "platform/adodb/session/connection_string.hpp"
 #include "platform/adodb/statement.hpp"
 #include "platform/automation/runtime.hpp"
 

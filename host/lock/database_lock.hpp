@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/adodb/engine/session_lock.hpp"
+#include "platform/adodb/session/session_lock.hpp"
 
 namespace orvane_lock {
 

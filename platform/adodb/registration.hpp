@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "platform/automation/class_table.hpp"
 
 namespace ADODB {

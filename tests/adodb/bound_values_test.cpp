@@ -1,5 +1,5 @@
 // Which statements have their inserted values bound, and what is bound then.
-#include "platform/adodb/engine/bound_values.hpp"
+#include "platform/adodb/sql/bound_values.hpp"
 
 #include <gtest/gtest.h>
 

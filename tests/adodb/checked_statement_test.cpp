@@ -1,9 +1,9 @@
-#include "platform/adodb/engine/checked_statement.hpp"
+#include "platform/adodb/sql/checked_statement.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/adodb/dialects/sqlite.hpp"
+#include "platform/adodb/engines/sqlite/dialect.hpp"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/adodb/dialects/sqlite.hpp"
-#include "platform/adodb/engine/checked_statement.hpp"
-#include "platform/adodb/engine/sql_tokens.hpp"
+#include "platform/adodb/engines/sqlite/dialect.hpp"
+#include "platform/adodb/sql/checked_statement.hpp"
+#include "platform/adodb/sql/tokens.hpp"
 #include "platform/automation/error.hpp"
 
 namespace {

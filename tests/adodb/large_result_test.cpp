@@ -1,9 +1,9 @@
 // Results that are larger than what is held in memory.
 #include <gtest/gtest.h>
 
-#include "platform/adodb/engine/key_list.hpp"
-#include "platform/adodb/engine/row_codec.hpp"
-#include "platform/adodb/engine/static_rows.hpp"
+#include "platform/adodb/cursor/key_list.hpp"
+#include "platform/adodb/cursor/row_codec.hpp"
+#include "platform/adodb/cursor/static_rows.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "tests/support/sqlite_database.hpp"
 

@@ -1,4 +1,4 @@
-#include "platform/adodb/engine/pool.hpp"
+#include "platform/adodb/session/pool.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <set>
 #include <thread>
 
-#include "platform/adodb/dialects/sqlite.hpp"
+#include "platform/adodb/engines/sqlite/dialect.hpp"
 #include "platform/automation/error.hpp"
 
 namespace {

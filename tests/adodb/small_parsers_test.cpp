@@ -1,10 +1,10 @@
 // Connection strings, criteria, stored dates and the shape of a SELECT.
 #include <gtest/gtest.h>
 
-#include "platform/adodb/engine/connection_string.hpp"
-#include "platform/adodb/engine/criterion.hpp"
-#include "platform/adodb/engine/iso_date_time.hpp"
-#include "platform/adodb/engine/select_shape.hpp"
+#include "platform/adodb/cursor/criterion.hpp"
+#include "platform/adodb/session/connection_string.hpp"
+#include "platform/adodb/sql/iso_date_time.hpp"
+#include "platform/adodb/sql/select_shape.hpp"
 #include "platform/automation/error.hpp"
 
 namespace {

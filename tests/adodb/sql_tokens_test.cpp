@@ -1,9 +1,9 @@
-#include "platform/adodb/engine/sql_tokens.hpp"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "platform/adodb/sql/tokens.hpp"
 
 namespace {
 

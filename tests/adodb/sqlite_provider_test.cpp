@@ -8,7 +8,7 @@
 #include <csignal>
 #include <thread>
 
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
 #include "tests/support/raised_error.hpp"

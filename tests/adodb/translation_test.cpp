@@ -1,9 +1,9 @@
-#include "platform/adodb/engine/translation.hpp"
+#include "platform/adodb/sql/translation.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/adodb/dialects/sqlite.hpp"
+#include "platform/adodb/engines/sqlite/dialect.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "jobs/cleanup/clean_up.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/scripting/memory/registration.hpp"
 #include "tests/servers/server_database.hpp"

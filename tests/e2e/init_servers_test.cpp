@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/temporary_folder.hpp"

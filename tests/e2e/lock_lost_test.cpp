@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/adodb/engine/session_lock.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
+#include "platform/adodb/session/session_lock.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/temporary_folder.hpp"

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/temporary_folder.hpp"

@@ -3,11 +3,11 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/adodb/dialects/sqlite.hpp"
-#include "platform/adodb/engine/connection_string.hpp"
-#include "platform/adodb/engine/criterion.hpp"
-#include "platform/adodb/engine/select_shape.hpp"
-#include "platform/adodb/engine/translation.hpp"
+#include "platform/adodb/cursor/criterion.hpp"
+#include "platform/adodb/engines/sqlite/dialect.hpp"
+#include "platform/adodb/session/connection_string.hpp"
+#include "platform/adodb/sql/select_shape.hpp"
+#include "platform/adodb/sql/translation.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/cdo/curl/addresses.hpp"
 #include "tests/support/test_runtime.hpp"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/adodb/connection.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/automation/runtime.hpp"

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/adodb/connection.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
 #include "tests/servers/server_database.hpp"

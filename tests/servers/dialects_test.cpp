@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "platform/adodb/dialects/mariadb.hpp"
-#include "platform/adodb/dialects/postgresql.hpp"
-#include "platform/adodb/dialects/sqlserver.hpp"
-#include "platform/adodb/engine/checked_statement.hpp"
-#include "platform/adodb/engine/translation.hpp"
+#include "platform/adodb/engines/mariadb/dialect.hpp"
+#include "platform/adodb/engines/postgresql/dialect.hpp"
+#include "platform/adodb/engines/sqlserver/dialect.hpp"
+#include "platform/adodb/sql/checked_statement.hpp"
+#include "platform/adodb/sql/translation.hpp"
 #include "tests/servers/job_statements.hpp"
 #include "tests/support/test_runtime.hpp"
 

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "platform/adodb/connection.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/automation/error.hpp"

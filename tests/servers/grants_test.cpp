@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/raised_error.hpp"

@@ -7,8 +7,8 @@
 #include <set>
 #include <string>
 
-#include "platform/adodb/engine/checked_statement.hpp"
-#include "platform/adodb/engine/translation.hpp"
+#include "platform/adodb/sql/checked_statement.hpp"
+#include "platform/adodb/sql/translation.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/test_runtime.hpp"

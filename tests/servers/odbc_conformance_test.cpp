@@ -1,5 +1,5 @@
 // The conformance tests on PostgreSQL and MariaDB.
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/adodb/conformance/conformance.hpp"
 #include "tests/servers/server_database.hpp"
 

@@ -1,9 +1,9 @@
 // What the ODBC provider knows about drivers, without a server.
 #include <gmock/gmock.h>
 
-#include "platform/adodb/providers/odbc/driver.hpp"
-#include "platform/adodb/providers/odbc/error.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/driver.hpp"
+#include "platform/adodb/odbc/error.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"

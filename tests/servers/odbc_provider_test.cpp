@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/adodb/engine/engine_error.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
+#include "platform/adodb/sql/engine_error.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/moment.hpp"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "tests/servers/server_state.hpp"
 
 namespace orvane_test {

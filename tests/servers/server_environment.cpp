@@ -1,6 +1,6 @@
 #include "tests/servers/server_environment.hpp"
 
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
 
 namespace orvane_test {

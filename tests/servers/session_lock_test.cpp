@@ -1,5 +1,5 @@
 // The lock of a database on real servers: held by one session at a time, gone with it, and watched.
-#include "platform/adodb/engine/session_lock.hpp"
+#include "platform/adodb/session/session_lock.hpp"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/lock/database_lock.hpp"
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/servers/tcp_proxy.hpp"
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/servers/dying_server.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/solve/whole_suite.hpp"

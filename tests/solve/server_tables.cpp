@@ -1,4 +1,4 @@
-#include "platform/adodb/providers/odbc/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/solve/whole_suite_test.hpp"
 

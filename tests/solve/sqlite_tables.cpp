@@ -1,4 +1,4 @@
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "tests/solve/whole_suite_test.hpp"
 #include "tests/support/sqlite_database.hpp"
 

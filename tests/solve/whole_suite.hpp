@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "jobs/solve/solve_on_no_response.hpp"
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "platform/automation/class_table.hpp"
 #include "platform/base/created_files.hpp"
 #include "platform/cdo/registration.hpp"

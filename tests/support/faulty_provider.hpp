@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 #include "platform/automation/error.hpp"
 
 namespace orvane_test {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <regex>
 
-#include "platform/adodb/engine/sql_tokens.hpp"
+#include "platform/adodb/sql/tokens.hpp"
 
 namespace orvane_test {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <stdexcept>
 
-#include "platform/adodb/providers/odbc/provider.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "tests/support/server_backend.hpp"
 

@@ -16,8 +16,8 @@
 
 #include "platform/adodb/command.hpp"
 #include "platform/adodb/connection.hpp"
-#include "platform/adodb/engine/engine_error.hpp"
 #include "platform/adodb/recordset.hpp"
+#include "platform/adodb/sql/engine_error.hpp"
 #include "tests/adodb/conformance/engine_under_test.hpp"
 #include "tests/support/faulty_provider.hpp"
 #include "tests/support/raised_error.hpp"

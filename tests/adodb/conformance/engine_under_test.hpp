@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/adodb/engine/provider.hpp"
+#include "platform/adodb/session/provider.hpp"
 
 namespace orvane_test {
 

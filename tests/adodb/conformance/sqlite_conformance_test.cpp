@@ -1,6 +1,6 @@
 // The conformance tests on SQLite: a database as the suite makes it, and one made by hand with a rollback
 // journal.
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "tests/adodb/conformance/conformance.hpp"
 #include "tests/support/sqlite_database.hpp"
 

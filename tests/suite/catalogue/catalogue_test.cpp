@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "components/interfaces/catalogue.hpp"
-#include "platform/adodb/providers/sqlite/provider.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
 #include "tests/support/raised_error.hpp"

@@ -1,0 +1,59 @@
+// Which values of the current record its reader was shown.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <vector>
+
+#include "platform/adodb/cursor/row_writer.hpp"
+
+namespace ADODB::engine {
+
+// A change or deletion compares these with what the database holds. Values that were written through the set
+// are left out until they are read from the database again: it may hold them in another form, a date without
+// its fraction for instance.
+class HandedOut {
+ public:
+  void Reset(std::size_t columns) {
+    shown_.assign(columns, false);
+    any_ = false;
+    written_.clear();
+  }
+
+  // Another record becomes the current one.
+  void Forget() {
+    if (any_) shown_.assign(shown_.size(), false);
+    any_ = false;
+  }
+  void Note(std::size_t column) {
+    shown_[column] = true;
+    any_ = true;
+  }
+
+  // The columns to compare in the row with this ordinal; `all` of them where the row must still meet the
+  // statement's condition, which may be about a column that nobody has read.
+  std::vector<bool> ToCompare(std::size_t ordinal, bool all) const {
+    std::vector<bool> columns = all ? std::vector<bool>(shown_.size(), true) : shown_;
+    if (const auto own = written_.find(ordinal); own != written_.end()) {
+      for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = columns[i] && !own->second[i];
+    }
+    return columns;
+  }
+
+  void Wrote(std::size_t ordinal, const Changes& changes) {
+    std::vector<bool>& own = written_[ordinal];
+    own.resize(shown_.size(), false);
+    for (std::size_t i = 0; i < changes.size(); ++i) own[i] = own[i] || changes[i].has_value();
+  }
+  // The row's values were read from the database after all that was written.
+  void ReadFromDatabase(std::size_t ordinal) {
+    if (!written_.empty()) written_.erase(ordinal);
+  }
+
+ private:
+  std::vector<bool> shown_;
+  bool any_ = false;
+  std::map<std::size_t, std::vector<bool>> written_;  // columns, by ordinal
+};
+
+}  // namespace ADODB::engine

@@ -1,0 +1,72 @@
+#include "platform/adodb/cursor/loose_rows.hpp"
+
+#include <utility>
+
+#include "platform/adodb/cursor/key_list.hpp"
+#include "platform/adodb/cursor/still_reads.hpp"
+
+namespace ADODB::engine {
+
+LooseRows::LooseRows(std::shared_ptr<Link> link, SelectShape select, const TableShape& table, bool open,
+                     std::size_t mostRows)
+    : link_(std::move(link)),
+      select_(std::move(select)),
+      list_(ListWithKey(select_, table, link_->GetSession().GetDialect())),
+      keyCount_(table.keyColumns.size()),
+      open_(open),
+      mostRows_(mostRows) {
+  Copy();
+}
+
+void LooseRows::Copy() {
+  const std::unique_ptr<Rows> rows =
+      link_->GetSession().Query("SELECT " + list_ + select_.From({}) + " " + select_.order, {});
+  copiedAt_ = link_->GetFreshness().Now();
+  copy_ = std::make_unique<StaticRows>(*rows, keyCount_, mostRows_);
+  if (!columns_.empty()) return;
+  columns_ = copy_->Columns();
+  keyColumns_ = copy_->KeyColumns();
+}
+
+bool LooseRows::IsOutdated(const Freshness::Stamp& stamp) const {
+  const Freshness& freshness = link_->GetFreshness();
+  return (open_ && freshness.WroteSince(stamp)) || freshness.IsOld(stamp);
+}
+
+const Row* LooseRows::At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
+  const Row* row = copy_->At(ordinal, upcoming);
+  return row == nullptr || !IsOutdated(copiedAt_) || IsStillThere(*row) ? row : nullptr;
+}
+
+bool LooseRows::IsStillThere(const Row& row) const {
+  Session& session = link_->GetSession();
+  const Dialect& dialect = session.GetDialect();
+  Parameters parameters;
+  std::string condition;
+  for (std::size_t i = 0; i < keyCount_; ++i) {
+    const StillReads stillReads(dialect, KeyColumns()[i]);
+    condition += (i == 0 ? "" : " AND ") + stillReads.condition;
+    stillReads.Bind(dialect, row[Columns().size() + i], parameters);
+  }
+  SelectShape table = select_;
+  if (!open_) table.condition.clear();
+  return session.Query(dialect.Limited("1", table.From(condition), 1), parameters)->Next();
+}
+
+std::size_t LooseRows::ReadAgain(std::size_t ordinal, const Visit& visit) {
+  std::string before;
+  const auto bytes = [&](std::size_t at) {
+    return KeyList::Bytes(KeyView(*copy_->At(at, {})).subspan(Columns().size()));
+  };
+  if (ordinal < KnownCount()) before = bytes(ordinal);
+  Copy();
+  holes_.Truncate(0);
+  std::size_t place = KnownCount();
+  for (std::size_t at = 0; Reach(at); ++at) {
+    visit(at, *copy_->At(at, {}));
+    if (place == KnownCount() && !before.empty() && bytes(at) == before) place = at;
+  }
+  return place;
+}
+
+}  // namespace ADODB::engine

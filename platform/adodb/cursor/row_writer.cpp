@@ -1,0 +1,166 @@
+#include "platform/adodb/cursor/row_writer.hpp"
+
+#include <limits>
+#include <utility>
+
+#include "platform/adodb/cursor/still_reads.hpp"
+#include "platform/adodb/sql/engine_error.hpp"
+#include "platform/adodb/sql/tokens.hpp"
+
+namespace ADODB::engine {
+
+RowWriter::RowWriter(std::shared_ptr<Link> link, std::string table, TableShape shape,
+                     const std::vector<Column>& columns, std::vector<Column> keyColumns)
+    : link_(std::move(link)),
+      table_(std::move(table)),
+      shape_(std::move(shape)),
+      columns_(columns),
+      keyColumns_(std::move(keyColumns)) {}
+
+const RowWriter::Condition& RowWriter::ConditionFor(const std::vector<bool>& compared) {
+  if (condition_ && condition_->compared == compared) return *condition_;
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  Condition made{.compared = compared, .text = {}, .values = {}, .deletion = {}};
+  const auto add = [&](const std::string& term) { made.text += (made.text.empty() ? "" : " AND ") + term; };
+  const auto compare = [&](const Column& column, std::size_t place) {
+    add(made.values.emplace_back(place, StillReads(dialect, column)).second.condition);
+  };
+  if (shape_.address == TableShape::Address::WholeRow) {
+    for (std::size_t k = 0; k < keyColumns_.size(); ++k) compare(keyColumns_[k], columns_.size() + k);
+    made.deletion = dialect.DeleteOne(table_, made.text);
+  } else {
+    for (const std::string& column : shape_.keyColumns) add(dialect.QuotedName(column) + " = ?");
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (compared[i] && CanWrite(i)) compare(columns_[i], i);
+    }
+    made.deletion = "DELETE FROM " + table_ + " WHERE " + made.text;
+  }
+  return condition_.emplace(std::move(made));
+}
+
+void RowWriter::BindCondition(const Row& row, const Condition& condition, Parameters& parameters) const {
+  if (shape_.address != TableShape::Address::WholeRow) {
+    parameters.insert(parameters.end(), row.begin() + static_cast<std::ptrdiff_t>(columns_.size()),
+                      row.end());
+  }
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  for (const auto& [place, stillReads] : condition.values) stillReads.Bind(dialect, row[place], parameters);
+}
+
+void RowWriter::RequireOne(std::int64_t affected) const {
+  if (affected == 1) return;
+  throw automation::Error(
+      kRowChanged, "ADODB.Recordset",
+      "Row cannot be located for updating. Some values may have been changed since it was last read.");
+}
+
+void RowWriter::Delete(const Row& row, const std::vector<bool>& compared) {
+  const Condition& condition = ConditionFor(compared);
+  Parameters parameters;
+  BindCondition(row, condition, parameters);
+  link_->GetFreshness().NoteWrite();
+  RequireOne(link_->GetSession().Execute(condition.deletion, parameters));
+}
+
+Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<bool>& compared) {
+  Session& session = link_->GetSession();
+  const Dialect& dialect = session.GetDialect();
+  std::string assignments;
+  Parameters parameters;
+  Row changed = row;
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (!changes[i]) continue;
+    assignments += (parameters.empty() ? "" : ",") + dialect.QuotedName(columns_[i].baseColumn) + " = ?";
+    parameters.push_back(*changes[i]);
+    changed[i] = *changes[i];
+    for (std::size_t k = 0; k < shape_.keyColumns.size(); ++k) {
+      if (EqualsIgnoringAsciiCase(shape_.keyColumns[k], columns_[i].baseColumn)) {
+        changed[columns_.size() + k] = *changes[i];
+      }
+    }
+  }
+  if (parameters.empty()) return changed;
+  const Condition& condition = ConditionFor(compared);
+  BindCondition(row, condition, parameters);
+  link_->GetFreshness().NoteWrite();
+  const std::string sql = "UPDATE " + table_ + " SET " + assignments + " WHERE " + condition.text;
+  switch (shape_.address) {
+    case TableShape::Address::Key:
+      RequireOne(session.Execute(sql, parameters));
+      break;
+    case TableShape::Address::WholeRow:
+      RequireOne(session.Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
+      break;
+    case TableShape::Address::Place: {
+      const std::unique_ptr<Rows> rows =
+          session.Query(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
+      RequireOne(rows->Next() ? 1 : 0);
+      changed.back() = rows->Value(0);
+      while (rows->Next()) {
+      }
+      break;
+    }
+  }
+  return changed;
+}
+
+Row RowWriter::Insert(const Changes& changes) {
+  Session& session = link_->GetSession();
+  std::vector<std::string> names;
+  Parameters parameters;
+  Row row(columns_.size() + shape_.keyColumns.size(), automation::Variant::Null());
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (!changes[i]) continue;
+    names.push_back(columns_[i].baseColumn);
+    parameters.push_back(*changes[i]);
+    row[i] = *changes[i];
+  }
+  std::vector<std::string> returned = shape_.keyColumns;
+  if (shape_.generatedColumn) returned.push_back(*shape_.generatedColumn);
+  const std::string sql = session.GetDialect().InsertReturning(table_, names, returned);
+  link_->GetFreshness().NoteWrite();
+  const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
+  RequireOne(rows->Next() ? 1 : 0);
+  for (std::size_t k = 0; k < returned.size(); ++k) {
+    const automation::Variant value = rows->Value(k);
+    if (k < shape_.keyColumns.size()) row[columns_.size() + k] = value;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (EqualsIgnoringAsciiCase(returned[k], columns_[i].baseColumn)) row[i] = value;
+    }
+  }
+  // Run the statement to its end: only then is the row committed.
+  while (rows->Next()) {
+  }
+  return row;
+}
+
+automation::Variant Converted(const automation::Variant& value, ColumnType type) {
+  if (value.IsNull() || value.IsEmpty()) return automation::Variant::Null();
+  switch (type) {
+    case ColumnType::Boolean:
+      return automation::ToBoolean(value);
+    case ColumnType::Integer: {
+      const std::int64_t number = automation::ToInt64(value);
+      if (number < std::numeric_limits<std::int32_t>::min() ||
+          number > std::numeric_limits<std::int32_t>::max()) {
+        return number;
+      }
+      return static_cast<std::int32_t>(number);
+    }
+    case ColumnType::Decimal:
+    case ColumnType::Double:
+      if (std::holds_alternative<std::int32_t>(value.Get()) ||
+          std::holds_alternative<std::int64_t>(value.Get())) {
+        return value;
+      }
+      return automation::ToDouble(value);
+    case ColumnType::DateTime:
+      return automation::ToDateTime(value);
+    case ColumnType::Text:
+    case ColumnType::Binary:
+      break;
+  }
+  return automation::ToText(value);
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,48 @@
+#include "platform/adodb/cursor/searches.hpp"
+
+namespace ADODB::engine {
+
+const ValueIndex& Searches::IndexOf(std::size_t column, std::size_t& place) {
+  if (const auto found = indexes_.find(column); found != indexes_.end()) return found->second;
+  if (source_.IsOpenToChanges() && !placesKept_) return ReadAgain(column, place);
+  ValueIndex values(link_->GetSession().GetDialect(), source_.Columns()[column]);
+  for (std::size_t ordinal = 0; source_.Reach(ordinal); ++ordinal) {
+    if (source_.IsRemoved(ordinal)) continue;
+    if (const Row* row = source_.At(ordinal, {})) values.Add(ordinal, (*row)[column]);
+  }
+  values.Finish();
+  return indexes_.emplace(column, std::move(values)).first->second;
+}
+
+const ValueIndex& Searches::ReadAgain(std::size_t column, std::size_t& place) {
+  indexes_.clear();
+  Session& session = link_->GetSession();
+  // Before the rows are read: what comes in meanwhile must not count as known.
+  mark_ = session.ChangeMark();
+  questions_ = 0;
+  ValueIndex values(session.GetDialect(), source_.Columns()[column]);
+  place = source_.ReadAgain(place,
+                            [&](std::size_t ordinal, const Row& row) { values.Add(ordinal, row[column]); });
+  placesKept_ = true;
+  values.Finish();
+  return indexes_.emplace(column, std::move(values)).first->second;
+}
+
+bool Searches::MayHaveGained(std::size_t column, const automation::Variant& wanted) {
+  constexpr int kMostQuestions = 1000;
+  if (!source_.IsOpenToChanges()) return false;
+  if (mark_ && link_->GetSession().ChangeMark() == mark_) return false;
+  return ++questions_ > kMostQuestions || Holds(source_.Columns()[column], wanted);
+}
+
+// Whether the set as the database sees it now has a row whose `column` equals `value`; true when it cannot be
+// asked.
+bool Searches::Holds(const Column& column, const automation::Variant& value) const {
+  if (column.baseColumn.empty()) return true;
+  Session& session = link_->GetSession();
+  const std::string condition =
+      select_.name + "." + session.GetDialect().QuotedName(column.baseColumn) + " = ?";
+  return session.Query("SELECT 1" + select_.From(condition), {value})->Next();
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,52 @@
+// What Find and Filter know of a record set: where the values of its columns stand.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "platform/adodb/cursor/row_source.hpp"
+#include "platform/adodb/cursor/value_index.hpp"
+#include "platform/adodb/session/shared_session.hpp"
+#include "platform/adodb/sql/select_shape.hpp"
+
+namespace ADODB::engine {
+
+// An index for each column that was searched, made on first use. A set that is open to changes is read anew
+// when its first index is made; from then on its ordinals stay, until it is read again because a value that
+// was not found may have come in.
+class Searches {
+ public:
+  // `select` is that of an open set. The source must outlive the searches.
+  Searches(std::shared_ptr<Link> link, RowSource& source, SelectShape select)
+      : link_(std::move(link)), source_(source), select_(std::move(select)) {}
+
+  // The index of a column. `place` is an ordinal that the caller keeps, and is told where its row went; it is
+  // left alone where nothing had to be read anew.
+  const ValueIndex& IndexOf(std::size_t column, std::size_t& place);
+
+  // Whether a value that the column's index lacks may have come in since the set was read; then it must be
+  // read again. A missing value is looked for in the database itself, unless nobody has changed that; after
+  // many such questions it is cheaper to read the set again.
+  bool MayHaveGained(std::size_t column, const automation::Variant& wanted);
+  const ValueIndex& ReadAgain(std::size_t column, std::size_t& place);
+
+  // The values of the column have changed through this set.
+  void Drop(std::size_t column) { indexes_.erase(column); }
+  // A row was added through this set.
+  void DropAll() { indexes_.clear(); }
+
+ private:
+  bool Holds(const Column& column, const automation::Variant& value) const;
+
+  std::shared_ptr<Link> link_;
+  RowSource& source_;
+  SelectShape select_;
+  std::map<std::size_t, ValueIndex> indexes_;  // by column
+  bool placesKept_ = false;                    // of an open set
+  std::optional<std::int64_t> mark_;           // of the database when the set was read
+  int questions_ = 0;                          // put to the database since then
+};
+
+}  // namespace ADODB::engine

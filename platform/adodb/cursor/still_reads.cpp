@@ -1,0 +1,40 @@
+#include "platform/adodb/cursor/still_reads.hpp"
+
+#include <algorithm>
+#include <string_view>
+#include <variant>
+
+namespace ADODB::engine {
+namespace {
+
+// Bytes that need not be a text are compared as one of their digits.
+std::string HexDigits(std::string_view bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string digits;
+  digits.reserve(bytes.size() * 2);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    digits += kDigits[byte >> 4];
+    digits += kDigits[byte & 15];
+  }
+  return digits;
+}
+
+}  // namespace
+
+StillReads::StillReads(const Dialect& dialect, const Column& column)
+    : condition(dialect.StillReads(dialect.QuotedName(column.baseColumn), column.type)),
+      type(column.type),
+      marks(static_cast<std::size_t>(std::count(condition.begin(), condition.end(), '?'))) {}
+
+void StillReads::Bind(const Dialect& dialect, const automation::Variant& value,
+                      Parameters& parameters) const {
+  const auto* bytes = std::get_if<std::string>(&value.Get());
+  if (type == ColumnType::Binary && bytes != nullptr) {
+    parameters.insert(parameters.end(), marks, HexDigits(*bytes));
+  } else {
+    parameters.insert(parameters.end(), marks, dialect.ComparedValue(value, type));
+  }
+}
+
+}  // namespace ADODB::engine

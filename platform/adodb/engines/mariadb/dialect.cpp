@@ -1,0 +1,133 @@
+#include "platform/adodb/engines/mariadb/dialect.hpp"
+
+#include "platform/adodb/sql/collation_key.hpp"
+#include "platform/adodb/sql/engine_error.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+constexpr Dialect::SessionLockTexts kSessionLock = {
+    .take = "SELECT GET_LOCK(concat('orvane suite ', database()), 0)",
+    .isHeld = "SELECT coalesce(IS_USED_LOCK(concat('orvane suite ', database())) = CONNECTION_ID(), 0)",
+    .holder =
+        "SELECT concat('database session ', p.ID, ' of ', p.USER, ' from ', p.HOST)"
+        " FROM information_schema.PROCESSLIST p"
+        " WHERE p.ID = IS_USED_LOCK(concat('orvane suite ', database()))",
+    .introduce = {},
+};
+
+class MariaDb : public Dialect {
+ public:
+  std::string_view Name() const override { return "MariaDB"; }
+  const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
+
+  std::string DaysLater(std::string_view days, std::string_view moment) const override {
+    std::string sql = "(";
+    return sql.append(moment).append(" + interval (").append(days).append(") day)");
+  }
+
+  std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
+    std::string sql = "coalesce(";
+    return sql.append(value).append(",").append(replacement).append(")");
+  }
+
+  // "+" would add the texts as numbers, and "||" depends on the session's mode.
+  std::string Joined(const std::vector<std::string>& texts) const override {
+    std::string sql = "concat(";
+    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : ",") + texts[i];
+    return sql + ")";
+  }
+
+  bool JoinsWhenDeleteNamesItsTable() const override { return true; }
+  bool OrdersLongTextsOnDisk() const override { return true; }
+
+  bool ReturnsDeletedRows() const override { return true; }
+
+  // A statement is planned with the values of its parameters in their places, each time that it runs.
+  bool ComparesBoundValuesAsLiterals() const override { return true; }
+  bool PreparesOnTheServer() const override { return true; }
+
+  // A typed literal: a plain text would be compared as text with some expressions.
+  std::string Timestamp(std::string_view text) const override {
+    return "timestamp'" + std::string(text) + "'";
+  }
+
+  // Backquotes are names in every mode of a session.
+  std::string QuotedName(std::string_view name) const override {
+    std::string quoted = "`";
+    for (const char c : name) quoted.append(c == '`' ? 2u : 1u, c);
+    return quoted + '`';
+  }
+
+  std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
+                              const std::vector<std::string>& returned) const override {
+    std::string names;
+    std::string marks;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      names += (i == 0 ? "" : ",") + QuotedName(columns[i]);
+      marks += i == 0 ? "?" : ",?";
+    }
+    std::string sql = "INSERT INTO ";
+    sql.append(table).append(" (").append(names).append(") VALUES (").append(marks).append(")");
+    for (std::size_t i = 0; i < returned.size(); ++i) {
+      sql += (i == 0 ? " RETURNING " : ",") + QuotedName(returned[i]);
+    }
+    return sql;
+  }
+
+  // By the bytes of the text, whatever the column's collation takes for equal. A zero date reads as NULL. A
+  // FLOAT reads as the number that it is or as that of its shorter text, as the driver fetches it.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    switch (type) {
+      case ColumnType::Boolean:
+      case ColumnType::Integer:
+        return column + " <=> ?";
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+        return "(" + column + " <=> ? OR concat(" + column + ") + 0e0 <=> ?)";
+      case ColumnType::DateTime:
+        return "if(year(" + column + ") > 0 AND month(" + column + ") > 0 AND dayofmonth(" + column +
+               ") > 0, " + column + ", NULL) <=> ?";
+      case ColumnType::Text:
+        return "convert(" + column + " USING utf8mb4) COLLATE utf8mb4_nopad_bin <=> convert(? USING utf8mb4)";
+      case ColumnType::Binary:
+        break;
+    }
+    return "hex(" + column + ") <=> ?";
+  }
+
+  // After VALUES the first row's values would be names of columns, which must differ: a row (1,1) is refused.
+  std::string_view RowValueListStart() const override { return {}; }
+
+  // By the end of a collation's name: "_bin" compares characters, everything else sees letters of different
+  // case as equal; trailing blanks do not count unless it says "nopad". Without a name texts are compared as
+  // they are.
+  std::string ComparisonKey(std::string_view text, const Column& column) const override {
+    const std::string_view collation = column.collation;
+    if (collation.empty() || collation == "binary") return std::string(text);
+    const bool letterForLetter = collation.ends_with("_bin") || collation.ends_with("_cs");
+    std::string key = letterForLetter ? std::string(text) : WithoutCaseAndAccents(text);
+    if (collation.find("_nopad_") == std::string_view::npos) {
+      while (!key.empty() && key.back() == ' ') key.pop_back();
+    }
+    return key;
+  }
+
+  automation::Error SyntaxError(std::string_view near) const override {
+    return EngineError(
+        "MSDASQL",
+        "You have an error in your SQL syntax; check the manual that corresponds to your MariaDB "
+        "server version for the right syntax to use near '" +
+            std::string(near) + "' at line 1",
+        "42000", 1064);
+  }
+};
+
+}  // namespace
+
+const Dialect& MariaDbDialect() {
+  static const MariaDb dialect;
+  return dialect;
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,92 @@
+#include "platform/adodb/engines/sqlite/dialect.hpp"
+
+#include "platform/adodb/sql/engine_error.hpp"
+#include "platform/adodb/sql/tokens.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+class Sqlite : public Dialect {
+ public:
+  std::string_view Name() const override { return "SQLite"; }
+
+  std::string DaysLater(std::string_view days, std::string_view moment) const override {
+    return Call("orvane_adddays", days, moment);
+  }
+
+  std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
+    return Call("ifnull", value, replacement);
+  }
+
+  std::string Joined(const std::vector<std::string>& texts) const override {
+    std::string sql = "(";
+    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " || ") + texts[i];
+    return sql + ")";
+  }
+
+  bool ReturnsDeletedRows() const override { return true; }
+
+  // A column may hold a value of any type, and a date or a Boolean may be written in several ways.
+  std::string StillReads(const std::string& column, ColumnType type) const override {
+    switch (type) {
+      case ColumnType::Boolean:
+        return "orvane_asboolean(" + column + ") IS ?";
+      case ColumnType::DateTime:
+        return "orvane_asdate(" + column + ") IS ?";
+      case ColumnType::Binary:
+        return "CASE WHEN typeof(" + column + ") IN ('blob','text') THEN hex(" + column + ") ELSE " + column +
+               " END IS ?";
+      case ColumnType::Integer:
+      case ColumnType::Decimal:
+      case ColumnType::Double:
+      case ColumnType::Text:
+        break;
+    }
+    return "CASE WHEN typeof(" + column + ") = 'blob' THEN CAST(" + column + " AS TEXT) ELSE " + column +
+           " END IS ? COLLATE BINARY";
+  }
+
+  // Neither a literal nor a parameter has an affinity of its own.
+  bool ComparesBoundValuesAsLiterals() const override { return true; }
+
+  std::string Timestamp(std::string_view text) const override { return "'" + std::string(text) + "'"; }
+
+  // Dates are texts here, and any other text or number compares with one as well.
+  std::string ComparedMoment(std::string_view value) const override {
+    return std::string("orvane_moment(").append(value).append(")");
+  }
+
+  // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).
+  std::string ComparisonKey(std::string_view text, const Column& column) const override {
+    std::string key(text);
+    if (EqualsIgnoringAsciiCase(column.collation, "NOCASE")) {
+      for (char& c : key) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+      }
+    } else if (EqualsIgnoringAsciiCase(column.collation, "RTRIM")) {
+      while (!key.empty() && key.back() == ' ') key.pop_back();
+    }
+    return key;
+  }
+
+  automation::Error SyntaxError(std::string_view near) const override {
+    const std::string message =
+        near.empty() ? "incomplete input" : "near \"" + std::string(near) + "\": syntax error";
+    return EngineError("SQLite", message, "42000", 1);
+  }
+
+ private:
+  static std::string Call(std::string_view name, std::string_view first, std::string_view second) {
+    std::string sql(name);
+    return sql.append("(").append(first).append(",").append(second).append(")");
+  }
+};
+
+}  // namespace
+
+const Dialect& SqliteDialect() {
+  static const Sqlite dialect;
+  return dialect;
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,202 @@
+#include "platform/adodb/engines/sqlite/embedded/connection.hpp"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+#include "platform/adodb/engines/sqlite/dialect.hpp"
+#include "platform/adodb/engines/sqlite/embedded/error.hpp"
+#include "platform/adodb/engines/sqlite/embedded/functions.hpp"
+#include "platform/adodb/session/coarse_clock.hpp"
+#include "platform/adodb/sql/tokens.hpp"
+
+namespace ADODB::sqlite {
+namespace {
+
+sqlite3* OpenFile(const OpenSettings& settings) {
+  sqlite3* database = nullptr;
+  errno = 0;
+  const int code =
+      sqlite3_open_v2(settings.path.c_str(), &database, settings.flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (code == SQLITE_OK) return database;
+  std::string message = database == nullptr ? "out of memory" : sqlite3_errmsg(database);
+  const int reason = database == nullptr ? 0 : sqlite3_system_errno(database);
+  sqlite3_close(database);
+  message += ": " + settings.path;
+  if (reason != 0) message += std::string(" (") + std::strerror(reason) + ")";
+  throw ErrorOf(code, std::move(message));
+}
+
+// The last part of a table's name as a statement writes it, without quotes.
+std::string PlainName(const std::string& table) {
+  const engine::TokenList list = engine::Tokenize(table);
+  if (list.tokens.empty()) return table;
+  const engine::Token& last = list.tokens.back();
+  std::string_view name = last.In(table);
+  if (last.kind != engine::TokenKind::QuotedName) return std::string(name);
+  const char closing = name.back();
+  name = name.substr(1, name.size() - 2);
+  std::string plain;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    plain += name[i];
+    if (name[i] == closing) ++i;
+  }
+  return plain;
+}
+
+}  // namespace
+
+Connection::Connection(const OpenSettings& settings)
+    : database_(OpenFile(settings)), statements_(database_.get()) {
+  sqlite3_extended_result_codes(database_.get(), 1);
+  sqlite3_busy_timeout(database_.get(), settings.timeoutMilliseconds);
+  RegisterFunctions(database_.get());
+  // The first read tells a file that is no database, or is held by someone, now and not in the middle of a
+  // job.
+  const bool isNew = (settings.flags & SQLITE_OPEN_CREATE) != 0 &&
+                     Query("SELECT 1 FROM sqlite_schema LIMIT 1", {})->Next() == false;
+  if (isNew) Run("PRAGMA journal_mode = WAL");
+  const std::unique_ptr<engine::Rows> mode = Query("PRAGMA journal_mode", {});
+  const bool wal = mode->Next() && mode->Value(0) == automation::Variant("wal");
+  while (mode->Next()) {
+  }
+  Query("SELECT 1 FROM sqlite_schema LIMIT 1", {});
+  // In WAL mode NORMAL keeps the database whole after a power cut; in the other modes only FULL does.
+  if (wal && !settings.fullSynchronous) Run("PRAGMA synchronous = NORMAL");
+  if (settings.fullSynchronous) Run("PRAGMA synchronous = FULL");
+}
+
+Connection::~Connection() = default;
+
+void Connection::Run(const char* sql) {
+  const int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) throw ErrorOf(database_.get(), code);
+}
+
+std::unique_ptr<engine::Rows> Connection::Query(std::string_view sql, const engine::Parameters& parameters) {
+  return std::make_unique<StatementRows>(statements_, sql, parameters);
+}
+
+std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters& parameters) {
+  const StatementCache::Lease statement(statements_, sql);
+  statement->Bind(parameters);
+  const std::int64_t before = sqlite3_total_changes64(database_.get());
+  const bool commits = sqlite3_get_autocommit(database_.get()) != 0;
+  try {
+    while (statement->Step()) {
+    }
+  } catch (automation::Error& error) {
+    if (commits && LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    throw;
+  }
+  // The statement must not be seen as running by what comes next.
+  statement->Reset();
+  // Changes that triggers made are not the statement's own; a statement that is none of insert, update and
+  // delete leaves the count of the one before it.
+  const bool changed = sqlite3_total_changes64(database_.get()) != before;
+  return changed ? sqlite3_changes64(database_.get()) : 0;
+}
+
+void Connection::Begin() {
+  // A transaction that first reads and then writes could find the database changed in between, and waiting
+  // does not help it then: take the write lock at once.
+  Run("BEGIN IMMEDIATE");
+}
+
+void Connection::Commit() {
+  try {
+    Run("COMMIT");
+  } catch (automation::Error& error) {
+    if (LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    throw;
+  }
+}
+
+void Connection::Rollback() {
+  // Some failures (a full disk, for one) have rolled back already.
+  if (sqlite3_get_autocommit(database_.get()) == 0) Run("ROLLBACK");
+}
+
+engine::TableShape Connection::Describe(const std::string& table) {
+  const std::string name = PlainName(table);
+  if (const auto known = shapes_.find(name); known != shapes_.end()) return known->second;
+  engine::TableShape shape;
+  bool isTable = false;
+  bool hasRowNumber = false;
+  {
+    const auto rows = Query("SELECT type, wr FROM pragma_table_list WHERE name = ? COLLATE NOCASE", {name});
+    while (rows->Next()) {
+      isTable = rows->Value(0) == automation::Variant("table");
+      hasRowNumber = rows->Value(1) == automation::Variant(0);
+    }
+  }
+  if (!isTable) return shape;
+  std::vector<std::string> columns;
+  bool integerKey = false;
+  {
+    const auto rows = Query("SELECT name, type, pk FROM pragma_table_info(?) ORDER BY pk", {name});
+    while (rows->Next()) {
+      columns.push_back(automation::ToText(rows->Value(0)));
+      if (automation::ToInt32(rows->Value(2)) == 0) continue;
+      shape.keyColumns.push_back(columns.back());
+      integerKey = engine::EqualsIgnoringAsciiCase(automation::ToText(rows->Value(1)), "INTEGER");
+    }
+  }
+  if (hasRowNumber && shape.keyColumns.size() == 1 && integerKey) {
+    shape.generatedColumn = shape.keyColumns.front();
+  } else if (hasRowNumber) {
+    // The row number is the key in which the engine itself walks the table.
+    shape.keyColumns.clear();
+    for (const char* rowNumber : {"rowid", "_rowid_", "oid"}) {
+      bool taken = false;
+      for (const std::string& column : columns) taken |= engine::EqualsIgnoringAsciiCase(column, rowNumber);
+      if (!taken) {
+        shape.keyColumns.emplace_back(rowNumber);
+        break;
+      }
+    }
+  }
+  shapes_.emplace(name, shape);
+  return shape;
+}
+
+std::optional<std::int64_t> Connection::ChangeMark() {
+  const auto rows = Query("PRAGMA data_version", {});
+  rows->Next();
+  // The version counts the commits of other connections, the total the changes of this one.
+  return (automation::ToInt64(rows->Value(0)) << 32) + sqlite3_total_changes64(database_.get());
+}
+
+bool Connection::Reset() {
+  shapes_.clear();
+  if (sqlite3_get_autocommit(database_.get()) == 0) {
+    if (sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr) != SQLITE_OK) return false;
+  }
+  // A pooled session is used again and again within a moment: now and then is often enough to look.
+  const auto now = engine::CoarseNow();
+  if (now - fileSeen_ < std::chrono::seconds(1)) return true;
+  fileSeen_ = now;
+  return FileIsStillThere();
+}
+
+bool Connection::Ping() {
+  if (!FileIsStillThere()) return false;
+  try {
+    return Query("SELECT 1 FROM sqlite_schema LIMIT 1", {}) != nullptr;
+  } catch (const automation::Error&) {
+    return false;
+  }
+}
+
+// A file that was replaced, by a restored backup for instance, must not be written to any more.
+bool Connection::FileIsStillThere() {
+  int moved = 0;
+  sqlite3_file_control(database_.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &moved);
+  return moved == 0;
+}
+
+const engine::Dialect& Connection::GetDialect() const {
+  return engine::SqliteDialect();
+}
+
+}  // namespace ADODB::sqlite

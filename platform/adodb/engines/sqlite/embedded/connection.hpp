@@ -1,0 +1,56 @@
+// One open database file.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/adodb/engines/sqlite/embedded/statement.hpp"
+#include "platform/adodb/session/provider.hpp"
+
+namespace ADODB::sqlite {
+
+struct OpenSettings {
+  std::string path;
+  int flags = 0;
+  int timeoutMilliseconds = 5000;
+  bool fullSynchronous = false;
+};
+
+class Connection : public engine::Session {
+ public:
+  explicit Connection(const OpenSettings& settings);
+  ~Connection() override;
+
+  std::unique_ptr<engine::Rows> Query(std::string_view sql, const engine::Parameters& parameters) override;
+  std::int64_t Execute(std::string_view sql, const engine::Parameters& parameters) override;
+  void Begin() override;
+  void Commit() override;
+  void Rollback() override;
+  // Transactions of this engine are serializable whatever the level.
+  void SetIsolationLevel(IsolationLevel) override {}
+  engine::TableShape Describe(const std::string& table) override;
+  std::optional<std::int64_t> ChangeMark() override;
+  bool Reset() override;
+  bool Ping() override;
+  const engine::Dialect& GetDialect() const override;
+
+ private:
+  struct Close {
+    void operator()(sqlite3* database) const { sqlite3_close(database); }
+  };
+
+  void Run(const char* sql);
+  bool FileIsStillThere();
+
+  std::unique_ptr<sqlite3, Close> database_;
+  StatementCache statements_;
+  std::map<std::string, engine::TableShape> shapes_;  // of tables described since the last Reset
+  std::chrono::steady_clock::time_point fileSeen_ = std::chrono::steady_clock::now();
+};
+
+}  // namespace ADODB::sqlite

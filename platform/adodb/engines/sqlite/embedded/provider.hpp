@@ -1,0 +1,19 @@
+// The embedded engine, SQLite, through its own C interface.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/adodb/session/provider.hpp"
+
+namespace ADODB::sqlite {
+
+// Serves "Provider=SQLite;Data Source=PATH" with these further keywords:
+//   Mode           ReadWrite (as when it is missing), Read, or ReadWriteCreate, which also makes a missing
+//   file Timeout        seconds to wait for a lock that another connection holds; 5 Synchronous    NORMAL (as
+//   when it is missing) or FULL; see docs/databases.md for what a power cut can cost
+// A relative Data Source is taken from `baseFolder`; "\" counts as "/". A file that Connect makes is in WAL
+// mode; an existing one keeps its journal mode.
+std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder);
+
+}  // namespace ADODB::sqlite

@@ -1,0 +1,99 @@
+#include "platform/adodb/session/pool.hpp"
+
+#include <utility>
+
+namespace ADODB::engine {
+
+struct Pool::Target {
+  std::shared_ptr<Provider> provider;
+  ConnectionString text;
+  std::deque<Idle> idle;     // the one used last at the back
+  std::uint64_t deaths = 0;  // sessions that were found dead; what killed one may have killed others
+};
+
+Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
+    : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_) {}
+
+Pool::~Pool() = default;
+
+Pool::Target& Pool::TargetOf(std::string_view connectionString, std::string_view user,
+                             std::string_view password, std::unique_lock<std::mutex>& lock) {
+  std::string withUser;
+  if (!user.empty() || !password.empty()) {
+    withUser.append(connectionString).append(1, '\0').append(user).append(1, '\0').append(password);
+  }
+  const std::string_view key = withUser.empty() ? connectionString : withUser;
+  if (lastTarget_ != nullptr && lastTarget_->first == key) return *lastTarget_->second;
+  if (const auto found = targets_.find(key); found != targets_.end()) {
+    lastTarget_ = &*found;
+    return *found->second;
+  }
+  lock.unlock();
+  auto target = std::make_unique<Target>();
+  target->text = ConnectionString::Parse(connectionString);
+  if (!user.empty()) target->text.Set("User ID", std::string(user));
+  if (!password.empty()) target->text.Set("Password", std::string(password));
+  target->provider = ProviderOf(providers_, target->text);
+  lock.lock();
+  return *targets_.emplace(key, std::move(target)).first->second;
+}
+
+Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view user,
+                          std::string_view password) {
+  const auto now = clock_();
+  std::vector<Idle> expired;  // closed outside the lock
+  std::unique_lock lock(mutex_);
+  Target& target = TargetOf(connectionString, user, password, lock);
+  std::uint64_t deaths = 0;
+  for (;;) {
+    while (!target.idle.empty() && now - target.idle.front().since > kCloseAfter) {
+      expired.push_back(std::move(target.idle.front()));
+      target.idle.pop_front();
+    }
+    deaths = target.deaths;
+    if (target.idle.empty()) break;
+    Idle candidate = std::move(target.idle.back());
+    target.idle.pop_back();
+    const bool mustAnswer = candidate.deaths != deaths || now - candidate.since > kPingAfter;
+    lock.unlock();
+    if (!mustAnswer || candidate.session->Ping()) {
+      return {std::move(candidate.session), std::move(candidate.memo), &target, deaths};
+    }
+    candidate = {};  // closed outside the lock as well
+    lock.lock();
+    ++target.deaths;
+  }
+  lock.unlock();
+  std::unique_ptr<Session> session = target.provider->Connect(target.text);
+  return {std::move(session), std::make_unique<TranslationMemo>(), &target, deaths};
+}
+
+void Pool::GiveBack(Lease lease) noexcept {
+  if (!lease.session) return;
+  std::unique_ptr<Session> surplus;
+  try {
+    const bool usable = lease.session->Reset();
+    const std::lock_guard lock(mutex_);
+    std::deque<Idle>& idle = lease.target->idle;
+    if (!usable) {
+      ++lease.target->deaths;
+      return;
+    }
+    if (idle.size() >= kMostIdle) {
+      surplus = std::move(idle.front().session);
+      idle.pop_front();
+    }
+    idle.push_back({std::move(lease.session), std::move(lease.memo), clock_(), lease.deaths});
+  } catch (...) {
+    // Whatever went wrong with it, the session is not used again.
+  }
+}
+
+std::size_t Pool::IdleCount() const {
+  const std::lock_guard lock(mutex_);
+  std::size_t count = 0;
+  for (const auto& [key, target] : targets_) count += target->idle.size();
+  return count;
+}
+
+}  // namespace ADODB::engine

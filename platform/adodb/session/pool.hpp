@@ -1,0 +1,82 @@
+// Physical connections kept for the next user.
+//
+// Jobs open a connection in every procedure; opening a physical one each time would cost more than the work.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/adodb/session/coarse_clock.hpp"
+#include "platform/adodb/session/freshness.hpp"
+#include "platform/adodb/session/provider.hpp"
+#include "platform/adodb/session/statement_cache.hpp"
+
+namespace ADODB::engine {
+
+// Safe to use from several threads; a session belongs to one user from Acquire to GiveBack.
+class Pool {
+ public:
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  static constexpr std::size_t kMostIdle = 8;              // of one connection string
+  static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
+  static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
+
+  explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow);
+  ~Pool();
+
+  struct Target;  // a connection string with its user
+  struct Lease {
+    std::unique_ptr<Session> session;
+    std::unique_ptr<TranslationMemo> memo;
+    Target* target = nullptr;
+    std::uint64_t deaths = 0;  // of sessions of the target, when this one was last known to answer
+  };
+
+  // A session that is ready for use: an idle one, or a new one. 3706 when no provider serves the string.
+  Lease Acquire(std::string_view connectionString, std::string_view user, std::string_view password);
+
+  // Takes the session back. A dead one is thrown away, and its companions, idle or in use, must answer before
+  // they are handed out again.
+  void GiveBack(Lease lease) noexcept;
+
+  std::size_t IdleCount() const;
+
+  // Of the rows that are read through the pool's sessions.
+  Freshness& GetFreshness() { return freshness_; }
+
+ private:
+  struct Idle {
+    std::unique_ptr<Session> session;
+    std::unique_ptr<TranslationMemo> memo;
+    std::chrono::steady_clock::time_point since;
+    std::uint64_t deaths = 0;  // as in Lease
+  };
+
+  // The mutex is held when this begins and when it ends.
+  Target& TargetOf(std::string_view connectionString, std::string_view user, std::string_view password,
+                   std::unique_lock<std::mutex>& lock);
+
+  const std::vector<std::shared_ptr<Provider>> providers_;
+  const Clock clock_;
+  Freshness freshness_;
+  mutable std::mutex mutex_;
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  using Targets = std::unordered_map<std::string, std::unique_ptr<Target>, TextHash, std::equal_to<>>;
+  Targets targets_;                                  // never taken out, as leases point to them
+  const Targets::value_type* lastTarget_ = nullptr;  // asked for last
+};
+
+}  // namespace ADODB::engine

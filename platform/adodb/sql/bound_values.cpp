@@ -1,0 +1,161 @@
+#include "platform/adodb/sql/bound_values.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace ADODB::engine {
+namespace {
+
+constexpr std::size_t kMostValues = 8;
+constexpr std::size_t kLongestText = 1024;
+
+// Follows the fixed text between two values. Texts, names and comments that reach over a value, and tokens
+// that are rewritten, make the statement one that is sent as it stands.
+bool IsPlain(std::string_view fixed) {
+  for (std::size_t i = 0; i < fixed.size(); ++i) {
+    switch (fixed[i]) {
+      case '\'':
+      case '"':
+      case '[':
+      case '`':
+      case '{':
+      case '+':
+      case '?':
+      case ';':
+        return false;
+      case '-':
+      case '/':
+        if (i + 1 < fixed.size() && (fixed[i + 1] == '-' || fixed[i + 1] == '*')) return false;
+        break;
+      case '(':
+        // A call may be one that is rewritten; a bracket behind a blank is none.
+        if (i > 0 && fixed[i - 1] != ' ' && fixed[i - 1] != '(') return false;
+        break;
+      default:
+        break;
+    }
+  }
+  return true;
+}
+
+bool EndsInComparison(std::string_view fixed) {
+  while (!fixed.empty() && fixed.back() == ' ') fixed.remove_suffix(1);
+  return !fixed.empty() && (fixed.back() == '=' || fixed.back() == '<' || fixed.back() == '>');
+}
+
+std::optional<std::int64_t> WholeNumber(std::string_view text) {
+  std::int64_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, problem] = std::from_chars(text.data(), end, number);
+  if (problem != std::errc{} || stop != end) return std::nullopt;
+  return number;
+}
+
+// Calls `take` with each piece of fixed text in turn, and the piece's end that a value follows. `take`
+// answers whether to go on.
+template <class Take>
+bool ForEachPiece(const Statement& statement, Take&& take) {
+  const std::string_view sql = statement.ToString();
+  std::size_t at = 0;
+  for (const Statement::Span& span : statement.Values()) {
+    if (!take(sql.substr(at, span.offset - at))) return false;
+    at = span.offset + span.length;
+  }
+  return take(sql.substr(at));
+}
+
+}  // namespace
+
+bool ValuesToBind(const Statement& statement, Parameters& values) {
+  const std::string_view sql = statement.ToString();
+  const auto spans = statement.Values();
+  if (spans.empty() || spans.size() > kMostValues || sql.size() > kLongestText) return false;
+  values.reserve(spans.size());
+  std::size_t at = 0;
+  for (const Statement::Span& span : spans) {
+    const std::string_view value = sql.substr(span.offset, span.length);
+    const std::size_t end = span.offset + span.length;
+    if (span.offset <= at) return false;
+    if (sql[span.offset - 1] == '\'') {
+      const auto endsText = [](char c) { return c == '\'' || c == '\0'; };
+      if (end >= sql.size() || sql[end] != '\'' || std::any_of(value.begin(), value.end(), endsText)) {
+        return false;
+      }
+      values.emplace_back(value);
+      at = end + 1;
+    } else {
+      const std::optional<std::int64_t> number = WholeNumber(value);
+      const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
+      if (!number || !delimited) return false;
+      // As an engine types the literal.
+      if (*number == static_cast<std::int32_t>(*number)) {
+        values.emplace_back(static_cast<std::int32_t>(*number));
+      } else {
+        values.emplace_back(*number);
+      }
+      at = end;
+    }
+  }
+  return true;
+}
+
+std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number) {
+  BoundStatement bound;
+  if (!ValuesToBind(statement, bound.values)) return std::nullopt;
+  const std::string_view sql = statement.ToString();
+  bound.text.reserve(sql.size());
+  std::size_t at = 0;
+  for (const Statement::Span& span : statement.Values()) {
+    std::string_view fixed = sql.substr(at, span.offset - at);
+    const bool quoted = fixed.back() == '\'';
+    if (quoted) fixed.remove_suffix(1);
+    if (!EndsInComparison(fixed) || !IsPlain(fixed)) return std::nullopt;
+    bound.text.append(fixed).append(quoted ? "?" : number);
+    at = span.offset + span.length + (quoted ? 1 : 0);
+  }
+  const std::string_view rest = sql.substr(at);
+  if (!IsPlain(rest)) return std::nullopt;
+  bound.text.append(rest);
+  return bound;
+}
+
+FixedText::FixedText(const Statement& statement) {
+  ForEachPiece(statement, [&](std::string_view piece) {
+    text_.append(piece);
+    values_.push_back(text_.size());
+    return true;
+  });
+  values_.pop_back();  // no value follows the last piece
+}
+
+bool FixedText::IsOf(const Statement& statement) const {
+  if (statement.Values().size() != values_.size()) return false;
+  std::size_t at = 0;
+  std::size_t number = 0;
+  return ForEachPiece(statement, [&](std::string_view piece) {
+    const std::size_t end = number < values_.size() ? values_[number] : text_.size();
+    const bool same = std::string_view(text_).substr(at, end - at) == piece;
+    at = end;
+    ++number;
+    return same;
+  });
+}
+
+std::size_t FixedText::Hash(const Statement& statement) {
+  std::size_t hash = 0;
+  ForEachPiece(statement, [&](std::string_view piece) {
+    std::uint64_t end = 0;
+    const std::size_t size = std::min(piece.size(), sizeof end);
+    std::memcpy(&end, piece.data() + (piece.size() - size), size);
+    hash = (hash ^ end ^ piece.size()) * 0x9E3779B97F4A7C15U;
+    hash ^= hash >> 32;
+    return true;
+  });
+  return hash;
+}
+
+}  // namespace ADODB::engine
