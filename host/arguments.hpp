@@ -6,20 +6,25 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvane_host {
 
-enum class Command { Help, Version, Init, Run, List, Status };
+struct CommandEntry;
 
 struct Arguments {
-  Command command = Command::Help;
+  const CommandEntry* command = nullptr;  // of the table of commands; never null once parsed
+  const CommandEntry* about = nullptr;    // help: of this command alone; null: of all
   std::filesystem::path home;
-  std::vector<std::string> jobs;  // run: as given, in order
-  bool strict = false;            // run
+  std::vector<std::string> jobs;  // as given, in order
+  bool json = false;              // status
+
+  bool strict = false;  // run
   // run: how long to wait for another run to end; nothing: without limit
   std::optional<std::chrono::seconds> wait;
+
+  std::optional<std::chrono::hours> maxAge;  // status
+
   bool demo = false;                     // init
   std::optional<std::string> database;   // init: connection string of the suite's database
   std::optional<std::string> catalogue;  // init: connection string of the catalogue database
@@ -29,10 +34,10 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Reads the words after the program's name. `environmentHome` stands in for a missing --home. Raises
-// UsageError with what is wrong.
+// Reads the words after the program's name by the table of commands. `environmentHome` stands in for a
+// missing --home. Raises UsageError with what is wrong, and what to do about it where that is not plain.
+// An option is taken by its full name only: a script must not change its meaning because an option was added.
+// Threads: one at a time in a process.
 Arguments ParseArguments(const std::vector<std::string>& given, const char* environmentHome);
-
-std::string_view HelpText();
 
 }  // namespace orvane_host

@@ -12,9 +12,11 @@ struct Console {
   std::ostream& err;
 };
 
-int RunJobs(const Arguments& arguments, const Console& console);
-int ListJobs(const Console& console);
-int ShowStatus(const Arguments& arguments, const Console& console);
 int InitSuite(const Arguments& arguments, const Console& console);
+int ListJobs(const Arguments& arguments, const Console& console);
+int RunJobs(const Arguments& arguments, const Console& console);
+int ShowHelp(const Arguments& arguments, const Console& console);
+int ShowStatus(const Arguments& arguments, const Console& console);
+int ShowVersion(const Arguments& arguments, const Console& console);
 
 }  // namespace orvane_host

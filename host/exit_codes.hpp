@@ -2,17 +2,30 @@
 // sysexits.h.
 #pragma once
 
+#include <span>
+#include <string_view>
+
 namespace orvane_host {
 
 enum ExitCode : int {
-  kOk = 0,             // every job wrote its stop line
-  kErrorsLogged = 1,   // --strict: it did, but something failed on the way
-  kUsage = 64,         // the command line, an unknown job among it
-  kUnavailable = 69,   // the suite's database does not answer: nothing was begun
-  kUnfinished = 70,    // a job ended without its stop line, or the command failed
-  kCannotCreate = 73,  // init: the place is taken or cannot be written
-  kTryAgain = 75,      // another run holds the suite, or the run lost its lock and stopped at a safe point
-  kConfiguration = 78  // the suite's configuration, or a lock that cannot be made
+  kOk = 0,
+  kErrorsLogged = 1,
+  kUsage = 64,
+  kUnavailable = 69,
+  kUnfinished = 70,
+  kCannotCreate = 73,
+  kTryAgain = 75,
+  kLimit = 77,
+  kConfiguration = 78
 };
+
+struct ExitCodeMeaning {
+  ExitCode code;
+  std::string_view meaning;
+};
+
+// Every code with its meaning, in ascending order. The help, the manual page and the documents show these
+// words.
+std::span<const ExitCodeMeaning> ExitCodes();
 
 }  // namespace orvane_host

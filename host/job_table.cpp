@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "host/arguments.hpp"
+
 namespace orvane_host {
 namespace {
 
@@ -38,6 +40,19 @@ const JobInfo* FindJob(std::string_view name) {
     }
   }
   return nullptr;
+}
+
+std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names) {
+  std::vector<const JobInfo*> jobs;
+  for (const JobInfo& job : Jobs()) {
+    if (names.empty()) jobs.push_back(&job);
+  }
+  for (const std::string& name : names) {
+    const JobInfo* job = FindJob(name);
+    if (job == nullptr) throw UsageError("unknown job " + name + "; \"orvane-host list\" shows the jobs");
+    if (std::find(jobs.begin(), jobs.end(), job) == jobs.end()) jobs.push_back(job);
+  }
+  return jobs;
 }
 
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line) {

@@ -18,6 +18,10 @@ const std::vector<JobInfo>& Jobs();
 // The job meant by a ProgID or a class name, in any case; null when there is none.
 const JobInfo* FindJob(std::string_view name);
 
+// The jobs of these names, each once; all of them when there are no names. Raises UsageError for a name that
+// is none.
+std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names);
+
 // The time that a start (or stop) line of the job gives, without the line's CR LF; nothing for any other
 // line.
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line);

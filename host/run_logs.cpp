@@ -59,6 +59,27 @@ void ForEachLine(const fs::path& file, std::uintmax_t from,
   }
 }
 
+// The number in two digits at that place; nothing for anything else.
+std::optional<int> TwoDigitsAt(std::string_view text, std::size_t place) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  if (!isDigit(text[place]) || !isDigit(text[place + 1])) return std::nullopt;
+  return (text[place] - '0') * 10 + (text[place + 1] - '0');
+}
+
+LoggedTime TimeOf(const Day& day, std::string text) {
+  constexpr std::string_view kForm = "hh:mm:ss";
+  LoggedTime time{std::move(text), std::nullopt};
+  if (time.text.size() < kForm.size()) return time;
+  const std::string_view clock = std::string_view(time.text).substr(time.text.size() - kForm.size());
+  const auto hour = TwoDigitsAt(clock, 0);
+  const auto minute = TwoDigitsAt(clock, 3);
+  const auto second = TwoDigitsAt(clock, 6);
+  if (!hour || !minute || !second) return time;
+  const automation::DateTimeParts parts{day[0], day[1], day[2], *hour, *minute, *second};
+  if (automation::DateTime::IsValid(parts)) time.at = automation::DateTime::FromParts(parts);
+  return time;
+}
+
 }  // namespace
 
 RunLogWatch::RunLogWatch(std::filesystem::path folder, const JobInfo& job)
@@ -86,7 +107,7 @@ AddedLines RunLogWatch::Added() const {
 std::vector<LoggedRun> LastRuns(const std::filesystem::path& folder, const JobInfo& job, std::size_t count) {
   struct Event {
     bool isStart;
-    std::string time;
+    LoggedTime time;
   };
   std::vector<Event> events;
   std::size_t starts = 0;
@@ -95,10 +116,10 @@ std::vector<LoggedRun> LastRuns(const std::filesystem::path& folder, const JobIn
     std::vector<Event> ofDay;
     ForEachLine(file->second, 0, [&](std::string_view line) {
       if (auto start = StartTime(job, line)) {
-        ofDay.push_back({true, std::move(*start)});
+        ofDay.push_back({true, TimeOf(file->first, std::move(*start))});
         ++starts;
       } else if (auto stop = StopTime(job, line)) {
-        ofDay.push_back({false, std::move(*stop)});
+        ofDay.push_back({false, TimeOf(file->first, std::move(*stop))});
       }
     });
     events.insert(events.begin(), std::make_move_iterator(ofDay.begin()),

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/job_table.hpp"
+#include "platform/automation/date_time.hpp"
 
 namespace orvane_host {
 
@@ -35,9 +36,17 @@ class RunLogWatch {
   std::map<std::filesystem::path, std::uintmax_t> sizes_;
 };
 
+// A moment as a run log tells it.
+struct LoggedTime {
+  std::string text;  // as the job wrote it
+  // By the name of the log and the time of day at the end of the text, which no locale changes; nothing where
+  // the text does not end in one.
+  std::optional<automation::DateTime> at;
+};
+
 struct LoggedRun {
-  std::string started;                 // the time as the job wrote it
-  std::optional<std::string> stopped;  // nothing: unfinished
+  LoggedTime started;
+  std::optional<LoggedTime> stopped;  // nothing: unfinished
 };
 
 // The job's last runs, at most `count`, the oldest of them first. A stop line ends the latest run that was

@@ -1,4 +1,8 @@
+#include <algorithm>
 #include <cstddef>
+#include <cstdio>
+#include <ctime>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -9,39 +13,167 @@
 #include "host/lock/file_lock.hpp"
 #include "host/run_logs.hpp"
 #include "host/suite_home.hpp"
+#include "platform/automation/runtime.hpp"
 
 namespace orvane_host {
+namespace {
 
-int ListJobs(const Console& console) {
+using orvane_lock::FileLock;
+using orvane_lock::Holder;
+
+constexpr std::size_t kRunsShown = 5;
+// A job that is run every few minutes may have failed for a while.
+constexpr std::size_t kRunsLookedAt = 100;
+
+struct JobStatus {
+  const JobInfo* job = nullptr;
+  std::vector<LoggedRun> runs;
+  std::optional<Holder> running;  // who runs the job now
+  bool startLineDue = false;      // it has begun, and its log does not say so yet
+};
+
+automation::DateTime LocalTime(std::time_t moment) {
+  std::tm parts{};
+  localtime_r(&moment, &parts);
+  return automation::DateTime::FromParts({parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
+                                          parts.tm_hour, parts.tm_min, std::min(parts.tm_sec, 59)});
+}
+
+// When the holder began its job, by the local clock; nothing for one on another machine, whose clock and zone
+// are its own.
+std::optional<automation::DateTime> BeganAt(const Holder& holder) {
+  std::tm parts{};
+  if (holder.host != orvane_lock::ThisProcess({}).host ||
+      std::sscanf(holder.since.c_str(), "%d-%d-%d %d:%d:%d", &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
+                  &parts.tm_hour, &parts.tm_min, &parts.tm_sec) != 6) {
+    return std::nullopt;
+  }
+  parts.tm_year -= 1900;
+  parts.tm_mon -= 1;
+  return LocalTime(timegm(&parts));
+}
+
+JobStatus StatusOf(const JobInfo& job, const SuiteHome& home, const std::optional<Holder>& holder) {
+  JobStatus status;
+  status.job = &job;
+  status.runs = LastRuns(home.Logs(), job, kRunsLookedAt);
+  if (!holder || holder->job != job.progId) return status;
+  // The holder's own run is one that started after it took its turn; any other is an earlier one.
+  const LoggedRun* last = status.runs.empty() ? nullptr : &status.runs.back();
+  const std::optional<automation::DateTime> began = BeganAt(*holder);
+  const bool isItsOwn = last != nullptr && (!began || !last->started.at || *last->started.at >= *began);
+  status.startLineDue = !isItsOwn;
+  if (!isItsOwn || !last->stopped) status.running = holder;
+  return status;
+}
+
+std::vector<JobStatus> StatusOfAll(const std::vector<const JobInfo*>& jobs, const SuiteHome& home) {
+  constexpr int kTries = 3;  // runs may begin and end while their logs are read
+  std::vector<JobStatus> all;
+  std::optional<Holder> holder = FileLock::HolderOf(home.Lock());
+  for (int i = 0; i < kTries; ++i) {
+    all.clear();
+    for (const JobInfo* job : jobs) all.push_back(StatusOf(*job, home, holder));
+    const std::optional<Holder> now = FileLock::HolderOf(home.Lock());
+    if (now == holder) break;
+    holder = now;
+  }
+  return all;
+}
+
+std::string_view StateOf(const JobStatus& status, const LoggedRun& run) {
+  if (run.stopped) return "finished";
+  const bool isLast = &run == &status.runs.back();
+  return isLast && status.running && !status.startLineDue ? "running" : "unfinished";
+}
+
+void Print(const JobStatus& status, const Console& console) {
+  console.out << status.job->progId << '\n';
+  if (status.runs.empty() && !status.running) console.out << "  no run logged\n";
+  const std::size_t skipped = status.runs.size() - std::min(status.runs.size(), kRunsShown);
+  const auto running = [&status] {
+    return "running, process " + std::to_string(status.running->process) + " on " + status.running->host;
+  };
+  for (std::size_t i = skipped; i < status.runs.size(); ++i) {
+    const LoggedRun& run = status.runs[i];
+    const std::string_view state = StateOf(status, run);
+    console.out << "  started " << run.started.text << "  ";
+    if (run.stopped) {
+      console.out << "stopped " << run.stopped->text << '\n';
+    } else {
+      console.out << (state == "running" ? running() : std::string(state)) << '\n';
+    }
+  }
+  if (status.startLineDue) console.out << "  " << running() << ", no start line yet\n";
+}
+
+nlohmann::ordered_json TimeOf(const LoggedTime& time) {
+  if (!time.at) return time.text;
+  const automation::DateTimeParts parts = time.at->Parts();
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", parts.year, parts.month, parts.day,
+                parts.hour, parts.minute, parts.second);
+  return text;
+}
+
+void PrintJson(const JobStatus& status, const std::optional<bool>& young, const Console& console) {
+  nlohmann::ordered_json line;
+  line["v"] = 1;
+  line["job"] = status.job->progId;
+  line["runs"] = nlohmann::ordered_json::array();
+  const std::size_t skipped = status.runs.size() - std::min(status.runs.size(), kRunsShown);
+  for (std::size_t i = skipped; i < status.runs.size(); ++i) {
+    const LoggedRun& run = status.runs[i];
+    line["runs"].push_back({{"started", TimeOf(run.started)},
+                            {"stopped", run.stopped ? TimeOf(*run.stopped) : nlohmann::ordered_json()},
+                            {"state", StateOf(status, run)}});
+  }
+  if (status.running) {
+    line["running"] = {{"process", status.running->process},
+                       {"host", status.running->host},
+                       {"since", status.running->since}};
+  }
+  if (young) line["youngEnough"] = *young;
+  constexpr int kNoIndent = -1;
+  console.out << line.dump(kNoIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+bool HasFinishedSince(const JobStatus& status, automation::DateTime earliest) {
+  return std::any_of(status.runs.begin(), status.runs.end(), [earliest](const LoggedRun& run) {
+    return run.stopped && run.stopped->at && *run.stopped->at >= earliest;
+  });
+}
+
+}  // namespace
+
+int ListJobs(const Arguments&, const Console& console) {
   for (const JobInfo& job : Jobs()) console.out << job.progId << '\n';
   return kOk;
 }
 
 int ShowStatus(const Arguments& arguments, const Console& console) {
-  constexpr std::size_t kRunsShown = 5;
+  const std::vector<const JobInfo*> jobs = JobsNamed(arguments.jobs);
   const SuiteHome home(arguments.home);
   std::error_code failed;
   if (!std::filesystem::is_directory(home.Path(), failed)) {
     console.err << "orvane-host: " << home.Path().string() << ": no such directory\n";
     return kConfiguration;
   }
-  const std::optional<orvane_lock::Holder> holder = orvane_lock::FileLock::HolderOf(home.Lock());
-  for (const JobInfo& job : Jobs()) {
-    console.out << job.progId << '\n';
-    const std::vector<LoggedRun> runs = LastRuns(home.Logs(), job, kRunsShown);
-    if (runs.empty()) console.out << "  no run logged\n";
-    for (const LoggedRun& run : runs) {
-      console.out << "  started " << run.started;
-      if (run.stopped) {
-        console.out << "  stopped " << *run.stopped << '\n';
-      } else if (&run == &runs.back() && holder && holder->job == job.progId) {
-        console.out << "  running, process " << holder->process << " on " << holder->host << '\n';
-      } else {
-        console.out << "  unfinished\n";
-      }
+  bool allYoung = true;
+  for (const JobStatus& status : StatusOfAll(jobs, home)) {
+    std::optional<bool> young;
+    if (arguments.maxAge) {
+      young = HasFinishedSince(
+          status, automation::AddHours(LocalTime(std::time(nullptr)), -arguments.maxAge->count()));
+      allYoung = allYoung && *young;
+    }
+    arguments.json ? PrintJson(status, young, console) : Print(status, console);
+    if (young == false) {
+      console.err << "orvane-host: " << status.job->progId << ": no run has finished in the last "
+                  << arguments.maxAge->count() << " hours\n";
     }
   }
-  return kOk;
+  return allYoung ? kOk : kErrorsLogged;
 }
 
 }  // namespace orvane_host

@@ -5,10 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "host/command_table.hpp"
+
 namespace {
 
 using orvane_host::Arguments;
-using orvane_host::Command;
 using orvane_host::ParseArguments;
 using orvane_host::UsageError;
 
@@ -24,7 +25,7 @@ std::string Refusal(const std::vector<std::string>& words, const char* environme
 TEST(ArgumentsTest, RunTakesSeveralJobsInTheirOrder) {
   const Arguments arguments =
       ParseArguments({"run", "--home", "/h", "Archive", "--strict", "CleanUp"}, nullptr);
-  EXPECT_EQ(arguments.command, Command::Run);
+  EXPECT_EQ(arguments.command->name, "run");
   EXPECT_EQ(arguments.home, "/h");
   EXPECT_EQ(arguments.jobs, (std::vector<std::string>{"Archive", "CleanUp"}));
   EXPECT_TRUE(arguments.strict);
@@ -42,6 +43,16 @@ TEST(ArgumentsTest, RunWaitsWithoutLimitUnlessItIsTold) {
   EXPECT_EQ(wait({"--no-wait"}), std::chrono::seconds(0));
 }
 
+TEST(ArgumentsTest, StatusTakesAnAgeInHours) {
+  const Arguments arguments =
+      ParseArguments({"status", "--home", "/h", "--max-age", "26", "--json", "Archive"}, nullptr);
+  EXPECT_EQ(arguments.maxAge, std::chrono::hours(26));
+  EXPECT_TRUE(arguments.json);
+  EXPECT_EQ(arguments.jobs, std::vector<std::string>{"Archive"});
+  EXPECT_EQ(Refusal({"status", "--max-age", "a day"}, "/h"),
+            "--max-age takes a number of hours, not \"a day\"");
+}
+
 TEST(ArgumentsTest, AnOptionsValueMayFollowAnEqualsSign) {
   EXPECT_EQ(ParseArguments({"run", "--home=/h i", "Archive"}, nullptr).home, "/h i");
 }
@@ -55,7 +66,7 @@ TEST(ArgumentsTest, TheEnvironmentGivesTheHomeThatTheCommandLineDoesNot) {
 
 TEST(ArgumentsTest, InitTakesOneDirectory) {
   const Arguments arguments = ParseArguments({"init", "/new", "--demo"}, "/env");
-  EXPECT_EQ(arguments.command, Command::Init);
+  EXPECT_EQ(arguments.command->name, "init");
   EXPECT_EQ(arguments.home, "/new");
   EXPECT_TRUE(arguments.demo);
   EXPECT_EQ(Refusal({"init"}, "/env"), "init needs the directory to make the suite in");
@@ -73,22 +84,48 @@ TEST(ArgumentsTest, InitTakesBothDatabasesOrNone) {
 TEST(ArgumentsTest, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(Refusal({}), "no command");
   EXPECT_EQ(Refusal({"start"}), "unknown command start");
-  EXPECT_EQ(Refusal({"run", "--home", "/h"}), "run needs the name of at least one job");
+  EXPECT_EQ(Refusal({"run", "--home", "/h"}),
+            "run needs the name of at least one job; \"orvane-host list\" shows them");
   EXPECT_EQ(Refusal({"run", "--home", "/h", "--force", "Archive"}), "unknown option --force of run");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "-f", "Archive"}), "unknown option -f of run");
   EXPECT_EQ(Refusal({"run", "Archive", "--home"}), "--home needs a value");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "--strict=yes", "Archive"}), "--strict takes no value");
   EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", "--wait", "-1"}),
             "--wait takes a number of seconds, not \"-1\"");
   EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", "--wait", "1", "--no-wait"}),
             "--wait and --no-wait exclude each other");
-  EXPECT_EQ(Refusal({"list", "all"}), "list takes no arguments");
-  EXPECT_EQ(Refusal({"status", "Archive"}, "/h"), "status takes no Archive");
+  EXPECT_EQ(Refusal({"list", "all"}), "list takes no arguments, all neither");
+}
+
+TEST(ArgumentsTest, SaysWhatWasProbablyMeant) {
+  EXPECT_EQ(Refusal({"statsu"}), "unknown command statsu; did you mean status?");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "--stirct", "Archive"}),
+            "unknown option --stirct of run; did you mean --strict?");
+}
+
+TEST(ArgumentsTest, TakesOptionsByTheirFullNamesOnly) {
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "--str", "Archive"}), "unknown option --str of run");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "--no-wai", "Archive"}),
+            "unknown option --no-wai of run; did you mean --no-wait?");
+}
+
+TEST(ArgumentsTest, WordsBehindTwoDashesAreNoOptions) {
+  EXPECT_EQ(ParseArguments({"run", "--home", "/h", "--", "--strict"}, nullptr).jobs,
+            std::vector<std::string>{"--strict"});
 }
 
 TEST(ArgumentsTest, HelpIsUnderstoodEverywhere) {
-  EXPECT_EQ(ParseArguments({"--help"}, nullptr).command, Command::Help);
-  EXPECT_EQ(ParseArguments({"run", "--help"}, nullptr).command, Command::Help);
-  EXPECT_EQ(ParseArguments({"help"}, nullptr).command, Command::Help);
-  EXPECT_EQ(ParseArguments({"--version"}, nullptr).command, Command::Version);
+  EXPECT_EQ(ParseArguments({"--help"}, nullptr).command->name, "help");
+  EXPECT_EQ(ParseArguments({"help"}, nullptr).command->name, "help");
+  EXPECT_EQ(ParseArguments({"help"}, nullptr).about, nullptr);
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"run", "--help"}, {"run", "Archive", "-h"}, {"help", "run"}}) {
+    const Arguments arguments = ParseArguments(words, nullptr);
+    EXPECT_EQ(arguments.command->name, "help") << words.back();
+    ASSERT_NE(arguments.about, nullptr) << words.back();
+    EXPECT_EQ(arguments.about->name, "run") << words.back();
+  }
+  EXPECT_EQ(ParseArguments({"--version"}, nullptr).command->name, "--version");
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ class RunLogsTest : public testing::Test {
   std::string Runs(std::size_t count = 10) {
     std::string text;
     for (const LoggedRun& run : LastRuns(folder_.Path(), job_, count)) {
-      text += run.started + "-" + run.stopped.value_or("?") + " ";
+      text += run.started.text + "-" + (run.stopped ? run.stopped->text : "?") + " ";
     }
     return text;
   }
@@ -101,6 +101,19 @@ TEST_F(RunLogsTest, ShowsOnlyTheLastOnes) {
     Stop("2004_7_" + std::to_string(day), std::to_string(day) + "b");
   }
   EXPECT_EQ(Runs(3), "7a-7b 8a-8b 9a-9b ");
+}
+
+TEST_F(RunLogsTest, TellsMomentsByTheNameOfTheLogAndTheTimeOfDay) {
+  Start("2004_7_26", "26-7-2004 09:05:03");
+  Stop("2004_7_27", "2004. 7. 27. 00:01:00");
+  Start("2004_7_27", "soon");
+  Start("2004_7_27", "27-7-2004 25:00:00");
+  const std::vector<LoggedRun> runs = LastRuns(folder_.Path(), job_, 5);
+  ASSERT_EQ(runs.size(), 3U);
+  EXPECT_EQ(runs[0].started.at, automation::DateTime::FromParts({2004, 7, 26, 9, 5, 3}));
+  EXPECT_EQ(runs[0].stopped->at, automation::DateTime::FromParts({2004, 7, 27, 0, 1, 0}));
+  EXPECT_EQ(runs[1].started.at, std::nullopt);
+  EXPECT_EQ(runs[2].started.at, std::nullopt);
 }
 
 }  // namespace

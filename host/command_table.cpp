@@ -1,0 +1,119 @@
+#include "host/command_table.hpp"
+
+#include <charconv>
+#include <cstdint>
+#include <system_error>
+
+namespace orvane_host {
+namespace {
+
+std::uint32_t Number(const std::string& text, const std::string& option, const std::string& unit) {
+  std::uint32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc{} || stop != end) {
+    throw UsageError("--" + option + " takes a number of " + unit + ", not \"" + text + "\"");
+  }
+  return number;
+}
+
+void TakeJob(const std::string& word, Arguments& into) {
+  into.jobs.push_back(word);
+}
+
+constexpr Option kJson = {"json", "", "print one JSON object a line and nothing else",
+                          [](const std::string&, Arguments& into) { into.json = true; }};
+
+constexpr Option kInitOptions[] = {
+    {"demo", "", "fill it with data that show what each job does",
+     [](const std::string&, Arguments& into) { into.demo = true; }},
+    {"database", "STRING", "the suite's database, which must be empty, instead of an embedded one",
+     [](const std::string& value, Arguments& into) { into.database = value; }},
+    {"catalog", "STRING", "the catalogue's database, with --database",
+     [](const std::string& value, Arguments& into) { into.catalogue = value; }},
+};
+
+void TakeNewHome(const std::string& word, Arguments& into) {
+  if (!into.home.empty()) throw UsageError("init takes one directory, not also " + word);
+  into.home = word;
+}
+
+void CheckInit(const Arguments& arguments) {
+  if (arguments.home.empty()) throw UsageError("init needs the directory to make the suite in");
+  if (arguments.database.has_value() != arguments.catalogue.has_value()) {
+    throw UsageError("--database and --catalog go together");
+  }
+}
+
+void TakeWait(std::chrono::seconds longest, Arguments& into) {
+  if (into.wait) throw UsageError("--wait and --no-wait exclude each other");
+  into.wait = longest;
+}
+
+constexpr Option kRunOptions[] = {
+    {"strict", "", "exit 1 when something failed on the way",
+     [](const std::string&, Arguments& into) { into.strict = true; }},
+    {"wait", "SECONDS", "how long to wait for another run to end; without it, as long as it takes",
+     [](const std::string& value, Arguments& into) {
+       const std::chrono::seconds longest(Number(value, "wait", "seconds"));
+       TakeWait(longest, into);
+     }},
+    {"no-wait", "", "do not wait",
+     [](const std::string&, Arguments& into) { TakeWait(std::chrono::seconds(0), into); }},
+};
+
+void CheckRun(const Arguments& arguments) {
+  if (arguments.jobs.empty()) {
+    throw UsageError("run needs the name of at least one job; \"orvane-host list\" shows them");
+  }
+}
+
+constexpr Option kStatusOptions[] = {
+    kJson,
+    {"max-age", "HOURS", "exit 1 when a job has no finished run that is so young",
+     [](const std::string& value, Arguments& into) {
+       into.maxAge = std::chrono::hours(Number(value, "max-age", "hours"));
+     }},
+};
+
+constexpr CommandEntry kCommands[] = {
+    {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
+     &TakeNewHome, &CheckInit, &InitSuite},
+    {"run", "JOB...", "run jobs, one after the other", true, kRunOptions, &TakeJob, &CheckRun, &RunJobs},
+    {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,
+     nullptr, &ShowStatus},
+    {"list", "", "the jobs", false, {}, nullptr, nullptr, &ListJobs},
+    {"help",
+     "[COMMAND]",
+     "this text, or a command's part of it; \"orvane-host COMMAND --help\" is the same",
+     false,
+     {},
+     [](const std::string& word, Arguments& into) {
+       into.about = FindCommand(word);
+       if (into.about == nullptr) throw UsageError("no command \"" + word + "\" to help with");
+     },
+     nullptr,
+     &ShowHelp},
+    {"--version", "", "the version", false, {}, nullptr, nullptr, &ShowVersion},
+};
+
+}  // namespace
+
+std::span<const CommandEntry> Commands() {
+  return kCommands;
+}
+
+const Option& HomeOption() {
+  static constexpr Option kHome = {"home", "HOME", "the installation directory; without it, $ORVANE_HOME",
+                                   [](const std::string& value, Arguments& into) { into.home = value; }};
+  return kHome;
+}
+
+const CommandEntry* FindCommand(std::string_view name) {
+  for (const CommandEntry& command : kCommands) {
+    if (command.name == name) return &command;
+  }
+  return nullptr;
+}
+
+}  // namespace orvane_host
