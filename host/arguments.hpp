@@ -17,9 +17,10 @@ struct Arguments {
   const CommandEntry* about = nullptr;    // help: of this command alone; null: of all
   std::filesystem::path home;
   std::vector<std::string> jobs;  // as given, in order
-  bool json = false;              // status
+  bool json = false;              // check, status
 
-  bool strict = false;  // run
+  bool strict = false;    // run
+  bool preflight = true;  // run
   // run: how long to wait for another run to end; nothing: without limit
   std::optional<std::chrono::seconds> wait;
 

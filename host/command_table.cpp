@@ -45,6 +45,8 @@ void CheckInit(const Arguments& arguments) {
   }
 }
 
+constexpr Option kCheckOptions[] = {kJson};
+
 void TakeWait(std::chrono::seconds longest, Arguments& into) {
   if (into.wait) throw UsageError("--wait and --no-wait exclude each other");
   into.wait = longest;
@@ -60,6 +62,8 @@ constexpr Option kRunOptions[] = {
      }},
     {"no-wait", "", "do not wait",
      [](const std::string&, Arguments& into) { TakeWait(std::chrono::seconds(0), into); }},
+    {"no-preflight", "", "begin without asking whether the directory and the mail server answer",
+     [](const std::string&, Arguments& into) { into.preflight = false; }},
 };
 
 void CheckRun(const Arguments& arguments) {
@@ -80,6 +84,8 @@ constexpr CommandEntry kCommands[] = {
     {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
      &TakeNewHome, &CheckInit, &InitSuite},
     {"run", "JOB...", "run jobs, one after the other", true, kRunOptions, &TakeJob, &CheckRun, &RunJobs},
+    {"check", "[JOB...]", "whether everything that the jobs need is there, without changing anything", true,
+     kCheckOptions, &TakeJob, nullptr, &CheckSuite},
     {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,
      nullptr, &ShowStatus},
     {"list", "", "the jobs", false, {}, nullptr, nullptr, &ListJobs},

@@ -12,6 +12,7 @@ struct Console {
   std::ostream& err;
 };
 
+int CheckSuite(const Arguments& arguments, const Console& console);
 int InitSuite(const Arguments& arguments, const Console& console);
 int ListJobs(const Arguments& arguments, const Console& console);
 int RunJobs(const Arguments& arguments, const Console& console);

@@ -10,6 +10,7 @@
 #include "host/job_runner.hpp"
 #include "host/job_table.hpp"
 #include "host/lock/suite_lock.hpp"
+#include "host/services.hpp"
 #include "host/stop_signals.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
@@ -95,6 +96,7 @@ int RunJobs(const Arguments& arguments, const Console& console) {
     int exitCode = kOk;
     const auto lock = TakeLock(arguments, home, first, console, exitCode);
     if (!lock) return exitCode;
+    if (arguments.preflight && !ServicesAnswer(jobs, home, first, console)) return kUnavailable;
     for (const JobInfo* job : jobs) {
       // A runtime of its own for each job, as each would have in a service of its own.
       automation::Runtime runtime;

@@ -12,6 +12,10 @@ namespace VnMembership {
 
 inline constexpr std::string_view kUserProgId = "VnMembership.User";
 
+// Errors of BindAs by which callers tell a directory that does not serve from a person that it does not know.
+inline constexpr std::int32_t kAccountRefused = 1101;
+inline constexpr std::int32_t kUnknownUser = 1102;  // no person, or several, with the id
+
 class User : public automation::Object {
  public:
   // Full path of the site configuration file, which says where the directory is.

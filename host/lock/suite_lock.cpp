@@ -35,7 +35,8 @@ class Waiting {
   std::string told_;
 };
 
-// A server that is down, against a string, a password or a right that is wrong.
+}  // namespace
+
 bool MeansUnreachable(const automation::Error& error) {
   const std::string_view kind = std::string_view(error.SqlState()).substr(0, 2);
   if (kind.empty()) return false;
@@ -44,8 +45,6 @@ bool MeansUnreachable(const automation::Error& error) {
   }
   return true;
 }
-
-}  // namespace
 
 SuiteLock::SuiteLock(DatabaseLock::Opening open) : database_(std::move(open)) {}
 

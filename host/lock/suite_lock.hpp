@@ -12,6 +12,7 @@
 
 #include "host/lock/database_lock.hpp"
 #include "host/lock/file_lock.hpp"
+#include "platform/automation/error.hpp"
 
 namespace orvane_lock {
 
@@ -26,6 +27,10 @@ class Unreachable : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// Whether an engine's error tells of a server that is down, and not of a string, a password or a right that is
+// wrong.
+bool MeansUnreachable(const automation::Error& error);
 
 // Two locks, both held as long as the object lives: a file, for the processes of one machine or of those that
 // share the folder, and the database's own, for the servers of a farm.

@@ -185,6 +185,20 @@ std::optional<std::string> SiteFile::FindValue(std::string_view section, std::st
   return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<std::string> SiteFile::FindConnection(std::string_view product,
+                                                    std::string_view connection) const {
+  const auto found = connections_.find(std::pair(product, connection));
+  return found == connections_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<std::string> SiteFile::Sections() const {
+  std::vector<std::string> sections;
+  for (const auto& [names, value] : values_) {
+    if (sections.empty() || sections.back() != names.first) sections.push_back(names.first);
+  }
+  return sections;
+}
+
 std::map<std::string, std::string> SiteFile::Values(std::string_view section) const {
   std::map<std::string, std::string> values;
   for (const auto& [names, value] : values_) {

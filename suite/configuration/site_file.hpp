@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "suite/paths/reread_file.hpp"
 
@@ -41,6 +42,11 @@ class SiteFile {
   // The value of a key, or nothing when the file does not hold it.
   std::optional<std::string> FindValue(std::string_view section, std::string_view key) const;
 
+  // The same for a connection.
+  std::optional<std::string> FindConnection(std::string_view product, std::string_view connection) const;
+
+  // Every section that has a key, once.
+  std::vector<std::string> Sections() const;
   // Every key of a section with its value; empty for a section that is not there.
   std::map<std::string, std::string> Values(std::string_view section) const;
 

@@ -6,13 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "components/interfaces/user.hpp"
 #include "suite/membership/entry.hpp"
 
 namespace VnMembership {
 
-// Numbers of the errors, all with the source "VnMembership.User".
-constexpr int kAccountRefused = 1101;
-constexpr int kUnknownUser = 1102;           // no person, or several, with the id
+// Numbers of the errors beside those of the interface, all with the source "VnMembership.User".
 constexpr int kDirectoryUnavailable = 1103;  // cannot be reached or read
 constexpr int kNotBound = 1104;              // an attribute is read before BindAs
 constexpr int kBadAttribute = 1105;          // a number or truth value that is none

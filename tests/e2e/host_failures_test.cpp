@@ -196,6 +196,7 @@ TEST_F(HostFailuresTest, OnlyTheFirstWarningsArePrintedAndTheRestIsCounted) {
           "CREATE TABLE FAQCATEGORY (FAQCATEGORYID INTEGER, FAQCATEGORYDESCRIPTION VARCHAR(50));"
           "CREATE TABLE PRODUCTCATEGORY (CATEGORYID INTEGER, CATEGORYNAME VARCHAR(50));"
           "CREATE TABLE PRODUCT (PRODUCTID INTEGER, PRODUCTDESCRIPTION VARCHAR(50));");
+  suite_.Folder().Write("home/config/directory.ldif", "");  // nobody is in it
   const Outcome outcome = RunHost({"run", "--home", suite_.Home().string(), "Archive"});
   EXPECT_EQ(outcome.exitCode, 0);
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 21) << outcome.err;
@@ -214,6 +215,7 @@ TEST_F(HostFailuresTest, FailureLinesOfARunLogArePrintedAndCount) {
           "INSERT INTO PARAMETERS VALUES ('DataFileRelativePath', 'Data'), ('ArchiveAfter', 'soon');");
   Database(suite_.CatalogueFile())
       .Execute("CREATE TABLE FAQPARAMETER (PARAMNAME VARCHAR(50), PARAMVALUE VARCHAR(50));");
+  suite_.Folder().Write("home/config/directory.ldif", "");
   const Outcome outcome = RunHost({"run", "--strict", "--home", suite_.Home().string(), "Archive"});
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_NE(outcome.err.find("warning: OrvaneProcess.Archive: Archiving process failed\n"), std::string::npos)

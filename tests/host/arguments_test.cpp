@@ -43,6 +43,11 @@ TEST(ArgumentsTest, RunWaitsWithoutLimitUnlessItIsTold) {
   EXPECT_EQ(wait({"--no-wait"}), std::chrono::seconds(0));
 }
 
+TEST(ArgumentsTest, RunAsksTheServicesUnlessItIsTold) {
+  EXPECT_TRUE(ParseArguments({"run", "--home", "/h", "Archive"}, nullptr).preflight);
+  EXPECT_FALSE(ParseArguments({"run", "--home", "/h", "--no-preflight", "Archive"}, nullptr).preflight);
+}
+
 TEST(ArgumentsTest, StatusTakesAnAgeInHours) {
   const Arguments arguments =
       ParseArguments({"status", "--home", "/h", "--max-age", "26", "--json", "Archive"}, nullptr);

@@ -1,6 +1,9 @@
 // One .eml file per mail in a folder from which another program sends.
+#include <fcntl.h>
 #include <sys/types.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -51,6 +54,14 @@ class PickupTransport final : public Transport {
     // Puts the mail's name on the disk as well: nobody makes the mail again once it counts as sent. One whose
     // name cannot be synced is there all the same, so that is no error.
     static_cast<void>(base::SyncFolder(folder->path));
+  }
+
+  void Ask() override {
+    const auto folder = paths_.Find(directory_);
+    if (!folder) Raise(ErrorNumber::PathNotFound);
+    if (faccessat(AT_FDCWD, folder->path.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+      Raise(Scripting::local::NumberOf(errno, ErrorNumber::PathNotFound));
+    }
   }
 
  private:

@@ -105,6 +105,19 @@ class SmtpTransport final : public Transport {
     if (code != CURLE_OK) RaiseFor(code, conversation);
   }
 
+  void Ask() override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Conversation conversation{{}, false, offersUtf8_, false, false, {}};
+    Set(CURLOPT_UPLOAD, 0L);
+    Set(CURLOPT_NOBODY, 1L);
+    Set(CURLOPT_CUSTOMREQUEST, "NOOP");
+    const CURLcode code = Perform(conversation);
+    Set(CURLOPT_CUSTOMREQUEST, static_cast<const char*>(nullptr));
+    Set(CURLOPT_NOBODY, 0L);
+    Set(CURLOPT_UPLOAD, 1L);
+    if (code != CURLE_OK) RaiseFor(code, conversation);
+  }
+
  private:
   template <class Value>
   void Set(CURLoption option, Value value) {

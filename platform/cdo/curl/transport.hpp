@@ -17,6 +17,8 @@ class Transport {
   // `from` and `to` are bare addresses, domains in ASCII.
   virtual void Deliver(const std::string& from, const std::vector<std::string>& to, std::string_view mail,
                        std::string_view name) = 0;
+  // Raises unless the transport would take a mail now. Hands over none.
+  virtual void Ask() = 0;
 };
 
 std::shared_ptr<Transport> MakePickupTransport(const Settings& settings);
