@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/adodb/engine/connection_string.hpp"
+#include "platform/adodb/session/connection_string.hpp"
 #include "tests/cdo/smtp_server.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
