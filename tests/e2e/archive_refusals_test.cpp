@@ -193,14 +193,18 @@ TEST_F(ArchiveRefusalsTest, AFileThatWasDamagedByHandIsLeftAsItIs) {
                        " could not be created/loaded "));
 }
 
-TEST_F(ArchiveRefusalsTest, WithoutItsDirectoryServerTheJobArchivesUnderNoPartnerNumber) {
+TEST_F(ArchiveRefusalsTest, WithoutItsDirectoryServerTheJobArchivesUnderNoPartnerNumberIfItMust) {
   const fs::path site = installation_.Home() / "config" / "siteConfiguration.xml";
   std::string text = TemporaryFolder::Read(site);
   const std::string key = "<key name=\"LDAPServer\">";
   text.insert(text.find(key) + key.size(), "ldap://127.0.0.1:1");
   std::ofstream(site, std::ios::binary) << text;
 
-  EXPECT_EQ(installation_.Run().exitCode, 0);
+  EXPECT_EQ(installation_.Run().exitCode, 69);
+  EXPECT_THAT(CustomersLeft(*engine_), ElementsAre("ann", "bob", "eve"));
+
+  const Strings words{"run", "--no-preflight", "--home", installation_.Home().string(), "Archive"};
+  EXPECT_EQ(RunHost(words).exitCode, 0);
 
   EXPECT_THAT(CustomersLeft(*engine_), IsEmpty());
   EXPECT_THAT(Copies(*engine_, installation_), Each(1));
