@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 namespace base {
@@ -53,5 +54,9 @@ class ContentDigest {
   char word_[sizeof(std::uint64_t)] = {};
   std::size_t pending_ = 0;  // bytes of the word that are there
 };
+
+ContentDigest::Value DigestOf(std::string_view content);
+// Of what a descriptor gives up to the end of its file; nothing when it cannot be read.
+std::optional<ContentDigest::Value> DigestOfFile(int descriptor);
 
 }  // namespace base

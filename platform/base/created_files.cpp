@@ -1,11 +1,8 @@
 #include "platform/base/created_files.hpp"
 
 #include <fcntl.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
-#include <vector>
 
 #include "platform/base/descriptor.hpp"
 #include "platform/base/file_stamp.hpp"
@@ -18,18 +15,7 @@ constexpr std::size_t kMostRecords = 1000;
 
 bool HasContent(const std::string& path, const ContentDigest::Value& expected) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (!file.IsOpen()) return false;
-  ContentDigest content;
-  std::vector<char> chunk(std::size_t{1} << 16);
-  while (true) {
-    const ssize_t count = read(file.Get(), chunk.data(), chunk.size());
-    if (count == 0) return content.Get() == expected;
-    if (count > 0) {
-      content.Add({chunk.data(), static_cast<std::size_t>(count)});
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
+  return file.IsOpen() && DigestOfFile(file.Get()) == expected;
 }
 
 }  // namespace

@@ -79,7 +79,10 @@ bool Lock(int descriptor, int how) {
 
 // Whether the file at `path` was left by a writer that no longer lives; it is removed then.
 bool RemoveLeftover(const std::string& path) {
-  const Descriptor left(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  // A network file system locks only what is open for writing, others lock what may be read, too.
+  Descriptor left(open(path.c_str(), O_RDWR | kFlags));
+  if (!left.IsOpen() && errno == EACCES) left = Descriptor(open(path.c_str(), O_RDONLY | kFlags));
   if (!left.IsOpen()) return errno == ENOENT;
   if (!Lock(left.Get(), LOCK_EX | LOCK_NB)) return false;
   return !LeadsTo(path, left.Get()) || unlink(path.c_str()) == 0;
