@@ -69,7 +69,7 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   file.working = LoadDocument(file.path);
   const NodePtr root = Required(file.working->documentElement());
   // A new file, or one that a run left when it was killed: nothing but its root element.
-  if (!root->firstChild()) {
+  if (!root->hasChildNodes()) {
     addElement(file.working, root, kind.container, {});
     addElement(file.working, root, "Archives", {});
     file.working->save(file.path);

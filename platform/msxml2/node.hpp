@@ -1,4 +1,4 @@
-// The parts of an XML document that job code touches.
+// The parts of an XML document that job code touches: elements and attributes.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace MSXML2 {
 
-enum class NodeType { Element = 1, Attribute = 2, Text = 3, Document = 9 };
+enum class NodeType { Element = 1, Attribute = 2 };
 
 class Node;
 using NodePtr = std::shared_ptr<Node>;
@@ -25,33 +25,27 @@ using NodeListPtr = std::shared_ptr<NodeList>;
 class NamedNodeMap : public automation::Object {
  public:
   virtual NodePtr getNamedItem(std::string_view name) const = 0;  // null when there is none
+  // At the end; an attribute of that name that is there already takes the new value in its place.
   virtual void setNamedItem(const NodePtr& attribute) = 0;
 };
 using NamedNodeMapPtr = std::shared_ptr<NamedNodeMap>;
 
-// A Node keeps its document alive.
+// A Node keeps the content that it belongs to alive, beyond the document's own end.
 class Node : public automation::Object {
  public:
-  virtual NodeType nodeType() const = 0;
   virtual std::string nodeName() const = 0;
 
-  // The text of the node and everything below it. Setting it replaces the content by one text; a character
-  // that XML cannot hold raises -2147467259 and changes nothing.
+  // The value of an attribute; the text inside an element, at any depth. Setting it replaces the content by
+  // one text; a character that XML cannot hold raises -2147467259 and changes nothing.
   virtual std::string text() const = 0;
   virtual void setText(std::string_view text) = 0;
 
-  virtual NamedNodeMapPtr attributes() const = 0;
-  virtual NodePtr parentNode() const = 0;  // null for a node that hangs nowhere
-  virtual NodePtr firstChild() const = 0;  // null when there is none
+  virtual NamedNodeMapPtr attributes() const = 0;  // null for an attribute
+  virtual bool hasChildNodes() const = 0;          // elements or text; comments do not count
 
-  // Appends at the end, moving the node from where it hung; a node of another document is copied in.
-  // Returns the node as it now hangs.
+  // Appends an element at the end. One of this document is moved from where it is; one of another document is
+  // copied. Returns the element where it is now.
   virtual NodePtr appendChild(const NodePtr& child) = 0;
-  virtual NodePtr cloneNode(bool deep) const = 0;
-
-  // The first node, or all nodes in document order, that the XPath expression selects from here.
-  virtual NodePtr selectSingleNode(std::string_view expression) const = 0;  // null when there is none
-  virtual NodeListPtr selectNodes(std::string_view expression) const = 0;
 };
 
 }  // namespace MSXML2

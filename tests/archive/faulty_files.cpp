@@ -70,15 +70,6 @@ class FaultyDocument : public MSXML2::DOMDocument {
     real_->setProperty(name, value);
   }
 
-  MSXML2::NodeType nodeType() const override { return real_->nodeType(); }
-  std::string nodeName() const override { return real_->nodeName(); }
-  std::string text() const override { return real_->text(); }
-  void setText(std::string_view text) override { real_->setText(text); }
-  MSXML2::NamedNodeMapPtr attributes() const override { return real_->attributes(); }
-  MSXML2::NodePtr parentNode() const override { return real_->parentNode(); }
-  MSXML2::NodePtr firstChild() const override { return real_->firstChild(); }
-  MSXML2::NodePtr appendChild(const MSXML2::NodePtr& child) override { return real_->appendChild(child); }
-  MSXML2::NodePtr cloneNode(bool deep) const override { return real_->cloneNode(deep); }
   MSXML2::NodePtr selectSingleNode(std::string_view expression) const override {
     return real_->selectSingleNode(expression);
   }

@@ -92,6 +92,26 @@ TEST_F(ChangedFileTest, ADocumentThatTakesOverTheStateReplacesWhatTheOtherSaved)
   EXPECT_EQ(ReadFile("a.xml"), "<a>1</a>") << "byte for byte";
 }
 
+TEST_F(ChangedFileTest, AFileThatTookTheNameOverIsNotReplaced) {
+  WriteFile("A.xml", "<a>1</a>");
+  const DOMDocumentPtr document = Loaded("a.xml");
+  document->documentElement()->setText("mine");
+  WriteFile("a.xml", "<a>theirs</a>");
+  ExpectRefused(document, "a.xml");
+  EXPECT_EQ(ReadFile("a.xml"), "<a>theirs</a>");
+  EXPECT_EQ(ReadFile("A.xml"), "<a>1</a>");
+  document->save(Path("A.xml"));
+  EXPECT_EQ(ReadFile("A.xml"), "<a>mine</a>\n");
+}
+
+TEST_F(ChangedFileTest, AFileThatWasRenamedWithinItsNameIsNotMadeAnew) {
+  WriteFile("A.xml", "<a>1</a>");
+  const DOMDocumentPtr document = Loaded("a.xml");
+  unlink(NativePath("A.xml").c_str());
+  ExpectRefused(document, "a.xml");
+  EXPECT_EQ(FilesInFolder(), 0U);
+}
+
 TEST_F(ChangedFileTest, ADocumentThatKnowsNothingOfAFileReplacesIt) {
   WriteFile("a.xml", "<a>1</a>");
   Parsed("<b/>")->save(Path("a.xml"));

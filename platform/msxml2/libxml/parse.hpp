@@ -1,7 +1,7 @@
-// From the bytes of a document to its tree.
+// What libxml2 says of a text: whether it is a well-formed document of XML 1.0, and its tree.
 #pragma once
 
-#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,25 +9,30 @@
 
 namespace MSXML2::libxml {
 
-// Elements may lie this deep inside each other; deeper ones would exhaust the stack of whoever walks the
-// tree.
-inline constexpr int kDeepestElement = 1000;
-
-// The library counts bytes in an int.
-inline constexpr std::size_t kLargestDocument = 0x7FFFFFFF;
-
-std::string TooDeepReason();
-std::string PlaceAndMessage(const xmlError& error);
+enum class Encoding {
+  Declared,  // as the document says of itself
+  Utf8,      // whatever it says
+};
 
 struct Parsed {
   Owned<xmlDoc> doc;   // null when the text is no well-formed document
   std::string reason;  // why, with line and column
 };
 
-// Reads a document. `encoding` overrides what the document says of itself; null leaves it to the document.
-// Nothing outside the text is read: external entities and subsets count as undeclared. Text of any size is
-// taken; a document that declares entities of its own is read under the library's limits against expansion
-// instead.
-Parsed Parse(std::string_view text, const char* encoding);
+// Reads a document. Nothing outside the text is read: external entities and subsets count as undeclared. Text
+// of any size is taken; a document that declares entities of its own is read under the library's limits
+// against expansion instead. Elements may be nested 1000 deep; deeper ones would exhaust the stack of whoever
+// walks the tree.
+Parsed Parse(std::string_view text, Encoding encoding);
+
+struct Checked {
+  bool wellFormed = false;
+  std::string reason;  // why not, with line and column
+  // The same document in UTF-8 and with its entities replaced, unless that is how it is written anyway.
+  std::optional<std::string> converted;
+};
+
+// The same without a tree, in a fraction of the memory.
+Checked Check(std::string_view text, Encoding encoding);
 
 }  // namespace MSXML2::libxml

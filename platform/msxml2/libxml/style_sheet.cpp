@@ -12,7 +12,7 @@
 #include <sstream>
 #include <string>
 
-#include "platform/msxml2/libxml/failure.hpp"
+#include "platform/msxml2/failure.hpp"
 #include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::libxml {
@@ -102,7 +102,7 @@ class Includer {
     std::ifstream file(folder_ + name, std::ios::binary);
     std::ostringstream bytes;
     if (!file || !(bytes << file.rdbuf())) Refuse("An included style sheet cannot be read", include);
-    Parsed parsed = Parse(bytes.str(), nullptr);
+    Parsed parsed = Parse(bytes.str(), Encoding::Declared);
     if (!parsed.doc) Fail(name + ": " + parsed.reason, kTemplateSource);
     Resolve(parsed.doc.get());
     const xmlNode* root = xmlDocGetRootElement(parsed.doc.get());
@@ -124,17 +124,14 @@ class Includer {
 
 }  // namespace
 
-StyleSheetPtr Compile(const DocumentImpl& document) {
-  const TreePtr& tree = document.GetTree();
-  tree->ExpandAll();
-  // The compiler takes the document over and changes it.
-  Owned<xmlDoc> copy(xmlCopyDoc(tree->Doc(), 1));
-  if (!copy) throw std::bad_alloc();
-  Includer(document.LoadedFrom()).Resolve(copy.get());
+StyleSheetPtr Compile(const DOMDocument& document) {
+  Parsed parsed = Parse(document.xml(), Encoding::Utf8);
+  if (!parsed.doc) Fail(parsed.reason, kTemplateSource);
+  Includer(document.fileState().path).Resolve(parsed.doc.get());
   const CompilerMessages messages;
-  xsltStylesheetPtr compiled = xsltParseStylesheetDoc(copy.get());
+  xsltStylesheetPtr compiled = xsltParseStylesheetDoc(parsed.doc.get());
   if (compiled == nullptr) Fail(messages.Text(), kTemplateSource);
-  static_cast<void>(copy.release());
+  static_cast<void>(parsed.doc.release());
   StyleSheetPtr sheet(compiled, xsltFreeStylesheet);
   if (sheet->errors != 0) Fail(messages.Text(), kTemplateSource);
   // Output is UTF-8, or its subset ASCII where the sheet asks for that.

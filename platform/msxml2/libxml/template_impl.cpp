@@ -10,8 +10,9 @@
 #include <memory>
 #include <new>
 
-#include "platform/msxml2/libxml/characters.hpp"
-#include "platform/msxml2/libxml/failure.hpp"
+#include "platform/msxml2/dom/characters.hpp"
+#include "platform/msxml2/failure.hpp"
+#include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::libxml {
 namespace {
@@ -51,47 +52,15 @@ void ForbidEverything(xsltSecurityPrefs* preferences) {
   }
 }
 
-bool StripsBlanks(const xsltStylesheet& sheet) {
-  return sheet.stripSpaces != nullptr || sheet.stripAll != 0;  // no sheet is imported that might do so
-}
-
-// Transforming numbers the elements, in a field that has no other use for them, and sorts by these numbers as
-// long as they are there. A document that is changed afterwards must not be sorted by them.
-class WithoutNumbersAfterwards {
- public:
-  explicit WithoutNumbersAfterwards(xmlDocPtr doc) : doc_(doc) {}
-  ~WithoutNumbersAfterwards() {
-    for (xmlNodePtr node = doc_->children; node != nullptr; node = Next(node)) {
-      if (node->type == XML_ELEMENT_NODE) node->content = nullptr;
-    }
-  }
-  WithoutNumbersAfterwards(const WithoutNumbersAfterwards&) = delete;
-  WithoutNumbersAfterwards& operator=(const WithoutNumbersAfterwards&) = delete;
-
- private:
-  static xmlNodePtr Next(xmlNodePtr node) {
-    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
-    while (node->next == nullptr) {
-      node = node->parent;
-      if (node == nullptr || node->type != XML_ELEMENT_NODE) return nullptr;
-    }
-    return node->next;
-  }
-
-  xmlDocPtr doc_;
-};
-
-const DocumentImpl& Own(const DOMDocumentPtr& document) {
+const DOMDocument& Required(const DOMDocumentPtr& document) {
   if (!document) throw automation::Error(automation::ErrorNumber::ObjectRequired, kTemplateSource);
-  const auto* own = dynamic_cast<const DocumentImpl*>(document.get());
-  if (own == nullptr) throw automation::Error(automation::ErrorNumber::TypeMismatch, kTemplateSource);
-  return *own;
+  return *document;
 }
 
 }  // namespace
 
 void TemplateImpl::setStylesheet(const DOMDocumentPtr& document) {
-  sheet_ = Compile(Own(document));
+  sheet_ = Compile(Required(document));
 }
 
 XSLProcessorPtr TemplateImpl::createProcessor() {
@@ -100,15 +69,15 @@ XSLProcessorPtr TemplateImpl::createProcessor() {
 }
 
 void ProcessorImpl::setInput(const DOMDocumentPtr& document) {
-  Own(document);
+  Required(document);
   input_ = document;
 }
 
 void ProcessorImpl::addParameter(std::string_view name, std::string_view value,
                                  std::string_view namespaceUri) {
-  RequireXmlText(name, kTemplateSource);
-  RequireXmlText(value, kTemplateSource);
-  RequireXmlText(namespaceUri, kTemplateSource);
+  dom::RequireXmlText(name, kTemplateSource);
+  dom::RequireXmlText(value, kTemplateSource);
+  dom::RequireXmlText(namespaceUri, kTemplateSource);
   std::string key = namespaceUri.empty() ? std::string() : "{" + std::string(namespaceUri) + "}";
   key += name;
   parameters_[key] = value;
@@ -117,16 +86,12 @@ void ProcessorImpl::addParameter(std::string_view name, std::string_view value,
 bool ProcessorImpl::transform() {
   if (!input_) throw automation::Error(automation::ErrorNumber::ObjectNotSet, kTemplateSource);
   output_.clear();
-  const TreePtr tree = Own(input_).GetTree();
-  tree->ExpandAll();
-  // A sheet that strips blanks takes them out of its input; the caller's document stays as it is.
-  const Owned<xmlDoc> copy(StripsBlanks(*sheet_) ? xmlCopyDoc(tree->Doc(), 1) : nullptr);
-  if (!copy && StripsBlanks(*sheet_)) throw std::bad_alloc();
-  const xmlDocPtr input = copy ? copy.get() : tree->Doc();
-  const WithoutNumbersAfterwards clean(input);
+  // A transformation numbers its input's nodes and may strip spaces from it, so it gets a tree of its own.
+  const Parsed input = Parse(input_->xml(), Encoding::Utf8);
+  if (!input.doc) Fail(input.reason, kTemplateSource);
   const std::unique_ptr<xsltSecurityPrefs, ContextFreer> preferences(xsltNewSecurityPrefs());
   const std::unique_ptr<xsltTransformContext, ContextFreer> context(
-      xsltNewTransformContext(sheet_.get(), input));
+      xsltNewTransformContext(sheet_.get(), input.doc.get()));
   if (!preferences || !context) throw std::bad_alloc();
   ForbidEverything(preferences.get());
   std::string messages;
@@ -142,7 +107,7 @@ bool ProcessorImpl::transform() {
   }
   const Budget budget(limits_, *context);
   const Owned<xmlDoc> result(
-      xsltApplyStylesheetUser(sheet_.get(), input, nullptr, nullptr, nullptr, context.get()));
+      xsltApplyStylesheetUser(sheet_.get(), input.doc.get(), nullptr, nullptr, nullptr, context.get()));
   if (!budget.Exceeded().empty()) Fail(budget.Exceeded(), kTemplateSource);
   if (!result || context->state != XSLT_STATE_OK) Fail(Trimmed(messages), kTemplateSource);
   xmlChar* text = nullptr;

@@ -4,10 +4,11 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "platform/automation/error.hpp"
 
-namespace MSXML2::libxml {
+namespace MSXML2 {
 
 inline constexpr std::int32_t kUnspecifiedFailure = -2147467259;
 inline constexpr char kDocumentSource[] = "MSXML2.DOMDocument";
@@ -17,4 +18,4 @@ inline constexpr char kTemplateSource[] = "MSXML2.XSLTemplate";
   throw automation::Error(kUnspecifiedFailure, source, std::move(description));
 }
 
-}  // namespace MSXML2::libxml
+}  // namespace MSXML2

@@ -5,8 +5,8 @@
 
 #include <memory>
 
+#include "platform/msxml2/dom/document_impl.hpp"
 #include "platform/msxml2/libxml/budget.hpp"
-#include "platform/msxml2/libxml/document_impl.hpp"
 #include "platform/msxml2/libxml/template_impl.hpp"
 
 namespace MSXML2 {
@@ -22,9 +22,9 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &Ignore);
   xsltSetGenericErrorFunc(nullptr, &Ignore);
-  const auto surroundings = std::make_shared<libxml::Surroundings>(settings.drives);
+  const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives);
   classes.Register("MSXML2.DOMDocument",
-                   [surroundings] { return libxml::DocumentImpl::Create(surroundings); });
+                   [surroundings] { return std::make_shared<dom::DocumentImpl>(surroundings); });
   const libxml::Limits limits{settings.transformationMemory, settings.transformationTime};
   classes.Register("MSXML2.XSLTemplate", [limits] { return std::make_shared<libxml::TemplateImpl>(limits); });
 }

@@ -1,0 +1,180 @@
+#include "platform/msxml2/dom/document_impl.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "platform/base/descriptor.hpp"
+#include "platform/base/file_replacement.hpp"
+#include "platform/msxml2/dom/characters.hpp"
+#include "platform/msxml2/dom/node_impl.hpp"
+#include "platform/msxml2/dom/selection.hpp"
+#include "platform/msxml2/dom/writer.hpp"
+#include "platform/msxml2/failure.hpp"
+#include "platform/msxml2/libxml/parse.hpp"
+#include "platform/scripting/local/system_error.hpp"
+#include "platform/scripting/path_text.hpp"
+
+namespace MSXML2::dom {
+namespace {
+
+// The whole file, or nothing and errno.
+std::optional<std::string> Content(const std::string& path) {
+  const base::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode)) {
+    errno = EISDIR;
+    return std::nullopt;
+  }
+  std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+  for (std::size_t read = 0; read < bytes.size();) {
+    const ssize_t count = ::read(file.Get(), bytes.data() + read, bytes.size() - read);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    if (count == 0) bytes.resize(read);
+    read += static_cast<std::size_t>(count);
+  }
+  return bytes;
+}
+
+[[noreturn]] void RaiseFileChanged(std::string_view path) {
+  throw automation::Error(kFileChanged, kDocumentSource,
+                          std::string(path) + " has been changed by another program.");
+}
+
+}  // namespace
+
+bool DocumentImpl::load(std::string_view path) {
+  fileState_ = {};
+  tree_ = std::make_shared<Tree>();
+  try {
+    return ReadFile(path);
+  } catch (const automation::Error& error) {
+    reason_ = Scripting::WithControlsShown(path) + ": " + error.Description();
+    return false;
+  }
+}
+
+bool DocumentImpl::ReadFile(std::string_view path) {
+  const auto found = surroundings_->paths.Find(path);
+  std::optional<std::string> bytes;
+  if (found) {
+    bytes = Content(found->path);
+  } else {
+    errno = ENOENT;
+  }
+  if (!bytes) {
+    reason_ = std::string(path) + ": " + std::strerror(errno);
+    return false;
+  }
+  fileState_ = {std::string(path), found->path, base::DigestOf(*bytes)};
+  if (Take(std::move(*bytes))) return true;
+  reason_ = std::string(path) + ": " + reason_;
+  return false;
+}
+
+bool DocumentImpl::Take(std::string bytes) {
+  reason_.clear();
+  if (surroundings_->wellFormed == fileState_.digest) {
+    tree_ = std::make_shared<Tree>(std::move(bytes));
+    return true;
+  }
+  libxml::Checked checked = libxml::Check(bytes, libxml::Encoding::Declared);
+  reason_ = std::move(checked.reason);
+  if (!checked.wellFormed) return false;
+  if (checked.converted) {
+    tree_ = std::make_shared<Tree>(*checked.converted, std::move(bytes));
+  } else {
+    tree_ = std::make_shared<Tree>(std::move(bytes));
+    surroundings_->wellFormed = fileState_.digest;
+  }
+  return true;
+}
+
+bool DocumentImpl::loadXML(std::string_view text) {
+  tree_ = std::make_shared<Tree>();
+  libxml::Checked checked = libxml::Check(text, libxml::Encoding::Utf8);
+  reason_ = std::move(checked.reason);
+  if (checked.wellFormed)
+    tree_ = std::make_shared<Tree>(checked.converted ? *checked.converted : text, std::nullopt);
+  return checked.wellFormed;
+}
+
+void DocumentImpl::save(std::string_view path) {
+  try {
+    const auto place = surroundings_->paths.PlaceFor(path);
+    const bool known = place.path == fileState_.path;
+    // Another file bears the name since the document was loaded by it.
+    if (!known && path == fileState_.name) RaiseFileChanged(path);
+    base::FileReplacement file(place.path, place.existing);
+    base::ContentDigest written;
+    const auto write = [&](std::string_view piece) {
+      written.Add(piece);
+      file.Write(piece);
+    };
+    if (const std::string* source = tree_->Source()) {
+      write(*source);
+    } else {
+      Write(*tree_, write);
+    }
+    constexpr auto kDurability = base::FileReplacement::Durability::ContentAndName;
+    if (known) {
+      file.CommitOver([this](int content) { return base::DigestOfFile(content) == fileState_.digest; },
+                      kDurability);
+    } else {
+      file.Commit(kDurability);
+    }
+    fileState_ = {std::string(path), place.path, written.Get()};
+  } catch (const std::system_error& error) {
+    const int code = error.code().value();
+    if (code == ESTALE) RaiseFileChanged(path);
+    throw automation::Error(Scripting::local::NumberOf(code, automation::ErrorNumber::PathNotFound),
+                            kDocumentSource);
+  } catch (const automation::Error& error) {
+    throw automation::Error(error.Number(), kDocumentSource, error.Description());
+  }
+}
+
+std::string DocumentImpl::xml() const {
+  std::string text;
+  Write(*tree_, [&text](std::string_view piece) { text.append(piece); });
+  return text;
+}
+
+NodePtr DocumentImpl::documentElement() const {
+  const pugi::xml_node root = tree_->Root();
+  return root ? std::make_shared<NodeImpl>(tree_, root) : nullptr;
+}
+
+NodePtr DocumentImpl::createNode(NodeType type, std::string_view name, std::string_view namespaceUri) {
+  if (!namespaceUri.empty()) Fail("Nodes are created without a namespace.");
+  const std::string text(name);
+  RequireXmlName(text);
+  if (type == NodeType::Element) return std::make_shared<NodeImpl>(tree_, tree_->NewElement(text));
+  if (type != NodeType::Attribute) Fail("Only elements and attributes can be created.");
+  if (text == "xmlns") Fail("'" + text + "' declares a namespace.");
+  const pugi::xml_attribute attribute = tree_->NewAttribute(text);
+  return std::make_shared<NodeImpl>(tree_, tree_->Detached(), attribute);
+}
+
+void DocumentImpl::setProperty(std::string_view name, std::string_view value) {
+  if (name == "SelectionLanguage" && value != "XPath") {
+    Fail("The selection language '" + std::string(value) + "' is not known; it is always XPath.");
+  }
+}
+
+NodePtr DocumentImpl::selectSingleNode(std::string_view expression) const {
+  return SelectSingleNode(tree_, expression);
+}
+
+NodeListPtr DocumentImpl::selectNodes(std::string_view expression) const {
+  return SelectNodes(tree_, expression);
+}
+
+}  // namespace MSXML2::dom

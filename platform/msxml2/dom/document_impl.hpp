@@ -1,0 +1,54 @@
+// "MSXML2.DOMDocument" on a Tree.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/base/content_digest.hpp"
+#include "platform/msxml2/dom/tree.hpp"
+#include "platform/msxml2/dom_document.hpp"
+#include "platform/scripting/local/path_resolver.hpp"
+
+namespace MSXML2::dom {
+
+// What the documents of one runtime share. Not to be shared between threads.
+struct Surroundings {
+  explicit Surroundings(const Scripting::local::DriveTable& drives) : paths(drives) {}
+
+  Scripting::local::PathResolver paths;
+  // The file content that was found well-formed last. A job loads a file that it is going to change twice, to
+  // be able to put it back: the second time it need not be checked.
+  std::optional<base::ContentDigest::Value> wellFormed;
+};
+using SurroundingsPtr = std::shared_ptr<Surroundings>;
+
+class DocumentImpl final : public DOMDocument {
+ public:
+  explicit DocumentImpl(SurroundingsPtr surroundings) : surroundings_(std::move(surroundings)) {}
+
+  bool load(std::string_view path) override;
+  bool loadXML(std::string_view text) override;
+  std::string parseErrorReason() const override { return reason_; }
+  void save(std::string_view path) override;
+  FileState fileState() const override { return fileState_; }
+  void setFileState(FileState state) override { fileState_ = std::move(state); }
+  std::string xml() const override;
+  NodePtr documentElement() const override;
+  NodePtr createNode(NodeType type, std::string_view name, std::string_view namespaceUri) override;
+  void setProperty(std::string_view name, std::string_view value) override;
+  NodePtr selectSingleNode(std::string_view expression) const override;
+  NodeListPtr selectNodes(std::string_view expression) const override;
+
+ private:
+  bool ReadFile(std::string_view path);
+  bool Take(std::string bytes);
+
+  SurroundingsPtr surroundings_;
+  TreePtr tree_ = std::make_shared<Tree>();
+  FileState fileState_;
+  std::string reason_;
+};
+
+}  // namespace MSXML2::dom
