@@ -25,6 +25,10 @@
 
 namespace OrvaneProcess {
 
+// Error sources
+inline constexpr char kArchiveSource[] = "OrvaneProcess.Archive";
+inline constexpr char kArchiveOriginatorSource[] = "OrvaneProcess.Archive.archiveOriginator";
+
 class Archive : public Job {
  public:
   // The service host's entry: archiveQuestions as "NTService". An error that ends the work is written to the
@@ -39,12 +43,12 @@ class Archive : public Job {
 
  private:
   // One archive file while it is being edited: what is added goes into `working`; `snapshot` is the file as
-  // it was.
+  // it was, for the undo.
   struct ArchiveFile {
     std::string path;
     MSXML2::DOMDocumentPtr working;
     MSXML2::DOMDocumentPtr snapshot;
-    bool marked = false;  // as being worked on by this server, by this run
+    bool inUse = false;  // told to the other servers by this run
   };
   // One customer while its requests are archived.
   struct Customer {
@@ -53,8 +57,8 @@ class Archive : public Job {
     ADODB::Statement condition;  // which rows are the customer's
     ArchiveFile questions;
     ArchiveFile transactions;
-    RowMarks writtenRequests;  // into the files by this run
-    RowMarks writtenTransactions;
+    RowDigests writtenRequests;  // into the files by this run
+    RowDigests writtenTransactions;
     std::vector<std::string> requestNumbers;      // of the requests written
     std::vector<std::string> transactionNumbers;  // of each written transaction, its request's
   };
@@ -74,28 +78,33 @@ class Archive : public Job {
 
   // One customer (archive_originator.cpp)
   void archiveOriginator(const std::string& originator, const std::string& emailID);
-  ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
-  // The stages. Each traps what fails in it, undoes what the stages before have done and writes its line;
-  // false then.
+  // The stages of writing in their order. Each traps what fails in it, undoes what the stages before have
+  // done, writes its line and answers false: the customer's archiving ends. So it does, without a line, where
+  // the archive folder could not be made.
+  bool writeFiles(Customer& customer);
   bool openQuestions(Customer& customer);
   bool editQuestions(Customer& customer);
   bool openTransactions(Customer& customer);
   bool editTransactions(Customer& customer);
-  void purge(Customer& customer);
+  void undoFiles(Customer& customer);
   ADODB::RecordsetPtr openRecords(const ADODB::Statement& selection, ADODB::CursorType cursor) const;
+  ADODB::Statement customerCondition(const std::string& originator, const std::string& emailID) const;
+
+  // The purge (archive_purge.cpp)
+  // False when the rows that were written are still in the tables: the files must be restored then.
+  bool purgeRows(const Customer& customer);
   void deleteWrittenRows(const Customer& customer);
-  static std::set<std::string> requireWritten(ADODB::Recordset& deleted, const RowMarks& written);
+  static std::set<std::string> requireWritten(ADODB::Recordset& deleted, const RowDigests& written);
   static bool purgeWasCommitted(const std::vector<std::string>& requests);
   static bool writtenRowsAreGone(const Customer& customer, bool outcomeUnknown);
-  void tryToLog(const std::string& message);
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
   void prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file);
   void saveArchiveFile(ArchiveFile& file);
   void restoreArchiveFile(ArchiveFile& file);
-  static void passOn(ArchiveFile& file);
-  static void releaseMark(ArchiveFile& file);
+  static void shareFile(ArchiveFile& file);
+  static void clearInUse(ArchiveFile& file);
   void addNewEntry(const MSXML2::DOMDocumentPtr& document);
   void addSameEntry(const MSXML2::DOMDocumentPtr& document) const;
   void addRequests(Customer& customer);
@@ -133,6 +142,7 @@ class Archive : public Job {
 
   // The run log (archive_log.cpp)
   void log(const std::string& message);
+  void tryToLog(const std::string& message);
   void WriteJobLog(const std::string& fileName, const std::string& message);
   std::string logFolder() const;
   std::string logFileName() const;

@@ -39,14 +39,18 @@ NodePtr addElement(const DOMDocumentPtr& document, const NodePtr& parent, std::s
 }
 
 NodePtr Required(const NodePtr& node) {
-  if (!node) throw Error(ErrorNumber::ObjectNotSet, "OrvaneProcess.Archive");
+  if (!node) throw Error(ErrorNumber::ObjectNotSet, kArchiveSource);
   return node;
+}
+
+OrvCommonMTS::FileHandlingPtr FileHandling() {
+  return automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
 }
 
 DOMDocumentPtr LoadDocument(const std::string& path) {
   auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
   if (!document->load(path)) {
-    throw Error(static_cast<std::int32_t>(ErrorNumber::PathFileAccess), "OrvaneProcess.Archive",
+    throw Error(static_cast<std::int32_t>(ErrorNumber::PathFileAccess), kArchiveSource,
                 path + ": " + document->parseErrorReason());
   }
   return document;
@@ -58,7 +62,7 @@ const Archive::FileKind Archive::kQuestionsFile{"Q", "QuestionsArchive", "SRs"};
 const Archive::FileKind Archive::kTransactionsFile{"T", "TransactionsArchive", "Transactions"};
 
 void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
-  const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  const OrvCommonMTS::FileHandlingPtr files = FileHandling();
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
   if (files->FileExists(BareName(file.path), archives)) {
     prepareExistingFile(*files, file);
@@ -76,8 +80,7 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   }
   file.snapshot = LoadDocument(file.path);
   if (file.snapshot->fileState().digest != file.working->fileState().digest) {
-    throw Error(MSXML2::kFileChanged, "OrvaneProcess.Archive",
-                file.path + " has been changed by another program.");
+    throw Error(MSXML2::kFileChanged, kArchiveSource, file.path + " has been changed by another program.");
   }
 }
 
@@ -89,12 +92,12 @@ void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile
     files.FetchFile(m_sFTPPath, name, file.path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
   }
   files.SetInUse(name, -1);
-  file.marked = true;
+  file.inUse = true;
 }
 
 void Archive::saveArchiveFile(ArchiveFile& file) {
   file.working->save(file.path);
-  passOn(file);
+  shareFile(file);
 }
 
 // In place of what this run has saved, and of nothing else. The other servers hold the content that is taken
@@ -106,30 +109,29 @@ void Archive::restoreArchiveFile(ArchiveFile& file) {
   try {
     file.snapshot->setFileState(file.working->fileState());
     file.snapshot->save(file.path);
-    passOn(file);
+    shareFile(file);
   } catch (...) {
-    OrvaneUtilities::LogError("OrvaneProcess.Archive.archiveOriginator",
+    OrvaneUtilities::LogError(kArchiveOriginatorSource,
                               file.path + " could not be given back its former content");
   }
 }
 
-void Archive::passOn(ArchiveFile& file) {
-  const auto files = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+void Archive::shareFile(ArchiveFile& file) {
+  const OrvCommonMTS::FileHandlingPtr files = FileHandling();
   files->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
   files->SetInUse(BareName(file.path), 0);
-  file.marked = false;
+  file.inUse = false;
 }
 
-// A mark that outlived its run would keep the next one from fetching the newest copy: it would then put an
-// older one over what another server has archived meanwhile.
-void Archive::releaseMark(ArchiveFile& file) {
-  if (!file.marked) return;
+// A file that stayed in use beyond its run would keep the next one from fetching the newest copy: it would
+// then put an older one over what another server has archived meanwhile.
+void Archive::clearInUse(ArchiveFile& file) {
+  if (!file.inUse) return;
   try {
-    automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId)
-        ->SetInUse(BareName(file.path), 0);
+    FileHandling()->SetInUse(BareName(file.path), 0);
   } catch (...) {
   }
-  file.marked = false;
+  file.inUse = false;
 }
 
 void Archive::getNextArchiveID(const DOMDocumentPtr& document) {

@@ -34,7 +34,7 @@ void Archive::requireOwnerNamesAFile() const {
   const bool unusable = std::any_of(m_sFileOwner.begin(), m_sFileOwner.end(), [](char c) {
     return c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
   });
-  if (unusable) throw automation::Error(automation::ErrorNumber::BadFileName, "OrvaneProcess.Archive");
+  if (unusable) throw automation::Error(automation::ErrorNumber::BadFileName, kArchiveSource);
 }
 
 void Archive::createArchiveFolder() {
@@ -58,7 +58,7 @@ void Archive::createArchiveFolder() {
 void Archive::createFolderPath(std::string path) {
   if (!path.empty() && path.back() == '/') path.pop_back();
   if (!m_oFileSystem->DriveExists(path.substr(0, path.find(':')))) {
-    throw automation::Error(10000, "OrvaneProcess.Archive", "Invalid drive mentioned");
+    throw automation::Error(10000, kArchiveSource, "Invalid drive mentioned");
   }
   path = OrvaneUtilities::ReplaceAll(path, "\\", "/");
   for (std::size_t start = 0; start <= path.size();) {

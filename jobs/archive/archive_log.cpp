@@ -75,7 +75,7 @@ void Archive::tryToLog(const std::string& message) {
   try {
     log(message);
   } catch (...) {
-    OrvaneUtilities::LogError("OrvaneProcess.Archive.archiveOriginator", message);
+    OrvaneUtilities::LogError(kArchiveOriginatorSource, message);
   }
 }
 

@@ -32,7 +32,7 @@ Scripting::DictionaryPtr LoadTable(const ADODB::ConnectionPtr& connection, const
 }
 
 std::string Lookup(const Scripting::DictionaryPtr& table, std::int32_t id) {
-  if (!table) throw automation::Error(automation::ErrorNumber::ObjectNotSet, "OrvaneProcess.Archive");
+  if (!table) throw automation::Error(automation::ErrorNumber::ObjectNotSet, kArchiveSource);
   return automation::ToText(table->Item(std::to_string(id)));
 }
 

@@ -1,5 +1,5 @@
-// The messages of the archive job's run log, as operators search for them: letter for letter, odd blanks
-// included. The host tells by them how a run went.
+// The messages of the archive job's run log, as operators search for them: character for character, odd
+// spaces included. The host tells by them how a run went.
 #pragma once
 
 #include <string>

@@ -11,13 +11,13 @@
 namespace OrvaneProcess {
 namespace {
 
-std::uint64_t Mix(std::uint64_t mark, std::uint64_t value) {
-  mark = (mark * 0xBF58476D1CE4E5B9U ^ value) * 0x9E3779B97F4A7C15U;
-  return mark ^ (mark >> 29);
+std::uint64_t Mix(std::uint64_t digest, std::uint64_t value) {
+  digest = (digest * 0xBF58476D1CE4E5B9U ^ value) * 0x9E3779B97F4A7C15U;
+  return digest ^ (digest >> 29);
 }
 
 // The kind goes in before the value: a null is no number.
-struct MarkOf {
+struct DigestOf {
   std::uint64_t operator()(automation::NullValue) const { return Mix(1, 0); }
   std::uint64_t operator()(bool value) const { return Mix(2, value ? 1 : 0); }
   std::uint64_t operator()(std::int16_t value) const { return Number(value); }
@@ -40,16 +40,16 @@ struct MarkOf {
 
 }  // namespace
 
-void RowMarks::Add(ADODB::Fields& row) {
-  std::uint64_t mark = 0;
+void RowDigests::Add(ADODB::Fields& row) {
+  std::uint64_t digest = 0;
   for (std::size_t i = 0; i < row.Count(); ++i)
-    mark = Mix(mark, std::visit(MarkOf(), row.Item(i).Value().Get()));
-  marks_.push_back(mark);
+    digest = Mix(digest, std::visit(DigestOf(), row.Item(i).Value().Get()));
+  digests_.push_back(digest);
 }
 
-std::size_t RowMarks::NotAmong(const RowMarks& written) const {
-  std::vector<std::uint64_t> these = marks_;
-  std::vector<std::uint64_t> those = written.marks_;
+std::size_t RowDigests::NotAmong(const RowDigests& written) const {
+  std::vector<std::uint64_t> these = digests_;
+  std::vector<std::uint64_t> those = written.digests_;
   std::sort(these.begin(), these.end());
   std::sort(those.begin(), those.end());
   std::vector<std::uint64_t> missing;

@@ -1,4 +1,4 @@
-// Rows that were written into a customer's file, to know them again when they are deleted.
+// Rows that were written into a customer's file, to recognize them when they are deleted.
 #pragma once
 
 #include <cstddef>
@@ -9,17 +9,17 @@
 
 namespace OrvaneProcess {
 
-// Remembers of each row a mark made of all its values but the approximate numbers, which may come in other
-// digits when they are read in another way. A row that was edited has another mark; equal rows are counted.
-class RowMarks {
+// A digest of each row's values but the approximate numbers, which may come in other digits when they are
+// read in another way. A row that was edited has another digest; equal rows are counted.
+class RowDigests {
  public:
   void Add(ADODB::Fields& row);
 
   // How many of the rows are not among `written`.
-  std::size_t NotAmong(const RowMarks& written) const;
+  std::size_t NotAmong(const RowDigests& written) const;
 
  private:
-  std::vector<std::uint64_t> marks_;
+  std::vector<std::uint64_t> digests_;
 };
 
 }  // namespace OrvaneProcess

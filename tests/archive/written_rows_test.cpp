@@ -29,9 +29,9 @@ class OneField : public ADODB::Fields, private ADODB::Field {
   Variant value_;
 };
 
-OrvaneProcess::RowMarks MarksOf(const Variant& value) {
+OrvaneProcess::RowDigests MarksOf(const Variant& value) {
   OneField row(value);
-  OrvaneProcess::RowMarks marks;
+  OrvaneProcess::RowDigests marks;
   marks.Add(row);
   return marks;
 }
