@@ -395,6 +395,19 @@ TEST_F(DomTest, ElementsMayBeDeepWideAndLarge) {
   EXPECT_EQ(At(again, "level")->attributes()->getNamedItem("k999")->text(), "v");
 }
 
+TEST_F(DomTest, WhatIsNestedTooDeepToBeReadAgainIsNotWritten) {
+  const DOMDocumentPtr document = Parsed("<r/>");
+  NodePtr innermost = document->documentElement();
+  for (int depth = 2; depth <= 1000; ++depth) innermost = AddElement(document, innermost, "a", "");
+  document->save(Path("a.xml"));
+  EXPECT_TRUE(NewDocument()->load(Path("a.xml")));
+  AddElement(document, innermost, "a", "");
+  const automation::Error error = ErrorOf([&] { document->save(Path("a.xml")); });
+  EXPECT_EQ(error.Number(), kFailure);
+  EXPECT_EQ(error.Description(), "The elements are nested deeper than 1000.");
+  EXPECT_TRUE(NewDocument()->load(Path("a.xml")));
+}
+
 // Any order of steps, with any of the handles kept or let go.
 class RandomBuildingTest : public DomTest, public testing::WithParamInterface<unsigned> {
  protected:

@@ -3,6 +3,7 @@
 #include <libxml/tree.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -64,11 +65,19 @@ bool IsPlain(const char* eight) {
        source);
 }
 
+constexpr std::array<bool, 256> kNameCharacters = [] {
+  std::array<bool, 256> characters{};
+  for (std::size_t c = '0'; c <= '9'; ++c) characters[c] = true;
+  for (std::size_t c = 'A'; c <= 'Z'; ++c) characters[c] = characters[c | 0x20] = true;
+  characters['_'] = true;
+  return characters;
+}();
+
+// Whether a name is one beyond doubt, as nearly all are.
 bool IsPlainName(std::string_view name) {
-  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
-  return !name.empty() && isLetter(name[0]) && std::all_of(name.begin(), name.end(), [isLetter](char c) {
-    return isLetter(c) || (c >= '0' && c <= '9');
-  });
+  return !name.empty() && !(name[0] >= '0' && name[0] <= '9') &&
+         std::all_of(name.begin(), name.end(),
+                     [](char c) { return kNameCharacters[static_cast<unsigned char>(c)]; });
 }
 
 }  // namespace

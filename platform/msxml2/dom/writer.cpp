@@ -2,7 +2,10 @@
 
 #include <cstddef>
 #include <cstring>
-#include <string>
+#include <vector>
+
+#include "platform/msxml2/failure.hpp"
+#include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::dom {
 namespace {
@@ -11,89 +14,70 @@ constexpr std::size_t kPiece = std::size_t{1} << 16;
 
 class Writer {
  public:
-  explicit Writer(const std::function<void(std::string_view)>& sink) : sink_(sink) {
-    buffer_.reserve(kPiece);
-  }
+  explicit Writer(const std::function<void(std::string_view)>& sink) : sink_(sink) {}
 
-  void Node(const pugi::xml_node& top) {
-    for (pugi::xml_node node = top;;) {
-      if (Open(node)) {
-        node = node.first_child();
-        continue;
-      }
-      while (node != top && !node.next_sibling()) {
-        node = node.parent();
-        Close(node);
-      }
-      if (node == top) return;
-      node = node.next_sibling();
+  void Node(const pugi::xml_node& node) {
+    switch (node.type()) {
+      case pugi::node_element:
+        return Element(node);
+      case pugi::node_pcdata:
+      case pugi::node_cdata:
+        return Escaped(node.value(), "&<>\r");
+      case pugi::node_comment:
+        return Enclosed("<!--", node.value(), "-->");
+      case pugi::node_doctype:
+        return Enclosed("<!DOCTYPE ", node.value(), ">");
+      case pugi::node_pi:
+        Enclosed("<?", node.name(), node.value()[0] == '\0' ? "" : " ");
+        return Enclosed("", node.value(), "?>");
+      case pugi::node_declaration:
+        Raw(R"(<?xml version="1.0" encoding="UTF-8")");
+        if (std::string_view(node.attribute("standalone").value()) == "yes") Raw(R"( standalone="yes")");
+        return Raw("?>");
+      default:
+        return;
     }
   }
 
   void Raw(std::string_view text) {
-    if (buffer_.size() + text.size() > kPiece) Flush();
-    if (text.size() > kPiece) {
-      sink_(text);
-    } else {
-      buffer_.append(text);
+    if (text.size() > buffer_.size() - used_) {
+      Flush();
+      if (text.size() > buffer_.size()) return sink_(text);
     }
+    std::memcpy(buffer_.data() + used_, text.data(), text.size());
+    used_ += text.size();
   }
 
   void Flush() {
-    if (!buffer_.empty()) sink_(buffer_);
-    buffer_.clear();
+    if (used_ != 0) sink_({buffer_.data(), used_});
+    used_ = 0;
   }
 
  private:
-  // Writes what stands before the node's children, or all of a node without any. True when there are some.
-  bool Open(const pugi::xml_node& node) {
-    switch (node.type()) {
-      case pugi::node_element:
-        return OpenElement(node);
-      case pugi::node_pcdata:
-      case pugi::node_cdata:
-        Escaped(node.value(), "&<>\r");
-        return false;
-      case pugi::node_comment:
-        Enclosed("<!--", node.value(), "-->");
-        return false;
-      case pugi::node_doctype:
-        Enclosed("<!DOCTYPE ", node.value(), ">");
-        return false;
-      case pugi::node_pi:
-        Enclosed("<?", node.name(), node.value()[0] == '\0' ? "" : " ");
-        Enclosed("", node.value(), "?>");
-        return false;
-      case pugi::node_declaration:
-        Enclosed(R"(<?xml version="1.0" encoding="UTF-8")", "",
-                 std::string_view(node.attribute("standalone").value()) == "yes" ? R"( standalone="yes"?>)"
-                                                                                 : "?>");
-        return false;
-      default:
-        return false;
-    }
-  }
-
-  bool OpenElement(const pugi::xml_node& node) {
-    Enclosed("<", node.name(), "");
-    for (const pugi::xml_attribute attribute : node.attributes()) {
+  void Element(const pugi::xml_node& node) {
+    if (++depth_ > libxml::kDeepestElement) Fail(libxml::TooDeep());
+    const std::string_view name = node.name();
+    Raw("<");
+    Raw(name);
+    for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
       Enclosed(" ", attribute.name(), "=\"");
       Escaped(attribute.value(), "&<>\r\"\t\n");
       Raw("\"");
     }
     const char* const text = node.value();  // the first text in it
-    const bool hasChildren = !node.first_child().empty();
-    if (text[0] == '\0' && !hasChildren) {
+    pugi::xml_node child = node.first_child();
+    if (text[0] == '\0' && !child) {
       Raw("/>");
-      return false;
+    } else {
+      Raw(">");
+      Escaped(text, "&<>\r");
+      for (; child; child = child.next_sibling()) Node(child);
+      Raw("</");
+      Raw(name);
+      Raw(">");
     }
-    Raw(">");
-    Escaped(text, "&<>\r");
-    if (!hasChildren) Close(node);
-    return hasChildren;
+    --depth_;
   }
-
-  void Close(const pugi::xml_node& node) { Enclosed("</", node.name(), ">"); }
 
   void Enclosed(std::string_view before, const char* text, std::string_view after) {
     Raw(before);
@@ -131,7 +115,9 @@ class Writer {
   }
 
   const std::function<void(std::string_view)>& sink_;
-  std::string buffer_;
+  std::vector<char> buffer_ = std::vector<char>(kPiece);
+  std::size_t used_ = 0;
+  int depth_ = 0;
 };
 
 }  // namespace

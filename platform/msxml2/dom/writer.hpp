@@ -11,7 +11,8 @@
 
 namespace MSXML2::dom {
 
-// The document's content, in pieces of moderate size.
+// The document's content, in pieces of moderate size. Raises where elements are nested deeper than they could
+// be loaded again.
 void Write(Tree& tree, const std::function<void(std::string_view)>& sink);
 
 }  // namespace MSXML2::dom

@@ -13,7 +13,6 @@
 namespace MSXML2::libxml {
 namespace {
 
-constexpr int kDeepestElement = 1000;
 constexpr std::size_t kLargestDocument = 0x7FFFFFFF;  // the library counts bytes in an int
 
 constexpr int kSafeOptions =
@@ -71,10 +70,6 @@ std::string PlaceAndMessage(const xmlError& error) {
   if (error.code == XML_ERR_OK) return "The document is not well-formed.";
   return "Line " + std::to_string(error.line) + ", column " + std::to_string(error.int2) + ": " +
          Message(error);
-}
-
-std::string TooDeep() {
-  return "The elements are nested deeper than " + std::to_string(kDeepestElement) + ".";
 }
 
 Parsed ParseOnce(std::string_view text, Encoding encoding, int options, Watch& watch) {
@@ -191,6 +186,10 @@ class Checker {
 };
 
 }  // namespace
+
+std::string TooDeep() {
+  return "The elements are nested deeper than " + std::to_string(kDeepestElement) + ".";
+}
 
 Parsed Parse(std::string_view text, Encoding encoding) {
   if (text.size() > kLargestDocument) return {nullptr, "The document is larger than 2 GiB."};

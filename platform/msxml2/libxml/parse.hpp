@@ -19,10 +19,13 @@ struct Parsed {
   std::string reason;  // why, with line and column
 };
 
+// Elements may be nested this deep; deeper ones would exhaust the stack of whoever walks the tree.
+inline constexpr int kDeepestElement = 1000;
+std::string TooDeep();  // the reason
+
 // Reads a document. Nothing outside the text is read: external entities and subsets count as undeclared. Text
 // of any size is taken; a document that declares entities of its own is read under the library's limits
-// against expansion instead. Elements may be nested 1000 deep; deeper ones would exhaust the stack of whoever
-// walks the tree.
+// against expansion instead.
 Parsed Parse(std::string_view text, Encoding encoding);
 
 struct Checked {
