@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/adodb/changes.hpp"
 #include "platform/adodb/session/provider.hpp"
 #include "platform/automation/class_table.hpp"
 
@@ -14,9 +15,11 @@ namespace ADODB {
 
 // The connections created from `classes` reach the given providers and share one pool of physical
 // connections, which lives as long as the class table. `clock` tells how old a connection, or a row that was
-// read, is; without one it is the machine's.
+// read, is; without one it is the machine's. The observer, where there is one, is told of every change and
+// must outlive the connections; statements whose changes cannot be told are refused with 3251 then.
 void RegisterClasses(automation::ClassTable& classes,
                      std::vector<std::shared_ptr<engine::Provider>> providers,
-                     std::function<std::chrono::steady_clock::time_point()> clock = {});
+                     std::function<std::chrono::steady_clock::time_point()> clock = {},
+                     ChangeObserver* observer = nullptr);
 
 }  // namespace ADODB

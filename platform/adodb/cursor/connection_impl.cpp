@@ -1,6 +1,7 @@
 #include "platform/adodb/cursor/connection_impl.hpp"
 
 #include "platform/adodb/cursor/deleted_rows.hpp"
+#include "platform/adodb/cursor/observed_changes.hpp"
 #include "platform/adodb/cursor/recordset_impl.hpp"
 
 namespace ADODB::engine {
@@ -8,6 +9,20 @@ namespace {
 
 [[noreturn]] void Raise(automation::ErrorNumber number) {
   throw automation::Error(number, "ADODB.Connection");
+}
+
+// A step of the transaction, told before it is made.
+template <class Step>
+void Observed(Link& link, ChangeObserver::Ticket (ChangeObserver::*tell)(), const Step& step) {
+  ChangeObserver* const observer = link.Observer();
+  if (observer == nullptr) return step();
+  const ChangeObserver::Ticket told = (observer->*tell)();
+  try {
+    step();
+  } catch (...) {
+    observer->Failed(told, automation::PendingError());
+    throw;
+  }
 }
 
 }  // namespace
@@ -55,7 +70,7 @@ RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* r
     if (recordsAffected != nullptr) *recordsAffected = -1;
     return records;
   }
-  const std::int64_t affected = Run(*link, translation);
+  const std::int64_t affected = RunAndTell(*link, translation);
   if (recordsAffected != nullptr) *recordsAffected = affected;
   return nullptr;
 }
@@ -71,7 +86,7 @@ RecordsetPtr ConnectionImpl::ExecuteDelete(const Statement& statement, Deleted w
 void ConnectionImpl::BeginTrans() {
   Link& link = *GetLink();
   if (link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
-  link.GetSession().Begin();
+  Observed(link, &ChangeObserver::Begin, [&] { link.GetSession().Begin(); });
   link.inTransaction = true;
 }
 
@@ -81,7 +96,7 @@ void ConnectionImpl::CommitTrans() {
   if (!link.inTransaction || link.commitFailed) Raise(automation::ErrorNumber::ArgumentsInvalid);
   link.commitFailed = true;  // unless it returns
   link.GetFreshness().NoteWrite();
-  link.GetSession().Commit();
+  Observed(link, &ChangeObserver::Commit, [&] { link.GetSession().Commit(); });
   link.inTransaction = link.commitFailed = false;
 }
 
@@ -90,7 +105,7 @@ void ConnectionImpl::RollbackTrans() {
   if (!link.inTransaction) Raise(automation::ErrorNumber::ArgumentsInvalid);
   link.inTransaction = link.commitFailed = false;
   link.GetFreshness().NoteWrite();
-  link.GetSession().Rollback();
+  Observed(link, &ChangeObserver::Rollback, [&] { link.GetSession().Rollback(); });
 }
 
 }  // namespace ADODB::engine

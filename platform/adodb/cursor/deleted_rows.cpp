@@ -5,8 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "platform/adodb/cursor/observed_changes.hpp"
 #include "platform/adodb/sql/delete_shape.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
+#include "platform/adodb/sql/tokens.hpp"
 
 namespace ADODB::engine {
 namespace {
@@ -56,13 +58,28 @@ class Deletion {
     DeleteByKey(shape.table, first);
   }
 
+  // Tells the observer what was deleted; to be called before that is permanent. What it was told is added to
+  // `told`.
+  void Tell(const std::string& table, std::vector<ChangeObserver::Ticket>& told) {
+    const std::vector<std::uint32_t> order = InOrderOf(primaryKeys_);
+    for (std::size_t first = 0; first < order.size(); first += ChangeObserver::kMostRows) {
+      std::vector<NamedRow> keys;
+      std::vector<NamedRow> before;
+      for (std::size_t i = first; i < std::min(first + ChangeObserver::kMostRows, order.size()); ++i) {
+        keys.push_back(NamedColumns(primaryPlaces_, primaryKeys_[order[i]]));
+        if (link_.Observer()->WantsRows()) before.push_back(WholeRow(order[i]));
+      }
+      told.push_back(link_.Observer()->RowsChange(Change::Delete, table, std::move(keys), std::move(before)));
+    }
+  }
+
   DeletedRows Result() {
-    deleted_.order.resize(keys_.size());
-    std::iota(deleted_.order.begin(), deleted_.order.end(), 0U);
-    std::sort(deleted_.order.begin(), deleted_.order.end(), [this](std::uint32_t left, std::uint32_t right) {
-      return std::lexicographical_compare(keys_[left].begin(), keys_[left].end(), keys_[right].begin(),
-                                          keys_[right].end(), Less);
-    });
+    deleted_.order = InOrderOf(keys_);
+    if (IsObserved() && wanted_ == Deleted::Keys && deleted_.rows && !table_.keyColumns.empty()) {
+      auto keys = std::make_unique<StaticRows>(deleted_.rows->KeyColumns());
+      for (Row& key : keys_) keys->Append(std::move(key));
+      deleted_.rows = std::move(keys);
+    }
     return std::move(deleted_);
   }
 
@@ -73,6 +90,32 @@ class Deletion {
   }
 
  private:
+  static std::vector<std::uint32_t> InOrderOf(const std::vector<Row>& keys) {
+    std::vector<std::uint32_t> order(keys.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::sort(order.begin(), order.end(), [&keys](std::uint32_t left, std::uint32_t right) {
+      return std::lexicographical_compare(keys[left].begin(), keys[left].end(), keys[right].begin(),
+                                          keys[right].end(), Less);
+    });
+    return order;
+  }
+
+  NamedRow NamedColumns(const std::vector<std::size_t>& places, const Row& values) const {
+    NamedRow named;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      named.push_back(Named(deleted_.rows->Columns()[places[i]], values[i], Dialect()));
+    }
+    return named;
+  }
+
+  NamedRow WholeRow(std::uint32_t ordinal) const {
+    const Row& row = *deleted_.rows->At(ordinal, {});
+    NamedRow named;
+    const std::vector<Column>& columns = deleted_.rows->Columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) named.push_back(Named(columns[i], row[i], Dialect()));
+    return named;
+  }
+
   ADODB::engine::Session& Session() const { return link_.GetSession(); }
   const ADODB::engine::Dialect& Dialect() const { return Session().GetDialect(); }
 
@@ -89,30 +132,66 @@ class Deletion {
     return Dialect().ReturnsDeletedRows() && (!shape.namesTableTwice || table_.keyColumns.empty());
   }
 
-  bool KeysOnly() const { return wanted_ == Deleted::Keys && !table_.keyColumns.empty(); }
+  bool IsObserved() const { return link_.Observer() != nullptr; }
+
+  bool ReadsRows() const {
+    return wanted_ == Deleted::Rows || table_.keyColumns.empty() ||
+           (IsObserved() && (link_.Observer()->WantsRows() || table_.primaryKey.empty()));
+  }
+  // Whether the key is read behind the columns that are wanted.
+  bool HidesKey() const { return ReadsRows() || IsObserved(); }
 
   std::string List() const {
-    std::string list = KeysOnly() ? "" : "*";
-    for (const std::string& column : table_.keyColumns) {
-      list += (list.empty() ? "" : ",") + Dialect().QuotedName(column);
-    }
+    std::string list = ReadsRows() ? "*" : "";
+    const auto add = [&](const std::vector<std::string>& columns) {
+      for (const std::string& column : columns) {
+        list += (list.empty() ? "" : ",") + Dialect().QuotedName(column);
+      }
+    };
+    if (!ReadsRows() && IsObserved()) add(table_.primaryKey);
+    add(table_.keyColumns);
     return list;
   }
 
   void Keep(Rows& rows) {
-    const std::size_t columns = rows.Columns().size();
-    if (columns == 0) return;
-    const std::size_t hidden = KeysOnly() ? 0 : table_.keyColumns.size();
-    if (!deleted_.rows) deleted_.rows = std::make_unique<StaticRows>(rows, hidden);
-    const std::size_t keyStart = columns - table_.keyColumns.size();
+    const std::vector<Column>& columns = rows.Columns();
+    if (columns.empty()) return;
+    if (!deleted_.rows) {
+      deleted_.rows = std::make_unique<StaticRows>(rows, HidesKey() ? table_.keyColumns.size() : 0);
+      if (IsObserved()) FindPrimaryKey();
+    }
+    const std::size_t keyStart = columns.size() - table_.keyColumns.size();
     while (rows.Next()) {
-      Row row(columns);
-      for (std::size_t i = 0; i < columns; ++i) rows.Read(i, row[i]);
+      Row row(columns.size());
+      for (std::size_t i = 0; i < row.size(); ++i) rows.Read(i, row[i]);
       const bool hasKey = !table_.keyColumns.empty();
       keys_.emplace_back(hasKey ? row.begin() + static_cast<std::ptrdiff_t>(keyStart) : row.begin(),
                          row.end());
+      if (IsObserved()) {
+        Row& primary = primaryKeys_.emplace_back();
+        for (const std::size_t place : primaryPlaces_) primary.push_back(row[place]);
+      }
       deleted_.rows->Append(std::move(row));
     }
+  }
+
+  // Where the columns are that tell a row from the others.
+  void FindPrimaryKey() {
+    const std::vector<Column>& columns = deleted_.rows->Columns();
+    const auto nameOf = [](const Column& column) -> const std::string& {
+      return column.baseColumn.empty() ? column.name : column.baseColumn;
+    };
+    for (const std::string& name : table_.primaryKey) {
+      for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (EqualsIgnoringAsciiCase(nameOf(columns[i]), name)) {
+          primaryPlaces_.push_back(i);
+          break;
+        }
+      }
+    }
+    if (!table_.primaryKey.empty()) return;
+    primaryPlaces_.resize(columns.size());
+    std::iota(primaryPlaces_.begin(), primaryPlaces_.end(), std::size_t{0});
   }
 
   // The rows from `first` on, which are locked. A statement takes one of a few numbers of keys, the last of
@@ -161,6 +240,9 @@ class Deletion {
   TableShape table_;
   DeletedRows deleted_;
   std::vector<Row> keys_;
+  // For the observer.
+  std::vector<std::size_t> primaryPlaces_;
+  std::vector<Row> primaryKeys_;
 };
 
 }  // namespace
@@ -171,7 +253,20 @@ DeletedRows RunDelete(Link& link, const Translation& translation, Deleted wanted
   const auto runAll = [&] {
     for (const std::string& piece : translation.statements) deletion.RunPiece(piece);
   };
-  if (deletion.NeedsTransaction(translation)) {
+  if (ChangeObserver* const observer = link.Observer(); observer != nullptr) {
+    DeleteShape shape;
+    ReadDelete(translation.statements.front(), shape);
+    std::vector<ChangeObserver::Ticket> told;
+    try {
+      InTransaction(link, [&] {
+        runAll();
+        deletion.Tell(shape.table, told);
+      });
+    } catch (...) {
+      for (const ChangeObserver::Ticket& ticket : told) observer->Failed(ticket, automation::PendingError());
+      throw;
+    }
+  } else if (deletion.NeedsTransaction(translation)) {
     InTransaction(link, runAll);
   } else {
     runAll();

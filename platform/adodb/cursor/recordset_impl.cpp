@@ -8,6 +8,7 @@
 #include "platform/adodb/cursor/criterion.hpp"
 #include "platform/adodb/cursor/keyed_rows.hpp"
 #include "platform/adodb/cursor/loose_rows.hpp"
+#include "platform/adodb/cursor/observed_changes.hpp"
 #include "platform/adodb/cursor/static_rows.hpp"
 #include "platform/automation/error.hpp"
 
@@ -60,7 +61,7 @@ void RecordsetImpl::Open(const Statement& statement, const ConnectionPtr& connec
   const bool onlyRead = lockType == LockType::ReadOnly && !walksByKey;
   const auto prepared = onlyRead ? link->PrepareRead(statement) : link->Prepare(statement);
   if (!prepared->yieldsRows) {
-    Run(*link, link->Values().empty() ? *prepared : *link->Prepare(statement));
+    RunAndTell(*link, link->Values().empty() ? *prepared : *link->Prepare(statement));
     return;
   }
   OpenTranslated(statement, *prepared, std::move(link), cursorType, lockType);
@@ -73,7 +74,10 @@ void RecordsetImpl::OpenTranslated(const Statement& statement, const Translation
   const std::string& sql = translation.statements.front();
   Session& session = link->GetSession();
   // A statement that changes rows may yield some as well.
-  if (!StartsWithSelect(sql)) link->GetFreshness().NoteWrite();
+  if (!StartsWithSelect(sql)) {
+    if (link->Observer() != nullptr) Raise(ErrorNumber::FeatureNotAvailable);
+    link->GetFreshness().NoteWrite();
+  }
   const bool walksByKey = type_ == CursorType::Keyset || type_ == CursorType::Dynamic;
   if (walksByKey || lockType != LockType::ReadOnly) {
     OpenOnTable(link, sql, lockType);

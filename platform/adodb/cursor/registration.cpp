@@ -8,9 +8,9 @@ namespace ADODB {
 
 void RegisterClasses(automation::ClassTable& classes,
                      std::vector<std::shared_ptr<engine::Provider>> providers,
-                     std::function<std::chrono::steady_clock::time_point()> clock) {
+                     std::function<std::chrono::steady_clock::time_point()> clock, ChangeObserver* observer) {
   if (!clock) clock = &engine::CoarseNow;
-  auto pool = std::make_shared<engine::Pool>(std::move(providers), std::move(clock));
+  auto pool = std::make_shared<engine::Pool>(std::move(providers), std::move(clock), observer);
   classes.RegisterAs<Connection>("ADODB.Connection",
                                  [pool] { return std::make_shared<engine::ConnectionImpl>(pool); });
   classes.RegisterAs<Recordset>("ADODB.Recordset", [] { return std::make_shared<engine::RecordsetImpl>(); });

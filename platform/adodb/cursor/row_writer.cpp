@@ -1,8 +1,10 @@
 #include "platform/adodb/cursor/row_writer.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
+#include "platform/adodb/cursor/observed_changes.hpp"
 #include "platform/adodb/cursor/still_reads.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
 #include "platform/adodb/sql/tokens.hpp"
@@ -59,7 +61,8 @@ void RowWriter::Delete(const Row& row, const std::vector<bool>& compared) {
   Parameters parameters;
   BindCondition(row, condition, parameters);
   link_->GetFreshness().NoteWrite();
-  RequireOne(link_->GetSession().Execute(condition.deletion, parameters));
+  Observed(Change::Delete, row, condition,
+           [&] { RequireOne(link_->GetSession().Execute(condition.deletion, parameters)); });
 }
 
 Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<bool>& compared) {
@@ -84,23 +87,25 @@ Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<
   BindCondition(row, condition, parameters);
   link_->GetFreshness().NoteWrite();
   const std::string sql = "UPDATE " + table_ + " SET " + assignments + " WHERE " + condition.text;
-  switch (shape_.address) {
-    case TableShape::Address::Key:
-      RequireOne(session.Execute(sql, parameters));
-      break;
-    case TableShape::Address::WholeRow:
-      RequireOne(session.Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
-      break;
-    case TableShape::Address::Place: {
-      const std::unique_ptr<Rows> rows =
-          session.Query(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
-      RequireOne(rows->Next() ? 1 : 0);
-      changed.back() = rows->Value(0);
-      while (rows->Next()) {
+  Observed(Change::Update, row, condition, [&] {
+    switch (shape_.address) {
+      case TableShape::Address::Key:
+        RequireOne(session.Execute(sql, parameters));
+        break;
+      case TableShape::Address::WholeRow:
+        RequireOne(session.Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
+        break;
+      case TableShape::Address::Place: {
+        const std::unique_ptr<Rows> rows =
+            session.Query(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
+        RequireOne(rows->Next() ? 1 : 0);
+        changed.back() = rows->Value(0);
+        while (rows->Next()) {
+        }
+        break;
       }
-      break;
     }
-  }
+  });
   return changed;
 }
 
@@ -119,19 +124,112 @@ Row RowWriter::Insert(const Changes& changes) {
   if (shape_.generatedColumn) returned.push_back(*shape_.generatedColumn);
   const std::string sql = session.GetDialect().InsertReturning(table_, names, returned);
   link_->GetFreshness().NoteWrite();
-  const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
-  RequireOne(rows->Next() ? 1 : 0);
-  for (std::size_t k = 0; k < returned.size(); ++k) {
-    const automation::Variant value = rows->Value(k);
-    if (k < shape_.keyColumns.size()) row[columns_.size() + k] = value;
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      if (EqualsIgnoringAsciiCase(returned[k], columns_[i].baseColumn)) row[i] = value;
+  const auto insert = [&] {
+    const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
+    RequireOne(rows->Next() ? 1 : 0);
+    for (std::size_t k = 0; k < returned.size(); ++k) {
+      const automation::Variant value = rows->Value(k);
+      if (k < shape_.keyColumns.size()) row[columns_.size() + k] = value;
+      for (std::size_t i = 0; i < columns_.size(); ++i) {
+        if (EqualsIgnoringAsciiCase(returned[k], columns_[i].baseColumn)) row[i] = value;
+      }
     }
-  }
-  // Run the statement to its end: only then is the row committed.
-  while (rows->Next()) {
+    // Run the statement to its end: only then is the row committed.
+    while (rows->Next()) {
+    }
+  };
+  if (ChangeObserver* const observer = link_->Observer(); observer != nullptr) {
+    TellAndMake(*observer, Change::Insert, table_, KeyOf(changes), std::nullopt, insert);
+  } else {
+    insert();
   }
   return row;
+}
+
+void RowWriter::Observed(Change change, const Row& row, const Condition& condition,
+                         const std::function<void()>& make) {
+  ChangeObserver* const observer = link_->Observer();
+  if (observer == nullptr) return make();
+  std::optional<NamedRow> key = KeyOf(row);
+  if (key && !observer->WantsRows()) {
+    return TellAndMake(*observer, change, table_, std::move(*key), std::nullopt, make);
+  }
+  // Told before the commit; a failure of that is the change's.
+  ChangeObserver::Ticket told;
+  try {
+    InTransaction(*link_, [&] {
+      std::optional<NamedRow> before = Lock(row, condition);
+      RequireOne(before ? 1 : 0);
+      NamedRow named = NamedKey(shape_.primaryKey, *before);
+      if (!observer->WantsRows()) before.reset();
+      told = observer->RowChanges(change, table_, std::move(named), std::move(before));
+      make();
+    });
+  } catch (...) {
+    if (told) observer->Failed(told, automation::PendingError());
+    throw;
+  }
+}
+
+std::optional<NamedRow> RowWriter::KeyOf(const Row& row) const {
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  NamedRow key;
+  for (const std::string& name : shape_.primaryKey) {
+    const auto isIt = [&](const Column& column) { return EqualsIgnoringAsciiCase(column.baseColumn, name); };
+    const auto found = std::find_if(columns_.begin(), columns_.end(), isIt);
+    const auto address = std::find(shape_.keyColumns.begin(), shape_.keyColumns.end(), name);
+    if (found == columns_.end() && address == shape_.keyColumns.end()) return std::nullopt;
+    const std::size_t place =
+        address != shape_.keyColumns.end()
+            ? columns_.size() + static_cast<std::size_t>(address - shape_.keyColumns.begin())
+            : static_cast<std::size_t>(found - columns_.begin());
+    Column column;
+    if (found != columns_.end()) column = *found;
+    column.baseColumn = name;
+    key.push_back(Named(column, row[place], dialect));
+  }
+  return key.empty() ? std::nullopt : std::optional(std::move(key));
+}
+
+NamedRow RowWriter::KeyOf(const Changes& inserted) const {
+  const Dialect& dialect = link_->GetSession().GetDialect();
+  NamedRow key;
+  const auto add = [&](std::size_t i) {
+    key.push_back(Named(columns_[i], inserted[i] ? *inserted[i] : automation::Variant::Null(), dialect));
+  };
+  for (const std::string& name : shape_.primaryKey) {
+    if (shape_.generatedColumn == name) continue;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (EqualsIgnoringAsciiCase(columns_[i].baseColumn, name)) add(i);
+    }
+  }
+  for (std::size_t i = 0; shape_.primaryKey.empty() && i < columns_.size(); ++i) {
+    if (CanWrite(i) && shape_.generatedColumn != columns_[i].baseColumn) add(i);
+  }
+  return key;
+}
+
+std::optional<NamedRow> RowWriter::Lock(const Row& row, const Condition& condition) const {
+  Session& session = link_->GetSession();
+  const Dialect& dialect = session.GetDialect();
+  std::string where;
+  Parameters parameters;
+  if (shape_.address == TableShape::Address::WholeRow) {
+    where = condition.text;
+    BindCondition(row, condition, parameters);
+  } else {
+    for (const std::string& column : shape_.keyColumns) {
+      where += (where.empty() ? "" : " AND ") + dialect.QuotedName(column) + " = ?";
+    }
+    parameters.assign(row.begin() + static_cast<std::ptrdiff_t>(columns_.size()), row.end());
+  }
+  const std::unique_ptr<Rows> rows =
+      session.Query(dialect.LockedSelect("*", table_, "WHERE " + where), parameters);
+  std::optional<NamedRow> found;
+  while (rows->Next()) {
+    if (!found) found = NamedCurrent(*rows, dialect);
+  }
+  return found;
 }
 
 automation::Variant Converted(const automation::Variant& value, ColumnType type) {

@@ -1,12 +1,14 @@
 // Inserts, updates and deletes of single rows, each by key and on a statement of its own.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/adodb/changes.hpp"
 #include "platform/adodb/cursor/key_list.hpp"
 #include "platform/adodb/cursor/still_reads.hpp"
 #include "platform/adodb/session/shared_session.hpp"
@@ -47,6 +49,13 @@ class RowWriter {
     std::string deletion;                                    // the statement
   };
   const Condition& ConditionFor(const std::vector<bool>& compared);
+  // Makes the change of the row, which the link's observer hears of before.
+  void Observed(Change change, const Row& row, const Condition& condition, const std::function<void()>& make);
+  // The row's key, or all of its columns in a table without one; nothing where the result does not hold them.
+  std::optional<NamedRow> KeyOf(const Row& row) const;
+  NamedRow KeyOf(const Changes& inserted) const;
+  // The row as it is, locked; nothing when it is gone.
+  std::optional<NamedRow> Lock(const Row& row, const Condition& condition) const;
   void BindCondition(const Row& row, const Condition& condition, Parameters& parameters) const;
   void RequireOne(std::int64_t affected) const;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/adodb/cursor/row_source.hpp"
@@ -18,6 +19,9 @@ class StaticRows : public RowSource {
   StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows);
   // The same columns without any row yet.
   StaticRows(const Rows& rows, std::size_t keyCount);
+  // These columns, without any row yet.
+  explicit StaticRows(std::vector<Column> columns)
+      : columns_(std::make_shared<const std::vector<Column>>(std::move(columns))) {}
 
   const std::vector<Column>& Columns() const override { return *columns_; }
   // The columns of the key, behind those of the result.

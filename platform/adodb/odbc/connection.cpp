@@ -354,6 +354,7 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
     found.shape.generatedColumn = std::move(generated);
   }
   for (auto& [place, column] : key) found.shape.keyColumns.push_back(std::move(column));
+  if (!key.empty()) found.shape.primaryKey = found.shape.keyColumns;
   return tables_.emplace(table, std::move(found)).first->second;
 }
 

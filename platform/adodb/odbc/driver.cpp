@@ -225,10 +225,14 @@ MetadataQuery TableQuery(Engine engine, std::string_view table) {
 
 engine::TableShape KeylessShape(Engine engine, std::vector<std::string> columns) {
   if (engine == Engine::PostgreSql) {
-    return {.keyColumns = {"ctid"}, .address = engine::TableShape::Address::Place, .generatedColumn = {}};
+    return {.keyColumns = {"ctid"},
+            .address = engine::TableShape::Address::Place,
+            .primaryKey = {},
+            .generatedColumn = {}};
   }
   return {.keyColumns = std::move(columns),
           .address = engine::TableShape::Address::WholeRow,
+          .primaryKey = {},
           .generatedColumn = {}};
 }
 

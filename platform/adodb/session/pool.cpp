@@ -11,8 +11,8 @@ struct Pool::Target {
   std::uint64_t deaths = 0;  // sessions that were found dead; what killed one may have killed others
 };
 
-Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock)
-    : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_) {}
+Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock, ChangeObserver* observer)
+    : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_), observer_(observer) {}
 
 Pool::~Pool() = default;
 

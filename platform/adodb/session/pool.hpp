@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/adodb/changes.hpp"
 #include "platform/adodb/session/coarse_clock.hpp"
 #include "platform/adodb/session/freshness.hpp"
 #include "platform/adodb/session/provider.hpp"
@@ -31,7 +32,9 @@ class Pool {
   static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
   static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
 
-  explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow);
+  // `observer` may be null.
+  explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow,
+                ChangeObserver* observer = nullptr);
   ~Pool();
 
   struct Target;  // a connection string with its user
@@ -54,6 +57,9 @@ class Pool {
   // Of the rows that are read through the pool's sessions.
   Freshness& GetFreshness() { return freshness_; }
 
+  // Who is told of what the pool's sessions change; null where nobody is.
+  ChangeObserver* Observer() const { return observer_; }
+
  private:
   struct Idle {
     std::unique_ptr<Session> session;
@@ -69,6 +75,7 @@ class Pool {
   const std::vector<std::shared_ptr<Provider>> providers_;
   const Clock clock_;
   Freshness freshness_;
+  ChangeObserver* const observer_;
   mutable std::mutex mutex_;
   struct TextHash {
     using is_transparent = void;

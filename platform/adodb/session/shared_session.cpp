@@ -25,6 +25,13 @@ Session& Link::GetSession() const {
 }
 
 void Link::Close() noexcept {
+  if (ChangeObserver* const observer = Observer(); inTransaction && observer != nullptr) {
+    try {
+      observer->Rollback();
+    } catch (...) {
+      // It is rolled back all the same.
+    }
+  }
   if (lease_.session) pool_->GiveBack(std::move(lease_));
   lease_ = {};
   inTransaction = commitFailed = false;

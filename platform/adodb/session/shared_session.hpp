@@ -25,6 +25,9 @@ class Link {
   // To be told of every write before it is sent.
   Freshness& GetFreshness() const { return pool_->GetFreshness(); }
 
+  // To be told of every change as well; null where nobody is to be.
+  ChangeObserver* Observer() const { return pool_->Observer(); }
+
   // Checks and translates the statement. Several pieces come out only for a DELETE.
   std::shared_ptr<const Translation> Prepare(const Statement& statement);
 

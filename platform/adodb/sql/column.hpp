@@ -31,6 +31,9 @@ struct TableShape {
   // of a view for instance: they are read-only.
   std::vector<std::string> keyColumns;
   Address address = Address::Key;
+  // The primary key as the table declares it, which may be another than the columns above; empty when there
+  // is none.
+  std::vector<std::string> primaryKey;
   std::optional<std::string> generatedColumn;  // the column that the database numbers by itself
 };
 

@@ -24,6 +24,12 @@ class Sqlite : public Dialect {
     return sql + ")";
   }
 
+  // A transaction has the whole database to itself.
+  std::string LockedSelect(std::string_view list, std::string_view table,
+                           std::string_view where) const override {
+    std::string sql = "SELECT ";
+    return sql.append(list).append(" FROM ").append(table).append(" ").append(where);
+  }
   bool ReturnsDeletedRows() const override { return true; }
 
   // A column may hold a value of any type, and a date or a Boolean may be written in several ways.

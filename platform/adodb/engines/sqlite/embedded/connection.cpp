@@ -139,6 +139,7 @@ engine::TableShape Connection::Describe(const std::string& table) {
       columns.push_back(automation::ToText(rows->Value(0)));
       if (automation::ToInt32(rows->Value(2)) == 0) continue;
       shape.keyColumns.push_back(columns.back());
+      shape.primaryKey.push_back(columns.back());
       integerKey = engine::EqualsIgnoringAsciiCase(automation::ToText(rows->Value(1)), "INTEGER");
     }
   }

@@ -1,0 +1,70 @@
+#include "platform/adodb/cursor/observed_changes.hpp"
+
+#include <utility>
+
+#include "platform/adodb/cursor/deleted_rows.hpp"
+#include "platform/adodb/sql/tokens.hpp"
+
+namespace ADODB::engine {
+namespace {
+
+NamedValue::Form FormOf(ColumnType type) {
+  if (type == ColumnType::Decimal) return NamedValue::Form::Decimal;
+  return type == ColumnType::Binary ? NamedValue::Form::Bytes : NamedValue::Form::AsTyped;
+}
+
+bool BeginsWith(std::string_view sql, std::string_view lowerCaseWord) {
+  const TokenList list = Tokenize(sql.substr(0, 32));
+  return !list.tokens.empty() && Is(sql, list.tokens.front(), lowerCaseWord);
+}
+
+}  // namespace
+
+NamedValue Named(const Column& column, const automation::Variant& value, const Dialect& dialect) {
+  return {dialect.ShownName(column.baseColumn.empty() ? column.name : column.baseColumn), value,
+          FormOf(column.type)};
+}
+
+NamedRow NamedCurrent(const Rows& rows, const Dialect& dialect) {
+  NamedRow row;
+  const std::vector<Column>& columns = rows.Columns();
+  row.reserve(columns.size());
+  for (std::size_t i = 0; i < columns.size(); ++i) row.push_back(Named(columns[i], rows.Value(i), dialect));
+  return row;
+}
+
+NamedRow NamedKey(const std::vector<std::string>& key, const NamedRow& whole) {
+  if (key.empty()) return whole;
+  NamedRow named;
+  for (const std::string& column : key) {
+    for (const NamedValue& value : whole) {
+      if (EqualsIgnoringAsciiCase(value.column, column)) named.push_back(value);
+    }
+  }
+  return named;
+}
+
+void TellAndMake(ChangeObserver& observer, Change change, std::string_view table, NamedRow key,
+                 std::optional<NamedRow> before, const std::function<void()>& make) {
+  const ChangeObserver::Ticket told = observer.RowChanges(change, table, std::move(key), std::move(before));
+  try {
+    make();
+  } catch (...) {
+    observer.Failed(told, automation::PendingError());
+    throw;
+  }
+}
+
+std::int64_t RunAndTell(Link& link, const Translation& translation) {
+  if (link.Observer() == nullptr) return Run(link, translation);
+  const std::string& sql = translation.statements.front();
+  if (BeginsWith(sql, "select")) return link.GetSession().Execute(sql, {});
+  if (!BeginsWith(sql, "delete")) {
+    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::FeatureNotAvailable),
+                            "ADODB.Connection",
+                            "This run is recorded, and of this statement it cannot be told what it changes.");
+  }
+  return static_cast<std::int64_t>(RunDelete(link, translation, Deleted::Keys).order.size());
+}
+
+}  // namespace ADODB::engine

@@ -1,0 +1,30 @@
+// What is told to a ChangeObserver, put together from what the engine knows.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/adodb/changes.hpp"
+#include "platform/adodb/session/shared_session.hpp"
+
+namespace ADODB::engine {
+
+NamedValue Named(const Column& column, const automation::Variant& value, const Dialect& dialect);
+// The row that is being read.
+NamedRow NamedCurrent(const Rows& rows, const Dialect& dialect);
+// The columns of the key among those of a whole row; all of them for an empty key.
+NamedRow NamedKey(const std::vector<std::string>& key, const NamedRow& whole);
+
+// Tells the change and makes it, and tells when it fails.
+void TellAndMake(ChangeObserver& observer, Change change, std::string_view table, NamedRow key,
+                 std::optional<NamedRow> before, const std::function<void()>& make);
+
+// Run(), and the link's observer is told where it has one: then 3251 for what changes rows and is no DELETE of
+// one table.
+std::int64_t RunAndTell(Link& link, const Translation& translation);
+
+}  // namespace ADODB::engine
