@@ -23,6 +23,7 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   xsltSetGenericDebugFunc(nullptr, &Ignore);
   xsltSetGenericErrorFunc(nullptr, &Ignore);
   const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives);
+  surroundings->saving = settings.saving;
   classes.Register("MSXML2.DOMDocument",
                    [surroundings] { return std::make_shared<dom::DocumentImpl>(surroundings); });
   const libxml::Limits limits{settings.transformationMemory, settings.transformationTime};

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -12,6 +13,9 @@ namespace MSXML2 {
 
 struct Settings {
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
+  // Where set, a document is saved by a call of this with the operating system's path of its file; it is to
+  // call `save` once and to pass on what that raises.
+  std::function<void(const std::string& path, const std::function<void()>& save)> saving = nullptr;
   // What one transformation may use up before it fails.
   std::size_t transformationMemory = std::size_t{64} << 20U;  // bytes, its result included
   std::chrono::milliseconds transformationTime = std::chrono::seconds(30);

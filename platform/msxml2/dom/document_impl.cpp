@@ -109,6 +109,18 @@ bool DocumentImpl::loadXML(std::string_view text) {
 void DocumentImpl::save(std::string_view path) {
   try {
     const auto place = surroundings_->paths.PlaceFor(path);
+    if (surroundings_->saving) {
+      surroundings_->saving(place.path, [&] { SaveTo(place, path); });
+    } else {
+      SaveTo(place, path);
+    }
+  } catch (const automation::Error& error) {
+    throw automation::Error(error.Number(), kDocumentSource, error.Description());
+  }
+}
+
+void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, std::string_view path) {
+  try {
     const bool known = place.path == fileState_.path;
     // Another file bears the name since the document was loaded by it.
     if (!known && path == fileState_.name) RaiseFileChanged(path);
@@ -136,8 +148,6 @@ void DocumentImpl::save(std::string_view path) {
     if (code == ESTALE) RaiseFileChanged(path);
     throw automation::Error(Scripting::local::NumberOf(code, automation::ErrorNumber::PathNotFound),
                             kDocumentSource);
-  } catch (const automation::Error& error) {
-    throw automation::Error(error.Number(), kDocumentSource, error.Description());
   }
 }
 

@@ -1,6 +1,7 @@
 // "MSXML2.DOMDocument" on a Tree.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +22,8 @@ struct Surroundings {
   // The file content that was found well-formed last. A job loads a file that it is going to change twice, to
   // be able to put it back: the second time it need not be checked.
   std::optional<base::ContentDigest::Value> wellFormed;
+  // Makes the saves of documents, where it is set; see Settings.
+  std::function<void(const std::string& path, const std::function<void()>& save)> saving;
 };
 using SurroundingsPtr = std::shared_ptr<Surroundings>;
 
@@ -42,6 +45,8 @@ class DocumentImpl final : public DOMDocument {
   NodeListPtr selectNodes(std::string_view expression) const override;
 
  private:
+  void SaveTo(const Scripting::local::PathResolver::Place& place, std::string_view path);
+
   bool ReadFile(std::string_view path);
   bool Take(std::string bytes);
 
