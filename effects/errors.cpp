@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "components/interfaces/log.hpp"
-#include "effects/failure_listener.hpp"
+#include "effects/wrappers.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace effects {
@@ -10,27 +10,26 @@ namespace {
 
 class RecordedLog final : public Vantrel::Log {
  public:
-  RecordedLog(Vantrel::LogPtr real, FailureListener& listener)
-      : real_(std::move(real)), listener_(listener) {}
+  RecordedLog(Vantrel::LogPtr real, Recorder& recorder) : real_(std::move(real)), recorder_(recorder) {}
 
   void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
                      automation::Variant& result) override {
-    listener_.ErrorLogged(errorSource, message);
+    recorder_.ErrorLogged(message);
     real_->WriteLogEntry(errorSource, message, code, result);
   }
 
  private:
   const Vantrel::LogPtr real_;
-  FailureListener& listener_;
+  Recorder& recorder_;
 };
 
 }  // namespace
 
-void RecordErrors(automation::ClassTable& classes, const automation::ClassTable& real,
-                  FailureListener& listener) {
-  classes.Register(Vantrel::kLogProgId, [real, &listener] {
+void RecordErrors(automation::ClassTable& classes, const automation::ClassTable& real, Recorder& recorder) {
+  if (!real.Contains(Vantrel::kLogProgId)) return;
+  classes.Register(Vantrel::kLogProgId, [real, &recorder] {
     return std::make_shared<RecordedLog>(automation::As<Vantrel::Log>(real.Create(Vantrel::kLogProgId)),
-                                         listener);
+                                         recorder);
   });
 }
 

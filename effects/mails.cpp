@@ -1,72 +1,78 @@
 #include <memory>
 #include <utility>
 
-#include "effects/failure_listener.hpp"
+#include "effects/wrappers.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/cdo/message.hpp"
 
 namespace effects {
 namespace {
 
+constexpr std::string_view kMessage = "CDO.Message";
+
+// Called from inside a catch clause.
+void TellRefused(Recorder& recorder, const std::string& to, const std::string& subject) {
+  const automation::Error reason = automation::PendingError();
+  recorder.TellFailed(recorder.Tell(MailSending{to, subject}), reason);
+}
+
 class RecordedMessage final : public CDO::Message {
  public:
-  RecordedMessage(CDO::MessagePtr real, FailureListener& listener)
-      : real_(std::move(real)), listener_(listener) {}
+  RecordedMessage(CDO::MessagePtr real, Recorder& recorder) : real_(std::move(real)), recorder_(recorder) {}
 
   void setFrom(std::string_view address) override {
-    Told([&] { real_->setFrom(address); });
+    Preparing([&] { real_->setFrom(address); });
   }
   void setTo(std::string_view address) override {
     to_ = address;
-    Told([&] { real_->setTo(address); });
+    Preparing([&] { real_->setTo(address); });
   }
   void setSubject(std::string_view subject) override {
     subject_ = subject;
-    Told([&] { real_->setSubject(subject); });
+    Preparing([&] { real_->setSubject(subject); });
   }
   void setMimeFormatted(bool value) override {
-    Told([&] { real_->setMimeFormatted(value); });
+    Preparing([&] { real_->setMimeFormatted(value); });
   }
   void setTextBody(std::string_view text) override {
-    Told([&] { real_->setTextBody(text); });
+    Preparing([&] { real_->setTextBody(text); });
   }
   void AddAttachment(std::string_view path) override {
-    Told([&] { real_->AddAttachment(path); });
+    Preparing([&] { real_->AddAttachment(path); });
   }
   void send() override {
-    Told([&] { real_->send(); });
+    recorder_.Do(MailSending{to_, subject_}, [&] { real_->send(); });
   }
 
  private:
   template <class Call>
-  void Told(const Call& call) {
+  void Preparing(const Call& call) {
     try {
       call();
     } catch (...) {
-      listener_.MailRefused(to_, subject_, automation::PendingError());
+      TellRefused(recorder_, to_, subject_);
       throw;
     }
   }
 
   const CDO::MessagePtr real_;
-  FailureListener& listener_;
+  Recorder& recorder_;
   std::string to_;
   std::string subject_;
 };
 
 }  // namespace
 
-void RecordMails(automation::ClassTable& classes, const automation::ClassTable& real,
-                 FailureListener& listener) {
-  classes.RegisterAs<CDO::Message>("CDO.Message", [real, &listener] {
+void RecordMails(automation::ClassTable& classes, const automation::ClassTable& real, Recorder& recorder) {
+  classes.RegisterAs<CDO::Message>(kMessage, [real, &recorder] {
     CDO::MessagePtr message;
     try {
-      message = automation::As<CDO::Message>(real.Create("CDO.Message"));
+      message = automation::As<CDO::Message>(real.Create(kMessage));
     } catch (...) {
-      listener.MailRefused({}, {}, automation::PendingError());
+      TellRefused(recorder, {}, {});
       throw;
     }
-    return std::make_shared<RecordedMessage>(std::move(message), listener);
+    return std::make_shared<RecordedMessage>(std::move(message), recorder);
   });
 }
 

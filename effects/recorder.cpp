@@ -65,22 +65,28 @@ void Recorder::TellQuietly(Entry::What what) noexcept try {
   // No memory to tell it.
 }
 
-void Recorder::ErrorLogged(std::string_view text) noexcept try {
-  const bool known = options_.isKnownEntry != nullptr && options_.isKnownEntry(text);
+void Recorder::Log(std::string_view text, bool known, LogText::Origin origin) noexcept try {
   counts_.AddLogText(known);
-  TellQuietly(LogText{std::string(text), known});
+  TellQuietly(LogText{std::string(text), known, origin});
 } catch (...) {
   // No memory to tell it.
 }
 
+void Recorder::ErrorLogged(std::string_view text) noexcept {
+  Log(text, options_.isKnownEntry != nullptr && options_.isKnownEntry(text), LogText::Origin::ErrorLog);
+}
+
 void Recorder::RunLogLine(std::string_view line) noexcept try {
   if (!options_.failureIn) return;
-  std::optional<std::string> failure = options_.failureIn(line);
-  if (!failure) return;
-  counts_.AddLogText(false);
-  TellQuietly(LogText{std::move(*failure), false});
+  if (const std::optional<std::string> failure = options_.failureIn(line)) {
+    Log(*failure, false, LogText::Origin::RunLog);
+  }
 } catch (...) {
   // No memory to tell it.
+}
+
+void Recorder::Stopping(std::string_view why) noexcept {
+  Log(why, false, LogText::Origin::Host);
 }
 
 Recorder::Ticket Recorder::RowChanges(ADODB::Change change, std::string_view table, ADODB::NamedRow key,

@@ -24,12 +24,12 @@
 namespace effects {
 
 struct RunStart {
-  std::string job;  // the class name, e.g. "Archive"
+  std::string job = {};  // the class name, e.g. "Archive"
   bool preview = false;
-  automation::DateTime at;  // the moment that the run takes for now
+  automation::DateTime at = {};  // the moment that the run takes for now
   std::int64_t process = 0;
-  std::string host;
-  std::string version;
+  std::string host = {};
+  std::string version = {};
 };
 
 struct Entry;
@@ -41,10 +41,14 @@ struct Failure {
   automation::Error error;
 };
 
-// An entry in the error log, or a failure line of the run log, without its time.
+// An entry in the error log, or a failure line of the run log, without its time; or why the host stopped the
+// run.
 struct LogText {
+  enum class Origin { ErrorLog, RunLog, Host };
+
   std::string text;
   bool known = false;  // part of every run: nothing is to be done
+  Origin origin = Origin::ErrorLog;
 };
 
 struct RunEnd {
@@ -113,6 +117,8 @@ class Recorder final : public ADODB::ChangeObserver {
   // An entry that is made in the error log, and a line that is written to a run log.
   void ErrorLogged(std::string_view text) noexcept;
   void RunLogLine(std::string_view line) noexcept;
+  // Why the run is stopped before its end.
+  void Stopping(std::string_view why) noexcept;
 
   // What was told so far.
   const Counts& CountsSoFar() const { return counts_; }
@@ -130,6 +136,7 @@ class Recorder final : public ADODB::ChangeObserver {
  private:
   EntryPtr Make(Entry::What what);
   void TellQuietly(Entry::What what) noexcept;
+  void Log(std::string_view text, bool known, LogText::Origin origin) noexcept;
 
   const Options options_;
   std::vector<Listener*> listeners_;

@@ -12,6 +12,9 @@ namespace orvane_host {
 
 struct CommandEntry;
 
+enum class JournalLevel { Keys, Rows, Off };
+enum class ShowProgress { Auto, Always, Never };
+
 struct Arguments {
   const CommandEntry* command = nullptr;  // of the table of commands; never null once parsed
   const CommandEntry* about = nullptr;    // help: of this command alone; null: of all
@@ -20,7 +23,10 @@ struct Arguments {
   bool json = false;              // check, status
 
   bool strict = false;    // run
-  bool preflight = true;  // run
+  bool preflight = true;  // run; also whether it stops when a service goes away
+  // run: what the journal keeps of rows; nothing: as the job's journals usually are
+  std::optional<JournalLevel> journal;
+  ShowProgress progress = ShowProgress::Auto;  // run
   // run: how long to wait for another run to end; nothing: without limit
   std::optional<std::chrono::seconds> wait;
 

@@ -211,7 +211,7 @@ int CheckSuite(const Arguments& arguments, const Console& console) {
   Findings findings;
   if (const std::optional<Vantrel::SiteFile> site = CheckSite(home, findings)) {
     automation::Runtime runtime;
-    RegisterSuite(runtime, home, *site, nullptr);
+    RegisterSuite(runtime, home, *site);
     const automation::RuntimeScope scope(runtime);
     SuiteCheck(home, *site, jobs, findings).Run();
   }

@@ -2,7 +2,9 @@
 
 #include <charconv>
 #include <cstdint>
+#include <initializer_list>
 #include <system_error>
+#include <utility>
 
 namespace orvane_host {
 namespace {
@@ -52,6 +54,17 @@ void TakeWait(std::chrono::seconds longest, Arguments& into) {
   into.wait = longest;
 }
 
+template <class Value>
+Value OneOf(const std::string& given, const std::string& option,
+            std::initializer_list<std::pair<std::string_view, Value>> values) {
+  std::string expected;
+  for (const auto& [name, value] : values) {
+    if (given == name) return value;
+    expected += (expected.empty() ? "" : ", ") + std::string(name);
+  }
+  throw UsageError("--" + option + " takes one of " + expected + ", not \"" + given + "\"");
+}
+
 constexpr Option kRunOptions[] = {
     {"strict", "", "exit 1 when something failed on the way",
      [](const std::string&, Arguments& into) { into.strict = true; }},
@@ -64,6 +77,18 @@ constexpr Option kRunOptions[] = {
      [](const std::string&, Arguments& into) { TakeWait(std::chrono::seconds(0), into); }},
     {"no-preflight", "", "begin without asking whether the directory and the mail server answer",
      [](const std::string&, Arguments& into) { into.preflight = false; }},
+    {"journal", "LEVEL",
+     "what the journal keeps of rows: keys, rows, or off; Archive's rows, the others' keys",
+     [](const std::string& value, Arguments& into) {
+       using enum JournalLevel;
+       into.journal = OneOf<JournalLevel>(value, "journal", {{"keys", Keys}, {"rows", Rows}, {"off", Off}});
+     }},
+    {"progress", "WHEN", "tell how far a job is: auto, always or never",
+     [](const std::string& value, Arguments& into) {
+       using enum ShowProgress;
+       into.progress =
+           OneOf<ShowProgress>(value, "progress", {{"auto", Auto}, {"always", Always}, {"never", Never}});
+     }},
 };
 
 void CheckRun(const Arguments& arguments) {

@@ -1,11 +1,17 @@
 #include "host/composition.hpp"
 
+#include <algorithm>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "components/interfaces/service_request.hpp"
 #include "components/registration/register_jobs.hpp"
+#include "effects/service_watch.hpp"
+#include "effects/wrappers.hpp"
 #include "host/data_folder.hpp"
 #include "host/site_settings.hpp"
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
@@ -17,6 +23,7 @@
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
 #include "platform/scripting/local/folder_names.hpp"
+#include "platform/scripting/local/path_resolver.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
 #include "suite/catalogue/catalogue.hpp"
@@ -42,22 +49,75 @@ void RegisterFilesMailsAndLog(automation::ClassTable& classes, const SuiteHome& 
   Vantrel::RegisterLog(classes, home.ErrorLog());
 }
 
+// What a file is counted under: below the installation the folder that operators know, and not each of the
+// many that may lie in it.
+std::string CountedFolder(const std::filesystem::path& home, const std::string& native) {
+  const std::filesystem::path path(native);
+  const std::filesystem::path below = path.lexically_relative(home);
+  if (below.empty() || *below.begin() == "..") return path.parent_path().string();
+  std::filesystem::path folder;
+  int parts = 0;
+  for (const std::filesystem::path& part : below.parent_path()) {
+    if (++parts > 2) break;
+    folder /= part;
+  }
+  return folder.string();
+}
+
+effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site) {
+  const auto native = [resolver = std::make_shared<Scripting::local::PathResolver>(Drives(site))](
+                          std::string_view path, bool isMade) {
+    try {
+      if (!isMade) return resolver->PlaceFor(path).path;
+      // Its folder alone is looked for: what other names there are in it takes a listing to know.
+      const std::filesystem::path made(resolver->Translate(path).value_or(""));
+      if (const auto folder = resolver->Find(made.parent_path().string())) {
+        return (std::filesystem::path(folder->path) / made.filename()).string();
+      }
+    } catch (const std::exception&) {
+    }
+    // It leads nowhere: what is done there fails.
+    std::string text(path);
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+  };
+  const auto isLog = [logs = home.Logs().string()](const std::string& path) {
+    return path.starts_with(logs) && (path.size() == logs.size() || path[logs.size()] == '/');
+  };
+  const auto folder = [path = home.Path()](const std::string& of) { return CountedFolder(path, of); };
+  return {.native = native, .folder = folder, .isLog = isLog};
+}
+
+MSXML2::Settings DocumentSettings(const Vantrel::SiteFile& site, const effects::Places& places,
+                                  effects::Recorder* recorder) {
+  MSXML2::Settings settings{.drives = Drives(site)};
+  if (recorder == nullptr) return settings;
+  settings.saving = [recorder, places](const std::string& path, const std::function<void()>& save) {
+    recorder->Do(effects::FileChange{effects::FileChange::Kind::SaveDocument, path, places.folder(path)},
+                 save);
+  };
+  return settings;
+}
+
 void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                      effects::FailureListener* listener) {
+                      const Wiring& wiring) {
   automation::ClassTable& classes = runtime.classes;
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-  ADODB::RegisterClasses(classes, DatabaseProviders(home));
-  MSXML2::RegisterClasses(classes, {.drives = Drives(site)});
-  if (listener == nullptr) {
+  ADODB::RegisterClasses(classes, DatabaseProviders(home), {},
+                         wiring.recordsRows ? wiring.recorder : nullptr);
+  if (wiring.recorder == nullptr) {
+    MSXML2::RegisterClasses(classes, {.drives = Drives(site)});
     RegisterFilesMailsAndLog(classes, home, site);
     return;
   }
+  const effects::Places places = PlacesOf(home, site);
+  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring.recorder));
   automation::ClassTable real;
   RegisterFilesMailsAndLog(real, home, site);
   Scripting::RegisterDictionary(classes);
-  effects::RecordFolders(classes, real, *listener);
-  effects::RecordMails(classes, real, *listener);
-  effects::RecordErrors(classes, real, *listener);
+  effects::RecordFiles(classes, real, *wiring.recorder, places);
+  effects::RecordMails(classes, real, *wiring.recorder);
+  effects::RecordErrors(classes, real, *wiring.recorder);
 }
 
 // Keeps the names of large folders for all file-handling components of a suite.
@@ -73,12 +133,9 @@ class FolderNames {
   Scripting::local::FolderNames names_;
 };
 
-void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
-                        const Vantrel::SiteFile& site) {
-  Vantrel::RegisterConfiguration(classes, home.Path());
-  OrvCommon::RegisterSqlConversion(classes);
-  VnMembership::RegisterUser(classes);
-  Catalogue::RegisterCatalogue(classes);
+// Those among which are some that change something outside the databases.
+void RegisterActingComponents(automation::ClassTable& classes, const SuiteHome& home,
+                              const Vantrel::SiteFile& site) {
   const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
                                                                        const std::string& name) {
     return names->Find(folder, name);
@@ -87,10 +144,34 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home,
                                                .otherSpelling = otherSpelling,
                                                .sharedPath = &SharedPath,
                                                .ftp = FtpSettings(site, home)});
-  OrvCommon::RegisterLoadXSLs(classes);
   OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
   OrvaneBackend::RegisterBackendCalls(classes, home.Path());
   OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
+}
+
+void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
+                        const Wiring& wiring) {
+  Vantrel::RegisterConfiguration(classes, home.Path());
+  OrvCommon::RegisterSqlConversion(classes);
+  Catalogue::RegisterCatalogue(classes);
+  OrvCommon::RegisterLoadXSLs(classes);
+
+  automation::ClassTable people;
+  VnMembership::RegisterUser(wiring.watch == nullptr ? classes : people);
+  if (wiring.watch != nullptr) effects::WatchDirectory(classes, people, *wiring.watch);
+
+  if (wiring.recorder == nullptr) {
+    RegisterActingComponents(classes, home, site);
+    return;
+  }
+  automation::ClassTable real;
+  RegisterActingComponents(real, home, site);
+  effects::RecordSharedFiles(classes, real, *wiring.recorder, PlacesOf(home, site));
+  effects::RecordCalls(classes, real, *wiring.recorder);
+  for (const std::string_view reading :
+       {OrvServiceRequest::kQuestionProgId, OrvServiceRequest::kProspectProgId}) {
+    classes.Register(reading, [real, reading] { return real.Create(reading); });
+  }
 }
 
 }  // namespace
@@ -106,9 +187,9 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {
 }
 
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   effects::FailureListener* listener) {
-  RegisterPlatform(runtime, home, site, listener);
-  RegisterComponents(runtime.classes, home, site);
+                   const Wiring& wiring) {
+  RegisterPlatform(runtime, home, site, wiring);
+  RegisterComponents(runtime.classes, home, site, wiring);
   OrvaneProcess::RegisterJobs(runtime.classes);
 }
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "effects/failure_listener.hpp"
 #include "host/suite_home.hpp"
+#include "host/wiring.hpp"
 #include "platform/adodb/session/provider.hpp"
 #include "platform/automation/runtime.hpp"
 #include "suite/configuration/site_file.hpp"
@@ -21,8 +21,7 @@ void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site);
 // Fills the runtime with everything that the jobs of this suite can create. The machine-wide settings in
 // `site` (drives, mail transport) count as they are now, and one that means nothing raises
 // Vantrel::kUnreadableFile; connection strings and the directory account are read again when they are needed.
-// The listener, which may be null, must outlive what the runtime's classes make.
 void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
-                   effects::FailureListener* listener);
+                   const Wiring& wiring = {});
 
 }  // namespace orvane_host

@@ -3,6 +3,7 @@
 
 #include "host/command_table.hpp"
 #include "host/exit_codes.hpp"
+#include "host/version.hpp"
 
 namespace orvane_host {
 namespace {
@@ -80,7 +81,7 @@ int ShowHelp(const Arguments& arguments, const Console& console) {
 }
 
 int ShowVersion(const Arguments&, const Console& console) {
-  console.out << kProgram << " " ORVANE_VERSION "\n";
+  console.out << kProgram << " " << Version() << '\n';
   return kOk;
 }
 

@@ -1,13 +1,14 @@
 #include "host/job_runner.hpp"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <utility>
+#include <variant>
 
 #include "components/interfaces/job.hpp"
+#include "effects/journal_line.hpp"
+#include "host/exit_codes.hpp"
 #include "platform/automation/swallowed_error.hpp"
 
 namespace orvane_host {
@@ -27,47 +28,49 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
-std::string Shown(const automation::Error& error) {
-  return error.Description() + " (" + std::to_string(error.Number()) + ")";
-}
-
 }  // namespace
 
-void JobRunner::MailRefused(std::string_view to, std::string_view subject,
-                            const automation::Error& reason) noexcept try {
-  sawFailures_ = true;
-  // Each one, and at once: nothing else says who did not get what, and a run may be killed.
-  console_.err << "warning: " << job_->progId << ": "
-               << OneLine("a mail was not taken: to \"" + std::string(to) + "\", subject \"" +
-                          std::string(subject) + "\": " + Shown(reason))
-               << std::endl;
-} catch (...) {
-  sawFailures_ = true;
+void JobRunner::Hear(const effects::EntryPtr& entry) {
+  if (const auto* failure = std::get_if<effects::Failure>(&entry->what)) {
+    Failed(std::get<effects::Effect>(failure->of->what), failure->error);
+  } else if (const auto* log = std::get_if<effects::LogText>(&entry->what)) {
+    if (log->origin == effects::LogText::Origin::ErrorLog) Logged(*log);
+  }
 }
 
-void JobRunner::FolderNotDeleted(std::string_view path, const automation::Error& reason) noexcept try {
-  if (reason.Number() != static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound)) return;
-  folderNotDeleted_ = path;
-  std::replace(folderNotDeleted_.begin(), folderNotDeleted_.end(), '\\', '/');  // as people here write it
-} catch (...) {
+void JobRunner::Failed(const effects::Effect& effect, const automation::Error& reason) {
+  if (const auto* mail = std::get_if<effects::MailSending>(&effect)) {
+    sawFailures_ = true;
+    // Each one, and at once: nothing else says who did not get what, and a run may be killed.
+    std::optional<effects::Progress::Pause> pause;
+    if (progress_ != nullptr) pause.emplace(*progress_);
+    console_.err << "warning: " << job_->progId << ": "
+                 << OneLine("a mail was not taken: to \"" + mail->to + "\", subject \"" + mail->subject +
+                            "\": " + effects::ErrorText(reason))
+                 << std::endl;
+    return;
+  }
+  const auto* file = std::get_if<effects::FileChange>(&effect);
+  if (file != nullptr && file->kind == effects::FileChange::Kind::DeleteFolder &&
+      reason.Number() == static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound)) {
+    folderNotDeleted_ = file->path;
+  }
 }
 
-void JobRunner::ErrorLogged(std::string_view, std::string_view message) noexcept try {
-  lastEntry_ = message;
+void JobRunner::Logged(const effects::LogText& log) {
+  lastEntry_ = log.text;
   const std::string folder = std::exchange(folderNotDeleted_, {});  // of this entry, if of any
-  if (job_->isKnownEntry != nullptr && job_->isKnownEntry(message)) {
-    known_.emplace_back(message);
+  if (log.known) {
+    known_.push_back(log.text);
     return;
   }
   Warn(lastEntry_);
-  if (!folder.empty() && job_->needsHands != nullptr && job_->needsHands(message)) {
+  if (!folder.empty() && job_->needsHands != nullptr && job_->needsHands(log.text)) {
     Warn("the folder " + folder +
          " is not there, and every run stops at it: make it again, empty, and the next run removes it "
          "together "
          "with its row in DATAFILES; on a web farm, where the rows stay, delete that row by hand");
   }
-} catch (...) {
-  sawFailures_ = true;
 }
 
 void JobRunner::Warn(const std::string& text) {
@@ -75,8 +78,9 @@ void JobRunner::Warn(const std::string& text) {
   if (++warningCount_ <= kMostShown) warnings_.push_back(OneLine(text));
 }
 
-bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime) {
+bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime, Recording& recording) {
   job_ = &job;
+  progress_ = recording.ShownProgress();
   warnings_.clear();
   known_.clear();
   warningCount_ = 0;
@@ -86,11 +90,15 @@ bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime) {
 
   runLog_.emplace(home_.Logs(), job);
   locale_ = runtime.locale;
+  const bool sawFailuresBefore = std::exchange(sawFailures_, false);
   const auto start = std::chrono::steady_clock::now();
+  recording.Start(runtime.clock());
   Call(runtime);
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
 
   const AddedLines added = TakeLogLines();
+  recording.End(!added.stopped ? kUnfinished : strict_ && sawFailures_ ? kErrorsLogged : kOk);
+  sawFailures_ = sawFailures_ || sawFailuresBefore;
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, "%.1f s", taken.count());
   console_.out << job.progId << (added.stopped ? ": finished in " : ": ended without its stop line after ")
@@ -102,25 +110,22 @@ bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime) {
   return added.stopped;
 }
 
-// The job's objects are left as they are: their files and sessions go with the process, as after a kill, and
-// a safe point is where that costs nothing.
-void JobRunner::StopHere(std::string_view why, int exitCode) {
+void JobRunner::TellStopped(std::string_view why) {
   console_.out << job_->progId << ": stopped" << std::endl;
   TakeLogLines();
   PrintWarnings();
   console_.err << "orvane-host: " << job_->progId << ": " << why << std::endl;
-  std::_Exit(exitCode);
 }
 
 void JobRunner::Call(automation::Runtime& runtime) {
   const automation::RuntimeScope scope(runtime);
   const automation::SwallowedErrors listening(
-      [this](const automation::Error& error) { endedBy_ = Shown(error); });
+      [this](const automation::Error& error) { endedBy_ = effects::ErrorText(error); });
   try {
     automation::CreateObject<OrvaneProcess::Job>(job_->progId)->Run();
   } catch (...) {
     // Nothing should escape a job.
-    endedBy_ = Shown(automation::PendingError());
+    endedBy_ = effects::ErrorText(automation::PendingError());
   }
 }
 

@@ -8,37 +8,39 @@
 #include <string_view>
 #include <vector>
 
-#include "effects/failure_listener.hpp"
+#include "effects/recorder.hpp"
 #include "host/commands.hpp"
 #include "host/job_table.hpp"
+#include "host/recording.hpp"
 #include "host/run_logs.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace orvane_host {
 
-class JobRunner : public effects::FailureListener {
+class JobRunner : public effects::Listener {
  public:
-  JobRunner(const SuiteHome& home, const Console& console) : home_(home), console_(console) {}
+  // A strict run's journals tell of failures by their exit code.
+  JobRunner(const SuiteHome& home, const Console& console, bool strict)
+      : home_(home), console_(console), strict_(strict) {}
 
-  // False when the job left no stop line; why is printed. The runtime's mails, folders and error log tell
-  // this object.
-  bool Run(const JobInfo& job, automation::Runtime& runtime);
+  // False when the job left no stop line; why is printed. The recording, which this object listens to, is
+  // begun and ended here.
+  bool Run(const JobInfo& job, automation::Runtime& runtime, Recording& recording);
 
-  // Ends the process from within the job that is being run, which is at a safe point: tells why, prints what
-  // was to be told of the job so far, and exits.
-  [[noreturn]] void StopHere(std::string_view why, int exitCode);
+  // From within the job that is being run: tells why it is stopped, and what was to be told of it so far.
+  void TellStopped(std::string_view why);
 
   // Whether anything has failed in the jobs so far that a strict caller wants to know of.
   bool SawFailures() const { return sawFailures_; }
 
-  void MailRefused(std::string_view to, std::string_view subject,
-                   const automation::Error& reason) noexcept override;
-  void FolderNotDeleted(std::string_view path, const automation::Error& reason) noexcept override;
-  void ErrorLogged(std::string_view errorSource, std::string_view message) noexcept override;
+  // Failures and entries in the error log: jobs stay silent about some of them by their rules.
+  void Hear(const effects::EntryPtr& entry) override;
 
  private:
   void Call(automation::Runtime& runtime);
+  void Failed(const effects::Effect& effect, const automation::Error& reason);
+  void Logged(const effects::LogText& log);
   void Warn(const std::string& text);  // of the job being run
   AddedLines TakeLogLines();           // and warn of the failures that they tell of
   void PrintWarnings();
@@ -46,11 +48,13 @@ class JobRunner : public effects::FailureListener {
 
   const SuiteHome& home_;
   const Console& console_;
+  const bool strict_;
   bool sawFailures_ = false;
 
   // Of the job being run:
   static constexpr std::size_t kMostShown = 20;
   const JobInfo* job_ = nullptr;
+  effects::Progress* progress_ = nullptr;  // what is shown of it; may be null
   std::optional<RunLogWatch> runLog_;
   std::shared_ptr<const automation::Locale> locale_;
   std::vector<std::string> warnings_;  // the first ones

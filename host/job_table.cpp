@@ -35,7 +35,7 @@ const std::vector<JobInfo>& Jobs() {
 
 const JobInfo* FindJob(std::string_view name) {
   for (const JobInfo& job : Jobs()) {
-    if (EqualButForCase(name, job.progId) || EqualButForCase(name, job.progId.substr(kLibrary.size()))) {
+    if (EqualButForCase(name, job.progId) || EqualButForCase(name, ClassName(job))) {
       return &job;
     }
   }
@@ -53,6 +53,10 @@ std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names) {
     if (std::find(jobs.begin(), jobs.end(), job) == jobs.end()) jobs.push_back(job);
   }
   return jobs;
+}
+
+std::string_view ClassName(const JobInfo& job) {
+  return job.progId.substr(kLibrary.size());
 }
 
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line) {

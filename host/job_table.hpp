@@ -22,6 +22,9 @@ const JobInfo* FindJob(std::string_view name);
 // is none.
 std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names);
 
+// "Archive" of OrvaneProcess.Archive. Lives as long as the program.
+std::string_view ClassName(const JobInfo& job);
+
 // The time that a start (or stop) line of the job gives, without the line's CR LF; nothing for any other
 // line.
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line);

@@ -11,6 +11,7 @@
 #include "host/arguments.hpp"
 #include "host/command_table.hpp"
 #include "host/exit_codes.hpp"
+#include "host/version.hpp"
 
 int main(int count, char** words) {
   // What the jobs write is people's data: for its owner and the group, whatever whoever starts them has set.

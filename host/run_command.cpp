@@ -1,16 +1,22 @@
+#include <chrono>
+#include <cstdlib>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "effects/journal.hpp"
 #include "host/commands.hpp"
 #include "host/composition.hpp"
 #include "host/exit_codes.hpp"
 #include "host/job_runner.hpp"
 #include "host/job_table.hpp"
 #include "host/lock/suite_lock.hpp"
+#include "host/recording.hpp"
 #include "host/services.hpp"
+#include "host/site_settings.hpp"
 #include "host/stop_signals.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
@@ -26,6 +32,7 @@ Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
   Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
   site.Connection("Orvane", "Orvane");
   CheckSettings(home, site);
+  JournalDays(site);
   return site;
 }
 
@@ -72,6 +79,32 @@ std::unique_ptr<orvane_lock::SuiteLock> TakeLock(const Arguments& arguments, con
   return nullptr;
 }
 
+// Why the job has to stop at the safe point where it is.
+std::optional<Recording::Stop> MustStop(const StopRequest& request, const orvane_lock::SuiteLock& lock,
+                                        const Recording& recording) {
+  if (auto stop = recording.MustStop()) return stop;
+  if (lock.IsLost()) {
+    return Recording::Stop{
+        "the lock of the suite's database was lost, and somebody else has it or the database does not answer",
+        kTryAgain};
+  }
+  if (request.WasMade()) return Recording::Stop{"asked to stop", kTryAgain, true};
+  return std::nullopt;
+}
+
+// The job's objects are left as they are: their files and sessions go with the process, as after a kill, and
+// a safe point is where that costs nothing.
+[[noreturn]] void StopHere(JobRunner& runner, Recording& recording, const Recording::Stop& stop, int soFar) {
+  recording.End(stop.exitCode, stop.wasAskedFor ? std::string_view() : std::string_view(stop.why));
+  runner.TellStopped(stop.why + "; stopped at a safe point");
+  std::_Exit(Graver(soFar, stop.exitCode));
+}
+
+int Stopped(const Console& console, const std::string& why, int soFar, int exitCode) {
+  console.err << "orvane-host: " << why << '\n';
+  return Graver(soFar, exitCode);
+}
+
 }  // namespace
 
 int RunJobs(const Arguments& arguments, const Console& console) {
@@ -88,41 +121,41 @@ int RunJobs(const Arguments& arguments, const Console& console) {
   }
 
   const SuiteHome home(arguments.home);
-  JobRunner runner(home, console);
-  bool allStopped = true;
-  bool lockLost = false;
+  const StopRequest stopRequest;
+  JobRunner runner(home, console, arguments.strict);
+  int exitCode = kOk;
   try {
     const Vantrel::SiteFile first = ReadConfiguration(home);
-    int exitCode = kOk;
     const auto lock = TakeLock(arguments, home, first, console, exitCode);
     if (!lock) return exitCode;
     if (arguments.preflight && !ServicesAnswer(jobs, home, first, console)) return kUnavailable;
+    effects::RemoveOldJournals(home.Journals(), std::chrono::system_clock::now(), JournalDays(first));
     for (const JobInfo* job : jobs) {
+      const std::string before = "; stopped before " + std::string(job->progId);
+      if (stopRequest.WasMade()) return Stopped(console, "asked to stop" + before, exitCode, kTryAgain);
+      if (!lock->BeginJob(job->progId)) {
+        return Stopped(console, "the lock of the suite's database was lost" + before, exitCode, kTryAgain);
+      }
+      Recording recording(home, *job, arguments, console, runner);
       // A runtime of its own for each job, as each would have in a service of its own.
       automation::Runtime runtime;
-      RegisterSuite(runtime, home, ReadConfiguration(home), &runner);
-      lockLost = !lock->BeginJob(job->progId);
-      if (lockLost) {
-        console.err << "orvane-host: the lock of the suite's database was lost; stopped before "
-                    << job->progId << '\n';
-        break;
-      }
+      RegisterSuite(runtime, home, ReadConfiguration(home), recording.GetWiring());
       const automation::SafePoints stopping([&] {
-        if (!lock->IsLost()) return;
-        runner.StopHere(
-            "the lock of the suite's database was lost, and somebody else has it or the database "
-            "does not answer; stopped at a safe point",
-            allStopped ? kTryAgain : kUnfinished);
+        if (const auto stop = MustStop(stopRequest, *lock, recording)) {
+          StopHere(runner, recording, *stop, exitCode);
+        }
       });
-      allStopped = runner.Run(*job, runtime) && allStopped;
+      if (!runner.Run(*job, runtime, recording)) exitCode = Graver(exitCode, kUnfinished);
+      if (const auto stop = recording.MustStop()) {
+        return Stopped(console, stop->why + "; stopped behind " + std::string(job->progId), exitCode,
+                       stop->exitCode);
+      }
     }
   } catch (const automation::Error& error) {
     console.err << "orvane-host: " << error.Description() << '\n';
     return kConfiguration;
   }
-  if (!allStopped) return kUnfinished;
-  if (lockLost) return kTryAgain;
-  return arguments.strict && runner.SawFailures() ? kErrorsLogged : kOk;
+  return arguments.strict && runner.SawFailures() ? Graver(exitCode, kErrorsLogged) : exitCode;
 }
 
 }  // namespace orvane_host

@@ -18,7 +18,7 @@ bool ServicesAnswer(const std::vector<const JobInfo*>& jobs, const SuiteHome& ho
   std::vector<std::string_view> progIds;
   for (const JobInfo* job : jobs) progIds.push_back(job->progId);
   automation::Runtime runtime;
-  RegisterSuite(runtime, home, site, nullptr);
+  RegisterSuite(runtime, home, site);
   const automation::RuntimeScope scope(runtime);
   const auto refusals = orvane_preflight::Ask(progIds, ProbesOf(home, site));
   for (const auto& [progId, service, reason] : refusals) {

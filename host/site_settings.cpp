@@ -89,6 +89,16 @@ CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home)
   return settings;
 }
 
+int JournalDays(const Vantrel::SiteFile& site) {
+  const std::string text = site.FindValue("HOST", "JournalDays").value_or("90");
+  int days = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), days);
+  if (error != std::errc{} || end != text.data() + text.size() || days < 1 || days > 36500) {
+    Refuse(site, "HOST", "JournalDays", text, "a number of days, 1 to 36500");
+  }
+  return days;
+}
+
 OrvCommonMTS::FtpOptions FtpSettings(const Vantrel::SiteFile& site, const SuiteHome& home) {
   OrvCommonMTS::FtpOptions options;
   options.certificateFile = Authorities(site, "FTP", "certificatefile", home);

@@ -27,6 +27,10 @@ std::map<char, std::string> Drives(const Vantrel::SiteFile& site);
 //   sendusername, sendpassword the login; none when missing or empty
 CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home);
 
+// Section HOST:
+//   JournalDays                for how long the journals of runs are kept, 1 to 36500; 90 when missing
+int JournalDays(const Vantrel::SiteFile& site);
+
 // Section FTP, for a web farm's server that is reached over TLS:
 //   certificatefile            trusted authorities in PEM form, relative to the installation; the machine's
 //                              own when missing or empty

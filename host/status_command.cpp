@@ -12,6 +12,7 @@
 #include "host/job_table.hpp"
 #include "host/lock/file_lock.hpp"
 #include "host/run_logs.hpp"
+#include "host/stopped_runs.hpp"
 #include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
 
@@ -81,13 +82,15 @@ std::vector<JobStatus> StatusOfAll(const std::vector<const JobInfo*>& jobs, cons
   return all;
 }
 
-std::string_view StateOf(const JobStatus& status, const LoggedRun& run) {
+std::string StateOf(const JobStatus& status, const LoggedRun& run, const StoppedRuns& stopped) {
   if (run.stopped) return "finished";
   const bool isLast = &run == &status.runs.back();
-  return isLast && status.running && !status.startLineDue ? "running" : "unfinished";
+  if (isLast && status.running && !status.startLineDue) return "running";
+  const auto how = run.started.at ? stopped.HowStopped(*status.job, *run.started.at) : std::nullopt;
+  return how.value_or("unfinished");
 }
 
-void Print(const JobStatus& status, const Console& console) {
+void Print(const JobStatus& status, const StoppedRuns& stopped, const Console& console) {
   console.out << status.job->progId << '\n';
   if (status.runs.empty() && !status.running) console.out << "  no run logged\n";
   const std::size_t skipped = status.runs.size() - std::min(status.runs.size(), kRunsShown);
@@ -96,12 +99,12 @@ void Print(const JobStatus& status, const Console& console) {
   };
   for (std::size_t i = skipped; i < status.runs.size(); ++i) {
     const LoggedRun& run = status.runs[i];
-    const std::string_view state = StateOf(status, run);
+    const std::string state = StateOf(status, run, stopped);
     console.out << "  started " << run.started.text << "  ";
     if (run.stopped) {
       console.out << "stopped " << run.stopped->text << '\n';
     } else {
-      console.out << (state == "running" ? running() : std::string(state)) << '\n';
+      console.out << (state == "running" ? running() : state) << '\n';
     }
   }
   if (status.startLineDue) console.out << "  " << running() << ", no start line yet\n";
@@ -116,7 +119,8 @@ nlohmann::ordered_json TimeOf(const LoggedTime& time) {
   return text;
 }
 
-void PrintJson(const JobStatus& status, const std::optional<bool>& young, const Console& console) {
+void PrintJson(const JobStatus& status, const StoppedRuns& stopped, const std::optional<bool>& young,
+               const Console& console) {
   nlohmann::ordered_json line;
   line["v"] = 1;
   line["job"] = status.job->progId;
@@ -126,7 +130,7 @@ void PrintJson(const JobStatus& status, const std::optional<bool>& young, const 
     const LoggedRun& run = status.runs[i];
     line["runs"].push_back({{"started", TimeOf(run.started)},
                             {"stopped", run.stopped ? TimeOf(*run.stopped) : nlohmann::ordered_json()},
-                            {"state", StateOf(status, run)}});
+                            {"state", StateOf(status, run, stopped)}});
   }
   if (status.running) {
     line["running"] = {{"process", status.running->process},
@@ -160,6 +164,7 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
     return kConfiguration;
   }
   bool allYoung = true;
+  const StoppedRuns stopped(home.Journals());
   for (const JobStatus& status : StatusOfAll(jobs, home)) {
     std::optional<bool> young;
     if (arguments.maxAge) {
@@ -167,7 +172,7 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
           status, automation::AddHours(LocalTime(std::time(nullptr)), -arguments.maxAge->count()));
       allYoung = allYoung && *young;
     }
-    arguments.json ? PrintJson(status, young, console) : Print(status, console);
+    arguments.json ? PrintJson(status, stopped, young, console) : Print(status, stopped, console);
     if (young == false) {
       console.err << "orvane-host: " << status.job->progId << ": no run has finished in the last "
                   << arguments.maxAge->count() << " hours\n";

@@ -13,6 +13,7 @@ class SuiteHome {
   const std::filesystem::path& Path() const { return home_; }  // absolute
   std::filesystem::path SiteConfiguration() const;
   std::filesystem::path Directory() const { return home_ / "config" / "directory.ldif"; }
+  std::filesystem::path Journals() const { return home_ / "journal"; }
   std::filesystem::path Lock() const { return home_ / ".lock"; }
   // The run logs and the error log lie beside the installation.
   std::filesystem::path Logs() const { return home_.parent_path() / "OrvLog"; }

@@ -2,11 +2,12 @@
 // the same statements, files and syncs; and how its cost and its memory grow with the requests of one
 // customer.
 //
-//   bench_archive [REQUESTS [CUSTOMERS [SECONDS [LARGEST]]]] [--only servers|growth]
+//   bench_archive [REQUESTS [CUSTOMERS [SECONDS [LARGEST [JOURNALED [OF]]]]]] [--only servers|growth|journal]
 //
 // 20,000 requests of 200 customers unless given; of one customer LARGEST (50,000) and a tenth of it. Moving
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
-// rows moved by then; everything else is run to its end.
+// rows moved by then; everything else is run to its end. With and without a journal JOURNALED (100,000) requests OF
+// (1,000) customers are archived.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -32,6 +33,7 @@ namespace fs = std::filesystem;
 
 constexpr double kFasterThanSingleRows = 5;
 constexpr double kNotSlowerThanBulk = 1;
+constexpr double kAllowedForTheJournal = 1.15;
 constexpr double kAllowedGrowth = 1.5;
 constexpr double kAllowedMemoryPerFile = 6;
 // The program itself takes some 30 MiB, which says nothing about small files.
@@ -203,9 +205,32 @@ void MeasureGrowth(Bench& bench, std::int64_t largest) {
               AtMost(kAllowedMemoryPerFile));
 }
 
+// The embedded engine again: what it costs that every row is written down before it goes.
+void MeasureJournal(Bench& bench, HistorySize size) {
+  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
+    return Trial{called, kind, [&, recorded](const Build& build) {
+                   const WorkFolder folder;
+                   const fs::path home = folder.Path() / "suite" / "home";
+                   MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
+                   MakeEmbeddedHistory(home, size);
+                   return RunByHost(build, home, "Archive", recorded);
+                 }};
+  };
+  const std::string name = "archive of " + std::to_string(size.requests) + " requests on SQLite";
+  const Taken taken = bench.Take(name + ", by the host",
+                                 {byHost("recorded", Trial::Kind::Job, true),
+                                  byHost("not recorded", Trial::Kind::Peer, false)},
+                                 kRounds);
+  bench.Ratio(name + ", with journal and progress to without", taken.Whole("recorded"),
+              taken.Whole("not recorded"), AtMost(kAllowedForTheJournal));
+}
+
 void Measure(Bench& bench) {
   const HistorySize size{bench.Size(0, 20'000, 1'000), bench.Size(1, 200, 20)};
   if (bench.Wanted("servers")) CompareOnServers(bench, size, static_cast<int>(bench.Size(2, 4, 4)));
+  if (bench.Wanted("journal")) {
+    MeasureJournal(bench, {bench.Size(4, 100'000, 1'000), bench.Size(5, 1'000, 20)});
+  }
   if (bench.Wanted("growth")) MeasureGrowth(bench, bench.Size(3, 50'000, 1'000));
 }
 

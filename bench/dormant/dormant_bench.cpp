@@ -1,6 +1,6 @@
 // Dormant user expiry against a C program that deletes the same rows by key.
 //
-//   bench_dormant [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of them are dormant
+//   bench_dormant [--only job|journal] [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of them are dormant
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -22,6 +22,7 @@ namespace fs = std::filesystem;
 
 constexpr double kAllowedRatio = 1.5;
 constexpr double kAllowedMebibytes = 128;
+constexpr double kAllowedForTheJournal = 1.15;
 constexpr int kRounds = 5;
 // The provider's durability setting, which the peer uses too.
 constexpr const char* kSynchronous = "NORMAL";
@@ -102,6 +103,20 @@ void Compare(Bench& bench, std::int64_t rows) {
                      });
                    }};
   const std::string name = "dormant expiry, " + std::to_string(rows) + " rows";
+  if (bench.Wanted("journal")) {
+    const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
+      return Trial{called, kind, [&, recorded](const Build& build) {
+                     return onACopy([&] { return RunByHost(build, home, "DormantUserExpiry", recorded); });
+                   }};
+    };
+    const Taken both = bench.Take(name + ", by the host",
+                                  {byHost("recorded", Trial::Kind::Job, true),
+                                   byHost("not recorded", Trial::Kind::Peer, false)},
+                                  kRounds);
+    bench.Ratio(name + ", with journal and progress to without", both.Whole("recorded"),
+                both.Whole("not recorded"), AtMost(kAllowedForTheJournal));
+  }
+  if (!bench.Wanted("job")) return;
   const Taken taken = bench.Take(name, {job, peer}, kRounds);
   bench.Tell(name + ", job", "s", taken.Own("job"));
   bench.Ratio(name + ", job to C program", taken.Whole("job"), taken.Whole("C program"),

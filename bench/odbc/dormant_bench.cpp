@@ -15,6 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr double kAllowedForTheJournal = 1.05;
 constexpr double kAllowedRatio = 1.3;
 constexpr double kArchiverFactor = 3;
 constexpr int kRounds = 5;
@@ -95,12 +96,24 @@ void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t 
            }});
     }
   }
+  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
+    return Trial{called, kind, [&, recorded](const Build& build) {
+                   return onANewDatabase([&](const BenchDatabase& database) {
+                     MakeSuiteConfiguration(home, database.ConnectionString());
+                     return RunByHost(build, home, "DormantUserExpiry", recorded);
+                   });
+                 }};
+  };
+  trials.push_back(byHost("by the host, recorded", Trial::Kind::Job, true));
+  trials.push_back(byHost("by the host, not recorded", Trial::Kind::Peer, false));
   const Taken taken = bench.Take(server.Name(), trials, kRounds);
   const std::string full = server.Name() + ", " + name;
   const auto judged = [durable](Target target) { return durable ? std::optional(target) : std::nullopt; };
   bench.Tell(full, "s", taken.Own(name));
   bench.Ratio(full + ", to the C program", taken.Whole(name), taken.Whole("C program"),
               judged(AtMost(kAllowedRatio)));
+  bench.Ratio(full + ", with journal and progress to without", taken.Whole("by the host, recorded"),
+              taken.Whole("by the host, not recorded"), judged(AtMost(kAllowedForTheJournal)));
   bench.Ratio(full + ", pt-archiver --limit 1 to it", taken.Whole("pt-archiver --limit 1"), taken.Whole(name),
               AtLeast(kArchiverFactor));
   bench.Ratio(full + ", pt-archiver --limit 1000 to it", taken.Whole("pt-archiver --limit 1000"),

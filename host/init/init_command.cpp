@@ -32,7 +32,7 @@ class SuiteMaker {
     const Engine catalogueEngine = EngineOf(catalogue_);
     MakeSuiteFiles(home_, database_, catalogue_);
     automation::Runtime runtime;
-    RegisterSuite(runtime, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()), nullptr);
+    RegisterSuite(runtime, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()));
     const automation::RuntimeScope scope(runtime);
     // Jobs open databases and never make them: a wrong path must not become an empty suite.
     const std::string creation = embedded_ ? ";Mode=ReadWriteCreate" : "";

@@ -89,7 +89,8 @@ TEST_F(InitTest, NobodyElseMayReadWhatASuiteHolds) {
     int files = 0;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(place.Path())) {
       using std::filesystem::perms;
-      const bool secret = entry.path().filename() == "siteConfiguration.xml";
+      const bool secret = entry.path().filename() == "siteConfiguration.xml" ||
+                          entry.path().parent_path().filename() == "journal";
       const unsigned expected = entry.is_directory() ? 0750 : secret ? 0600 : 0640;
       EXPECT_EQ(static_cast<unsigned>(entry.status().permissions() & perms::mask), expected) << entry.path();
       ++files;

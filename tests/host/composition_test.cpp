@@ -15,7 +15,7 @@ TEST(CompositionTest, KnowsEverythingThatTheJobsCreate) {
   const orvane_host::SuiteHome home(folder.Path() / "home");
   orvane_host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x", "Provider=SQLite;Data Source=db\\y");
   automation::Runtime runtime;
-  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()));
   ASSERT_NE(runtime.locale, nullptr);
   const automation::RuntimeScope scope(runtime);
   for (const char* progId : {"OrvaneProcess.Archive",
@@ -63,7 +63,7 @@ TEST(CompositionTest, ADriveOfTheSiteReachesFilesAndDocuments) {
   orvane_host::WriteFile(home.SiteConfiguration(), site);
   folder.Write("share/archive.xml", "<a>here</a>");
   automation::Runtime runtime;
-  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+  orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()));
   const automation::RuntimeScope scope(runtime);
   EXPECT_TRUE(automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
                   ->FileExists("Q:\\archive.xml"));

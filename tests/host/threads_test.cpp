@@ -70,7 +70,7 @@ void RunAllJobs(const DemoSuite& suite, automation::DateTime moment) {
   const orvane_host::SuiteHome home(suite.home);
   for (const char* job : {"DormantUserExpiry", "CleanUp", "Archive", "SolveOnNoResponse"}) {
     automation::Runtime runtime;
-    orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+    orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()));
     runtime.clock = [moment] { return moment; };
     const automation::RuntimeScope scope(runtime);
     automation::CreateObject<OrvaneProcess::Job>(std::string("OrvaneProcess.") + job)->Run();
@@ -105,7 +105,7 @@ TEST(ThreadsTest, RuntimesMadeFromOneClassTableShareItsComponents) {
   const DemoSuite suite;
   automation::Runtime first;
   const orvane_host::SuiteHome home(suite.home);
-  orvane_host::RegisterSuite(first, home, Vantrel::SiteFile::Read(home.SiteConfiguration()), nullptr);
+  orvane_host::RegisterSuite(first, home, Vantrel::SiteFile::Read(home.SiteConfiguration()));
   automation::Runtime second;
   second.classes = first.classes;
   second.locale = first.locale;

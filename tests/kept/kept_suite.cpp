@@ -63,7 +63,7 @@ KeptSuite::KeptSuite(const std::string& locale) {
   orvane_.MakeSuiteTables();
   catalogue_.MakeSuiteTables("-ecatalog.sql");
   orvane_host::MakeSuiteFiles(home_, orvane_.ConnectionString(), catalogue_.ConnectionString());
-  orvane_host::RegisterSuite(runtime_, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()), nullptr);
+  orvane_host::RegisterSuite(runtime_, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()));
   runtime_.locale = automation::MakeLocale({.name = locale, .codePage = "windows-1252"});
 
   const automation::RuntimeScope scope(runtime_);

@@ -1,0 +1,186 @@
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "effects/wrappers.hpp"
+#include "platform/automation/runtime.hpp"
+#include "platform/scripting/file_system_object.hpp"
+
+namespace effects {
+namespace {
+
+using Scripting::IOMode;
+using Kind = FileChange::Kind;
+
+// What the objects of one class table share.
+struct Files {
+  Recorder& recorder;
+  Places places;
+
+  FileChange Changing(Kind kind, std::string native) const {
+    FileChange change{kind, std::move(native), {}};
+    change.folder = places.folder(change.path);
+    return change;
+  }
+};
+using FilesPtr = std::shared_ptr<const Files>;
+
+// A run log that is written to.
+class LogStream final : public Scripting::TextStream {
+ public:
+  LogStream(Scripting::TextStreamPtr real, Recorder& recorder)
+      : real_(std::move(real)), recorder_(recorder) {}
+
+  void Write(std::string_view text) override { real_->Write(text); }
+  void WriteLine(std::string_view text) override {
+    recorder_.RunLogLine(text);
+    real_->WriteLine(text);
+  }
+  std::string ReadAll() override { return real_->ReadAll(); }
+  void Close() override { real_->Close(); }
+
+ private:
+  const Scripting::TextStreamPtr real_;
+  Recorder& recorder_;
+};
+
+// A new file, which comes into being when it is closed.
+class NewFile final : public Scripting::TextStream {
+ public:
+  NewFile(Scripting::TextStreamPtr real, FilesPtr files, std::string native)
+      : real_(std::move(real)), files_(std::move(files)), native_(std::move(native)) {}
+
+  void Write(std::string_view text) override { real_->Write(text); }
+  void WriteLine(std::string_view text) override { real_->WriteLine(text); }
+  std::string ReadAll() override { return real_->ReadAll(); }
+  void Close() override {
+    if (std::exchange(closed_, true)) {
+      real_->Close();
+      return;
+    }
+    files_->recorder.Do(files_->Changing(Kind::Write, native_), [&] { real_->Close(); });
+  }
+
+ private:
+  const Scripting::TextStreamPtr real_;
+  const FilesPtr files_;
+  const std::string native_;
+  bool closed_ = false;
+};
+
+// Opens a file that is there, or is made at once.
+template <class Open>
+Scripting::TextStreamPtr Opened(const FilesPtr& files, std::string_view path, IOMode mode, const Open& open) {
+  if (mode == IOMode::ForReading) return open();
+  std::string native = files->places.native(path, false);
+  if (files->places.isLog(native)) return std::make_shared<LogStream>(open(), files->recorder);
+  return files->recorder.Do(files->Changing(Kind::Write, std::move(native)), open);
+}
+
+class RecordedFile final : public Scripting::File {
+ public:
+  RecordedFile(Scripting::FilePtr real, FilesPtr files) : real_(std::move(real)), files_(std::move(files)) {}
+
+  std::string Name() const override { return real_->Name(); }
+  std::string Path() const override { return real_->Path(); }
+  std::int64_t Size() const override { return real_->Size(); }
+  automation::DateTime DateLastAccessed() const override { return real_->DateLastAccessed(); }
+  Scripting::TextStreamPtr OpenAsTextStream(IOMode mode) override {
+    return Opened(files_, Path(), mode, [&] { return real_->OpenAsTextStream(mode); });
+  }
+
+ private:
+  const Scripting::FilePtr real_;
+  const FilesPtr files_;
+};
+
+class RecordedFolder final : public Scripting::Folder {
+ public:
+  RecordedFolder(Scripting::FolderPtr real, FilesPtr files)
+      : real_(std::move(real)), files_(std::move(files)) {}
+
+  std::string Name() const override { return real_->Name(); }
+  std::string Path() const override { return real_->Path(); }
+  automation::DateTime DateLastAccessed() const override { return real_->DateLastAccessed(); }
+  bool IsLink() const override { return real_->IsLink(); }
+  std::vector<Scripting::FilePtr> Files() const override {
+    std::vector<Scripting::FilePtr> found = real_->Files();
+    for (Scripting::FilePtr& file : found) file = std::make_shared<RecordedFile>(std::move(file), files_);
+    return found;
+  }
+  std::vector<Scripting::FolderPtr> SubFolders() const override {
+    std::vector<Scripting::FolderPtr> found = real_->SubFolders();
+    for (Scripting::FolderPtr& folder : found) {
+      folder = std::make_shared<RecordedFolder>(std::move(folder), files_);
+    }
+    return found;
+  }
+
+ private:
+  const Scripting::FolderPtr real_;
+  const FilesPtr files_;
+};
+
+class RecordedFiles final : public Scripting::FileSystemObject {
+ public:
+  RecordedFiles(Scripting::FileSystemObjectPtr real, FilesPtr files)
+      : real_(std::move(real)), files_(std::move(files)) {}
+
+  bool FolderExists(std::string_view path) const override { return real_->FolderExists(path); }
+  bool FileExists(std::string_view path) const override { return real_->FileExists(path); }
+  bool DriveExists(std::string_view drive) const override { return real_->DriveExists(drive); }
+  Scripting::FilePtr GetFile(std::string_view path) const override {
+    return std::make_shared<RecordedFile>(real_->GetFile(path), files_);
+  }
+  Scripting::FolderPtr GetFolder(std::string_view path) const override {
+    return std::make_shared<RecordedFolder>(real_->GetFolder(path), files_);
+  }
+  Scripting::FolderPtr CreateFolder(std::string_view path) override {
+    return std::make_shared<RecordedFolder>(
+        Changing(Kind::CreateFolder, path, [&] { return real_->CreateFolder(path); }), files_);
+  }
+  Scripting::TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) override {
+    std::string native = files_->places.native(path, true);
+    Scripting::TextStreamPtr stream = real_->CreateTextFile(path, overwrite);
+    if (files_->places.isLog(native)) {
+      return std::make_shared<LogStream>(std::move(stream), files_->recorder);
+    }
+    return std::make_shared<NewFile>(std::move(stream), files_, std::move(native));
+  }
+  Scripting::TextStreamPtr OpenTextFile(std::string_view path, IOMode mode, bool create) override {
+    return Opened(files_, path, mode, [&] { return real_->OpenTextFile(path, mode, create); });
+  }
+  void DeleteFile(std::string_view path, bool force) override {
+    Changing(Kind::Delete, path, [&] { real_->DeleteFile(path, force); });
+  }
+  void DeleteFolder(std::string_view path, bool force) override {
+    Changing(Kind::DeleteFolder, path, [&] { real_->DeleteFolder(path, force); });
+  }
+  std::string GetParentFolderName(std::string_view path) const override {
+    return real_->GetParentFolderName(path);
+  }
+
+ private:
+  template <class Act>
+  auto Changing(Kind kind, std::string_view path, const Act& act) -> decltype(act()) {
+    std::string native = files_->places.native(path, kind == Kind::CreateFolder);
+    if (files_->places.isLog(native)) return act();
+    return files_->recorder.Do(files_->Changing(kind, std::move(native)), act);
+  }
+
+  const Scripting::FileSystemObjectPtr real_;
+  const FilesPtr files_;
+};
+
+}  // namespace
+
+void RecordFiles(automation::ClassTable& classes, const automation::ClassTable& real, Recorder& recorder,
+                 const Places& places) {
+  const auto files = std::make_shared<const Files>(Files{recorder, places});
+  classes.RegisterAs<Scripting::FileSystemObject>(Scripting::kFileSystemObjectProgId, [real, files] {
+    return std::make_shared<RecordedFiles>(
+        automation::As<Scripting::FileSystemObject>(real.Create(Scripting::kFileSystemObjectProgId)), files);
+  });
+}
+
+}  // namespace effects

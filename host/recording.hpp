@@ -1,0 +1,54 @@
+// All that listens to one job's run: journal, progress, the watch over its services, and the host itself.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "effects/journal.hpp"
+#include "effects/progress.hpp"
+#include "effects/recorder.hpp"
+#include "effects/service_watch.hpp"
+#include "host/arguments.hpp"
+#include "host/commands.hpp"
+#include "host/composition.hpp"
+#include "host/job_table.hpp"
+#include "host/suite_home.hpp"
+
+namespace orvane_host {
+
+class Recording {
+ public:
+  // `listener` hears everything as well. Makes the journal, unless there is to be none.
+  // FAILS: automation::Error when the journal cannot be begun.
+  Recording(const SuiteHome& home, const JobInfo& job, const Arguments& options, const Console& console,
+            effects::Listener& listener);
+
+  // For RegisterSuite.
+  Wiring GetWiring();
+
+  // Tells the run's first line. FAILS: as the constructor.
+  void Start(automation::DateTime at);
+  // Tells the last one and syncs the journal. `why` is told before it, unless it is empty.
+  void End(int exitCode, std::string_view why = {});
+
+  // Why the run has to stop, with the exit code; nothing while it may go on.
+  struct Stop {
+    std::string why;
+    int exitCode = 0;
+    bool wasAskedFor = false;  // by somebody, not by what has happened
+  };
+  std::optional<Stop> MustStop() const;
+
+  // Null where none is shown.
+  effects::Progress* ShownProgress() { return progress_.get(); }
+
+ private:
+  const JobInfo& job_;
+  effects::Recorder recorder_;
+  std::unique_ptr<effects::Journal> journal_;
+  std::unique_ptr<effects::Progress> progress_;
+  std::optional<effects::ServiceWatch> watch_;
+};
+
+}  // namespace orvane_host

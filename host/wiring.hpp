@@ -1,0 +1,18 @@
+// What stands between a suite's classes and its jobs while a run is recorded.
+#pragma once
+
+namespace effects {
+class Recorder;
+class ServiceWatch;
+}  // namespace effects
+
+namespace orvane_host {
+
+// All of it must outlive what the runtime's classes make. Nothing is wrapped where there is no recorder.
+struct Wiring {
+  effects::Recorder* recorder = nullptr;
+  bool recordsRows = false;                // changes of the databases as well
+  effects::ServiceWatch* watch = nullptr;  // of the directory; may be null
+};
+
+}  // namespace orvane_host
