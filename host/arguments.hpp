@@ -20,7 +20,7 @@ struct Arguments {
   const CommandEntry* about = nullptr;    // help: of this command alone; null: of all
   std::filesystem::path home;
   std::vector<std::string> jobs;  // as given, in order
-  bool json = false;              // check, status
+  bool json = false;              // check, report, status
 
   bool strict = false;    // run
   bool preflight = true;  // run; also whether it stops when a service goes away
@@ -31,6 +31,9 @@ struct Arguments {
   std::optional<std::chrono::seconds> wait;
 
   std::optional<std::chrono::hours> maxAge;  // status
+
+  std::vector<std::string> runs;    // report: names of runs
+  std::optional<std::string> html;  // report: where the page goes
 
   bool demo = false;                     // init
   std::optional<std::string> database;   // init: connection string of the suite's database

@@ -105,6 +105,16 @@ constexpr Option kStatusOptions[] = {
      }},
 };
 
+constexpr Option kReportOptions[] = {
+    kJson,
+    {"html", "FILE", "write a page for a browser",
+     [](const std::string& value, Arguments& into) { into.html = value; }},
+};
+
+void CheckReport(const Arguments& arguments) {
+  if (arguments.json && arguments.html) throw UsageError("--json and --html exclude each other");
+}
+
 constexpr CommandEntry kCommands[] = {
     {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
      &TakeNewHome, &CheckInit, &InitSuite},
@@ -113,6 +123,9 @@ constexpr CommandEntry kCommands[] = {
      kCheckOptions, &TakeJob, nullptr, &CheckSuite},
     {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,
      nullptr, &ShowStatus},
+    {"report", "[RUN...]", "what the journals say of all runs, or of these in detail; failures first", true,
+     kReportOptions, [](const std::string& word, Arguments& into) { into.runs.push_back(word); },
+     &CheckReport, &ReportRuns},
     {"list", "", "the jobs", false, {}, nullptr, nullptr, &ListJobs},
     {"help",
      "[COMMAND]",
