@@ -4,17 +4,12 @@
 #include <cstddef>
 
 #include "host/arguments.hpp"
+#include "platform/base/text.hpp"
 
 namespace orvane_host {
 namespace {
 
 constexpr std::string_view kLibrary = "OrvaneProcess.";
-
-bool EqualButForCase(std::string_view left, std::string_view right) {
-  const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [folded](char a, char b) { return folded(a) == folded(b); });
-}
 
 std::optional<std::string> Time(const JobInfo& job, std::string_view text, std::string_view line) {
   if (job.separator.empty()) {
@@ -35,7 +30,8 @@ const std::vector<JobInfo>& Jobs() {
 
 const JobInfo* FindJob(std::string_view name) {
   for (const JobInfo& job : Jobs()) {
-    if (EqualButForCase(name, job.progId) || EqualButForCase(name, ClassName(job))) {
+    if (base::EqualsIgnoringAsciiCase(name, job.progId) ||
+        base::EqualsIgnoringAsciiCase(name, ClassName(job))) {
       return &job;
     }
   }

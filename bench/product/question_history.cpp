@@ -8,12 +8,13 @@
 
 namespace orvane_test {
 
-class SolveOnNoResponsePeer {
+// Measures a procedure by itself.
+class SolveOnNoResponsePeer : public OrvaneProcess::SolveOnNoResponseJob {
  public:
-  static std::size_t Separate(OrvaneProcess::SolveOnNoResponseJob& job, std::int32_t questionId) {
+  std::size_t Separate(std::int32_t questionId) {
     std::int32_t count = 0;
     std::vector<OrvaneProcess::HistoryEntry> history;
-    job.SeparateData(questionId, count, history);
+    SeparateData(questionId, count, history);
     return history.size();
   }
 };
@@ -27,8 +28,7 @@ void PutCustomerInPlaceOfDirectory() {
 }
 
 std::size_t SeparateHistory(std::int32_t questionId) {
-  OrvaneProcess::SolveOnNoResponseJob job;
-  return orvane_test::SolveOnNoResponsePeer::Separate(job, questionId);
+  return orvane_test::SolveOnNoResponsePeer().Separate(questionId);
 }
 
 }  // namespace orvane_bench

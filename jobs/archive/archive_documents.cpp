@@ -4,15 +4,15 @@
 #include "common/parameters.hpp"
 #include "common/text_helpers.hpp"
 #include "jobs/archive/archive.hpp"
-#include "platform/automation/ascii_case.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/text.hpp"
 
 namespace OrvaneProcess {
 namespace {
 
-using automation::EqualIgnoringAsciiCase;
 using automation::Error;
 using automation::ErrorNumber;
+using base::EqualsIgnoringAsciiCase;
 using MSXML2::DOMDocumentPtr;
 using MSXML2::NodePtr;
 
@@ -207,7 +207,7 @@ void Archive::addFieldElements(const DOMDocumentPtr& document, const NodePtr& pa
   ADODB::Fields& fields = records.Fields();
   for (std::size_t index = 0; index < fields.Count(); ++index) {
     ADODB::Field& field = fields.Item(index);
-    if (EqualIgnoringAsciiCase(field.Name(), "Q_ID") || EqualIgnoringAsciiCase(field.Name(), "Q_STATUS"))
+    if (EqualsIgnoringAsciiCase(field.Name(), "Q_ID") || EqualsIgnoringAsciiCase(field.Name(), "Q_STATUS"))
       continue;
     addElement(document, parent, field.Name(), fieldText(records, field));
   }
@@ -217,17 +217,18 @@ std::string Archive::fieldText(ADODB::Recordset& records, ADODB::Field& field) c
   const automation::Variant& value = field.Value();
   if (value.IsNull()) return {};
   const std::string& name = field.Name();
-  if (EqualIgnoringAsciiCase(name, "Q_PRODUCTCAT")) return getProductCategoryName(automation::ToInt32(value));
-  if (EqualIgnoringAsciiCase(name, "PRODUCTID")) return getProductDescription(automation::ToInt32(value));
-  if (EqualIgnoringAsciiCase(name, "Q_CATEGORY"))
+  if (EqualsIgnoringAsciiCase(name, "Q_PRODUCTCAT"))
+    return getProductCategoryName(automation::ToInt32(value));
+  if (EqualsIgnoringAsciiCase(name, "PRODUCTID")) return getProductDescription(automation::ToInt32(value));
+  if (EqualsIgnoringAsciiCase(name, "Q_CATEGORY"))
     return getFAQCategoryDescription(automation::ToInt32(value));
-  if (EqualIgnoringAsciiCase(name, "Q_TEXT")) {
+  if (EqualsIgnoringAsciiCase(name, "Q_TEXT")) {
     return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x01\x02\x03\x04", "LBLQX3388");
   }
-  if (EqualIgnoringAsciiCase(name, "A_TEXT")) {
+  if (EqualsIgnoringAsciiCase(name, "A_TEXT")) {
     return OrvaneUtilities::ReplaceAll(automation::ToText(value), "\x04\x03\x02\x01", "LBLQX3429");
   }
-  if (EqualIgnoringAsciiCase(name, "REGISTEREDDATE")) {
+  if (EqualsIgnoringAsciiCase(name, "REGISTEREDDATE")) {
     const VnMembership::UserPtr user =
         OrvaneUtilities::getUserFromID(automation::ToTextOrEmpty(records.Value("Q_ORIGINATOR")));
     // Prospects are not in the directory; their dates are written for the suite's default language.

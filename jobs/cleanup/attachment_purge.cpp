@@ -1,4 +1,8 @@
 // The purges of service-request attachments: files, folders and rows older than the keep period.
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "common/connections.hpp"
 #include "common/text_helpers.hpp"
 #include "jobs/cleanup/clean_up.hpp"
@@ -18,6 +22,35 @@ constexpr std::size_t kConnectorLength = 3;
 // As many empty texts as the record set has rows.
 automation::VariantArray EmptyTexts(std::int64_t count) {
   return automation::VariantArray(static_cast<std::size_t>(count), automation::Variant(""));
+}
+
+// A file of a question or an answer, as its row in DATAFILES describes it.
+struct Attachment {
+  std::int32_t type;
+  std::string key;
+  std::string fileName;
+  std::string folder;  // "1234Q" for a question's, "1234A" for an answer's
+};
+
+std::optional<Attachment> AttachmentOf(ADODB::Recordset& row) {
+  const std::int32_t type = automation::ToInt32(row.Value("FILETYPE"));
+  if (type != kAttachedToAnswer && type != kAttachedToQuestion) return std::nullopt;
+  std::string key = automation::ToTextOrEmpty(row.Value("ID1"));
+  std::string folder = key + (type == kAttachedToAnswer ? "A" : "Q");
+  return Attachment{type, std::move(key), automation::ToTextOrEmpty(row.Value("FILENAME")),
+                    std::move(folder)};
+}
+
+// The condition that finds the attachment's row, and the connector to the next one.
+ADODB::Statement IsRowOf(const Attachment& attachment) {
+  ADODB::Statement condition = " (ID1 = ";
+  condition += ADODB::SqlValue(attachment.key);
+  condition += " and FILENAME = '";
+  condition += ADODB::SqlValue(attachment.fileName);
+  condition += "' and  FILETYPE = ";
+  condition += ADODB::SqlValue(attachment.type);
+  condition += " ) or ";
+  return condition;
 }
 
 }  // namespace
@@ -82,6 +115,22 @@ void CleanUp::DeleteSRAttchmentsFilesWithzerostatus() {
   }
 }
 
+bool CleanUp::DeleteAttachedFile(const std::string& folder, const std::string& fileName) {
+  if (!FileSystem().FolderExists(folder)) return true;
+  bool alone = true;
+  const automation::Locale& locale = automation::CurrentLocale();
+  m_oCurrentFolder = FileSystem().GetFolder(folder);
+  for (const Scripting::FilePtr& file : AttachedFiles(*m_oCurrentFolder)) {
+    m_oCurrentFile = file;
+    if (locale.ToLower(fileName) == locale.ToLower(file->Name())) {
+      FileSystem().DeleteFile(folder + file->Name(), false);
+    } else {
+      alone = false;
+    }
+  }
+  return alone;
+}
+
 void CleanUp::DeleteSRAttchmentsFilesWithotherstatus() {
   try {
     ADODB::Statement query = "SELECT ID1, FILENAME, FILETYPE FROM DATAFILES WHERE LASTUPLOAD < ";
@@ -97,46 +146,26 @@ void CleanUp::DeleteSRAttchmentsFilesWithotherstatus() {
     m_sCurrentFolderPath = m_sDataRoot + "SRATTACHMENTS\\";
     automation::VariantArray names = EmptyTexts(Rows().RecordCount());
     std::size_t count = 0;
-    ADODB::Statement files;
+    ADODB::Statement conditions;
     // Set once for all rows: after the first folder that holds any other file, no folder is removed in this
     // run.
     bool onlyMatchingFilesSeen = true;
-    const automation::Locale& locale = automation::CurrentLocale();
     for (; !Rows().Eof(); Rows().MoveNext()) {
-      const std::int32_t type = automation::ToInt32(Rows().Value("FILETYPE"));
-      if (type != kAttachedToAnswer && type != kAttachedToQuestion) continue;
-      const std::string key = automation::ToTextOrEmpty(Rows().Value("ID1"));
-      const std::string fileName = automation::ToTextOrEmpty(Rows().Value("FILENAME"));
-      const std::string item = key + (type == kAttachedToAnswer ? "A" : "Q");
-      const std::string folder = m_sCurrentFolderPath + item + "\\";
-      files += " (ID1 = ";
-      files += ADODB::SqlValue(key);
-      files += " and FILENAME = '";
-      files += ADODB::SqlValue(fileName);
-      files += "' and  FILETYPE = ";
-      files += ADODB::SqlValue(type);
-      files += " ) or ";
-      names.at(count++) = item + "\\" + fileName;
-      if (FileSystem().FolderExists(folder)) {
-        m_oCurrentFolder = FileSystem().GetFolder(folder);
-        for (const Scripting::FilePtr& file : AttachedFiles(*m_oCurrentFolder)) {
-          m_oCurrentFile = file;
-          if (locale.ToLower(fileName) == locale.ToLower(file->Name())) {
-            FileSystem().DeleteFile(folder + file->Name(), false);
-          } else {
-            onlyMatchingFilesSeen = false;
-          }
-        }
-      }
+      const std::optional<Attachment> attachment = AttachmentOf(Rows());
+      if (!attachment) continue;
+      conditions += IsRowOf(*attachment);
+      names.at(count++) = attachment->folder + "\\" + attachment->fileName;
+      const std::string folder = m_sCurrentFolderPath + attachment->folder;
+      if (!DeleteAttachedFile(folder + "\\", attachment->fileName)) onlyMatchingFilesSeen = false;
       // Also for a folder that does not exist: its deletion fails and ends the purge.
-      if (onlyMatchingFilesSeen) FileSystem().DeleteFolder(m_sCurrentFolderPath + item, false);
+      if (onlyMatchingFilesSeen) FileSystem().DeleteFolder(folder, false);
     }
     Rows().Close();
 
     if (!m_bWebFarm) {
-      if (files.IsEmpty()) return;
-      files.CutLast(kConnectorLength);
-      Database().Execute("DELETE FROM DATAFILES WHERE " + files, nullptr, ADODB::kExecuteNoRecords);
+      if (conditions.IsEmpty()) return;
+      conditions.CutLast(kConnectorLength);
+      Database().Execute("DELETE FROM DATAFILES WHERE " + conditions, nullptr, ADODB::kExecuteNoRecords);
       return;
     }
     if (count > 0) DeleteSharedItems(names, OrvCommonMTS::FolderKind::OldAttachmentFiles);

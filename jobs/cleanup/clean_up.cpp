@@ -8,6 +8,7 @@
 #include "platform/automation/runtime.hpp"
 #include "platform/automation/safe_point.hpp"
 #include "platform/automation/swallowed_error.hpp"
+#include "platform/base/text.hpp"
 
 namespace OrvaneProcess {
 namespace {
@@ -16,13 +17,6 @@ constexpr std::int32_t kMinutesPerHour = 60;
 
 std::int32_t MinutesOfHours(std::int32_t hours) {
   return automation::ToInt32(std::int64_t{hours} * kMinutesPerHour);
-}
-
-// Without the blanks around it; other white space belongs to the text.
-std::string Trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 template <class T>
@@ -123,7 +117,8 @@ void CleanUp::RunSweeps() {
 
 void CleanUp::ReadParameters() {
   for (; !Rows().Eof(); Rows().MoveNext()) {
-    const std::string name = Trimmed(automation::ToText(Rows().Value("PARAM_NAME")));
+    const std::string fullName = automation::ToText(Rows().Value("PARAM_NAME"));
+    const std::string_view name = base::Trimmed(fullName, " ");
     const automation::Variant& value = Rows().Value("PARAM_VALUE");
     if (name == "DataFileRelativePath") {
       m_sDataFileRelativePath = automation::ToText(value);

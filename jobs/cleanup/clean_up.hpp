@@ -80,6 +80,8 @@ class CleanUp : public Job {
   void DeleteFilesByAge();
   void DeleteFilesByMonth(const Scripting::Folder& folder, const std::string& path);
   void DeleteSharedFilesByAge(OrvCommonMTS::FolderKind kind);
+  // Deletes the file, in whatever case its name is written. False when the folder holds any other.
+  bool DeleteAttachedFile(const std::string& folder, const std::string& fileName);
   void DeleteSharedItems(const automation::VariantArray& names, OrvCommonMTS::FolderKind kind);
   // The run start moved back by the keep hours, as a literal for SQL.
   std::string CutoffLiteral() const;

@@ -22,10 +22,6 @@
 #include "platform/automation/variant.hpp"
 #include "platform/msxml2/dom_document.hpp"
 
-namespace orvane_test {
-class SolveOnNoResponsePeer;  // reaches the private procedures one by one
-}
-
 namespace OrvaneProcess {
 
 // A post of the customer or an answer, as the history of a question shows it.
@@ -51,9 +47,7 @@ class SolveOnNoResponseJob : public Job {
   // The folder below which the files of the questions lie, without a trailing "\"; empty after a failure.
   std::string GetAttachmentDirectoryName();
 
- private:
-  friend class orvane_test::SolveOnNoResponsePeer;
-
+ protected:  // each procedure below can be run by itself
   // What the rows of one pass share.
   struct Pass {
     std::int32_t backend = 0;
@@ -76,6 +70,9 @@ class SolveOnNoResponseJob : public Job {
   // One mail: template, document, page, delivery. Mail ids are keys of EMAIL.
   void SendMail(std::int32_t mailId, std::int32_t questionId);
   void getMailData();
+  void readTemplate(ADODB::Recordset& mail);
+  std::int32_t readRecipient();  // answers the language of the mail's date
+  void appendHyperlink();
   void CreateHTMLFile();
   void sendActualMail();  // a failure passes unnoticed
   static std::string handleCharsInHTML(std::string_view text);

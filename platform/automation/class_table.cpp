@@ -1,33 +1,23 @@
 #include "platform/automation/class_table.hpp"
 
-#include <algorithm>
-
-#include "platform/automation/ascii_case.hpp"
 #include "platform/automation/error.hpp"
+#include "platform/base/text.hpp"
 
 namespace automation {
-namespace {
-
-bool AlphabeticallyLess(std::string_view left, std::string_view right) {
-  return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                      [](char a, char b) { return AsciiLower(a) < AsciiLower(b); });
-}
-
-}  // namespace
 
 // A few characters, in lower case, tell ProgIDs apart well enough: jobs create some hundred objects for a
 // mail.
 std::size_t ClassTable::Hash(std::string_view progId) {
   std::size_t hash = progId.size();
   for (std::size_t i = progId.size() / 2; i < progId.size(); i += 3) {
-    hash = hash * 31 + static_cast<unsigned char>(AsciiLower(progId[i]));
+    hash = hash * 31 + static_cast<unsigned char>(base::AsciiLower(progId[i]));
   }
   return hash % kBuckets;
 }
 
 const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {
   const Entry* entry = byHash_[Hash(progId)];
-  while (entry != nullptr && entry->progId != progId && !EqualIgnoringAsciiCase(entry->progId, progId))
+  while (entry != nullptr && entry->progId != progId && !base::EqualsIgnoringAsciiCase(entry->progId, progId))
     entry = entry->next;
   return entry;
 }
@@ -58,7 +48,7 @@ std::vector<std::string> ClassTable::ProgIds() const {
   std::vector<std::string> result;
   result.reserve(entries_.size());
   for (const auto& entry : entries_) result.push_back(entry->progId);
-  std::sort(result.begin(), result.end(), AlphabeticallyLess);
+  std::sort(result.begin(), result.end(), base::LessIgnoringAsciiCase());
   return result;
 }
 

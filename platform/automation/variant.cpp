@@ -9,6 +9,7 @@
 #include "platform/automation/error.hpp"
 #include "platform/automation/locale.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/text.hpp"
 
 namespace automation {
 namespace {
@@ -20,25 +21,9 @@ struct Overloaded : Handlers... {
 template <class... Handlers>
 Overloaded(Handlers...) -> Overloaded<Handlers...>;
 
-std::string_view Trimmed(std::string_view text) {
-  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase) {
-  if (text.size() != lowerCase.size()) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] - 'A' + 'a') : text[i];
-    if (c != lowerCase[i]) return false;
-  }
-  return true;
-}
-
-// A decimal number with optional sign, fraction and exponent, blanks around it allowed; nothing else.
+// A decimal number with optional sign, fraction and exponent, white space around it allowed; nothing else.
 std::optional<double> ParseNumber(std::string_view text) {
-  text = Trimmed(text);
+  text = base::Trimmed(text);
   if (!text.empty() && text.front() == '+') {
     text.remove_prefix(1);
     if (!text.empty() && text.front() == '-') return std::nullopt;
@@ -140,7 +125,7 @@ std::int64_t ToInt64(const Variant& value) {
                  [](double number) -> std::int64_t { return WholeNumber(number); },
                  [](DateTime date) -> std::int64_t { return WholeNumber(DaysSinceDateZero(date)); },
                  [](const std::string& text) -> std::int64_t {
-                   const std::string_view trimmed = Trimmed(text);
+                   const std::string_view trimmed = base::Trimmed(text);
                    std::int64_t exact = 0;
                    const auto [end, problem] =
                        std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), exact);
@@ -172,9 +157,9 @@ double ToDouble(const Variant& value) {
 
 bool ToBoolean(const Variant& value) {
   if (const auto* text = std::get_if<std::string>(&value.Get())) {
-    const std::string_view word = Trimmed(*text);
-    if (EqualsIgnoringCase(word, "true")) return true;
-    if (EqualsIgnoringCase(word, "false")) return false;
+    const std::string_view word = base::Trimmed(*text);
+    if (base::EqualsIgnoringAsciiCase(word, "true")) return true;
+    if (base::EqualsIgnoringAsciiCase(word, "false")) return false;
   }
   return ToDouble(value) != 0;
 }

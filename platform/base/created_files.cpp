@@ -48,7 +48,7 @@ bool CreatedFiles::WasReplaced(const std::string& path, const struct stat& now) 
     if (record == records_.end()) return false;
     made = record->second;
   }
-  if (made.status.st_dev != now.st_dev || made.status.st_ino != now.st_ino) return true;
+  if (!FileStamp(made.status).IsSameFile(FileStamp(now))) return true;
   if (FileStamp(made.status) == FileStamp(now)) return false;
   return made.status.st_size != now.st_size || !HasContent(path, made.content);
 }

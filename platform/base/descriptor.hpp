@@ -1,8 +1,14 @@
-// A file descriptor that is closed at the end.
+// A file descriptor that is closed at the end, and whole reads and writes on one.
 #pragma once
 
+#include <sys/types.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace base {
@@ -22,9 +28,51 @@ class Descriptor {
 
   bool IsOpen() const { return descriptor_ >= 0; }
   int Get() const { return descriptor_; }
+  // Closes it, where a network file system may report a failed write at last. 0 or an errno value.
+  int Close() {
+    const int descriptor = std::exchange(descriptor_, -1);
+    return descriptor < 0 || close(descriptor) == 0 || errno == EINTR ? 0 : errno;
+  }
 
  private:
   int descriptor_ = -1;
 };
+
+// Writes all bytes. 0 or an errno value; some of the bytes may be written then.
+inline int WriteAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+// As read(2), begun again when a signal interrupts it.
+inline ssize_t ReadSome(int descriptor, char* buffer, std::size_t size) {
+  ssize_t count = 0;
+  do {
+    count = read(descriptor, buffer, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+// Puts everything up to the end into `bytes`. 0 or an errno value.
+inline int ReadAll(int descriptor, std::string& bytes) {
+  std::size_t size = 0;
+  for (;;) {
+    if (size == bytes.size()) bytes.resize(std::max<std::size_t>(2 * size, 65'536));
+    const ssize_t count = ReadSome(descriptor, bytes.data() + size, bytes.size() - size);
+    if (count <= 0) {
+      const int code = count < 0 ? errno : 0;
+      bytes.resize(size);
+      return code;
+    }
+    size += static_cast<std::size_t>(count);
+  }
+}
 
 }  // namespace base

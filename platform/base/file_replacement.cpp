@@ -29,20 +29,20 @@ std::string FolderOf(const std::string& path) {
   return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
+std::optional<struct stat> StatusOf(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) == 0) return status;
+  if (errno != ENOENT) Refuse(errno);
+  return std::nullopt;
+}
+
 // The file that a link leads to: replacing the link itself would leave the real file as it is.
 std::string Resolved(std::string target, std::optional<struct stat>& existing) {
   for (int links = 0; existing && S_ISLNK(existing->st_mode); ++links) {
     if (links == kMostLinks) Refuse(ELOOP);
     const std::string next = std::filesystem::read_symlink(target).string();
     target = next.starts_with('/') ? next : FolderOf(target) + next;
-    struct stat status {};
-    if (lstat(target.c_str(), &status) == 0) {
-      existing = status;
-    } else if (errno == ENOENT) {
-      existing.reset();
-    } else {
-      Refuse(errno);
-    }
+    existing = StatusOf(target);
   }
   return target;
 }
@@ -139,19 +139,14 @@ FileReplacement::FileReplacement(std::string target, std::optional<struct stat> 
   }
 }
 
+FileReplacement::FileReplacement(const std::string& target) : FileReplacement(target, StatusOf(target)) {}
+
 FileReplacement::~FileReplacement() {
   if (!beside_.empty()) unlink(beside_.c_str());
 }
 
 void FileReplacement::Write(std::string_view data) {
-  while (!data.empty()) {
-    const ssize_t written = write(descriptor_.Get(), data.data(), data.size());
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      Refuse(errno);
-    }
-    data.remove_prefix(static_cast<std::size_t>(written));
-  }
+  if (const int code = WriteAll(descriptor_.Get(), data); code != 0) Refuse(code);
 }
 
 struct stat FileReplacement::Commit(Durability durability) {

@@ -33,6 +33,8 @@ class FileReplacement {
   // FAILS: EACCES for a target that may not be written or is no regular file, EISDIR for a folder,
   // ENAMETOOLONG, and whatever making the file beside it fails with.
   FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode = 0640);
+  // For whatever lies at `target` now.
+  explicit FileReplacement(const std::string& target);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;

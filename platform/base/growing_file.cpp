@@ -26,7 +26,8 @@ Descriptor Make(const std::string& path, mode_t mode) {
   return made;
 }
 
-std::size_t WriteAll(int descriptor, std::string_view piece) {
+// How many bytes were written; errno says why not all.
+std::size_t WriteWhatFits(int descriptor, std::string_view piece) {
   std::size_t written = 0;
   errno = 0;
   while (written < piece.size()) {
@@ -53,7 +54,7 @@ GrowingFile::GrowingFile(std::string path, mode_t mode, std::size_t reserveBytes
     const std::string filling(64 * 1024, '#');
     for (std::size_t left = reserveBytes; left > 0;) {
       const std::string_view piece = std::string_view(filling).substr(0, left);
-      if (WriteAll(reserve.Get(), piece) != piece.size()) Raise(errno, reserve_);
+      if (WriteWhatFits(reserve.Get(), piece) != piece.size()) Raise(errno, reserve_);
       left -= piece.size();
     }
     if (fdatasync(reserve.Get()) != 0) Raise(errno, reserve_);
@@ -71,7 +72,7 @@ GrowingFile::~GrowingFile() {
 }
 
 std::size_t GrowingFile::Write(std::string_view piece) const {
-  return WriteAll(descriptor_.Get(), piece);
+  return WriteWhatFits(descriptor_.Get(), piece);
 }
 
 void GrowingFile::Append(std::string_view piece) {

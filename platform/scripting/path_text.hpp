@@ -4,7 +4,11 @@
 #include <string>
 #include <string_view>
 
+#include "platform/base/text.hpp"
+
 namespace Scripting {
+
+using base::WithControlsShown;
 
 constexpr bool IsSeparator(char c) {
   return c == '\\' || c == '/';
@@ -21,14 +25,8 @@ std::string ParentFolderName(std::string_view path);
 // rules. A name of ASCII characters needs no locale.
 std::string FoldedName(std::string_view name);
 
-// Whether the name holds a character of U+0000 to U+001F, or U+007F. An item of such a name may be there, and
-// is worked on under it; nothing is made or looked for under such a name.
-bool HoldsControl(std::string_view name);
-
-// The text with each control character as "\x0D", for messages.
-std::string WithControlsShown(std::string_view text);
-
-// Raises 52 with the path.
+// Raises 52 with the path. An item whose name holds a control character may exist, and is worked on under its
+// name; none is made, or searched for without regard to case.
 [[noreturn]] void RefuseControls(std::string_view path);
 
 }  // namespace Scripting

@@ -3,18 +3,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <chrono>
+#include <ctime>
 #include <system_error>
 #include <utility>
 
 namespace Vantrel {
-namespace {
-
-// File systems note the time of a change in steps of some milliseconds.
-constexpr std::chrono::milliseconds kStep(20);
-
-}  // namespace
-
 std::shared_ptr<const SiteFile> CurrentSiteFile::Get() {
   const std::lock_guard lock(mutex_);
   if (!IsUnchanged()) Load();
@@ -44,7 +37,7 @@ void CurrentSiteFile::Load() {
   base::Descriptor descriptor(open(path_.c_str(), O_PATH | O_CLOEXEC));
   const bool seen = descriptor.IsOpen() && fstat(descriptor.Get(), &status) == 0;
   const base::FileStamp stamp(status);
-  const bool settled = seen && stamp.HasSettledFor(kStep);
+  const bool settled = seen && stamp.HasSettledFor(base::kStepOnDisks);
   file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
   if (!settled) return;
   // A link can be made to lead elsewhere without a trace at the file.

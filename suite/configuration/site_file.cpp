@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/text.hpp"
 
 namespace Vantrel {
 namespace {
@@ -26,16 +27,7 @@ struct FreeText {
 };
 
 std::string Text(const xmlChar* text) {
-  std::string result;
-  for (; text != nullptr && *text != 0; ++text) result += static_cast<char>(*text);
-  return result;
-}
-
-std::string Trimmed(const std::string& text) {
-  const char* const blanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  return text == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(text));
 }
 
 }  // namespace
@@ -85,9 +77,9 @@ class SiteFileReader {
                           XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES));
     if (!document) {
       const xmlError* error = xmlCtxtGetLastError(context.get());
-      const std::string reason = error != nullptr && error->message != nullptr
-                                     ? Trimmed(error->message)
-                                     : std::string("the content is not well-formed");
+      const std::string reason(error != nullptr && error->message != nullptr
+                                   ? base::Trimmed(error->message)
+                                   : "the content is not well-formed");
       Fail(error != nullptr && error->line > 0 ? error->line : 1, reason + "; expected well-formed XML");
     }
     return document;
@@ -131,7 +123,7 @@ class SiteFileReader {
       }
       const std::unique_ptr<xmlChar, FreeText> content(xmlNodeGetContent(child));
       const std::string name = NameOf(child);
-      if (!table.emplace(std::pair(groupName, name), Trimmed(Text(content.get()))).second) {
+      if (!table.emplace(std::pair(groupName, name), base::Trimmed(Text(content.get()))).second) {
         Fail(xmlGetLineNo(child),
              "a second " + entry + " \"" + name + "\" in \"" + groupName + "\"; expected one");
       }

@@ -2,14 +2,14 @@
 
 #include <cstddef>
 
-#include "platform/automation/ascii_case.hpp"
+#include "platform/base/text.hpp"
 
 namespace suite {
 
 bool HasColumn(ADODB::Recordset& rows, std::string_view name) {
   ADODB::Fields& fields = rows.Fields();
   for (std::size_t i = 0; i < fields.Count(); ++i) {
-    if (automation::EqualIgnoringAsciiCase(fields.Item(i).Name(), name)) return true;
+    if (base::EqualsIgnoringAsciiCase(fields.Item(i).Name(), name)) return true;
   }
   return false;
 }

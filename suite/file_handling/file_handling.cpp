@@ -12,6 +12,7 @@
 #include "components/interfaces/log.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/text.hpp"
 #include "suite/file_handling/folder_store.hpp"
 #include "suite/file_handling/ftp_store.hpp"
 #include "suite/file_handling/item_name.hpp"
@@ -185,9 +186,8 @@ class SharedFiles : public FileHandling {
   }
 
   std::unique_ptr<SharedStore> OpenStore(std::string_view path) const {
-    // Blanks around it come from the row of PARAMETERS, whose values nobody trims.
-    while (!path.empty() && path.front() == ' ') path.remove_prefix(1);
-    while (!path.empty() && path.back() == ' ') path.remove_suffix(1);
+    // Spaces around it come from the row of PARAMETERS, whose values nobody trims.
+    path = base::Trimmed(path, " ");
     if (path.empty()) {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
                               "The path of the shared folders is empty.");
@@ -236,16 +236,18 @@ class SharedFiles : public FileHandling {
 
   [[noreturn]] static void Refuse(const std::string& what, std::string_view text,
                                   const std::string& problem) {
-    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
-                            "The " + what + " \"" + Shown(text) + "\" is refused: " + problem + ".");
+    throw automation::Error(
+        static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
+        "The " + what + " \"" + base::WithControlsShown(text) + "\" is refused: " + problem + ".");
   }
 
   static void WriteRefusal(const std::string& name, const std::string& problem, FolderKind kind) {
     automation::Variant ignored;
     automation::CreateObject<Vantrel::Log>(Vantrel::kLogProgId)
         ->WriteLogEntry(kErrorSource,
-                        std::string(kErrorSource) + ".DeleteListedItems refused the name \"" + Shown(name) +
-                            "\" in " + std::string(FolderOf(kind)) + ": " + problem + ".",
+                        std::string(kErrorSource) + ".DeleteListedItems refused the name \"" +
+                            base::WithControlsShown(name) + "\" in " + std::string(FolderOf(kind)) + ": " +
+                            problem + ".",
                         0, ignored);
   }
 

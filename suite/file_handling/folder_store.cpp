@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +10,8 @@
 #include <system_error>
 
 #include "platform/base/descriptor.hpp"
+#include "platform/base/file_replacement.hpp"
+#include "platform/base/text.hpp"
 #include "suite/file_handling/item_name.hpp"
 #include "suite/paths/native_path.hpp"
 
@@ -79,11 +80,12 @@ class FolderStore : public SharedStore {
 
   void Store(const fs::path& source, std::string_view folder, const std::string& name) override {
     const fs::path path = FolderPath(folder);
-    std::error_code failed;
-    const bool made = fs::create_directory(path, failed);
-    // A power cut that takes the folder's name takes what is synced inside it.
-    if (made) failed = Sync(path.parent_path());
-    if (failed) throw Failure(path, failed);
+    try {
+      // A power cut that takes the folder's name takes what is synced inside it.
+      if (fs::create_directory(path)) SyncNames(path.parent_path());
+    } catch (const std::system_error& error) {
+      throw Failure(path, error.code());
+    }
     Replace(source, path / name);
   }
 
@@ -109,27 +111,29 @@ class FolderStore : public SharedStore {
 
   // A reader of `target` sees the old file or the new one, never a half, and neither does one that comes
   // after a power cut: callers delete rows once their file is here.
-  static void Replace(const fs::path& source, const fs::path& target) {
-    const fs::path part = target.string() + ".part";
-    std::error_code failed;
-    fs::copy_file(source, part, fs::copy_options::overwrite_existing, failed);
-    if (!failed) failed = Sync(part);
-    if (!failed) fs::rename(part, target, failed);
-    if (!failed) failed = Sync(target.parent_path());
-    if (failed) {
-      std::error_code ignored;
-      fs::remove(part, ignored);
-      throw Failure(target, failed);
+  static void Replace(const fs::path& source, const fs::path& target) try {
+    const base::Descriptor from(open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!from.IsOpen()) Check(errno);
+    base::FileReplacement file(target);
+    std::vector<char> piece(std::size_t{1} << 18);
+    ssize_t count = 0;
+    while ((count = base::ReadSome(from.Get(), piece.data(), piece.size())) > 0) {
+      file.Write({piece.data(), static_cast<std::size_t>(count)});
     }
+    if (count < 0) Check(errno);
+    file.Commit(base::FileReplacement::Durability::Content);
+    SyncNames(target.parent_path());
+  } catch (const std::system_error& error) {
+    throw Failure(target, error.code());
   }
 
-  // Puts a file's content, or a folder's list of names, on the disk. Folders that may not be read, and file
-  // systems that cannot sync a folder, are left to themselves.
-  static std::error_code Sync(const fs::path& path) {
-    const base::Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    const bool synced = descriptor.IsOpen() && fsync(descriptor.Get()) == 0;
-    if (synced || errno == EINVAL || errno == EACCES) return {};
-    return {errno, std::generic_category()};
+  // Puts a folder's names on the disk. A folder that may not be listed cannot be synced.
+  static void SyncNames(const fs::path& folder) {
+    if (const int code = base::SyncFolder(folder); code != EACCES) Check(code);
+  }
+
+  static void Check(int code) {
+    if (code != 0) throw std::system_error(code, std::generic_category());
   }
 
   fs::path FolderPath(std::string_view folder) const { return suite::NativePath(folder, root_); }
@@ -149,7 +153,7 @@ std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
     refuse("The path of the shared folders is neither an FTP address nor a folder.");
   }
   if (const std::optional<std::string> problem = RootProblem(path)) {
-    refuse("The shared folder " + Shown(path) + " cannot be used: " + *problem + ".");
+    refuse("The shared folder " + base::WithControlsShown(path) + " cannot be used: " + *problem + ".");
   }
   const fs::path root = suite::NativePath(path, "/");
   std::error_code failed;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "platform/base/text.hpp"
 #include "suite/file_handling/item_name.hpp"
 #include "suite/file_handling/shared_store.hpp"
 
@@ -19,10 +20,6 @@ struct Scheme {
 constexpr Scheme kSchemes[] = {{"ftp://", FtpTls::None, "ftp://"},
                                {"ftpes://", FtpTls::Explicit, "ftp://"},
                                {"ftps://", FtpTls::Implicit, "ftps://"}};
-
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 [[noreturn]] void Refuse(const std::string& reason) {
   throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
@@ -42,9 +39,7 @@ std::string Part(CURLU* url, CURLUPart part, unsigned flags) {
 
 const Scheme* FindScheme(std::string_view path) {
   const auto begins = [path](const Scheme& scheme) {
-    const std::string_view written = scheme.written;
-    return path.size() >= written.size() && std::equal(written.begin(), written.end(), path.begin(),
-                                                       [](char a, char b) { return a == Lower(b); });
+    return base::EqualsIgnoringAsciiCase(path.substr(0, scheme.written.size()), scheme.written);
   };
   const auto* found = std::find_if(std::begin(kSchemes), std::end(kSchemes), begins);
   return found == std::end(kSchemes) ? nullptr : found;

@@ -4,6 +4,8 @@
 #include <array>
 #include <charconv>
 
+#include "platform/base/text.hpp"
+
 namespace OrvCommonMTS {
 namespace {
 
@@ -13,14 +15,6 @@ bool IsDigit(char c) {
 
 bool IsNumber(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
-}
-
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
 }
 
 // Takes the lines of a listing one by one, without CR LF.
@@ -60,7 +54,7 @@ std::vector<Word> Words(std::string_view line) {
 bool IsMonth(std::string_view word) {
   constexpr std::array kMonths = {"jan", "feb", "mar", "apr", "may", "jun",
                                   "jul", "aug", "sep", "oct", "nov", "dec"};
-  return std::find(kMonths.begin(), kMonths.end(), Lower(word)) != kMonths.end();
+  return std::find(kMonths.begin(), kMonths.end(), base::ToAsciiLower(word)) != kMonths.end();
 }
 
 // "09:05" or a year.
@@ -171,12 +165,12 @@ std::optional<ListedItem> MachineLine(std::string_view line) {
     facts.remove_prefix(end + 1);
     const std::size_t equals = fact.find('=');
     if (equals == std::string_view::npos) return std::nullopt;
-    const std::string key = Lower(fact.substr(0, equals));
+    const std::string key = base::ToAsciiLower(fact.substr(0, equals));
     const std::string_view value = fact.substr(equals + 1);
     if (key == "modify") item.modified = ParseFtpTime(value);
     if (key != "type") continue;
     typed = true;
-    const std::string type = Lower(value);
+    const std::string type = base::ToAsciiLower(value);
     if (type == "file") item.kind = ListedKind::File;
     if (type == "dir") item.kind = ListedKind::Folder;
     if (type == "cdir") item.name = ".";

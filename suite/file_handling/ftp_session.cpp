@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <array>
+#include <exception>
 #include <fstream>
 #include <limits>
 
@@ -28,9 +29,21 @@ std::size_t AppendText(char* data, std::size_t size, std::size_t count, void* ta
   return size * count;
 }
 
-std::size_t WriteStream(char* data, std::size_t size, std::size_t count, void* target) {
-  auto& stream = *static_cast<std::ofstream*>(target);
-  return stream.write(data, static_cast<std::streamsize>(size * count)) ? size * count : 0;
+// Where a download goes. Nothing may be thrown through libcurl.
+struct Download {
+  const std::function<void(std::string_view)>& write;
+  std::exception_ptr failure = nullptr;
+};
+
+std::size_t WritePiece(char* data, std::size_t size, std::size_t count, void* target) {
+  auto& download = *static_cast<Download*>(target);
+  try {
+    download.write({data, size * count});
+    return size * count;
+  } catch (...) {
+    download.failure = std::current_exception();
+    return CURL_WRITEFUNC_ERROR;
+  }
 }
 
 std::size_t ReadStream(char* data, std::size_t size, std::size_t count, void* source) {
@@ -207,20 +220,16 @@ std::optional<std::string> FtpSession::List(const std::string& folder, const std
   return listing;
 }
 
-bool FtpSession::Download(const std::string& path, const std::filesystem::path& target) {
-  std::ofstream stream(target, std::ios::binary | std::ios::trunc);
+bool FtpSession::Download(const std::string& path, const std::function<void(std::string_view)>& write) {
+  OrvCommonMTS::Download download{write};
   state_->Prepare(path);
   CURL* handle = state_->handle;
   Set(handle, CURLOPT_NOBODY, 0L);
-  Set(handle, CURLOPT_WRITEFUNCTION, &WriteStream);
-  Set(handle, CURLOPT_WRITEDATA, static_cast<void*>(&stream));
+  Set(handle, CURLOPT_WRITEFUNCTION, &WritePiece);
+  Set(handle, CURLOPT_WRITEDATA, static_cast<void*>(&download));
   const CURLcode code = state_->Perform();
   if (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_REMOTE_ACCESS_DENIED) return false;
-  stream.close();
-  if (code == CURLE_WRITE_ERROR || (code == CURLE_OK && !stream)) {
-    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource,
-                            "Cannot write " + target.string());
-  }
+  if (download.failure) std::rethrow_exception(download.failure);
   if (code != CURLE_OK) throw state_->Failure(code);
   return true;
 }

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,8 +48,9 @@ class FtpSession {
   // The answer to `command` (LIST, MLSD) in a folder; nothing when the folder cannot be entered or listed.
   std::optional<std::string> List(const std::string& folder, const std::string& command);
 
-  // False when the server does not give the file out. `target` is written from its beginning.
-  bool Download(const std::string& path, const std::filesystem::path& target);
+  // Passes the file's content to `write`, piece by piece; what that raises passes through. False when the
+  // server does not give the file out.
+  bool Download(const std::string& path, const std::function<void(std::string_view)>& write);
   void Upload(const std::filesystem::path& source, const std::string& path);
 
  private:

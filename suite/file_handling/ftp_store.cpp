@@ -5,7 +5,8 @@
 #include <system_error>
 #include <unordered_map>
 
-#include "platform/automation/ascii_case.hpp"
+#include "platform/base/file_replacement.hpp"
+#include "platform/base/text.hpp"
 #include "suite/file_handling/ftp_listing.hpp"
 
 namespace OrvCommonMTS {
@@ -17,10 +18,6 @@ namespace fs = std::filesystem;
 constexpr int kDeepestFolder = 64;
 constexpr int kFolderCreated = 257;
 constexpr int kModificationTime = 213;
-
-bool HoldsControlCharacter(std::string_view name) {
-  return std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-}
 
 using Items = std::unordered_map<std::string, ListedKind>;
 
@@ -73,7 +70,7 @@ class FtpStore : public SharedStore {
       return files;
     }
     for (const ListedItem& item : *items) {
-      if (item.kind != ListedKind::File || HoldsControlCharacter(item.name)) continue;
+      if (item.kind != ListedKind::File || base::HasControl(item.name)) continue;
       const std::optional<std::chrono::sys_seconds> modified =
           item.modified ? item.modified : ModificationTime(path + "/" + item.name);
       if (modified) files.push_back({item.name, *modified});
@@ -114,17 +111,15 @@ class FtpStore : public SharedStore {
     // A server says the same about a file that is not there and one that it does not give out; the latter
     // must not be taken for the former.
     if (!FileExists(folder, name)) return false;
-    const fs::path part = target.string() + ".part";
-    std::error_code failed;
     try {
-      if (!session_.Download(FolderPath(folder) + "/" + name, part)) {
+      base::FileReplacement file(target);
+      const auto write = [&file](std::string_view piece) { file.Write(piece); };
+      if (!session_.Download(FolderPath(folder) + "/" + name, write)) {
         throw Failure("The FTP server does not give out " + name + ".");
       }
-      fs::rename(part, target, failed);
-      if (failed) throw Failure(target.string() + ": " + failed.message());
-    } catch (...) {
-      fs::remove(part, failed);
-      throw;
+      file.Commit(base::FileReplacement::Durability::Content);
+    } catch (const std::system_error& error) {
+      throw Failure(target.string() + ": " + error.code().message());
     }
     return true;
   }
@@ -203,7 +198,7 @@ class FtpStore : public SharedStore {
     if (!Find(rootItems_, name)) {
       std::string found;
       for (const auto& [candidate, kind] : rootItems_) {
-        if (automation::EqualIgnoringAsciiCase(candidate, folder) && (found.empty() || candidate < found))
+        if (base::EqualsIgnoringAsciiCase(candidate, folder) && (found.empty() || candidate < found))
           found = candidate;
       }
       if (!found.empty()) name = found;
@@ -230,8 +225,7 @@ class FtpStore : public SharedStore {
   }
 
   void DeleteItem(const std::string& parent, const ListedItem& item, int depth) {
-    if (HoldsControlCharacter(item.name))
-      throw ItemFailure("a name in " + parent + " holds a control character");
+    if (base::HasControl(item.name)) throw ItemFailure("a name in " + parent + " holds a control character");
     if (item.name.find('/') != std::string::npos) throw ItemFailure("a name in " + parent + " holds a slash");
     const std::string path = parent + "/" + item.name;
     // First as if it were a file, whatever the listing says: a link that a server shows as the folder it

@@ -2,31 +2,16 @@
 
 #include <algorithm>
 
+#include "platform/base/text.hpp"
+
 namespace OrvCommonMTS {
 namespace {
 
 bool IsLetter(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
-bool IsControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7F;
-}
-
-std::string Escaped(char c) {
-  constexpr char kHex[] = "0123456789ABCDEF";
-  const auto byte = static_cast<unsigned char>(c);
-  return std::string("\\x") + kHex[byte >> 4] + kHex[byte & 15];
+  return base::AsciiLower(c) >= 'a' && base::AsciiLower(c) <= 'z';
 }
 
 }  // namespace
-
-std::string Shown(std::string_view text) {
-  std::string shown;
-  for (const char c : text) shown += IsControl(c) ? Escaped(c) : std::string(1, c);
-  return shown;
-}
 
 std::vector<std::string> NameParts(std::string_view name) {
   std::vector<std::string> parts(1);
@@ -42,7 +27,7 @@ std::vector<std::string> NameParts(std::string_view name) {
 
 std::optional<std::string> NameProblem(std::string_view name, std::size_t parts) {
   if (name.empty()) return "it is empty";
-  if (std::any_of(name.begin(), name.end(), IsControl)) return "it holds a control character";
+  if (base::HasControl(name)) return "it holds a control character";
   if (name.size() >= 2 && IsLetter(name[0]) && name[1] == ':') return "it begins with a drive";
   if (name.front() == '\\' || name.front() == '/') return "it is an absolute path";
   const std::vector<std::string> found = NameParts(name);
@@ -56,9 +41,9 @@ std::optional<std::string> NameProblem(std::string_view name, std::size_t parts)
 }
 
 std::optional<std::string> PathProblem(std::string_view path) {
-  const auto* control = std::find_if(path.begin(), path.end(), IsControl);
+  const auto* control = std::find_if(path.begin(), path.end(), base::IsControl);
   if (control == path.end()) return std::nullopt;
-  return "it holds the control character " + Escaped(*control);
+  return "it holds the control character " + base::WithControlsShown({control, 1});
 }
 
 std::optional<std::string> RootProblem(std::string_view path) {

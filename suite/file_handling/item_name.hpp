@@ -9,9 +9,6 @@
 
 namespace OrvCommonMTS {
 
-// The text with each control character as "\x0D", for messages and logs.
-std::string Shown(std::string_view text);
-
 // The parts of a name, split at "\" and "/".
 std::vector<std::string> NameParts(std::string_view name);
 

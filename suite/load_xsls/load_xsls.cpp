@@ -44,13 +44,13 @@ class SheetLoader final : public LoadXSLs {
   // Every sheet lies at its own path; the purpose chooses nothing.
   MSXML2::XSLTemplatePtr LoadOrvaneTemplate(std::string_view path, std::string_view) override {
     const std::filesystem::path file = suite::NativePath(path, std::filesystem::current_path());
-    const std::optional<std::string> state = FolderState(file, clock_());
+    const std::optional<FolderState> state = StateBeside(file, clock_());
     if (!state) return Prepared(path);
     MSXML2::XSLTemplatePtr prepared = sheets_->Find(file.string(), *state);
     if (prepared) return prepared;
     prepared = Prepared(path);
     // Kept only where nothing changed while it was read.
-    if (FolderState(file, clock_()) == state) sheets_->Keep(file.string(), *state, prepared);
+    if (StateBeside(file, clock_()) == state) sheets_->Keep(file.string(), *state, prepared);
     return prepared;
   }
 

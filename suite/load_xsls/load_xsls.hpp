@@ -1,7 +1,7 @@
 // The stand-in of the suite's style-sheet loader, on the platform's XML classes.
 #pragma once
 
-#include <ctime>
+#include <chrono>
 #include <functional>
 
 #include "platform/automation/class_table.hpp"
@@ -12,8 +12,7 @@ namespace OrvCommon {
 // changed, since preparing takes several times as long as rendering a mail. The current runtime must have
 // "MSXML2.DOMDocument" and "MSXML2.XSLTemplate". `clock` tells which files changed so lately that their times
 // do not tell of a further change.
-using FileClock = std::function<std::time_t()>;
-void RegisterLoadXSLs(
-    automation::ClassTable& classes, FileClock clock = [] { return std::time(nullptr); });
+using FileClock = std::function<std::chrono::system_clock::time_point()>;
+void RegisterLoadXSLs(automation::ClassTable& classes, FileClock clock = &std::chrono::system_clock::now);
 
 }  // namespace OrvCommon

@@ -1,32 +1,45 @@
 // Style sheets that were prepared before, for as long as their files stay as they were.
 #pragma once
 
-#include <ctime>
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "platform/base/file_stamp.hpp"
 #include "platform/msxml2/xsl_template.hpp"
 
 namespace OrvCommon {
 
-// The state of every file beside the sheet, which may include any of them: name, size, time of change and
-// identity, and its content where it changed so lately that a further change might bear the same time.
-// Nothing when it cannot be told. `now` is by the clock of the file system.
-std::optional<std::string> FolderState(const std::filesystem::path& sheet, std::time_t now);
+// One file as it is, with its content where it changed so recently that a further change might leave the same
+// stamp.
+struct FileState {
+  std::string name;
+  base::FileStamp stamp;
+  std::string content = {};
+
+  bool operator==(const FileState&) const = default;
+};
+using FolderState = std::vector<FileState>;
+
+// The state of every file beside the sheet, which may include any of them. Nothing when one cannot be read.
+// `now` is by the clock of the file system.
+std::optional<FolderState> StateBeside(const std::filesystem::path& sheet,
+                                       std::chrono::system_clock::time_point now);
 
 // May be shared by threads.
 class PreparedSheets {
  public:
   // The sheet as it was kept for this state; null when there is none.
-  MSXML2::XSLTemplatePtr Find(const std::string& sheet, const std::string& state) const;
-  void Keep(const std::string& sheet, const std::string& state, const MSXML2::XSLTemplatePtr& prepared);
+  MSXML2::XSLTemplatePtr Find(const std::string& sheet, const FolderState& state) const;
+  void Keep(const std::string& sheet, const FolderState& state, const MSXML2::XSLTemplatePtr& prepared);
 
  private:
   struct Entry {
-    std::string state;
+    FolderState state;
     MSXML2::XSLTemplatePtr prepared;
   };
   mutable std::mutex mutex_;

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -12,6 +11,8 @@
 
 #include "components/interfaces/log.hpp"
 #include "platform/automation/runtime.hpp"
+#include "platform/base/descriptor.hpp"
+#include "platform/base/text.hpp"
 
 namespace Vantrel {
 namespace {
@@ -20,11 +21,10 @@ std::string Printable(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
+    if (base::IsControl(c) && c != '\t') {
       // U+2400 + code, or U+2421 for delete: E2 90 80 + code in UTF-8.
       result += "\xE2\x90";
-      result += static_cast<char>(byte == 0x7F ? 0xA1 : 0x80 + byte);
+      result += static_cast<char>(c == '\x7F' ? 0xA1 : 0x80 + c);
     } else {
       result += c;
     }
@@ -36,35 +36,26 @@ std::string Printable(std::string_view text) {
 constexpr int kNeitherFileNorDevice = ENXIO;
 
 // Without O_NONBLOCK, opening a pipe would wait for its reader.
-int OpenForAppending(const std::filesystem::path& file) {
-  return open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
+base::Descriptor OpenForAppending(const std::filesystem::path& file) {
+  return base::Descriptor(
+      open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640));
 }
 
 // Appends the line in one piece, so that entries of jobs running side by side do not mix. Returns 0 or errno.
 int Append(const std::filesystem::path& file, std::string_view line) {
-  int descriptor = OpenForAppending(file);
-  if (descriptor < 0 && errno == ENOENT) {
+  base::Descriptor opened = OpenForAppending(file);
+  if (!opened.IsOpen() && errno == ENOENT) {
     mkdir(file.parent_path().c_str(), 0750);
-    descriptor = OpenForAppending(file);
+    opened = OpenForAppending(file);
   }
-  if (descriptor < 0) return errno;
+  if (!opened.IsOpen()) return errno;
   struct stat status {};
-  if (fstat(descriptor, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
-    close(descriptor);
+  if (fstat(opened.Get(), &status) != 0 || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
     return kNeitherFileNorDevice;
   }
-
-  int failure = 0;
-  while (!line.empty() && failure == 0) {
-    const ssize_t written = write(descriptor, line.data(), line.size());
-    if (written >= 0) {
-      line.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      failure = errno;
-    }
-  }
-  if (close(descriptor) != 0 && failure == 0) failure = errno;
-  return failure;
+  const int written = base::WriteAll(opened.Get(), line);
+  const int closed = opened.Close();
+  return written != 0 ? written : closed;
 }
 
 std::string Reason(int failure) {

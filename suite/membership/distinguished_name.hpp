@@ -6,9 +6,8 @@
 
 namespace VnMembership {
 
-// The name in lower case (ASCII letters) without the blanks around its commas and equals signs; an escaped
-// comma
-// ("\,") stays part of its value.
+// One spelling for all spellings of a name: ASCII letters in lower case, no spaces around separators, one way
+// to escape. A "," in it always separates two parts. A text that is no name is only lowered and trimmed.
 std::string NormalName(std::string_view dn);
 
 // Whether the name is `root` or lies below it; every name lies below an empty root.

@@ -6,20 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base/text.hpp"
+
 namespace VnMembership {
-
-// Attribute names are compared without regard to (ASCII) case.
-struct IgnoreCase {
-  using is_transparent = void;
-  bool operator()(std::string_view left, std::string_view right) const;
-};
-
-// A text with its ASCII letters in lower case.
-std::string Folded(std::string_view text);
 
 struct Entry {
   std::string dn;
-  std::map<std::string, std::vector<std::string>, IgnoreCase> attributes;
+  std::map<std::string, std::vector<std::string>, base::LessIgnoringAsciiCase> attributes;
 
   // The first value of an attribute; empty text when there is none.
   std::string Value(std::string_view attribute) const;

@@ -199,19 +199,13 @@ class LdapDirectory : public Directory {
 }  // namespace
 
 std::string FilterValue(std::string_view value) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string result;
-  for (const char c : value) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '*' || c == '(' || c == ')' || c == '\\' || byte < 0x20) {
-      result += '\\';
-      result += kDigits[byte >> 4];
-      result += kDigits[byte & 0xF];
-    } else {
-      result += c;
-    }
+  berval plain{value.size(), const_cast<char*>(value.data())};  // libldap does not change it
+  berval escaped{};
+  if (ldap_bv2escaped_filter_value(&plain, &escaped) != 0) {
+    throw automation::Error(automation::ErrorNumber::OutOfMemory, "VnMembership.User");
   }
-  return result;
+  const std::unique_ptr<char, FreeText> owner(escaped.bv_val);
+  return {escaped.bv_val, escaped.bv_len};
 }
 
 std::unique_ptr<Directory> OpenLdapDirectory(LdapServer server) {

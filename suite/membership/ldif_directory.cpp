@@ -32,7 +32,7 @@ class LdifPeople {
     Read(file);
     CheckAccount(bindName, credential);
     std::shared_ptr<const Entry> found;
-    for (auto [at, end] = byId_.equal_range(Folded(userId)); at != end; ++at) {
+    for (auto [at, end] = byId_.equal_range(base::ToAsciiLower(userId)); at != end; ++at) {
       const std::shared_ptr<const Entry>& entry = entries_[at->second];
       if (entry == found || !LiesBelow(entry->dn, root)) continue;
       if (found) Raise(kUnknownUser, "The directory knows several users " + std::string(userId));
@@ -64,7 +64,7 @@ class LdifPeople {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
       const auto& attributes = entries_[i]->attributes;
       if (const auto ids = attributes.find("uid"); ids != attributes.end()) {
-        for (const std::string& id : ids->second) byId_.emplace(Folded(id), i);
+        for (const std::string& id : ids->second) byId_.emplace(base::ToAsciiLower(id), i);
       }
       if (attributes.contains("userPassword")) accounts_.emplace(NormalName(entries_[i]->dn), i);
     }

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstddef>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -24,15 +23,8 @@ int OpenForAppending(const std::filesystem::path& file) {
 }
 
 // 0 or errno.
-int WriteAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      return errno;
-    }
-  }
+int WriteDurably(int descriptor, std::string_view text) {
+  if (const int failure = base::WriteAll(descriptor, text)) return failure;
   return fdatasync(descriptor) == 0 ? 0 : errno;
 }
 
@@ -74,7 +66,7 @@ int Append(const std::filesystem::path& file, std::string_view line, std::chrono
     }
   }
   const bool cutOff = before.st_size > 0 && !EndsALine(opened, before.st_size);
-  const int failure = WriteAll(opened, cutOff ? "\n" + std::string(line) : std::string(line));
+  const int failure = WriteDurably(opened, cutOff ? "\n" + std::string(line) : std::string(line));
   // Half a line would spoil the one behind it. What the cut itself does is secondary to the failure.
   if (failure != 0 && ftruncate(opened, before.st_size) != 0) return failure;
   return failure;

@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/automation/ascii_case.hpp"
+#include "platform/base/text.hpp"
 
 namespace suite {
 namespace {
@@ -21,7 +21,7 @@ fs::path Entry(const fs::path& folder, const std::string& name) {
   std::string found;
   for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end; entry.increment(failed)) {
     const std::string candidate = entry->path().filename().string();
-    if (automation::EqualIgnoringAsciiCase(candidate, name) && (found.empty() || candidate < found))
+    if (base::EqualsIgnoringAsciiCase(candidate, name) && (found.empty() || candidate < found))
       found = candidate;
   }
   return found.empty() ? exact : folder / found;

@@ -1,7 +1,6 @@
 #include "suite/paths/reread_file.hpp"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -45,11 +44,8 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   std::array<char, 65536> piece;
   bool same = knownBefore;
   std::size_t filled = 0;
-  for (;;) {
-    const ssize_t count = ::read(descriptor.Get(), piece.data(), piece.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) Raise();
-    if (count == 0) break;
+  ssize_t count = 0;
+  while ((count = base::ReadSome(descriptor.Get(), piece.data(), piece.size())) > 0) {
     const auto size = static_cast<std::size_t>(count);
     same = same && content_.size() - filled >= size &&
            std::memcmp(content_.data() + filled, piece.data(), size) == 0;
@@ -60,6 +56,7 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
     filled += size;
     if (filled > most) return Outcome::TooLarge;
   }
+  if (count < 0) Raise();
   same = same && filled == content_.size();
   content_.resize(filled);
   file_ = file.native();

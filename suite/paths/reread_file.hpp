@@ -19,8 +19,7 @@ class RereadFile {
  public:
   enum class Outcome { Same, Other, TooLarge };
 
-  // File systems note the time of a change in steps of milliseconds up to two seconds.
-  explicit RereadFile(std::chrono::nanoseconds settledAfter = std::chrono::seconds(3))
+  explicit RereadFile(std::chrono::nanoseconds settledAfter = base::kStepAnywhere)
       : settledAfter_(settledAfter) {}
 
   // Reads the file, up to its end or past `most` bytes. Raises std::system_error (EISDIR for a folder, EINVAL

@@ -138,15 +138,14 @@ TEST_P(ArchiveWebFarmTest, WhatIsUndoneIsUndoneOnTheSharedPlaceToo) {
 TEST_P(ArchiveWebFarmTest, ASharedFileThatCannotBeReplacedKeepsTheRows) {
   here_.Run();
   Fill();
-  // What has the temporary name of the hand-out already, and is in the way.
-  fs::create_directories(Shared() / "BP7_bob_trans.xml.part" / "in the way");
+  fs::permissions(Shared() / "BP7_bob_trans.xml", fs::perms::owner_read);
 
   EXPECT_EQ(here_.Run().exitCode, 0);
 
   EXPECT_THAT(CustomersLeft(), ElementsAre("bob"));
   EXPECT_THAT(here_.Messages(),
               Contains("Editing of Archive file " + here_.Path("BP7_bob_trans.xml") + " failed2"));
-  fs::remove_all(Shared() / "BP7_bob_trans.xml.part");
+  fs::permissions(Shared() / "BP7_bob_trans.xml", fs::perms::owner_all);
   there_.Run();
   EXPECT_THAT(CustomersLeft(), IsEmpty());
   EXPECT_EQ(Count(TemporaryFolder::Read(Shared() / "BP7_bob_SR.xml"), "<SR "), 4);

@@ -23,6 +23,11 @@ namespace orvane_test {
 
 using Texts = std::vector<std::string>;
 
+// A job whose procedures the tests run one by one.
+class OpenJob : public OrvaneProcess::SolveOnNoResponseJob {
+  friend class SolveOnNoResponsePeer;
+};
+
 class SolveTest : public testing::Test {
  protected:
   SolveTest();
@@ -48,14 +53,13 @@ class SolveTest : public testing::Test {
   std::shared_ptr<Scripting::memory::MemoryDisk> disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
   std::shared_ptr<AdodbJournal> adodb_;
   std::shared_ptr<Directory> directory_;
-  OrvaneProcess::SolveOnNoResponseJob job_;
+  OpenJob job_;
 };
 
-// The job's private procedures and members.
+// The job's own procedures and members.
 class SolveOnNoResponsePeer {
  public:
-  explicit SolveOnNoResponsePeer(OrvaneProcess::SolveOnNoResponseJob& job) : job_(job) {}
-  using Job = OrvaneProcess::SolveOnNoResponseJob;
+  explicit SolveOnNoResponsePeer(OpenJob& job) : job_(job) {}
   using Entries = std::vector<OrvaneProcess::HistoryEntry>;
 
   // The state that a pass leaves for the mail of a question.
@@ -93,7 +97,7 @@ class SolveOnNoResponsePeer {
     job_.SeparateData(questionId, count, entries);
     return entries;
   }
-  static std::string HandleCharsInHTML(const std::string& text) { return Job::handleCharsInHTML(text); }
+  static std::string HandleCharsInHTML(const std::string& text) { return OpenJob::handleCharsInHTML(text); }
 
   std::string GetDataLabelDesc(const automation::Variant& id, int locale) {
     return job_.GetDataLabelDesc(id, locale);
@@ -135,7 +139,7 @@ class SolveOnNoResponsePeer {
   automation::DateTime MailTime() const { return job_.m_dtMailTime; }
 
  private:
-  Job& job_;
+  OpenJob& job_;
 };
 
 }  // namespace orvane_test

@@ -1,7 +1,6 @@
 #include "platform/cdo/curl/addresses.hpp"
 
 #include <unicode/uidna.h>
-#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <array>
@@ -12,6 +11,7 @@
 #include <optional>
 
 #include "platform/automation/error.hpp"
+#include "platform/base/text.hpp"
 #include "platform/cdo/curl/encoding.hpp"
 #include "platform/cdo/curl/failure.hpp"
 
@@ -22,21 +22,16 @@ constexpr std::size_t kLongestAddress = 320;  // 64 before the "@" and 255 behin
 constexpr std::size_t kMostShown = 200;
 constexpr const char* kNoAt = "a part of it has no \"@\"";
 
-bool IsControl(char c) {
-  return (c >= 0 && c < ' ') || c == '\x7F';
-}
+using base::IsControl;
 
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
+std::string_view WithoutSpaces(std::string_view text) {
+  return base::Trimmed(text, " ");
 }
 
 bool IsUtf8(std::string_view text) {
-  UErrorCode status = U_ZERO_ERROR;
-  std::int32_t length = 0;
-  u_strFromUTF8(nullptr, 0, &length, text.data(), static_cast<std::int32_t>(text.size()), &status);
-  return status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status);
+  std::size_t length = 0;
+  while ((length = base::Utf8Length(text)) > 0) text.remove_prefix(length);
+  return text.empty();
 }
 
 struct IdnaCloser {
@@ -101,7 +96,7 @@ class Parser {
       const char c = text_[at_];
       const bool canBeName = !inAngles && plain.find('@') == std::string::npos;
       if (c == ',' || c == ';') {
-        if (!canBeName || Trimmed(plain).empty()) break;
+        if (!canBeName || WithoutSpaces(plain).empty()) break;
         nameIsSplit = true;
         plain += c;
         phrase += c;
@@ -134,12 +129,12 @@ class Parser {
     }
     if (at_ < text_.size()) ++at_;
     if (inAngles) {
-      if (!Trimmed(plain).empty()) Refuse("something follows the address in angle brackets");
-      return Mailbox{std::string(Trimmed(phrase)), Checked(Trimmed(*inAngles))};
+      if (!WithoutSpaces(plain).empty()) Refuse("something follows the address in angle brackets");
+      return Mailbox{std::string(WithoutSpaces(phrase)), Checked(WithoutSpaces(*inAngles))};
     }
-    if (Trimmed(plain).empty()) return std::nullopt;
+    if (WithoutSpaces(plain).empty()) return std::nullopt;
     if (nameIsSplit) Refuse(kNoAt);
-    return Mailbox{{}, Checked(Trimmed(plain))};
+    return Mailbox{{}, Checked(WithoutSpaces(plain))};
   }
 
   void SkipComment() {

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/base/text.hpp"
+
 namespace CDO::curl {
 namespace {
 
@@ -45,7 +47,7 @@ void AppendHex(std::string& out, char mark, char c) {
 std::size_t WholeCharacters(std::string_view text, std::size_t limit) {
   if (text.size() <= limit) return text.size();
   std::size_t end = limit;
-  while (end > 0 && (Byte(text[end]) & 0xC0U) == 0x80U) --end;
+  while (end > 0 && base::IsUtf8Continuation(text[end])) --end;
   return end > 0 ? end : limit;
 }
 

@@ -5,9 +5,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -16,9 +14,10 @@
 
 #include "platform/automation/error.hpp"
 #include "platform/base/content_digest.hpp"
+#include "platform/base/descriptor.hpp"
+#include "platform/base/text.hpp"
 #include "platform/cdo/curl/failure.hpp"
 #include "platform/scripting/local/native_name.hpp"
-#include "platform/scripting/path_text.hpp"
 
 namespace CDO::curl {
 namespace {
@@ -58,29 +57,15 @@ std::string HostName() {
   const auto code = static_cast<std::int32_t>(number);
   throw automation::Error(
       code, kSource,
-      std::string(automation::StandardDescription(code)) + ": " + Scripting::WithControlsShown(what));
+      std::string(automation::StandardDescription(code)) + ": " + base::WithControlsShown(what));
 }
 
 // False when it is no file, or cannot be read.
 bool ReadWhole(const std::string& path, std::string& bytes) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return false;
+  const base::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
-  bool good = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-  std::size_t size = 0;
-  // One byte more than expected, so that mostly the second read tells the end.
-  if (good) bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
-  while (good) {
-    if (size == bytes.size()) bytes.resize(2 * size);
-    const ssize_t count = read(descriptor, bytes.data() + size, bytes.size() - size);
-    if (count < 0 && errno == EINTR) continue;
-    good = count >= 0;
-    if (count <= 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  close(descriptor);
-  bytes.resize(size);
-  return good;
+  return file.IsOpen() && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
+         base::ReadAll(file.Get(), bytes) == 0;
 }
 
 }  // namespace

@@ -1,16 +1,16 @@
 #include "platform/cdo/curl/mime.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 
+#include "platform/base/text.hpp"
 #include "platform/cdo/curl/encoding.hpp"
 
 namespace CDO::curl {
 namespace {
 
 std::string WithoutControls(std::string text) {
-  for (char& c : text) {
-    if ((c >= 0 && c < ' ') || c == '\x7F') c = ' ';
-  }
+  std::replace_if(text.begin(), text.end(), base::IsControl, ' ');
   return text;
 }
 
@@ -107,14 +107,9 @@ std::string_view MediaType(std::string_view fileName) {
                 {".doc", "application/msword"},
                 {".rtf", "application/rtf"},
                 {".xls", "application/vnd.ms-excel"}};
-  std::string lower(fileName);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  const std::size_t dot = lower.rfind('.');
-  if (dot != std::string::npos) {
+  if (const std::size_t dot = fileName.rfind('.'); dot != std::string_view::npos) {
     for (const auto& [extension, type] : kTypes) {
-      if (std::string_view(lower).substr(dot) == extension) return type;
+      if (base::EqualsIgnoringAsciiCase(fileName.substr(dot), extension)) return type;
     }
   }
   return "application/octet-stream";

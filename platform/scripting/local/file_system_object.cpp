@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/base/file_replacement.hpp"
 #include "platform/scripting/local/items.hpp"
 #include "platform/scripting/local/new_file.hpp"
 #include "platform/scripting/local/system_error.hpp"
@@ -32,16 +33,11 @@ void RefuseReadOnly(const std::string& native) {
 }
 
 // A new folder is on the disk only when its entry in the parent is: what is synced inside it later would go
-// with it in a power cut. Parents that may not be read, and file systems that cannot sync a folder, are left
-// to themselves.
+// with it in a power cut. A parent that may not be read cannot be synced.
 void SyncParent(const std::string& native) {
   const std::string parent = native.substr(0, native.rfind('/') + 1);
-  const int folder = open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return;
-  const int outcome = fsync(folder);
-  const int code = errno;
-  close(folder);
-  if (outcome != 0 && code != EINVAL && code != EROFS) RaiseSystemError(code, ErrorNumber::PathNotFound);
+  const int code = base::SyncFolder(parent.empty() ? "." : parent);
+  if (code != 0 && code != EACCES && code != EROFS) RaiseSystemError(code, ErrorNumber::PathNotFound);
 }
 
 }  // namespace
@@ -114,7 +110,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
   if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
   if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);
   if (created_ && created_->WasReplaced(found->path, found->status)) Raise(ErrorNumber::PermissionDenied);
-  resolver_.Removing(found->path, [&found] {
+  resolver_.UpdateAround(found->path, [&found] {
     if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
   });
   if (created_) created_->Forget(found->path);
@@ -123,7 +119,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found)) Raise(ErrorNumber::PathNotFound);
-  resolver_.Removing(found->path, [&found, force] {
+  resolver_.UpdateAround(found->path, [&found, force] {
     if (!S_ISLNK(found->status.st_mode)) {
       RemoveTree(found->path, force);
     } else if (unlink(found->path.c_str()) != 0) {

@@ -1,14 +1,14 @@
 #include "platform/scripting/local/folder_names.hpp"
 
 #include <dirent.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
-#include <ctime>
 #include <memory>
 #include <utility>
 
+#include "platform/base/text.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/path_text.hpp"
@@ -18,10 +18,6 @@ namespace {
 
 constexpr std::size_t kWorthKeeping = 256;  // names; a smaller folder is as quickly read again
 constexpr std::size_t kFoldersKept = 4;
-
-// A change in the same tick of the disk's clock as the one before leaves no trace in the time stamps, so
-// stamps are trusted only when they are older than the longest tick.
-constexpr std::int64_t kLongestTick = 20'000'000;  // nanoseconds
 
 struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
@@ -37,16 +33,10 @@ std::pair<std::string, std::string> FolderAndName(const std::string& path) {
   return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
-bool SameMoment(const timespec& one, const timespec& other) {
-  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
-}
-
-bool IsSettled(const timespec& modified) {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  const std::int64_t age =
-      (std::int64_t{now.tv_sec} - modified.tv_sec) * 1'000'000'000 + (now.tv_nsec - modified.tv_nsec);
-  return age > kLongestTick;
+std::optional<base::FileStamp> StampOf(const std::string& folder) {
+  struct stat status {};
+  if (stat(folder.empty() ? "." : folder.c_str(), &status) != 0) return std::nullopt;
+  return base::FileStamp(status);
 }
 
 template <class Action>
@@ -64,12 +54,6 @@ bool IsPlain(std::string_view name) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\\'; });
 }
 
-bool EqualButForAsciiCase(std::string_view one, std::string_view other) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [lower](char left, char right) { return lower(left) == lower(right); });
-}
-
 // The same as Find, by reading the folder once; `count` is the number of its names.
 std::optional<std::string> Search(const std::string& folder, const std::string& name, std::size_t& count) {
   std::optional<std::string> found;
@@ -77,36 +61,14 @@ std::optional<std::string> Search(const std::string& folder, const std::string& 
   const std::string folded = Folded(name);
   ForEachName(folder, [&](std::string_view candidate) {
     ++count;
-    const bool equal =
-        plain && IsPlain(candidate) ? EqualButForAsciiCase(candidate, name) : Folded(candidate) == folded;
+    const bool equal = plain && IsPlain(candidate) ? base::EqualsIgnoringAsciiCase(candidate, name)
+                                                   : Folded(candidate) == folded;
     if (equal && (!found || candidate < *found)) found = candidate;
   });
   return found;
 }
 
 }  // namespace
-
-std::optional<FolderNames::Stamp> FolderNames::StampOf(const std::string& folder) {
-  struct stat status {};
-  if (stat(folder.empty() ? "." : folder.c_str(), &status) != 0) return std::nullopt;
-  return Stamp{status.st_dev, status.st_ino, status.st_mtim, status.st_ctim};
-}
-
-bool FolderNames::SameItem(const Stamp& one, const Stamp& other) {
-  return one.device == other.device && one.inode == other.inode;
-}
-
-bool FolderNames::Same(const Stamp& one, const Stamp& other) {
-  return SameItem(one, other) && SameMoment(one.modified, other.modified) &&
-         SameMoment(one.changed, other.changed);
-}
-
-FolderNames::Folder FolderNames::Read(const std::string& path) {
-  Folder folder{path, {}, {}, {}};
-  ForEachName(path, [&folder](std::string_view name) { folder.names[Folded(name)].emplace_back(name); });
-  for (auto& [folded, names] : folder.names) std::sort(names.begin(), names.end());
-  return folder;
-}
 
 void FolderNames::Forget(std::vector<Folder>::iterator folder) {
   if (folder->watch) watch_.Remove(*folder->watch);
@@ -139,8 +101,8 @@ const FolderNames::Folder* FolderNames::Known(const std::string& folder) {
                                   [&folder](const Folder& known) { return known.path == folder; });
   if (found == folders_.end()) return nullptr;
   // Another folder may have come to the path, by a change further up.
-  const std::optional<Stamp> stamp = StampOf(folder);
-  if (stamp && (found->watch ? SameItem(*stamp, found->stamp) : Same(*stamp, found->stamp))) return &*found;
+  const std::optional<base::FileStamp> stamp = StampOf(folder);
+  if (stamp && (found->watch ? stamp->IsSameFile(found->stamp) : *stamp == found->stamp)) return &*found;
   Forget(found);
   return nullptr;
 }
@@ -158,14 +120,14 @@ std::optional<std::string> FolderNames::Find(const std::string& folder, const st
 }
 
 void FolderNames::Keep(const std::string& folder) {
-  const std::optional<Stamp> stamp = StampOf(folder);
+  const std::optional<base::FileStamp> stamp = StampOf(folder);
   if (!stamp) return;
   // Watched before it is read, so that no change goes unnoticed between the two.
   const std::optional<int> watch = watch_.Add(folder.empty() ? "." : folder);
-  if (!watch && !IsSettled(stamp->modified)) return;
-  Folder fresh = Read(folder);
-  fresh.stamp = *stamp;
-  fresh.watch = watch;
+  if (!watch && !stamp->HasSettledFor(base::kStepOnDisks)) return;
+  Folder fresh{folder, *stamp, watch, {}};
+  ForEachName(folder, [&fresh](std::string_view name) { fresh.names[Folded(name)].emplace_back(name); });
+  for (auto& [folded, names] : fresh.names) std::sort(names.begin(), names.end());
   if (folders_.size() == kFoldersKept) Forget(folders_.begin());
   folders_.push_back(std::move(fresh));
 }
@@ -180,7 +142,7 @@ std::optional<std::size_t> FolderNames::BeforeRemoval(const std::string& path) {
 void FolderNames::AfterRemoval(const std::string& path, std::size_t known) {
   const auto [parent, name] = FolderAndName(path);
   Folder& folder = folders_[known];
-  const std::optional<Stamp> stamp = StampOf(parent);
+  const std::optional<base::FileStamp> stamp = StampOf(parent);
   const auto names = folder.names.find(Folded(name));
   if (!stamp || names == folder.names.end()) {
     folders_.erase(folders_.begin() + static_cast<std::ptrdiff_t>(known));

@@ -6,8 +6,6 @@
 // they are kept for as long as the folder's own time stamps say that nothing came or went.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -15,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/base/file_stamp.hpp"
 #include "platform/scripting/local/folder_watch.hpp"
 
 namespace Scripting::local {
@@ -25,34 +24,23 @@ class FolderNames {
   // order. Nothing when there is none or no such folder; 70 when the folder may not be read.
   std::optional<std::string> Find(const std::string& folder, const std::string& name);
 
-  // Calls `remove`, which takes the item at `path` away, and keeps up with what that does to its folder. In a
-  // folder that is not watched, a name that somebody else adds within the same tick of the disk's clock may
-  // stay unknown in other spellings than its own until the folder changes again.
+  // Calls `remove`, which deletes the item at `path`, and updates what is known of its folder. In a folder
+  // that is not watched, a name that somebody else adds within the same step of the disk's clock may stay
+  // unknown in other spellings than its own until the folder changes again.
   template <class Remove>
-  void Removing(const std::string& path, const Remove& remove) {
+  void UpdateAround(const std::string& path, const Remove& remove) {
     const std::optional<std::size_t> known = BeforeRemoval(path);
     remove();
     if (known) AfterRemoval(path, *known);
   }
 
  private:
-  struct Stamp {
-    dev_t device = 0;
-    ino_t inode = 0;
-    timespec modified{};
-    timespec changed{};
-  };
   struct Folder {
     std::string path;
-    Stamp stamp;
+    base::FileStamp stamp;
     std::optional<int> watch;
     std::unordered_map<std::string, std::vector<std::string>> names;  // by folded name, in byte order
   };
-
-  static std::optional<Stamp> StampOf(const std::string& folder);
-  static bool SameItem(const Stamp& one, const Stamp& other);
-  static bool Same(const Stamp& one, const Stamp& other);
-  static Folder Read(const std::string& path);
 
   const Folder* Known(const std::string& folder);
   void Keep(const std::string& folder);

@@ -3,9 +3,7 @@
 #include <linux/magic.h>
 #include <sys/inotify.h>
 #include <sys/vfs.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 
@@ -33,31 +31,26 @@ bool IsOwnDisk(const std::string& folder) {
 
 }  // namespace
 
-FolderWatch::~FolderWatch() {
-  if (descriptor_ >= 0) close(descriptor_);
-}
-
 std::optional<int> FolderWatch::Add(const std::string& folder) {
   if (!IsOwnDisk(folder)) return std::nullopt;
-  if (descriptor_ < 0) descriptor_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-  if (descriptor_ < 0) return std::nullopt;
+  if (!descriptor_.IsOpen()) descriptor_ = base::Descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  if (!descriptor_.IsOpen()) return std::nullopt;
   const int number = inotify_add_watch(
-      descriptor_, folder.c_str(),
+      descriptor_.Get(), folder.c_str(),
       IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR);
   if (number < 0) return std::nullopt;
   return number;
 }
 
 void FolderWatch::Remove(int number) {
-  if (descriptor_ >= 0) inotify_rm_watch(descriptor_, number);
+  if (descriptor_.IsOpen()) inotify_rm_watch(descriptor_.Get(), number);
 }
 
 void FolderWatch::TakeChanges(const Listener& listener) {
-  if (descriptor_ < 0) return;
+  if (!descriptor_.IsOpen()) return;
   alignas(inotify_event) char bytes[16384];
   for (;;) {
-    const ssize_t count = read(descriptor_, bytes, sizeof bytes);
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = base::ReadSome(descriptor_.Get(), bytes, sizeof bytes);
     if (count <= 0) return;
     for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
       inotify_event event{};
@@ -65,8 +58,7 @@ void FolderWatch::TakeChanges(const Listener& listener) {
       const char* const name = bytes + at + sizeof event;
       at += sizeof event + event.len;
       if ((event.mask & IN_Q_OVERFLOW) != 0) {
-        close(descriptor_);
-        descriptor_ = -1;
+        descriptor_ = base::Descriptor();
         listener(-1, Change::Lost, {});
         return;
       }

@@ -6,9 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "platform/base/descriptor.hpp"
+
 namespace Scripting::local {
 
-// Every change that was made before TakeChanges is called is told by it, whoever made it.
+// TakeChanges reports every change that was made before the call, whoever made it.
 class FolderWatch {
  public:
   enum class Change {
@@ -19,11 +21,6 @@ class FolderWatch {
   // `number` is that of the folder; -1 with Lost means all of them.
   using Listener = std::function<void(int number, Change change, std::string_view name)>;
 
-  FolderWatch() = default;
-  ~FolderWatch();
-  FolderWatch(const FolderWatch&) = delete;
-  FolderWatch& operator=(const FolderWatch&) = delete;
-
   // Watches the folder and gives it a number. Nothing when it cannot be watched: the kernel gives no further
   // watch, or the folder lies on a disk that other machines write to as well.
   std::optional<int> Add(const std::string& folder);
@@ -32,7 +29,7 @@ class FolderWatch {
   void TakeChanges(const Listener& listener);
 
  private:
-  int descriptor_ = -1;
+  base::Descriptor descriptor_;
 };
 
 }  // namespace Scripting::local

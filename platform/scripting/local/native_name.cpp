@@ -3,33 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/base/text.hpp"
+
 namespace Scripting::local {
 namespace {
-
-bool IsContinuation(unsigned char byte) {
-  return (byte & 0xC0) == 0x80;
-}
-
-// Length of the valid UTF-8 character at the start of `text`, or 0.
-std::size_t CharacterLength(std::string_view text) {
-  const auto at = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = at(0);
-  if (lead < 0x80) return 1;
-  const std::size_t length = lead >= 0xC2 && lead <= 0xDF   ? 2
-                             : (lead & 0xF0) == 0xE0        ? 3
-                             : lead >= 0xF0 && lead <= 0xF4 ? 4
-                                                            : 0;
-  if (length == 0 || text.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (!IsContinuation(at(i))) return 0;
-  }
-  // Overlong forms, surrogates and values past U+10FFFF.
-  if (lead == 0xE0 && at(1) < 0xA0) return 0;
-  if (lead == 0xED && at(1) > 0x9F) return 0;
-  if (lead == 0xF0 && at(1) < 0x90) return 0;
-  if (lead == 0xF4 && at(1) > 0x8F) return 0;
-  return length;
-}
 
 // U+F000 + byte in UTF-8: EF, then 80 + the byte's two highest bits, then 80 + its six lowest.
 constexpr unsigned char kLead = 0xEF;
@@ -49,7 +26,7 @@ int StandInByte(std::string_view text) {
   if (text.size() < 3 || static_cast<unsigned char>(text[0]) != kLead) return -1;
   const auto second = static_cast<unsigned char>(text[1]);
   const auto third = static_cast<unsigned char>(text[2]);
-  if (second < 0x80 || second > 0x83 || !IsContinuation(third)) return -1;
+  if (second < 0x80 || second > 0x83 || !base::IsUtf8Continuation(text[2])) return -1;
   const auto byte = static_cast<unsigned char>(((second & 0x03) << 6) | (third & 0x3F));
   return NeedsStandIn(byte) ? byte : -1;
 }
@@ -64,7 +41,7 @@ std::string ShownName(std::string_view native) {
   if (std::all_of(native.begin(), native.end(), IsPlain)) return std::string(native);
   std::string shown;
   while (!native.empty()) {
-    const std::size_t length = native.front() == '\\' ? 0 : CharacterLength(native);
+    const std::size_t length = native.front() == '\\' ? 0 : base::Utf8Length(native);
     // A character of the stand-in range that a name really holds is shown byte by byte, or it would read back
     // as the byte it looks like.
     if (length == 0 || StandInByte(native) >= 0) {

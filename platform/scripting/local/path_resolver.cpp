@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/text.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/path_text.hpp"
@@ -130,9 +131,9 @@ std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, s
     std::string next = Joined(found.path, *part);
     if (lstat(next.c_str(), &found.status) != 0) {
       if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-      if (HoldsControl(*part)) RefuseControls(path);
+      if (base::HasControl(*part)) RefuseControls(path);
       const std::optional<std::string> name = names_.Find(found.path, *part);
-      if (!name && std::any_of(part, parts.end(), HoldsControl)) RefuseControls(path);
+      if (!name && std::any_of(part, parts.end(), base::HasControl)) RefuseControls(path);
       if (!name) return std::nullopt;
       next = Joined(found.path, *name);
       if (lstat(next.c_str(), &found.status) != 0) return std::nullopt;

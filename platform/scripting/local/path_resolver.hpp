@@ -46,10 +46,11 @@ class PathResolver {
   };
   Place PlaceFor(std::string_view path) const;
 
-  // Calls `remove`, which takes the item at the operating system's path away.
+  // Calls `remove`, which deletes the item at the operating system's path, and updates the names kept of its
+  // folder.
   template <class Remove>
-  void Removing(const std::string& native, const Remove& remove) {
-    names_.Removing(native, remove);
+  void UpdateAround(const std::string& native, const Remove& remove) {
+    names_.UpdateAround(native, remove);
   }
 
   bool DriveExists(std::string_view drive) const;

@@ -12,40 +12,19 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/descriptor.hpp"
+#include "platform/base/file_stamp.hpp"
+#include "platform/scripting/local/items.hpp"
 #include "platform/scripting/local/system_error.hpp"
 
 namespace Scripting::local {
 namespace {
 
 using automation::ErrorNumber;
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(value_, other.value_);
-    return *this;
-  }
-  ~Descriptor() {
-    if (value_ >= 0) close(value_);
-  }
-  int Get() const { return value_; }
-
- private:
-  int value_;
-};
+using base::Descriptor;
 
 void Check(bool succeeded) {
   if (!succeeded) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-}
-
-bool IsReadOnly(const struct stat& status) {
-  return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
-}
-
-bool SameItem(const struct stat& one, const struct stat& other) {
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 // One folder on the way down, and its children that are still there.
@@ -93,7 +72,7 @@ class TreeRemoval {
 
  private:
   void Enter(Descriptor folder, std::string name) {
-    Check(folder.Get() >= 0);
+    Check(folder.IsOpen());
     Level level{std::move(name), {}, {}};
     Check(fstat(folder.Get(), &level.status) == 0);
     if (!force_ && IsReadOnly(level.status)) Raise(ErrorNumber::PermissionDenied);
@@ -120,18 +99,19 @@ class TreeRemoval {
   // from.
   void LeaveAndRemove() {
     Descriptor parent(openat(current_.Get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    Check(parent.Get() >= 0);
+    Check(parent.IsOpen());
     struct stat status {};
     Check(fstat(parent.Get(), &status) == 0);
     const std::string name = std::move(levels_.back().name);
     levels_.pop_back();
-    if (!SameItem(status, levels_.back().status)) Raise(ErrorNumber::PermissionDenied);
+    if (!base::FileStamp(status).IsSameFile(base::FileStamp(levels_.back().status)))
+      Raise(ErrorNumber::PermissionDenied);
     current_ = std::move(parent);
     Check(unlinkat(current_.Get(), name.c_str(), AT_REMOVEDIR) == 0);
   }
 
   bool force_;
-  Descriptor current_{-1};
+  Descriptor current_;
   std::vector<Level> levels_;
 };
 

@@ -31,6 +31,13 @@ class FolderFailureTest : public ::testing::Test {
     EXPECT_EQ(error.Description(), item.string() + ": " + reason);
   }
 
+  static std::vector<std::string> NamesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+      names.push_back(entry.path().filename().string());
+    return names;
+  }
+
   Farm farm{"folder"};
   const automation::VariantArray archives = {std::int16_t{13}};
 };
@@ -90,8 +97,8 @@ TEST_F(FolderFailureTest, AFileThatWasReadLatelyStaysHoweverLongAgoItWasWritten)
 }
 
 TEST_F(FolderFailureTest, ACopyThatFailsLeavesNothingBehind) {
-  // There is nothing to copy; what a run that died left goes as well.
-  farm.place.AddFile("Archives/a.xml.part", "half");
+  // There is nothing to copy.
+  farm.place.AddFolder("Archives");
   const std::string source = (farm.data.Path() / "Archives/a.xml").string();
   ExpectError(farm.place.Root() / "Archives/a.xml", "No such file or directory",
               [&] { farm.Handling()->StoreFile(source, FolderKind::Archives); });
@@ -111,7 +118,31 @@ TEST_F(FolderFailureTest, ACopyThatFailsLeavesNothingBehind) {
   ExpectError(target, "Is a directory", [&] {
     farm.Handling()->FetchFile(farm.place.FtpPath(), "b.xml", target.string(), FolderKind::Archives, 10);
   });
-  EXPECT_FALSE(fs::exists(target.string() + ".part"));
+  EXPECT_THAT(NamesIn(target.parent_path()), testing::UnorderedElementsAre("a.xml", "b.xml"));
+}
+
+TEST_F(FolderFailureTest, WhatARunThatDiedLeftGoesWithTheNextCopy) {
+  farm.place.AddFile("Archives/.a.xml.saving", "half");
+  farm.Handling()->StoreFile(farm.data.Write("Archives/a.xml", "mine").string(), FolderKind::Archives);
+  EXPECT_THAT(farm.place.Contents(), testing::ElementsAre("Archives/", "Archives/a.xml"));
+}
+
+TEST_F(FolderFailureTest, ASharedFileThatIsMarkedAsReadOnlyStaysAsItIs) {
+  farm.place.AddFile("Archives/a.xml", "theirs");
+  const fs::path item = farm.place.Root() / "Archives/a.xml";
+  fs::permissions(item, fs::perms::owner_read);
+  const std::string source = farm.data.Write("Archives/a.xml", "mine").string();
+  ExpectError(item, "Permission denied", [&] { farm.Handling()->StoreFile(source, FolderKind::Archives); });
+  EXPECT_EQ(TemporaryFolder::Read(item), "theirs");
+}
+
+TEST_F(FolderFailureTest, ALinkInTheSharedFolderIsFollowed) {
+  farm.place.AddFile("Archives/real.xml", "theirs");
+  fs::create_symlink("real.xml", farm.place.Root() / "Archives/a.xml");
+  const std::string source = farm.data.Write("Archives/a.xml", "mine").string();
+  farm.Handling()->StoreFile(source, FolderKind::Archives);
+  EXPECT_TRUE(fs::is_symlink(farm.place.Root() / "Archives/a.xml"));
+  EXPECT_EQ(TemporaryFolder::Read(farm.place.Root() / "Archives/real.xml"), "mine");
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(FolderSyncTest, ACopyIsSyncedBeforeItGetsItsNameAndThenTheName) {
   const auto handling = farm.Handling();
   noted = &calls;
   handling->StoreFile(source, OrvCommonMTS::FolderKind::Archives);
-  EXPECT_THAT(calls, ::testing::ElementsAre("sync a.xml.part", "rename a.xml.part a.xml", "sync Archives"));
+  EXPECT_THAT(calls, ::testing::ElementsAre("sync .a.xml.saving", "sync Archives"));
 }
 
 TEST_F(FolderSyncTest, AFetchedFileIsSyncedInTheSameOrder) {
@@ -67,7 +67,8 @@ TEST_F(FolderSyncTest, AFetchedFileIsSyncedInTheSameOrder) {
   const auto handling = farm.Handling();
   noted = &calls;
   handling->FetchFile(farm.place.FtpPath(), "a.xml", target, OrvCommonMTS::FolderKind::Archives, 10);
-  EXPECT_THAT(calls, ::testing::ElementsAre("sync a.xml.part", "rename a.xml.part a.xml", "sync Archives"));
+  EXPECT_THAT(calls,
+              ::testing::ElementsAre("sync .a.xml.saving", "rename .a.xml.saving a.xml", "sync Archives"));
 }
 
 }  // namespace

@@ -99,7 +99,7 @@ TEST(FtpFailureTest, ADownloadThatBreaksOffLeavesTheOldCopy) {
   });
   EXPECT_EQ(error.Number(), kCurlNumbers + 18) << error.Description();
   EXPECT_EQ(TemporaryFolder::Read(target), "old");
-  EXPECT_FALSE(fs::exists(target.string() + ".part"));
+  EXPECT_FALSE(fs::exists(target.parent_path() / ".break-off.xml.saving"));
 }
 
 // The upload went well, so the other servers' copy is all that may be left.

@@ -429,7 +429,7 @@ TEST_P(SharedPlaceTest, FetchesTheSharedCopyOfAFile) {
   farm.Handling()->FetchFile(place.FtpPath(), "NoBP_jdoe_SR.xml", target.string(), FolderKind::Archives, 10);
 
   EXPECT_EQ(TemporaryFolder::Read(target), content);
-  EXPECT_FALSE(fs::exists(target.string() + ".part"));
+  EXPECT_FALSE(fs::exists(target.parent_path() / ".NoBP_jdoe_SR.xml.saving"));
 }
 
 TEST_P(SharedPlaceTest, AFileThatOnlyThisServerHasStaysAsItIs) {

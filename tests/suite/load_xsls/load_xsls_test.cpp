@@ -1,6 +1,6 @@
 #include "suite/load_xsls/load_xsls.hpp"
 
-#include <ctime>
+#include <chrono>
 
 #include "components/interfaces/load_xsls.hpp"
 #include "tests/msxml2/xml_fixture.hpp"
@@ -12,7 +12,8 @@ using orvane_test::ErrorOf;
 class LoadXSLsTest : public orvane_test::XmlTest {
  protected:
   LoadXSLsTest() {
-    OrvCommon::RegisterLoadXSLs(runtime_.runtime.classes, [this] { return std::time(nullptr) + ahead_; });
+    OrvCommon::RegisterLoadXSLs(runtime_.runtime.classes,
+                                [this] { return std::chrono::system_clock::now() + ahead_; });
   }
   static OrvCommon::LoadXSLsPtr Loader() {
     return automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId);
@@ -21,7 +22,7 @@ class LoadXSLsTest : public orvane_test::XmlTest {
     return ErrorOf([&] { Loader()->LoadOrvaneTemplate(Path(name), "answer"); });
   }
 
-  std::time_t ahead_ = 0;  // of the file system's clock, in seconds
+  std::chrono::seconds ahead_{0};  // of the file system's clock
 };
 
 TEST_F(LoadXSLsTest, LoadsASheetThatMakesProcessors) {
@@ -84,11 +85,11 @@ TEST_F(PreparedSheetTest, IsHandedOutAgainUntilAFileOfItsFolderChanges) {
   WriteSheet("part.xsl", "one");
   EXPECT_EQ(Output(), "one");
   // Later the times of the files tell whether they change.
-  ahead_ = 5;
+  ahead_ = std::chrono::seconds(5);
   const auto kept = Loader()->LoadOrvaneTemplate(Path("main.xsl"), "answer");
   EXPECT_EQ(Loader()->LoadOrvaneTemplate(Path("MAIN.xsl"), "other"), kept);
   EXPECT_EQ(Output(), "one");
-  ahead_ = 0;
+  ahead_ = std::chrono::seconds(0);
   WriteSheet("part.xsl", "two");
   EXPECT_EQ(Output(), "two");
   WriteSheet("part.xsl", "six");

@@ -14,7 +14,20 @@ TEST(DistinguishedNameTest, CaseAndBlanksAroundSeparatorsDoNotCount) {
 }
 
 TEST(DistinguishedNameTest, AnEscapedSeparatorBelongsToItsValue) {
-  EXPECT_EQ(NormalName("cn=Doe\\, Jane,dc=x"), "cn=doe\\, jane,dc=x");
+  EXPECT_EQ(NormalName("cn=Doe\\, Jane,dc=x"), NormalName("CN=\"doe, jane\" , DC=X"));
+  EXPECT_NE(NormalName("cn=Doe\\, Jane,dc=x"), NormalName("cn=Doe, Jane,dc=x"));
+  EXPECT_FALSE(LiesBelow("cn=Doe\\,dc=x", "dc=x"));
+}
+
+TEST(DistinguishedNameTest, EscapedAndPlainSpellingsOfAValueAreOne) {
+  EXPECT_EQ(NormalName("cn=M\\C3\\BCller"), NormalName("cn=M\xC3\xBCller"));
+  EXPECT_EQ(NormalName("ou=a\\2Cb,dc=x"), NormalName("ou=a\\,b,dc=x"));
+}
+
+TEST(DistinguishedNameTest, ATextThatIsNoNameIsItself) {
+  EXPECT_EQ(NormalName(" Orvane "), "orvane");
+  EXPECT_EQ(NormalName(","), ",");
+  EXPECT_FALSE(LiesBelow("orvane", "dc=x"));
 }
 
 TEST(DistinguishedNameTest, ANameLiesBelowItselfItsParentsAndAnEmptyRoot) {

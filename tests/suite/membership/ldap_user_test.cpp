@@ -64,7 +64,8 @@ TEST_F(LdapUserTest, AnIdIsNeverAPattern) {
   EXPECT_EQ(Failure(VnMembership::kUnknownUser, ""), "The directory knows no user ");
   EXPECT_EQ(Bind("odd(*)\\")->LastName(), "Odd");
   EXPECT_EQ(VnMembership::FilterValue(std::string_view("a*(b)\\\0\n\xC3\xBC", 10)),
-            "a\\2a\\28b\\29\\5c\\00\\0a\xC3\xBC");
+            "a\\2A\\28b\\29\\5C\\00\\0A\\C3\\BC");
+  EXPECT_EQ(VnMembership::FilterValue(""), "");
 }
 
 TEST_F(LdapUserTest, TwoPeopleWithOneIdAreNobody) {
