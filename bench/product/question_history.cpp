@@ -4,7 +4,7 @@
 
 #include "jobs/solve/solve_on_no_response.hpp"
 #include "platform/automation/runtime.hpp"
-#include "tests/support/fake_directory.hpp"
+#include "tests/doubles/fake_directory.hpp"
 
 namespace orvane_test {
 

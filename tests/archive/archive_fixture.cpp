@@ -5,7 +5,6 @@
 #include <sstream>
 #include <thread>
 
-#include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/sql_conversion.hpp"
 #include "platform/adodb/connection.hpp"
 #include "platform/adodb/recordset.hpp"
@@ -21,73 +20,14 @@ namespace {
 
 using automation::ClassTable;
 
-// One disk: existence is asked of the archive folder, everything else is only remembered.
-class FakeFileHandling : public OrvCommonMTS::FileHandling {
- public:
-  FakeFileHandling(std::shared_ptr<FileHandlingState> state, std::filesystem::path archives)
-      : state_(std::move(state)), archives_(std::move(archives)) {}
-
-  bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
-    std::string list;
-    for (const automation::Variant& kind : kinds)
-      list += (list.empty() ? "" : ",") + automation::ToText(kind);
-    Call("FileExists(" + std::string(name) + ",[" + list + "])");
-    const bool exists = std::filesystem::exists(archives_ / name);
-    if (state_->onFileExists) state_->onFileExists(std::string(name));
-    return exists;
-  }
-  void SetInUse(std::string_view name, std::int16_t state) override {
-    Call("SetInUse(" + std::string(name) + "," + std::to_string(state) + ")");
-    if (state != 0) {
-      state_->marked.emplace(name);
-    } else {
-      state_->marked.erase(std::string(name));
-    }
-  }
-  void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath,
-                 OrvCommonMTS::FolderKind kind, std::int16_t mode) override {
-    Call("FetchFile(" + std::string(ftpPath) + "," + std::string(name) + "," + std::string(fullPath) + "," +
-         std::to_string(static_cast<int>(kind)) + "," + std::to_string(mode) + ")");
-    if (state_->onFetch) state_->onFetch(std::string(name));
-  }
-  bool IsInUse(std::string_view name) override {
-    Call("IsInUse(" + std::string(name) + ")");
-    return state_->inUse;
-  }
-  void StoreFile(std::string_view fullPath, OrvCommonMTS::FolderKind kind) override {
-    Call("StoreFile(" + std::string(fullPath) + "," + std::to_string(static_cast<int>(kind)) + ")");
-    if (state_->onStore) state_->onStore(std::string(fullPath));
-  }
-  automation::Variant DeleteAgedFiles(std::string_view, std::int32_t, OrvCommonMTS::FolderKind) override {
-    return Unexpected();
-  }
-  automation::Variant DeleteListedItems(std::string_view, const automation::Variant&,
-                                        OrvCommonMTS::FolderKind) override {
-    return Unexpected();
-  }
-
- private:
-  void Call(std::string call) {
-    const bool fails = !state_->failingMember.empty() && call.rfind(state_->failingMember, 0) == 0;
-    state_->calls.push_back(std::move(call));
-    if (fails) throw automation::Error(-2147467259, "OrvCommonMTS.FileHandling", "not reachable");
-  }
-  static automation::Variant Unexpected() {
-    throw std::logic_error("the archive job never deletes shared files");
-  }
-
-  std::shared_ptr<FileHandlingState> state_;
-  std::filesystem::path archives_;
-};
-
 // What the tests of the job replace by nothing else: dictionaries, conversion of texts, the directory's
 // people and a file-handling component that remembers.
-std::shared_ptr<Directory> RegisterSurroundings(ClassTable& classes, std::shared_ptr<FileHandlingState> state,
+std::shared_ptr<Directory> RegisterSurroundings(ClassTable& classes,
+                                                const std::shared_ptr<FileHandlingState>& state,
                                                 const std::filesystem::path& archives) {
   Scripting::RegisterDictionary(classes);
-  classes.Register(OrvCommonMTS::kFileHandlingProgId, [state = std::move(state), archives] {
-    return std::make_shared<FakeFileHandling>(state, archives);
-  });
+  state->folder = archives;
+  RegisterFakeFileHandling(classes, state);
   OrvCommon::RegisterSqlConversion(classes);
   auto directory = RegisterFakeDirectory(classes);
   for (const char* person : {"jdoe", "zoe", "ann"}) directory->people[person] = {};

@@ -13,25 +13,16 @@
 
 #include "jobs/archive/archive.hpp"
 #include "platform/msxml2/dom_document.hpp"
-#include "tests/archive/faulty_files.hpp"
+#include "tests/doubles/fake_directory.hpp"
+#include "tests/doubles/fake_file_handling.hpp"
+#include "tests/doubles/faulty_files.hpp"
+#include "tests/doubles/watched_adodb.hpp"
 #include "tests/support/archive_files.hpp"
-#include "tests/support/fake_directory.hpp"
 #include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
-#include "tests/support/watched_adodb.hpp"
 
 namespace orvane_test {
-
-struct FileHandlingState {
-  std::vector<std::string> calls;  // member and arguments, in order
-  bool inUse = false;
-  std::string failingMember;                                  // this member raises
-  std::set<std::string> marked;                               // by SetInUse
-  std::function<void(const std::string& name)> onFileExists;  // after the answer is known
-  std::function<void(const std::string& path)> onStore;
-  std::function<void(const std::string& name)> onFetch;
-};
 
 struct ArchiveSuite {
   ArchiveSuite();

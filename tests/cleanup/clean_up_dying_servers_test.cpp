@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "jobs/cleanup/clean_up.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/servers/dying_server.hpp"
 #include "tests/servers/server_environment.hpp"
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "components/registration/register_jobs.hpp"
-#include "platform/scripting/memory/registration.hpp"
 
 namespace orvane_test {
 namespace {
@@ -20,8 +19,7 @@ std::string Quoted(std::string_view text) {
 
 CleanUpTest::CleanUpTest() {
   OrvaneProcess::RegisterJobs(environment_.runtime.classes);
-  Scripting::memory::RegisterClasses(environment_.runtime.classes, disk_);
-  farm_ = RegisterFakeFileHandling(environment_.runtime.classes);
+  RegisterFakeFileHandling(environment_.runtime.classes, farm_);
   disk_->AddFolder("/suite/home/Data");
   // Made by hand, not by the product: only the columns that the job uses are known to be there.
   for (const char* table :

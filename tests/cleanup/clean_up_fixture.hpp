@@ -1,5 +1,4 @@
-// A suite around one clean-up run: a real SQLite database, a file tree in memory, a log and a file-handling
-// component that remember, and a clock that stands still at 26 July 2004, 09:05:03.
+// A suite around one clean-up run, with a file-handling component that remembers.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,13 +10,12 @@
 #include <vector>
 
 #include "jobs/cleanup/clean_up.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
-#include "tests/cleanup/fake_file_handling.hpp"
-#include "tests/support/database_environment.hpp"
+#include "tests/doubles/fake_file_handling.hpp"
+#include "tests/support/run_test.hpp"
 
 namespace orvane_test {
 
-class CleanUpTest : public testing::Test {
+class CleanUpTest : public RunTest {
  protected:
   static constexpr std::string_view kRunLog = "/suite/OrvLog/OrvCleanUpSvc_log_2004_7_26.txt";
   static constexpr std::string_view kStartBanner =
@@ -61,9 +59,7 @@ class CleanUpTest : public testing::Test {
   // The statements that changed something, in order.
   const std::vector<std::string>& Executed() const { return environment_.adodb->executed; }
 
-  DatabaseEnvironment environment_;
-  Scripting::memory::MemoryDiskPtr disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
-  std::shared_ptr<FileHandlingCalls> farm_;
+  std::shared_ptr<FileHandlingState> farm_ = std::make_shared<FileHandlingState>();
 };
 
 // What every sweep that tests ages reports under its source.

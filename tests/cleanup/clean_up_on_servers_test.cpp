@@ -9,7 +9,7 @@
 #include "jobs/cleanup/clean_up.hpp"
 #include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/test_runtime.hpp"
 

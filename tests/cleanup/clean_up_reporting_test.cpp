@@ -1,6 +1,6 @@
 // What reaches the suite's error log, and what a failing log does to the job.
-#include "components/interfaces/log.hpp"
 #include "tests/cleanup/clean_up_fixture.hpp"
+#include "tests/doubles/broken_log.hpp"
 
 namespace orvane_test {
 namespace {
@@ -9,22 +9,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 class CleanUpReportingTest : public CleanUpTest {};
-
-// A log that raises from its nth entry on.
-class FailingLog : public Vantrel::Log {
- public:
-  FailingLog(std::shared_ptr<std::vector<LogEntry>> entries, std::size_t failsFrom)
-      : entries_(std::move(entries)), failsFrom_(failsFrom) {}
-  void WriteLogEntry(std::string_view errorSource, std::string_view message, std::int32_t code,
-                     automation::Variant&) override {
-    entries_->push_back({std::string(errorSource), std::string(message), code});
-    if (entries_->size() >= failsFrom_) throw automation::Error(8000, "Vantrel.Log", "log is full");
-  }
-
- private:
-  std::shared_ptr<std::vector<LogEntry>> entries_;
-  std::size_t failsFrom_;
-};
 
 TEST_F(CleanUpReportingTest, AHeldFileGivesTheMessageThatOperatorsKnow) {
   AddFile("DispatchFiles/a");
@@ -97,7 +81,7 @@ TEST_F(CleanUpReportingTest, AContextThatCannotMakeTheLogEndsTheJob) {
 
 TEST_F(CleanUpReportingTest, WithoutALogTheFirstErrorEndsTheWholeJob) {
   auto entries = std::make_shared<std::vector<LogEntry>>();
-  environment_.logFactory = [entries] { return std::make_shared<FailingLog>(entries, 1); };
+  environment_.logFactory = [entries] { return std::make_shared<BrokenLog>(entries); };
   AddFile("ANALYSIS/a");
   AddFile("HTML/a.htm");
   Run();
@@ -111,21 +95,20 @@ TEST_F(CleanUpReportingTest, WithoutALogTheFirstErrorEndsTheWholeJob) {
       *entries,
       ElementsAre(LogEntry{"OrvaneProcess", ObjectRequired("ORVProcess.cleanup.DeleteAnalysisFiles"), 0},
                   LogEntry{"Vantrel.Log",
-                           "OrvProcess.cleanup.CleanupFilesandRecords caught: log is full (8000). Additional "
-                           "information: log is full",
+                           "OrvProcess.cleanup.CleanupFilesandRecords caught: Disk full (61). Additional "
+                           "information: Disk full",
                            0},
-                  LogEntry{"Vantrel.Log", "Orvane.Cleanup.StartRun caught: log is full (8000).", 0}));
+                  LogEntry{"Vantrel.Log", "Orvane.Cleanup.StartRun caught: Disk full (61).", 0}));
 }
 
 TEST_F(CleanUpReportingTest, ALogThatFailsInsideTheNestedChatSweepPassesThroughBothReports) {
   auto entries = std::make_shared<std::vector<LogEntry>>();
-  environment_.logFactory = [entries] { return std::make_shared<FailingLog>(entries, 1); };
+  environment_.logFactory = [entries] { return std::make_shared<BrokenLog>(entries); };
   AddFile("CHAT/a");
   Run();
   ASSERT_EQ(entries->size(), 4u);
-  EXPECT_EQ(
-      (*entries)[1].message,
-      "Orvprocess.cleanup.DeleteChatSession caught: log is full (8000). Additional information: log is full");
+  EXPECT_EQ((*entries)[1].message,
+            "Orvprocess.cleanup.DeleteChatSession caught: Disk full (61). Additional information: Disk full");
 }
 
 TEST_F(CleanUpReportingTest, ALogThatCannotBeCreatedEndsTheJobInTheSameWay) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_directory.hpp"
+#include "tests/doubles/fake_directory.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace OrvaneUtilities {

@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "tests/doubles/broken_log.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace OrvaneUtilities {
@@ -23,13 +24,6 @@ void WhileHandling(const Raised& error, const Report& report) {
     report();
   }
 }
-
-class BrokenLog : public Vantrel::Log {
- public:
-  void WriteLogEntry(std::string_view, std::string_view, std::int32_t, automation::Variant&) override {
-    throw Error(ErrorNumber::DiskFull, "Vantrel.Log");
-  }
-};
 
 class ErrorReportingTest : public testing::Test {
  protected:
@@ -131,7 +125,7 @@ TEST_F(ErrorReportingTest, LogIsCreatedThroughTheObjectContextInsideOne) {
 class BrokenLogTest : public testing::Test {
  protected:
   BrokenLogTest() : scope_(runtime_) {
-    runtime_.classes.Register("Vantrel.Log", [] { return std::make_shared<BrokenLog>(); });
+    runtime_.classes.Register("Vantrel.Log", [] { return std::make_shared<orvane_test::BrokenLog>(); });
   }
 
   automation::Runtime runtime_;

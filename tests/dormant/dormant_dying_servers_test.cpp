@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "jobs/dormant/dormant_user_expiry.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/servers/dying_server.hpp"
 #include "tests/servers/server_environment.hpp"
 

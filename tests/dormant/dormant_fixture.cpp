@@ -1,13 +1,10 @@
 #include "tests/dormant/dormant_fixture.hpp"
 
 #include "platform/automation/error.hpp"
-#include "platform/scripting/memory/registration.hpp"
 
 namespace orvane_test {
 
-DormantUserExpiryTest::DormantUserExpiryTest(bool wal) : environment_(wal) {
-  Scripting::memory::RegisterClasses(environment_.runtime.classes, disk_);
-  disk_->AddFolder("/suite/home");
+DormantUserExpiryTest::DormantUserExpiryTest(bool wal) : RunTest(wal) {
   // Made by hand, not by the product: only the columns that the job uses are known to be there.
   database_.Run("CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(255) PRIMARY KEY, PARAM_VALUE VARCHAR(255))");
   database_.Run(

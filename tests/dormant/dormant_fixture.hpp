@@ -1,22 +1,17 @@
-// A suite around one dormant user expiry: a real SQLite database, a file tree in memory, a clock that stands
-// still at 26 July 2004, 09:05:03.
+// A suite around one dormant user expiry.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "jobs/dormant/dormant_user_expiry.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
-#include "tests/support/database_environment.hpp"
+#include "tests/support/run_test.hpp"
 
 namespace orvane_test {
 
-class DormantUserExpiryTest : public testing::Test {
+class DormantUserExpiryTest : public RunTest {
  protected:
   static constexpr std::string_view kLogFile = "/suite/OrvLog/OrvDormantUserExpirySvc_log_2004_7_26.txt";
   static constexpr std::string_view kStartBanner =
@@ -41,10 +36,6 @@ class DormantUserExpiryTest : public testing::Test {
   // Runs ExpireDormantUsers; the number of the error it raises, 0 for none.
   std::int32_t Expire();
 
-  DatabaseEnvironment environment_;
-  SqliteDatabase& database_ = environment_.database;
-  AdodbJournal* adodb_ = environment_.adodb.get();
-  Scripting::memory::MemoryDiskPtr disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
   OrvaneProcess::DormantUserExpiry job_;
 };
 

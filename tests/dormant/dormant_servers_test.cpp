@@ -3,7 +3,7 @@
 
 #include "jobs/dormant/dormant_user_expiry.hpp"
 #include "platform/automation/error.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/servers/server_environment.hpp"
 
 namespace orvane_test {

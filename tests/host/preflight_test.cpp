@@ -7,7 +7,7 @@
 #include "components/interfaces/user.hpp"
 #include "components/registration/register_jobs.hpp"
 #include "platform/automation/error.hpp"
-#include "tests/support/fake_directory.hpp"
+#include "tests/doubles/fake_directory.hpp"
 #include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 

@@ -1,11 +1,11 @@
 // The switches of the tree in memory; what it shares with the real one is in the conformance tests.
-#include "platform/scripting/memory/memory_disk.hpp"
+#include "tests/doubles/memory/memory_disk.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/scripting/file_system_object.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 

@@ -1,5 +1,5 @@
-#include "platform/scripting/memory/file_system_object.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
+#include "tests/doubles/memory/file_system_object.hpp"
+#include "tests/doubles/memory/memory_disk.hpp"
 #include "tests/scripting/file_system_machine.hpp"
 
 namespace orvane_test {

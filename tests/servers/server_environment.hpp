@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/doubles/watched_adodb.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/support/test_runtime.hpp"
-#include "tests/support/watched_adodb.hpp"
 
 namespace orvane_test {
 

@@ -13,7 +13,6 @@
 #include "tests/servers/dying_server.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/solve/whole_suite.hpp"
-#include "tests/support/faulty_provider.hpp"
 
 namespace orvane_test {
 namespace {

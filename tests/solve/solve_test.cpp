@@ -1,8 +1,6 @@
 #include "tests/solve/solve_test.hpp"
 
-#include "platform/adodb/registration.hpp"
 #include "platform/msxml2/registration.hpp"
-#include "platform/scripting/memory/registration.hpp"
 
 namespace orvane_test {
 namespace {
@@ -22,20 +20,14 @@ std::string QuotedOrNull(const std::string& text) {
 
 }  // namespace
 
-SolveTest::SolveTest() : database_(folder_.Path() / "orvane.sqlite") {
+SolveTest::SolveTest() {
   database_.MakeSuiteTables();
-
-  auto actual = std::make_shared<automation::ClassTable>();
-  ADODB::RegisterClasses(*actual, TestProviders(folder_.Path()));
   automation::ClassTable& classes = environment_.runtime.classes;
-  adodb_ = RegisterWatchedAdodb(classes, std::move(actual));
-  environment_.configuration->connectionStrings[{"Orvane", "Orvane"}] = database_.ConnectionString();
   environment_.configuration->values = {{{"MEMBERSHIP", "MemScriptUser"}, "cn=orvane"},
                                         {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
                                         {{"MEMBERSHIP", "LDAPRoot"}, ""},
                                         {{"COMMONPARAMETERS", "DEFAULTLANGUAGE"}, "1033"}};
   MSXML2::RegisterClasses(classes);
-  Scripting::memory::RegisterClasses(classes, disk_);
   disk_->AddFolder("/suite/home/Data/HTML");
   directory_ = RegisterFakeDirectory(classes);
   RegisterSuiteDoubles(classes, suite_);

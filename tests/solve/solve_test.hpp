@@ -1,23 +1,17 @@
-// A suite of a test's own: a SQLite database with the suite's tables, files in memory, recording components.
+// A suite around one run, with the suite's tables and recording components.
 //
-// The clock stands at 26 July 2004, 09:05:03. Conclusion_Time is 72 hours, Reminder_Time 24; there is no ERP.
+// Conclusion_Time is 72 hours, Reminder_Time 24; there is no ERP.
 // Customer "anna" (English) has question 26; mail 8 and mail 10 are plain-text templates.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "jobs/solve/solve_on_no_response.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
-#include "tests/solve/suite_doubles.hpp"
-#include "tests/support/fake_directory.hpp"
-#include "tests/support/sqlite_database.hpp"
-#include "tests/support/temporary_folder.hpp"
-#include "tests/support/test_runtime.hpp"
-#include "tests/support/watched_adodb.hpp"
+#include "tests/doubles/fake_directory.hpp"
+#include "tests/doubles/suite_doubles.hpp"
+#include "tests/support/run_test.hpp"
 
 namespace orvane_test {
 
@@ -28,7 +22,7 @@ class OpenJob : public OrvaneProcess::SolveOnNoResponseJob {
   friend class SolveOnNoResponsePeer;
 };
 
-class SolveTest : public testing::Test {
+class SolveTest : public RunTest {
  protected:
   SolveTest();
 
@@ -46,12 +40,7 @@ class SolveTest : public testing::Test {
   std::string Row(const std::string& sql);  // of a statement that yields one row
   Texts Log() const;                        // the messages of the error log
 
-  TemporaryFolder folder_;
-  SqliteDatabase database_;
-  TestRuntime environment_;
   std::shared_ptr<SuiteDoubles> suite_ = std::make_shared<SuiteDoubles>();
-  std::shared_ptr<Scripting::memory::MemoryDisk> disk_ = std::make_shared<Scripting::memory::MemoryDisk>();
-  std::shared_ptr<AdodbJournal> adodb_;
   std::shared_ptr<Directory> directory_;
   OpenJob job_;
 };

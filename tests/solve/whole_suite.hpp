@@ -18,8 +18,8 @@
 #include "platform/automation/class_table.hpp"
 #include "platform/base/created_files.hpp"
 #include "platform/cdo/registration.hpp"
-#include "tests/solve/suite_doubles.hpp"
-#include "tests/support/fake_directory.hpp"
+#include "tests/doubles/fake_directory.hpp"
+#include "tests/doubles/suite_doubles.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 

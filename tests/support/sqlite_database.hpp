@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/faulty_provider.hpp"
+#include "tests/doubles/faulty_provider.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 

@@ -19,7 +19,7 @@
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
 #include "tests/adodb/conformance/engine_under_test.hpp"
-#include "tests/support/faulty_provider.hpp"
+#include "tests/doubles/faulty_provider.hpp"
 #include "tests/support/raised_error.hpp"
 #include "tests/support/test_runtime.hpp"
 

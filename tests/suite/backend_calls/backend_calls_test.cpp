@@ -5,7 +5,7 @@
 #include <string>
 
 #include "components/interfaces/backend_calls.hpp"
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 

@@ -1,4 +1,4 @@
-#include "platform/scripting/memory/memory_disk.hpp"
+#include "tests/doubles/memory/memory_disk.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -97,8 +97,8 @@ MemoryDisk::Position MemoryDisk::Locate(std::string_view path) const {
     if (parent->barred) Raise(ErrorNumber::PermissionDenied);
     position.node = Child(*parent, *part);
     const bool exact = position.node && position.node->name == *part;
-    if (!exact && HoldsControl(*part)) RefuseControls(path);
-    if (!position.node && std::any_of(part, parts.end(), HoldsControl)) RefuseControls(path);
+    if (!exact && base::HasControl(*part)) RefuseControls(path);
+    if (!position.node && std::any_of(part, parts.end(), base::HasControl)) RefuseControls(path);
     position.parent = parent;
     position.name = position.node ? position.node->name : *part;
     position.shown += "\\" + position.name;

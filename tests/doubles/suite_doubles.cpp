@@ -1,4 +1,4 @@
-#include "tests/solve/suite_doubles.hpp"
+#include "tests/doubles/suite_doubles.hpp"
 
 #include <string_view>
 

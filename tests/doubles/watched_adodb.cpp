@@ -1,4 +1,4 @@
-#include "tests/support/watched_adodb.hpp"
+#include "tests/doubles/watched_adodb.hpp"
 
 #include <map>
 #include <utility>

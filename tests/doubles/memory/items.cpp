@@ -1,4 +1,4 @@
-#include "platform/scripting/memory/items.hpp"
+#include "tests/doubles/memory/items.hpp"
 
 #include <memory>
 #include <utility>

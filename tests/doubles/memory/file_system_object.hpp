@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/scripting/file_system_object.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
+#include "tests/doubles/memory/memory_disk.hpp"
 
 namespace Scripting::memory {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/automation/class_table.hpp"
-#include "platform/scripting/memory/memory_disk.hpp"
+#include "tests/doubles/memory/memory_disk.hpp"
 
 namespace Scripting::memory {
 

@@ -1,10 +1,10 @@
-#include "platform/scripting/memory/file_system_object.hpp"
+#include "tests/doubles/memory/file_system_object.hpp"
 
 #include <memory>
 
 #include "platform/automation/runtime.hpp"
-#include "platform/scripting/memory/items.hpp"
 #include "platform/scripting/path_text.hpp"
+#include "tests/doubles/memory/items.hpp"
 
 namespace Scripting::memory {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/support/faulty_provider.hpp"
+#include "tests/doubles/faulty_provider.hpp"
 
 #include <algorithm>
 #include <utility>

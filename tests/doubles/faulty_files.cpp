@@ -1,4 +1,4 @@
-#include "tests/archive/faulty_files.hpp"
+#include "tests/doubles/faulty_files.hpp"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "tests/support/fake_directory.hpp"
+#include "tests/doubles/fake_directory.hpp"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
-#include "platform/scripting/memory/registration.hpp"
+#include "tests/doubles/memory/registration.hpp"
 
 #include <memory>
 
 #include "platform/scripting/dictionary/registration.hpp"
-#include "platform/scripting/memory/file_system_object.hpp"
+#include "tests/doubles/memory/file_system_object.hpp"
 
 namespace Scripting::memory {
 
