@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/adodb/odbc/provider.hpp"
+#include "tests/doubles/faulty_provider.hpp"
 #include "tests/servers/dying_server.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/solve/whole_suite.hpp"
