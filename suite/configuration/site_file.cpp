@@ -133,6 +133,10 @@ class SiteFileReader {
   SiteFile result_;
 };
 
+SiteFile SiteFile::Parse(std::string_view content, const std::filesystem::path& file) {
+  return SiteFileReader(file).Read(content);
+}
+
 SiteFile SiteFile::Read(const std::filesystem::path& file) {
   return *RereadSiteFile().Read(file);
 }
@@ -152,7 +156,7 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
     if (error.code() == std::errc::invalid_argument) fail("is no ordinary file");
     fail("cannot be read: " + error.code().message());
   }
-  if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFileReader(file).Read(bytes_.Content()));
+  if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFile::Parse(bytes_.Content(), file));
   return parsed_;
 }
 

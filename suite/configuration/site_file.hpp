@@ -33,6 +33,8 @@ class SiteFile {
   // is one, and what was expected there. Nothing outside the file is read: no network, no entities, no
   // document type.
   static SiteFile Read(const std::filesystem::path& file);
+  // The same for content that was read from `file`.
+  static SiteFile Parse(std::string_view content, const std::filesystem::path& file);
 
   // The connection string of a connection of a product, or the value of a key in a section, blanks around it
   // dropped. Names are compared exactly. Raises kMissingValue, naming the file and the names asked for.

@@ -20,7 +20,9 @@ struct FreeText {
 
 std::string NormalName(std::string_view dn) {
   LDAPDN parsed = nullptr;
-  if (ldap_str2dn(std::string(dn).c_str(), &parsed, LDAP_DN_FORMAT_LDAP) != LDAP_SUCCESS) {
+  // libldap would take a NUL for the end.
+  const bool readable = dn.find('\0') == std::string_view::npos;
+  if (!readable || ldap_str2dn(std::string(dn).c_str(), &parsed, LDAP_DN_FORMAT_LDAP) != LDAP_SUCCESS) {
     return base::ToAsciiLower(base::Trimmed(dn));
   }
   const std::unique_ptr<LDAPRDN, FreeName> owner(parsed);

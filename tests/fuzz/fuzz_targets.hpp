@@ -1,7 +1,6 @@
-// The parsers that this system owns, each as a function that eats any bytes.
+// The parsers that this system owns, each as a function that takes any bytes.
 //
-// Built with clang they are libFuzzer programs (target fuzz_NAME); everywhere a test replays a handful of
-// inputs.
+// Built with clang they are libFuzzer programs (target fuzz_NAME); everywhere a test replays a corpus.
 #pragma once
 
 #include <string_view>
@@ -14,5 +13,10 @@ void SqlText(std::string_view bytes);
 void ConnectionString(std::string_view bytes);
 void Criterion(std::string_view bytes);
 void MailAddresses(std::string_view bytes);
+void Ldif(std::string_view bytes);
+void DistinguishedName(std::string_view bytes);
+void SiteConfiguration(std::string_view bytes);
+void FtpListing(std::string_view bytes);
+void FtpAddress(std::string_view bytes);
 
 }  // namespace orvane_fuzz

@@ -1,3 +1,4 @@
+// One libFuzzer program: ORVANE_FUZZ_TARGET is the function that it calls.
 #include <cstddef>
 #include <cstdint>
 
@@ -5,6 +6,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const void* bytes = data;
-  orvane_fuzz::ConnectionString({static_cast<const char*>(bytes), size});
+  orvane_fuzz::ORVANE_FUZZ_TARGET({static_cast<const char*>(bytes), size});
   return 0;
 }
