@@ -27,7 +27,7 @@ ADODB::ConnectionPtr OpenConfiguredConnection(std::string_view product, std::str
   }
 }
 
-// Closes an open object. On an error path the error being handled is the one to be told: a failure to close
+// Closes an open object. On an error path the error being handled is the one to report: a failure to close
 // on top of it is dropped.
 template <class Closable>
 void CloseIfOpen(const std::shared_ptr<Closable>& object, std::string_view errorSource) {

@@ -22,11 +22,11 @@ void LogError(std::string_view source, const std::optional<std::string>& informa
 [[noreturn]] void ReportError(std::string_view source,
                               const std::optional<std::string>& information = std::nullopt);
 
-// As LogError with one blank before the "(": the form of the procedures that report and end quietly.
+// As LogError with one space before the "(": the form of the procedures that report and end quietly.
 void ReportHandledError(std::string_view source,
                         const std::optional<std::string>& information = std::nullopt);
 
-// The texts of the reporters: LogError's, and the one with the blank.
+// The texts of the reporters: LogError's, and the one with the space.
 std::string LogErrorText(std::string_view source, const automation::Error& error,
                          const std::optional<std::string>& information);
 std::string HandledErrorText(std::string_view source, const automation::Error& error,

@@ -1,4 +1,4 @@
-// OrvaneUtilities: the parts of the job run logs that all jobs share. Each job holds its own writer.
+// OrvaneUtilities: what the run logs of all jobs share. Each job has its own writer.
 #pragma once
 
 #include <string>

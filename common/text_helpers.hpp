@@ -12,7 +12,7 @@ namespace OrvaneUtilities {
 // A decimal number in at least two digits.
 std::string TwoDigits(int number);
 
-// The current local date in the locale's short form with "-" between its parts, a blank, and hh:mm:ss.
+// The current local date in the locale's short form with "-" between its parts, a space, and hh:mm:ss.
 std::string GetTimestampText();
 
 // The locale's date separator; empty when the locale cannot be asked.

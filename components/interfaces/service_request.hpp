@@ -36,13 +36,13 @@ class Prospect : public automation::Object {
   virtual std::string GetContactInfo(std::string_view emailAddress) = 0;
 };
 
-// Told when a prospect's question was concluded.
+// Notified when a prospect's question was concluded.
 class ProspectState : public automation::Object {
  public:
   virtual void QuestionConcluded(std::string_view emailAddress, std::string_view comment, bool concluded) = 0;
 };
 
-// Told when a question was concluded.
+// Notified when a question was concluded.
 class QuestionState : public automation::Object {
  public:
   virtual void Concluded(std::int32_t questionId) = 0;

@@ -1,4 +1,4 @@
-// How the jobs' run logs read, for whoever tells by them how a run went.
+// The format of the jobs' run logs, for programs that read from them how a run ended.
 #pragma once
 
 #include <string_view>
@@ -16,10 +16,10 @@ struct JobLog {
   std::string_view stopText;
   std::string_view separator;
 
-  // Whether a line's message tells of a failure; null for a job that writes of none.
+  // Whether a line's message reports a failure; null for a job whose run log has no such lines.
   bool (*tellsFailure)(std::string_view message);
-  // Entries in the error log that are part of every run, and those that come back until somebody sets right
-  // what they speak of; null for a job without such ones.
+  // Entries in the error log that every run makes, and those that recur until an operator acts; null for a
+  // job without such entries.
   bool (*isKnownEntry)(std::string_view entry);
   bool (*needsHands)(std::string_view entry);
 };

@@ -44,7 +44,7 @@ void CleanUp::Run() {
     StartRun();
   } catch (...) {
     // The service host must outlive whatever happens to one run; what can be reported has been.
-    automation::TellSwallowed();
+    automation::ReportSwallowed();
   }
 }
 

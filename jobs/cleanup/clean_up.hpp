@@ -2,7 +2,7 @@
 //
 // One object serves one run. The sweeps follow each other in a fixed order; a failure inside one is written
 // to the suite's error log and ends that sweep only. Sources, log texts and statements stand beside the
-// procedure that uses them, letter for letter as operators and databases know them.
+// procedure that uses them, exactly as operators and databases know them.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ namespace OrvaneProcess {
 
 class CleanUp : public Job {
  public:
-  // Renders the time of a file or folder; RenderItemTime, which fails at every call, unless a caller that
-  // wants to see the comparison rules at work brings a rendering of its own.
+  // Renders the time of a file or folder. The default, RenderItemTime, raises at every call; another one
+  // shows the comparison rules at work.
   using TimeRendering = std::function<automation::Variant(automation::DateTime)>;
   explicit CleanUp(TimeRendering renderItemTime = RenderItemTime);
 

@@ -1,4 +1,4 @@
-// What the clean-up job tells its operators: failures in the suite's error log, start and stop in its run
+// What the clean-up job reports to operators: failures in the suite's error log, start and stop in its run
 // log.
 #include "common/connections.hpp"
 #include "common/error_reporting.hpp"

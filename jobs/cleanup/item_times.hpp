@@ -9,7 +9,7 @@
 
 namespace OrvaneProcess {
 
-// The locale's short date with "-" between its parts, a blank and hh:mm:ss.
+// The locale's short date with "-" between its parts, a space and hh:mm:ss.
 std::string ItemTimeText(automation::DateTime value);
 
 // Builds that text and then assigns it to the default property of the current timestamp, as if that were an

@@ -1,5 +1,5 @@
-// The lines of the job's run log that tell how a run went, and where they stand; and which of its entries in
-// the error log are nothing new.
+// The run log's file prefix, the lines from which a program reads how a run ended, and which of the job's
+// entries in the error log need no attention.
 #pragma once
 
 #include <string_view>

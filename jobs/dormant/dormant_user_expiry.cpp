@@ -47,7 +47,7 @@ void DormantUserExpiry::Run() {
   try {
     RunExpiry();
   } catch (...) {
-    automation::TellSwallowed();
+    automation::ReportSwallowed();
   }
 }
 
@@ -56,7 +56,7 @@ void DormantUserExpiry::RunExpiry() {
     ExpireDormantUsers();
   } catch (...) {
     // The host never sees a failure: the start banner without its stop line is what tells of it.
-    automation::TellSwallowed();
+    automation::ReportSwallowed();
   }
 }
 

@@ -1,4 +1,4 @@
-// The lines of the job's run log that tell how a run went, and where they stand.
+// The run log's file prefix, and the lines from which a program reads how a run ended.
 #pragma once
 
 #include <string_view>

@@ -5,7 +5,7 @@
 
 namespace automation {
 
-// A few characters, in lower case, tell ProgIDs apart well enough: jobs create some hundred objects for a
+// A few characters, in lower case, distinguish ProgIDs well enough: jobs create some hundred objects for a
 // mail.
 std::size_t ClassTable::Hash(std::string_view progId) {
   std::size_t hash = progId.size();

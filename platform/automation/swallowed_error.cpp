@@ -9,18 +9,18 @@ thread_local SwallowedErrors* innermost = nullptr;
 
 }  // namespace
 
-SwallowedErrors::SwallowedErrors(std::function<void(const Error&)> hear)
-    : hear_(std::move(hear)), outer_(std::exchange(innermost, this)) {}
+SwallowedErrors::SwallowedErrors(std::function<void(const Error&)> notify)
+    : notify_(std::move(notify)), outer_(std::exchange(innermost, this)) {}
 
 SwallowedErrors::~SwallowedErrors() {
   innermost = outer_;
 }
 
-void TellSwallowed() noexcept {
+void ReportSwallowed() noexcept {
   try {
-    if (innermost != nullptr) innermost->hear_(PendingError());
+    if (innermost != nullptr) innermost->notify_(PendingError());
   } catch (...) {
-    // Nobody is left to tell.
+    // Nobody is left to notify.
   }
 }
 

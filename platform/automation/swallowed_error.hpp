@@ -1,4 +1,4 @@
-// Errors that an entry point keeps from its caller, told to whoever called it nevertheless.
+// Errors that an entry point does not pass to its caller, for whoever wants to know them all the same.
 #pragma once
 
 #include <functional>
@@ -7,23 +7,23 @@
 
 namespace automation {
 
-// While it lives, `hear` is called for the errors that this thread tells of. Scopes nest; the innermost
-// hears.
+// While it lives, `notify` is called for each error that this thread reports as swallowed. Scopes nest; the
+// innermost is called.
 class SwallowedErrors {
  public:
-  explicit SwallowedErrors(std::function<void(const Error&)> hear);
+  explicit SwallowedErrors(std::function<void(const Error&)> notify);
   ~SwallowedErrors();
   SwallowedErrors(const SwallowedErrors&) = delete;
   SwallowedErrors& operator=(const SwallowedErrors&) = delete;
 
  private:
-  friend void TellSwallowed() noexcept;
-  const std::function<void(const Error&)> hear_;
+  friend void ReportSwallowed() noexcept;
+  const std::function<void(const Error&)> notify_;
   SwallowedErrors* const outer_;
 };
 
-// Tells of the error being handled: for the last trap of an entry point that returns normally whatever
-// happens. Without a scope nobody hears it.
-void TellSwallowed() noexcept;
+// Reports the error being handled, from the last trap of an entry point that returns normally whatever
+// happens. Does nothing without a scope.
+void ReportSwallowed() noexcept;
 
 }  // namespace automation

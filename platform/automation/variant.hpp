@@ -47,7 +47,7 @@ class Variant {
 
   static Variant Null() { return Variant(NullValue{}); }
 
-  // Becomes the text, in the memory of the text that it held before where it can.
+  // Assigns a text, reusing the memory of a text that it holds.
   void SetText(std::string_view text) {
     if (auto* held = std::get_if<std::string>(&value_)) {
       held->assign(text);

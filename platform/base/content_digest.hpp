@@ -1,4 +1,4 @@
-// What tells one content from another without keeping it.
+// A digest by which contents are compared without keeping them.
 #pragma once
 
 #include <algorithm>

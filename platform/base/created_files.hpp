@@ -17,8 +17,8 @@ namespace base {
 // deletes as its own must be what it made itself. Safe to use from several threads.
 class CreatedFiles {
  public:
-  // Notes that the run has made the file at the operating system's path `path`. Files that were noted long
-  // ago and never forgotten are forgotten in the end.
+  // Notes that the run has made the file at the operating system's path `path`. The oldest
+  // records are dropped when there are too many.
   void Add(const std::string& path, const struct stat& status, const ContentDigest::Value& content);
   void Forget(const std::string& path);
 

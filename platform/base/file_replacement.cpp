@@ -55,7 +55,8 @@ void RequireWritable(const std::string& target, const struct stat& existing) {
   if ((existing.st_mode & kAnyWriter) == 0 || access(target.c_str(), W_OK) != 0) Refuse(EACCES);
 }
 
-// The same few names for a target each time: what a killed writer left is met, and removed, by the next one.
+// The same few names for a target each time, so that the next writer finds, and removes, what a killed one
+// left.
 std::string NameBeside(std::string_view leaf, int writer) {
   const std::string ending = std::string(kEnding) + (writer == 1 ? "" : std::to_string(writer));
   const std::string name = "." + std::string(leaf) + ending;
@@ -77,7 +78,7 @@ bool Lock(int descriptor, int how) {
   return true;
 }
 
-// Whether the file at `path` was left by a writer that no longer lives; it is removed then.
+// Removes the file at `path` if its writer no longer lives; whether it is gone.
 bool RemoveLeftover(const std::string& path) {
   constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   // A network file system locks only what is open for writing, others lock what may be read, too.
@@ -98,7 +99,7 @@ void ForEachHidden(const std::string& folder, const Visit& visit) {
   }
 }
 
-// Makes the locked file for the new content and tells its path.
+// Creates the locked file for the new content; `path` receives its path.
 Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t mode, std::string& path) {
   int writer = 1;
   while (writer <= kMostWriters) {
@@ -168,7 +169,7 @@ void FileReplacement::CommitOver(const std::function<bool(int descriptor)>& isEx
 }
 
 // The lock is the file's and not the name's: whoever waited for it may hold that of a file which another has
-// replaced meanwhile, and begins anew with the one that bears the name now.
+// replaced meanwhile, and starts again with the one that has the name now.
 Descriptor FileReplacement::LockTarget(std::chrono::milliseconds patience) const {
   constexpr timespec kPause{0, 2'000'000};
   const auto deadline = std::chrono::steady_clock::now() + patience;

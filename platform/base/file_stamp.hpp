@@ -1,4 +1,4 @@
-// What the file system tells of a file without reading it.
+// What the file system knows of a file, without its content.
 #pragma once
 
 #include <sys/stat.h>
@@ -40,8 +40,8 @@ class FileStamp {
   struct stat status_;
 };
 
-// File systems note a change's time in steps of milliseconds on disks, and of up to two seconds on shares.
-inline constexpr std::chrono::milliseconds kStepOnDisks{20};
-inline constexpr std::chrono::seconds kStepAnywhere{3};
+// Longer than the granularity of time stamps: milliseconds on local disks, up to two seconds on shares.
+inline constexpr std::chrono::milliseconds kLocalGranularity{20};
+inline constexpr std::chrono::seconds kAnyGranularity{3};
 
 }  // namespace base

@@ -12,12 +12,11 @@ class Message : public automation::Object {
  public:
   // One address as sender, one or more as recipients: separated by "," or ";", each alone or as
   // "Name <address>", with comments and quoted names as mail programs write them. send() raises 5 for a line
-  // break or NUL in an address and for what is no address, and tells which and why.
+  // break or NUL in an address and for anything that is no address; the description says which and why.
   virtual void setFrom(std::string_view address) = 0;
   virtual void setTo(std::string_view addresses) = 0;
-  virtual void setSubject(  // control characters become blanks
-      std::string_view subject) = 0;
-  virtual void setMimeFormatted(bool value) = 0;  // every mail is MIME; kept without effect
+  virtual void setSubject(std::string_view subject) = 0;  // control characters become spaces
+  virtual void setMimeFormatted(bool value) = 0;          // every mail is MIME; kept without effect
   virtual void setTextBody(std::string_view text) = 0;
   // The file's content at this moment; 53 when it is missing, 70 when it cannot be read or is not the file
   // that this run has made under that name.

@@ -28,7 +28,8 @@ struct Settings {
   int responseSeconds = 60;  // for each of its answers
   int sendSeconds = 300;     // for one message as a whole
 
-  // Files that the run has made; set, they are the only ones that AddAttachment takes, as they were made.
+  // The files that the run has made. When set, AddAttachment takes these only, with the content they were
+  // made with.
   std::shared_ptr<const base::CreatedFiles> ownFiles = nullptr;
 
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for

@@ -82,8 +82,8 @@ std::unique_ptr<icu::SimpleDateFormat> TimeFormat(const icu::Locale& locale) {
   return format;
 }
 
-// Special blanks become blanks and direction marks go: these texts end up in single-byte files and old mail
-// readers, where both would show as question marks.
+// Special spaces become spaces, and direction marks are dropped: these texts end up in single-byte files and
+// old mail readers, where both would show as question marks.
 std::string PlainUtf8(const icu::UnicodeString& text) {
   icu::UnicodeString plain;
   for (int32_t i = 0; i < text.length(); ++i) {

@@ -17,7 +17,7 @@ namespace {
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
-bool IsBlank(char c) {
+bool IsSpace(char c) {
   return c == ' ' || c == '\t';
 }
 
@@ -47,27 +47,27 @@ class Reader {
   Reader(const ShortDateForm& form, std::string_view text) : form_(form), rest_(text) {}
 
   DateTime Read() {
-    SkipBlanks();
+    SkipSpaces();
     const Number first = TakeNumber();
     DateTimeParts parts;
     if (At(":")) {
       ReadTime(first, parts);
     } else {
       ReadDate(first, parts);
-      if (!rest_.empty() && (IsBlank(rest_.front()) || rest_.front() == 'T')) {
+      if (!rest_.empty() && (IsSpace(rest_.front()) || rest_.front() == 'T')) {
         rest_.remove_prefix(1);
-        SkipBlanks();
+        SkipSpaces();
         if (!rest_.empty()) ReadTime(TakeNumber(), parts);
       }
     }
-    SkipBlanks();
+    SkipSpaces();
     if (!rest_.empty() || !DateTime::IsValid(parts)) RaiseMismatch();
     return DateTime::FromParts(parts);
   }
 
  private:
-  void SkipBlanks() {
-    while (!rest_.empty() && IsBlank(rest_.front())) rest_.remove_prefix(1);
+  void SkipSpaces() {
+    while (!rest_.empty() && IsSpace(rest_.front())) rest_.remove_prefix(1);
   }
 
   bool At(std::string_view text) const { return !text.empty() && rest_.substr(0, text.size()) == text; }
@@ -123,7 +123,7 @@ class Reader {
       parts.second = TakeNumber().value;
       if (Take(".")) parts.microsecond = TakeFraction();
     }
-    SkipBlanks();
+    SkipSpaces();
     if (const std::optional<bool> afternoon = TakeHalfOfDay()) {
       if (parts.hour < 1 || parts.hour > 12) RaiseMismatch();
       parts.hour = parts.hour % 12 + (*afternoon ? 12 : 0);

@@ -14,7 +14,7 @@ std::shared_ptr<const SiteFile> CurrentSiteFile::Get() {
   return file_;
 }
 
-// Jobs ask with every statement, and walking the path takes longer than looking at the file that it led to.
+// Jobs ask with every statement, and resolving the path takes longer than fstat on the open file.
 bool CurrentSiteFile::IsUnchanged() {
   if (!stamp_) return false;
   struct stat status {};
@@ -32,15 +32,15 @@ bool CurrentSiteFile::IsUnchanged() {
 void CurrentSiteFile::Load() {
   file_ = nullptr;
   stamp_ = std::nullopt;
-  // Looked at before it is read: a change in between is found the next time.
+  // Before it is read: a change in between is found the next time.
   struct stat status {};
   base::Descriptor descriptor(open(path_.c_str(), O_PATH | O_CLOEXEC));
   const bool seen = descriptor.IsOpen() && fstat(descriptor.Get(), &status) == 0;
   const base::FileStamp stamp(status);
-  const bool settled = seen && stamp.HasSettledFor(base::kStepOnDisks);
+  const bool settled = seen && stamp.HasSettledFor(base::kLocalGranularity);
   file_ = std::make_shared<const SiteFile>(SiteFile::Read(path_));
   if (!settled) return;
-  // A link can be made to lead elsewhere without a trace at the file.
+  // A link can be changed without a trace at the file.
   std::error_code failed;
   const bool direct = std::filesystem::canonical(path_, failed) == path_;
   descriptor_ = direct ? std::move(descriptor) : base::Descriptor();

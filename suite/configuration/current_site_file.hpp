@@ -1,4 +1,4 @@
-// The installation's own configuration file, as it is at any moment.
+// The installation's own configuration file, parsed again whenever it changes.
 #pragma once
 
 #include <ctime>
@@ -14,7 +14,7 @@
 
 namespace Vantrel {
 
-// Parsed once for each state that it is found in. Safe to use from several threads.
+// Safe to use from several threads.
 class CurrentSiteFile {
  public:
   explicit CurrentSiteFile(std::filesystem::path path) : path_(std::move(path)) {}
@@ -30,9 +30,9 @@ class CurrentSiteFile {
   const std::filesystem::path path_;
   std::mutex mutex_;
   std::shared_ptr<const SiteFile> file_;
-  std::optional<base::FileStamp> stamp_;  // nothing while a further change might bear the same times
+  std::optional<base::FileStamp> stamp_;  // nothing while a further change might leave the same stamp
   base::Descriptor descriptor_;           // of the file itself; closed where the path leads over links
-  std::time_t pathSeen_ = 0;              // second of the steady clock in which the whole path was looked at
+  std::time_t pathSeen_ = 0;  // second of the steady clock in which the whole path was last checked
 };
 
 }  // namespace Vantrel

@@ -150,7 +150,7 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
   try {
     const suite::RereadFile::Outcome outcome = bytes_.Read(file, kLargestFile);
     if (outcome == suite::RereadFile::Outcome::TooLarge) fail("is larger than 1 MiB");
-    if (outcome == suite::RereadFile::Outcome::Other) parsed_ = nullptr;
+    if (outcome == suite::RereadFile::Outcome::Changed) parsed_ = nullptr;
   } catch (const std::system_error& error) {
     if (error.code() == std::errc::is_a_directory) fail("is a folder");
     if (error.code() == std::errc::invalid_argument) fail("is no ordinary file");

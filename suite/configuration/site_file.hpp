@@ -36,8 +36,9 @@ class SiteFile {
   // The same for content that was read from `file`.
   static SiteFile Parse(std::string_view content, const std::filesystem::path& file);
 
-  // The connection string of a connection of a product, or the value of a key in a section, blanks around it
-  // dropped. Names are compared exactly. Raises kMissingValue, naming the file and the names asked for.
+  // The connection string of a connection of a product, or the value of a key in a section, white space
+  // around it dropped. Names are compared exactly. Raises kMissingValue, naming the file and the names asked
+  // for.
   const std::string& Connection(std::string_view product, std::string_view connection) const;
   const std::string& Value(std::string_view section, std::string_view key) const;
 

@@ -62,7 +62,7 @@ class InUseMarks {
   std::set<std::string> names_;
 };
 
-// What could not be dealt with in a list of items, to be told in one error.
+// Collects the items of a list that could not be deleted, for one error.
 class Failures {
  public:
   void Add(const std::string& name, const automation::Error& error) {

@@ -70,7 +70,7 @@ bool IsIsoDate(std::string_view word) {
          IsNumber(word.substr(5, 2)) && IsNumber(word.substr(8, 2));
 }
 
-// Where the name begins in a line of "ls -l": one blank after the date that follows the size.
+// Where the name begins in a line of "ls -l": one space after the date that follows the size.
 std::optional<std::size_t> NameStart(std::string_view line) {
   const std::vector<Word> words = Words(line);
   for (std::size_t i = 2; i + 2 < words.size(); ++i) {
@@ -152,11 +152,11 @@ int NumberAt(std::string_view text, std::size_t at, std::size_t length) {
 }
 
 std::optional<ListedItem> MachineLine(std::string_view line) {
-  const std::size_t blank = line.find(' ');
-  if (blank == std::string_view::npos || blank + 1 >= line.size()) return std::nullopt;
+  const std::size_t space = line.find(' ');
+  if (space == std::string_view::npos || space + 1 >= line.size()) return std::nullopt;
   ListedItem item;
-  item.name = line.substr(blank + 1);
-  std::string_view facts = line.substr(0, blank);
+  item.name = line.substr(space + 1);
+  std::string_view facts = line.substr(0, space);
   bool typed = false;
   while (!facts.empty()) {
     const std::size_t end = facts.find(';');

@@ -17,7 +17,7 @@ enum class ListedKind { File, Folder, Link, Other };
 struct ListedItem {
   std::string name;
   ListedKind kind = ListedKind::Other;
-  std::optional<std::chrono::sys_seconds> modified;  // UTC; only where the listing tells it to the second
+  std::optional<std::chrono::sys_seconds> modified;  // UTC; only where the listing has it to the second
 };
 
 // The answer to LIST, as Unix servers ("ls -l") and Windows servers ("dir") give it; "." and ".." are left

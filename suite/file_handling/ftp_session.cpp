@@ -208,13 +208,13 @@ std::optional<std::string> FtpSession::List(const std::string& folder, const std
   const bool refused = code == CURLE_REMOTE_ACCESS_DENIED || code == CURLE_FTP_COULDNT_RETR_FILE ||
                        code == CURLE_REMOTE_FILE_NOT_FOUND;
   if (code != CURLE_OK && !refused) throw state_->Failure(code);
-  // A passing trouble of the server (4xx) says nothing about the folder; libcurl takes 450 for an empty one.
+  // A transient failure (4xx) says nothing about the folder; libcurl takes 450 for an empty one.
   const FtpReply reply = LastReply(state_->replies);
   if (reply.code >= 400 && reply.code < 500) {
     throw state_->Failure(refused ? code : CURLE_FTP_COULDNT_RETR_FILE, reply.text);
   }
   if (refused) return std::nullopt;
-  // vsftpd promises the listing before it opens the folder, and tells of a failure in its closing words only:
+  // vsftpd promises the listing before it opens the folder, and reports a failure in its closing line only:
   // "226 Transfer done (but failed to open directory)."
   if (listing.empty() && reply.text.find("fail") != std::string::npos) return std::nullopt;
   return listing;

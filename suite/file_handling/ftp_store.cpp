@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Deeper than any attachment; a listing that goes on for ever ends here.
+// Deeper than any attachment; an endless listing ends here.
 constexpr int kDeepestFolder = 64;
 constexpr int kFolderCreated = 257;
 constexpr int kModificationTime = 213;
@@ -149,7 +149,7 @@ class FtpStore : public SharedStore {
   }
 
  private:
-  // Links are told from folders by LIST only, so trees are always read that way.
+  // Only LIST distinguishes links from folders, so trees are always read that way.
   std::optional<std::vector<ListedItem>> List(const std::string& path) {
     std::optional<std::string> listing = session_.List(path, "LIST -a");  // names that begin with a dot, too
     if (listing && path == session_.Root()) rootShowsItself_ = ShowsItself(*listing);

@@ -33,7 +33,7 @@ std::optional<std::string> NameProblem(std::string_view name, std::size_t parts)
   const std::vector<std::string> found = NameParts(name);
   for (const std::string& part : found) {
     if (part.empty()) return "it has an empty part";
-    // Some servers drop dots and blanks at the end of a name: ".. " would become "..".
+    // Some servers drop dots and spaces at the end of a name: ".. " would become "..".
     if (part.find_first_not_of(". ") == std::string::npos) return "it would leave its folder";
   }
   if (found.size() != parts) return "it has " + std::to_string(found.size()) + " parts";

@@ -49,8 +49,8 @@ class SheetLoader final : public LoadXSLs {
     MSXML2::XSLTemplatePtr prepared = sheets_->Find(file.string(), *state);
     if (prepared) return prepared;
     prepared = Prepared(path);
-    // Kept only where nothing changed while it was read.
-    if (StateBeside(file, clock_()) == state) sheets_->Keep(file.string(), *state, prepared);
+    // Stored only when nothing changed while it was read.
+    if (StateBeside(file, clock_()) == state) sheets_->Store(file.string(), *state, prepared);
     return prepared;
   }
 

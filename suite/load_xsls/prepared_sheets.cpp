@@ -33,7 +33,7 @@ std::optional<FolderState> StateBeside(const std::filesystem::path& sheet,
     if (fstatat(dirfd(entries.get()), entry->d_name, &status, 0) != 0) return std::nullopt;
     if (!S_ISREG(status.st_mode)) continue;
     FileState file{entry->d_name, base::FileStamp(status)};
-    if (!file.stamp.HasSettledFor(base::kStepAnywhere, now)) {
+    if (!file.stamp.HasSettledFor(base::kAnyGranularity, now)) {
       suite::RereadFile content;
       if (content.Read(folder / file.name, kLargestRead) == suite::RereadFile::Outcome::TooLarge) {
         return std::nullopt;
@@ -56,8 +56,8 @@ MSXML2::XSLTemplatePtr PreparedSheets::Find(const std::string& sheet, const Fold
   return found == entries_.end() || found->second.state != state ? nullptr : found->second.prepared;
 }
 
-void PreparedSheets::Keep(const std::string& sheet, const FolderState& state,
-                          const MSXML2::XSLTemplatePtr& prepared) {
+void PreparedSheets::Store(const std::string& sheet, const FolderState& state,
+                           const MSXML2::XSLTemplatePtr& prepared) {
   const std::lock_guard lock(mutex_);
   entries_[sheet] = {state, prepared};
 }

@@ -1,4 +1,4 @@
-// Style sheets that were prepared before, for as long as their files stay as they were.
+// A cache of prepared style sheets, valid while the files of their folder are unchanged.
 #pragma once
 
 #include <chrono>
@@ -33,9 +33,9 @@ std::optional<FolderState> StateBeside(const std::filesystem::path& sheet,
 // May be shared by threads.
 class PreparedSheets {
  public:
-  // The sheet as it was kept for this state; null when there is none.
+  // The sheet that was stored for this state; null when there is none.
   MSXML2::XSLTemplatePtr Find(const std::string& sheet, const FolderState& state) const;
-  void Keep(const std::string& sheet, const FolderState& state, const MSXML2::XSLTemplatePtr& prepared);
+  void Store(const std::string& sheet, const FolderState& state, const MSXML2::XSLTemplatePtr& prepared);
 
  private:
   struct Entry {

@@ -7,7 +7,7 @@
 // (local time, code, the component that raised the error, the message), in UTF-8, ended by a line feed. A
 // control character inside a text, a line break above all, is shown by its Unicode picture (U+240D U+240A for
 // CR LF), so that a text from outside can neither start an entry of its own nor command a terminal.
-// Everything else stands letter for letter.
+// Everything else is written as it is.
 #pragma once
 
 #include <cstdint>

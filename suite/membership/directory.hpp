@@ -26,8 +26,7 @@ class Directory {
                                             std::string_view credential, std::string_view root) = 0;
 };
 
-// The people of an LDIF file. The file is looked at for every look-up; what was made of it is used again as
-// long as it is the same.
+// The people of an LDIF file. Every look-up checks the file, and parses it again only when it has changed.
 class LdifPeople;
 std::shared_ptr<LdifPeople> MakeLdifPeople();
 

@@ -1,4 +1,4 @@
-// Distinguished names as directories compare them.
+// Comparison of distinguished names.
 #pragma once
 
 #include <string>

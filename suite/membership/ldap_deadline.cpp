@@ -53,7 +53,7 @@ void Deleted(LDAP*, Sockbuf*, ldap_conncb*) {}
 LdapDeadline::LdapDeadline(std::chrono::seconds step, std::chrono::seconds whole)
     : step_(step), end_(std::chrono::steady_clock::now() + whole), onConnect_{&Added, &Deleted, this} {}
 
-int LdapDeadline::WatchOver(LDAP* session) {
+int LdapDeadline::Attach(LDAP* session) {
   return ldap_set_option(session, LDAP_OPT_CONNECT_CB, &onConnect_);
 }
 

@@ -1,7 +1,7 @@
-// Ends a session with a directory server that has fallen silent.
+// Ends a session with a directory server that no longer answers.
 //
-// libldap's own limits cover connecting and waiting for answers, but not the TLS handshake, which goes on
-// asking the socket for ever. This sits between the socket and TLS and lets every read and write fail in
+// libldap's own limits cover connecting and waiting for answers, but not the TLS handshake, which polls
+// the socket forever. This sits between the socket and TLS and lets every read and write fail in
 // time.
 #pragma once
 
@@ -18,9 +18,9 @@ class LdapDeadline {
   LdapDeadline(const LdapDeadline&) = delete;
   LdapDeadline& operator=(const LdapDeadline&) = delete;
 
-  // Watches over every connection that the session makes from now on; must outlive the session.
+  // Limits every connection that the session makes from now on; must outlive the session.
   // Returns libldap's code.
-  int WatchOver(LDAP* session);
+  int Attach(LDAP* session);
 
   // Waits until the socket can be read (POLLIN) or written (POLLOUT); false, with errno set, when time is up.
   bool WaitFor(int socket, short events) const;

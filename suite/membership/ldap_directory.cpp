@@ -67,12 +67,12 @@ class LdapDirectory : public Directory {
     const std::chrono::seconds step(server_.answerSeconds);
     LdapDeadline deadline(step, kSteps * step);
     const Session session = Connect(deadline);
-    Enter(session.get(), std::string(bindName), std::string(credential));
+    Bind(session.get(), std::string(bindName), std::string(credential));
 
     std::vector<Entry> found;
-    for (const std::string& base : Bases(session.get(), std::string(root))) {
+    for (const std::string& base : SearchBases(session.get(), std::string(root))) {
       for (Entry& entry : People(session.get(), base, userId)) {
-        // Servers take more for equal than the suite does: blanks at the ends of an id, for one.
+        // Servers take more for equal than the suite does: spaces at the ends of an id, for one.
         if (HasId(entry, userId)) found.push_back(std::move(entry));
       }
     }
@@ -112,7 +112,7 @@ class LdapDirectory : public Directory {
     ldap_set_option(raw, LDAP_OPT_TIMEOUT, &answer);
     ldap_set_option(raw, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
     ldap_set_option(raw, LDAP_OPT_RESTART, LDAP_OPT_ON);
-    if (deadline.WatchOver(raw) != LDAP_OPT_SUCCESS) Fail(raw, LDAP_LOCAL_ERROR, "time limit");
+    if (deadline.Attach(raw) != LDAP_OPT_SUCCESS) Fail(raw, LDAP_LOCAL_ERROR, "time limit");
 
     const int demand = LDAP_OPT_X_TLS_DEMAND;
     const int client = 0;
@@ -129,7 +129,7 @@ class LdapDirectory : public Directory {
     return session;
   }
 
-  void Enter(LDAP* session, const std::string& name, std::string credential) const {
+  void Bind(LDAP* session, const std::string& name, std::string credential) const {
     berval password{credential.size(), credential.data()};
     const int result =
         ldap_sasl_bind_s(session, name.c_str(), LDAP_SASL_SIMPLE, &password, nullptr, nullptr, nullptr);
@@ -142,7 +142,7 @@ class LdapDirectory : public Directory {
   }
 
   // Where to look: below the root, or without one wherever the server has entries.
-  std::vector<std::string> Bases(LDAP* session, const std::string& root) const {
+  std::vector<std::string> SearchBases(LDAP* session, const std::string& root) const {
     if (!root.empty()) return {root};
     constexpr std::array<const char*, 1> kContexts = {"namingContexts"};
     std::vector<Entry> rootEntry = Search(session, "", LDAP_SCOPE_BASE, "(objectClass=*)", kContexts);

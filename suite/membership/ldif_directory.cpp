@@ -53,7 +53,7 @@ class LdifPeople {
     if (outcome == Outcome::TooLarge) {
       Raise(kDirectoryUnavailable, file.string() + ": the directory's file cannot be read");
     }
-    if (outcome == Outcome::Same && parsed_) return;
+    if (outcome == Outcome::Unchanged && parsed_) return;
     parsed_ = false;
     byId_.clear();
     accounts_.clear();

@@ -7,7 +7,7 @@
 
 namespace suite {
 
-// How long a program that empties an outbox may keep it locked. One that hangs must not stop a run for ever.
+// How long a program that empties an outbox may keep it locked. One that hangs must not block a run.
 inline constexpr std::chrono::seconds kOutboxPatience{30};
 
 // Appends the line to the file as a whole and durably; the file's folder is made when it is missing (one

@@ -47,7 +47,7 @@ fs::path NativePath(std::string_view path, const fs::path& base) {
     if (separated != '/' || text.empty() || text.back() != '/') text += separated;
   }
   if (text.size() > 1 && text.back() == '/') text.pop_back();
-  // Nearly always every part is there letter for letter, and one look at the whole tells so.
+  // Nearly always the path exists as it is spelled, and one call finds out.
   if (IsThere(text)) return text;
 
   const fs::path whole = text;

@@ -25,15 +25,15 @@ bool RereadFile::IsAsItWas(const std::filesystem::path& file) const {
 
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
   const bool knownBefore = complete_ && file.native() == file_;
-  if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Same;
+  if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Unchanged;
   complete_ = false;
   stamp_ = std::nullopt;
   const base::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!descriptor.IsOpen()) Raise();
-  // Looked at before it is read: a change in between is found the next time.
+  // Before it is read: a change in between is found the next time.
   struct stat status {};
   if (fstat(descriptor.Get(), &status) != 0) Raise();
-  // A pipe would be waited for, and never end.
+  // Reading a pipe would block, and never end.
   if (!S_ISREG(status.st_mode)) {
     errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     Raise();
@@ -62,7 +62,7 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   file_ = file.native();
   complete_ = true;
   if (settled) stamp_ = stamp;
-  return same ? Outcome::Same : Outcome::Other;
+  return same ? Outcome::Unchanged : Outcome::Changed;
 }
 
 }  // namespace suite

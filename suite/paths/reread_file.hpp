@@ -1,4 +1,4 @@
-// The content of a file as it is each time it is asked for, and whether it is still the same.
+// A file's content, read again only when the file may have changed.
 #pragma once
 
 #include <chrono>
@@ -12,19 +12,19 @@
 
 namespace suite {
 
-// Looks at a file whenever it is asked, so that an edit counts at once; whoever has worked the content into
-// something else needs to do that again only when other bytes came. A file is not read again while it bears
-// the stamp that it was read with, unless it had been changed shortly before.
+// Checks the file on every call, so that an edit counts at once, and says whether the content differs, so
+// that callers parse it again only then. A file is not read again while it has the stamp that it was read
+// with, unless it had been changed shortly before.
 class RereadFile {
  public:
-  enum class Outcome { Same, Other, TooLarge };
+  enum class Outcome { Unchanged, Changed, TooLarge };
 
-  explicit RereadFile(std::chrono::nanoseconds settledAfter = base::kStepAnywhere)
+  explicit RereadFile(std::chrono::nanoseconds settledAfter = base::kAnyGranularity)
       : settledAfter_(settledAfter) {}
 
   // Reads the file, up to its end or past `most` bytes. Raises std::system_error (EISDIR for a folder, EINVAL
-  // for a pipe or a device, which is not waited for) when it cannot be read; the next content counts as other
-  // then.
+  // for a pipe or a device, which is not waited for) when it cannot be read; the next content counts as
+  // changed then.
   Outcome Read(const std::filesystem::path& file, std::size_t most);
 
   // The content as it was read last.

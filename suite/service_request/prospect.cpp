@@ -20,7 +20,7 @@ std::string Joined(const std::string& left, std::string_view separator, const st
 // What every provider raises for a table that is not there (80040E37).
 constexpr std::int32_t kNoSuchTable = -2147217865;
 
-// Whether prospects can be told by mail address: the suite has a table of them, with that column. Any other
+// Whether prospects can be found by mail address: the suite has a table of them, with that column. Any other
 // failure than a missing table is one: it must not pass for a prospect without a name.
 bool KnowsAddresses(const ADODB::ConnectionPtr& connection) {
   ADODB::RecordsetPtr rows;

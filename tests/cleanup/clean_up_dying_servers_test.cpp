@@ -109,14 +109,14 @@ const std::vector<Point>& Points() {
 
 struct Case {
   Point point;
-  Trouble trouble;
-  friend void PrintTo(const Case& one, std::ostream* out) { *out << one.point.name << NameOf(one.trouble); }
+  Outage outage;
+  friend void PrintTo(const Case& one, std::ostream* out) { *out << one.point.name << NameOf(one.outage); }
 };
 
 class CleanUpOnDyingServer {
  public:
-  explicit CleanUpOnDyingServer(const Trouble& trouble)
-      : server(trouble), environment(server.Itself(), trouble.server) {
+  explicit CleanUpOnDyingServer(const Outage& outage)
+      : server(outage), environment(server.Itself(), outage.server) {
     Scripting::memory::RegisterClasses(environment.runtime.classes, disk_);
     for (const std::string& file : kAllFiles) disk_->AddFile("/suite/home/Data/" + file, "x");
     for (const char* statement :
@@ -165,17 +165,17 @@ class CleanUpOnDyingServer {
 
 class CleanUpOnDyingServersTest : public testing::TestWithParam<Case> {
  protected:
-  CleanUpOnDyingServer suite_{GetParam().trouble};
+  CleanUpOnDyingServer suite_{GetParam().outage};
 };
 
 TEST_P(CleanUpOnDyingServersTest, EachSweepReportsItAndTheNextRunDoesWhatIsLeft) {
   const Point& point = GetParam().point;
   suite_.environment.adodb->beforeStatement = [&](const std::string& sql) {
-    if (sql.find(point.statement) != std::string::npos) suite_.server.Befall();
+    if (sql.find(point.statement) != std::string::npos) suite_.server.Fail();
   };
   EXPECT_EQ(suite_.Run(), point.errors);
   suite_.environment.adodb->beforeStatement = nullptr;
-  EXPECT_TRUE(suite_.server.Befallen());
+  EXPECT_TRUE(suite_.server.HasFailed());
   EXPECT_EQ(suite_.RunLog(), kStarted + kStopped);
   EXPECT_EQ(suite_.Files(), point.files);
 
@@ -194,15 +194,15 @@ TEST_P(CleanUpOnDyingServersTest, EachSweepReportsItAndTheNextRunDoesWhatIsLeft)
 
 std::vector<Case> AllCases() {
   std::vector<Case> cases;
-  for (const Trouble& trouble : AllTroubles()) {
-    for (const Point& point : Points()) cases.push_back({point, trouble});
+  for (const Outage& outage : AllOutages()) {
+    for (const Point& point : Points()) cases.push_back({point, outage});
   }
   return cases;
 }
 INSTANTIATE_TEST_SUITE_P(Points, CleanUpOnDyingServersTest, testing::ValuesIn(AllCases()),
-                         [](const auto& one) { return one.param.point.name + NameOf(one.param.trouble); });
+                         [](const auto& one) { return one.param.point.name + NameOf(one.param.outage); });
 
-class CleanUpBeforeItsFirstSweepTest : public testing::TestWithParam<Trouble> {
+class CleanUpBeforeItsFirstSweepTest : public testing::TestWithParam<Outage> {
  protected:
   void ExpectNothingDoneAndTheNextRunDoesAll() {
     EXPECT_EQ(suite_.Files(), kAllFiles);
@@ -216,7 +216,7 @@ class CleanUpBeforeItsFirstSweepTest : public testing::TestWithParam<Trouble> {
 };
 
 TEST_P(CleanUpBeforeItsFirstSweepTest, SettingsThatCannotBeReadEndTheRunWithoutItsStopLine) {
-  suite_.environment.adodb->beforeStatement = [this](const std::string&) { suite_.server.Befall(); };
+  suite_.environment.adodb->beforeStatement = [this](const std::string&) { suite_.server.Fail(); };
   EXPECT_THAT(suite_.Run(), ElementsAre(Lost("OrvProcess.cleanup.CleanupFilesandRecords")));
   suite_.environment.adodb->beforeStatement = nullptr;
   EXPECT_EQ(suite_.RunLog(), kStarted);
@@ -225,8 +225,8 @@ TEST_P(CleanUpBeforeItsFirstSweepTest, SettingsThatCannotBeReadEndTheRunWithoutI
 }
 
 TEST_P(CleanUpBeforeItsFirstSweepTest, AConnectionThatCannotBeMadeEndsTheRunWithoutALine) {
-  suite_.server.Befall();
-  if (GetParam().what == Trouble::Restarted) {  // and takes the connection
+  suite_.server.Fail();
+  if (GetParam().what == Outage::Restarted) {  // and takes the connection
     EXPECT_THAT(suite_.Run(), IsEmpty());
     EXPECT_EQ(suite_.Files(), kClean);
     return;
@@ -239,8 +239,8 @@ TEST_P(CleanUpBeforeItsFirstSweepTest, AConnectionThatCannotBeMadeEndsTheRunWith
   EXPECT_EQ(suite_.RunLog(), kStarted + kStopped);
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, CleanUpBeforeItsFirstSweepTest, testing::ValuesIn(AllTroubles()),
-                         [](const auto& trouble) { return NameOf(trouble.param); });
+INSTANTIATE_TEST_SUITE_P(Servers, CleanUpBeforeItsFirstSweepTest, testing::ValuesIn(AllOutages()),
+                         [](const auto& outage) { return NameOf(outage.param); });
 
 }  // namespace
 }  // namespace orvane_test

@@ -25,7 +25,7 @@ constexpr const char* kStopped =
     "*****************************************************\r\n";
 
 // Two prospects of three are dormant, in more rows than are read at a time.
-class DormantUserExpiryOnDyingServersTest : public testing::TestWithParam<Trouble> {
+class DormantUserExpiryOnDyingServersTest : public testing::TestWithParam<Outage> {
  protected:
   static constexpr int kRows = 3000;
   static constexpr int kDormant = 2000;
@@ -43,13 +43,13 @@ class DormantUserExpiryOnDyingServersTest : public testing::TestWithParam<Troubl
   }
 
   // A run in which it happens before `step` is taken for the `n`th time.
-  void RunWithTroubleBefore(const std::string& step, int n) {
+  void RunWithOutageBefore(const std::string& step, int n) {
     environment_.adodb->before = [=, this, taken = 0](std::string_view name) mutable {
-      if (name == step && ++taken == n) server_.Befall();
+      if (name == step && ++taken == n) server_.Fail();
     };
     EXPECT_NO_THROW(job_.Run());
     environment_.adodb->before = nullptr;
-    EXPECT_TRUE(server_.Befallen());
+    EXPECT_TRUE(server_.HasFailed());
     EXPECT_EQ(environment_.adodb->openConnections, 0);
     EXPECT_EQ(environment_.adodb->openRecordsets, 0);
     server_.Recover();
@@ -83,7 +83,7 @@ class DormantUserExpiryOnDyingServersTest : public testing::TestWithParam<Troubl
 };
 
 TEST_P(DormantUserExpiryOnDyingServersTest, KeepsWhatItHasDeletedAndSaysNothing) {
-  RunWithTroubleBefore("Recordset.Delete", 700);
+  RunWithOutageBefore("Recordset.Delete", 700);
   EXPECT_EQ(Log(), kStarted);
   EXPECT_THAT(Errors(), IsEmpty());
   ExpectDeleted(699);
@@ -91,7 +91,7 @@ TEST_P(DormantUserExpiryOnDyingServersTest, KeepsWhatItHasDeletedAndSaysNothing)
 }
 
 TEST_P(DormantUserExpiryOnDyingServersTest, DeletesNothingWhenItCannotReadTheProspects) {
-  RunWithTroubleBefore("Recordset.Open", 2);
+  RunWithOutageBefore("Recordset.Open", 2);
   EXPECT_EQ(Log(), kStarted);
   EXPECT_THAT(Errors(), IsEmpty());
   ExpectDeleted(0);
@@ -99,8 +99,8 @@ TEST_P(DormantUserExpiryOnDyingServersTest, DeletesNothingWhenItCannotReadThePro
 }
 
 TEST_P(DormantUserExpiryOnDyingServersTest, ReportsAConnectionThatCannotBeMade) {
-  RunWithTroubleBefore("Connection.Open", 1);
-  if (GetParam().what == Trouble::Restarted) {
+  RunWithOutageBefore("Connection.Open", 1);
+  if (GetParam().what == Outage::Restarted) {
     EXPECT_THAT(Errors(), IsEmpty());
     EXPECT_EQ(Log(), std::string(kStarted) + kStopped);
     ExpectDeleted(kDormant);
@@ -114,8 +114,8 @@ TEST_P(DormantUserExpiryOnDyingServersTest, ReportsAConnectionThatCannotBeMade) 
   ExpectTheNextRunDeletesTheRest();
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, DormantUserExpiryOnDyingServersTest, testing::ValuesIn(AllTroubles()),
-                         [](const auto& trouble) { return NameOf(trouble.param); });
+INSTANTIATE_TEST_SUITE_P(Servers, DormantUserExpiryOnDyingServersTest, testing::ValuesIn(AllOutages()),
+                         [](const auto& outage) { return NameOf(outage.param); });
 
 }  // namespace
 }  // namespace orvane_test

@@ -75,7 +75,7 @@ TEST_F(FolderNamesTest, TakesTheFirstOfSeveralNamesInByteOrder) {
 
 TEST_F(FolderNamesTest, KeepsUpWithItsOwnRemovals) {
   const fs::path file = folder_ / "File17";
-  names_.Removing(file.string(), [&] { fs::remove(file); });
+  names_.RemoveAndUpdate(file.string(), [&] { fs::remove(file); });
   EXPECT_EQ(Find("FILE17"), std::nullopt);
   Make(file);
   EXPECT_EQ(Find("FILE17"), "File17");

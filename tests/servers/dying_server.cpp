@@ -5,35 +5,35 @@
 
 namespace orvane_test {
 
-std::string NameOf(const Trouble& trouble) {
+std::string NameOf(const Outage& outage) {
   static const char* const kNames[] = {"Stopped", "Killed", "Restarted"};
-  return (trouble.server == "postgresql" ? "PostgreSQL" : "MariaDB") + std::string(kNames[trouble.what]);
+  return (outage.server == "postgresql" ? "PostgreSQL" : "MariaDB") + std::string(kNames[outage.what]);
 }
 
-std::vector<Trouble> AllTroubles() {
-  std::vector<Trouble> all;
+std::vector<Outage> AllOutages() {
+  std::vector<Outage> all;
   for (const char* server : {"postgresql", "mariadb"}) {
-    for (const auto what : {Trouble::Stopped, Trouble::Killed, Trouble::Restarted})
+    for (const auto what : {Outage::Stopped, Outage::Killed, Outage::Restarted})
       all.push_back({server, what});
   }
   return all;
 }
 
-DyingServer::DyingServer(Trouble trouble)
-    : trouble_(std::move(trouble)), server_(Server::StartOwn(trouble_.server)) {}
+DyingServer::DyingServer(Outage outage)
+    : outage_(std::move(outage)), server_(Server::StartOwn(outage_.server)) {}
 
-void DyingServer::Befall() {
-  if (std::exchange(befallen_, true)) return;
-  if (trouble_.what == Trouble::Stopped) {
+void DyingServer::Fail() {
+  if (std::exchange(failed_, true)) return;
+  if (outage_.what == Outage::Stopped) {
     server_.Halt();
   } else {
     server_.Kill();
   }
-  if (trouble_.what == Trouble::Restarted) server_.Resume();
+  if (outage_.what == Outage::Restarted) server_.Resume();
 }
 
 void DyingServer::Recover() {
-  if (trouble_.what != Trouble::Restarted) server_.Resume();
+  if (outage_.what != Outage::Restarted) server_.Resume();
 }
 
 std::string WithoutDriversWords(std::string message) {

@@ -9,33 +9,33 @@
 
 namespace orvane_test {
 
-struct Trouble {
+struct Outage {
   std::string server;  // "postgresql" or "mariadb"
   enum What { Stopped, Killed, Restarted } what;
 };
-std::string NameOf(const Trouble& trouble);
-inline void PrintTo(const Trouble& trouble, std::ostream* out) {
-  *out << NameOf(trouble);
+std::string NameOf(const Outage& outage);
+inline void PrintTo(const Outage& outage, std::ostream* out) {
+  *out << NameOf(outage);
 }
 
 // Each server stopped as its operator does it, killed as by a crash, and killed and back at once.
-std::vector<Trouble> AllTroubles();
+std::vector<Outage> AllOutages();
 
 class DyingServer {
  public:
-  explicit DyingServer(Trouble trouble);
+  explicit DyingServer(Outage outage);
 
   const Server& Itself() const { return server_; }
-  // Lets it happen; only the first call does.
-  void Befall();
-  bool Befallen() const { return befallen_; }
+  // Causes the outage; only the first call does.
+  void Fail();
+  bool HasFailed() const { return failed_; }
   // Has the server running again.
   void Recover();
 
  private:
-  Trouble trouble_;
+  Outage outage_;
   Server server_;
-  bool befallen_ = false;
+  bool failed_ = false;
 };
 
 // A message of the error log with what the driver says about a lost or refused connection as "<lost>".

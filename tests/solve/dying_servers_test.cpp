@@ -116,7 +116,7 @@ const std::vector<Point>& Points() {
   return points;
 }
 
-const Point& MailOfTheConclusion(Trouble::What what) {
+const Point& MailOfTheConclusion(Outage::What what) {
   static const Point away = {
       "MailOfTheConclusion",
       "EMAIL where Mail_Id=10",
@@ -146,20 +146,20 @@ const Point& MailOfTheConclusion(Trouble::What what) {
                              1,
                              1,
                              {kMail27, kMail28}};
-  return what == Trouble::Restarted ? back : away;
+  return what == Outage::Restarted ? back : away;
 }
 
 struct Case {
   Point point;
-  Trouble trouble;
-  friend void PrintTo(const Case& one, std::ostream* out) { *out << one.point.name << NameOf(one.trouble); }
+  Outage outage;
+  friend void PrintTo(const Case& one, std::ostream* out) { *out << one.point.name << NameOf(one.outage); }
 };
 
 std::vector<Case> AllCases() {
   std::vector<Case> cases;
-  for (const Trouble& trouble : AllTroubles()) {
-    for (const Point& point : Points()) cases.push_back({point, trouble});
-    cases.push_back({MailOfTheConclusion(trouble.what), trouble});
+  for (const Outage& outage : AllOutages()) {
+    for (const Point& point : Points()) cases.push_back({point, outage});
+    cases.push_back({MailOfTheConclusion(outage.what), outage});
   }
   return cases;
 }
@@ -226,18 +226,18 @@ class SolveOnDyingServersTest : public testing::TestWithParam<Case> {
   }
 
   const Point& point_ = GetParam().point;
-  DyingServer server_{GetParam().trouble};
+  DyingServer server_{GetParam().outage};
   std::shared_ptr<Faults> faults_ = std::make_shared<Faults>();
-  WholeSuite suite_{std::make_unique<OwnServerTables>(server_.Itself(), GetParam().trouble.server, faults_)};
+  WholeSuite suite_{std::make_unique<OwnServerTables>(server_.Itself(), GetParam().outage.server, faults_)};
 };
 
 TEST_P(SolveOnDyingServersTest, NothingIsLostAndTheNextRunFinishes) {
   faults_->before = [this](std::string_view sql) {
-    if (sql.find(point_.statement) != std::string_view::npos) server_.Befall();
+    if (sql.find(point_.statement) != std::string_view::npos) server_.Fail();
   };
   EXPECT_NO_THROW(suite_.Run());
   faults_->before = nullptr;
-  EXPECT_TRUE(server_.Befallen());
+  EXPECT_TRUE(server_.HasFailed());
   EXPECT_EQ(Mails(), point_.mails);
   EXPECT_EQ(Log(), point_.log);
 
@@ -260,7 +260,7 @@ TEST_P(SolveOnDyingServersTest, NothingIsLostAndTheNextRunFinishes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Points, SolveOnDyingServersTest, testing::ValuesIn(AllCases()),
-                         [](const auto& one) { return one.param.point.name + NameOf(one.param.trouble); });
+                         [](const auto& one) { return one.param.point.name + NameOf(one.param.outage); });
 
 }  // namespace
 }  // namespace orvane_test

@@ -14,7 +14,7 @@ struct Mailbox {
 
 // The mailboxes of `text`: separated by "," or ";", each alone or as "Name <address>", with comments in
 // parentheses, quoted names and groups ("Team: a@example.org, b@example.org;"). Empty places between
-// separators are passed over, so a text of blanks holds none. Control characters count as blanks. FAILS: 5,
+// separators are passed over, so a text of spaces holds none. Control characters count as spaces. FAILS: 5,
 // with a description that names `what` ("recipient", "sender"), the text and the reason, for a line break or
 // NUL anywhere and for what is no address.
 std::vector<Mailbox> ParseAddresses(std::string_view text, std::string_view what);

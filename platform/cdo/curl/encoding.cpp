@@ -106,8 +106,8 @@ std::string QuotedPrintable(std::string_view text) {
     }
     const char c = text[i];
     const bool atLineEnd = i + 1 == text.size() || text.substr(i + 1, 2) == "\r\n";
-    const bool blank = c == ' ' || c == '\t';
-    const bool plain = blank ? !atLineEnd : (c > ' ' && c <= '~' && c != '=');
+    const bool space = c == ' ' || c == '\t';
+    const bool plain = space ? !atLineEnd : (c > ' ' && c <= '~' && c != '=');
     const std::size_t width = plain ? 1 : 3;
     if (column + width > kLine - 1) {
       out += "=\r\n";

@@ -30,7 +30,7 @@ struct Stamp {
   std::string host;    // this machine's name
 };
 
-// Control characters of the subject become blanks.
+// Control characters of the subject become spaces.
 std::string Compose(const Mail& mail, const Stamp& stamp);
 
 // The media type that belongs to a file name's extension.

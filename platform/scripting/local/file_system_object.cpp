@@ -110,7 +110,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
   if (!found || NamesFolder(path) || !IsFile(*found)) Raise(ErrorNumber::FileNotFound);
   if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);
   if (created_ && created_->WasReplaced(found->path, found->status)) Raise(ErrorNumber::PermissionDenied);
-  resolver_.UpdateAround(found->path, [&found] {
+  resolver_.RemoveAndUpdate(found->path, [&found] {
     if (unlink(found->path.c_str()) != 0) RaiseSystemError(errno, ErrorNumber::FileNotFound);
   });
   if (created_) created_->Forget(found->path);
@@ -119,7 +119,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found)) Raise(ErrorNumber::PathNotFound);
-  resolver_.UpdateAround(found->path, [&found, force] {
+  resolver_.RemoveAndUpdate(found->path, [&found, force] {
     if (!S_ISLNK(found->status.st_mode)) {
       RemoveTree(found->path, force);
     } else if (unlink(found->path.c_str()) != 0) {

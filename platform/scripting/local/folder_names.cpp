@@ -124,7 +124,7 @@ void FolderNames::Keep(const std::string& folder) {
   if (!stamp) return;
   // Watched before it is read, so that no change goes unnoticed between the two.
   const std::optional<int> watch = watch_.Add(folder.empty() ? "." : folder);
-  if (!watch && !stamp->HasSettledFor(base::kStepOnDisks)) return;
+  if (!watch && !stamp->HasSettledFor(base::kLocalGranularity)) return;
   Folder fresh{folder, *stamp, watch, {}};
   ForEachName(folder, [&fresh](std::string_view name) { fresh.names[Folded(name)].emplace_back(name); });
   for (auto& [folded, names] : fresh.names) std::sort(names.begin(), names.end());

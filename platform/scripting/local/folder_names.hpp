@@ -2,7 +2,7 @@
 //
 // A sweep may ask a folder of a hundred thousand entries for fifty thousand names that are not there; reading
 // the folder for each of them would take hours. So the names of a large folder are kept, and kept up to date
-// with what the kernel tells of the folder. Where it tells nothing (a disk that other machines write to),
+// with the kernel's events for the folder. Where there are none (a disk that other machines write to),
 // they are kept for as long as the folder's own time stamps say that nothing came or went.
 #pragma once
 
@@ -28,7 +28,7 @@ class FolderNames {
   // that is not watched, a name that somebody else adds within the same step of the disk's clock may stay
   // unknown in other spellings than its own until the folder changes again.
   template <class Remove>
-  void UpdateAround(const std::string& path, const Remove& remove) {
+  void RemoveAndUpdate(const std::string& path, const Remove& remove) {
     const std::optional<std::size_t> known = BeforeRemoval(path);
     remove();
     if (known) AfterRemoval(path, *known);

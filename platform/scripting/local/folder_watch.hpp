@@ -1,4 +1,4 @@
-// What comes and goes in folders of this machine, as its kernel tells it.
+// Names added to and removed from folders of this machine, by the kernel's events.
 #pragma once
 
 #include <functional>
@@ -15,8 +15,8 @@ class FolderWatch {
  public:
   enum class Change {
     Added,    // the name is in the folder now
-    Removed,  // the name is no more
-    Lost,     // what happened to the folder is not known any more; it is not watched any longer
+    Removed,  // the name is gone
+    Lost,     // events are missing; the folder is no longer watched
   };
   // `number` is that of the folder; -1 with Lost means all of them.
   using Listener = std::function<void(int number, Change change, std::string_view name)>;

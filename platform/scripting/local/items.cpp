@@ -34,8 +34,8 @@ automation::DateTime LocalTime(const timespec& moment) {
                                           .microsecond = static_cast<int>(moment.tv_nsec / 1000)});
 }
 
-// A link that leads nowhere is an item all the same, with a time of its own.
-bool LeadsNowhere(int code) {
+// A dangling link is an item all the same, with a time of its own.
+bool IsDangling(int code) {
   return code == ENOENT || code == ENOTDIR || code == ELOOP;
 }
 
@@ -78,7 +78,7 @@ class LocalFile : public File {
     struct stat status {};
     if (stat(native.c_str(), &status) == 0) return LocalTime(status.st_atim);
     const int code = errno;
-    if (!LeadsNowhere(code) || lstat(native.c_str(), &status) != 0) {
+    if (!IsDangling(code) || lstat(native.c_str(), &status) != 0) {
       RaiseSystemError(code, ErrorNumber::FileNotFound);
     }
     return LocalTime(status.st_atim);

@@ -49,8 +49,8 @@ class PathResolver {
   // Calls `remove`, which deletes the item at the operating system's path, and updates the names kept of its
   // folder.
   template <class Remove>
-  void UpdateAround(const std::string& native, const Remove& remove) {
-    names_.UpdateAround(native, remove);
+  void RemoveAndUpdate(const std::string& native, const Remove& remove) {
+    names_.RemoveAndUpdate(native, remove);
   }
 
   bool DriveExists(std::string_view drive) const;

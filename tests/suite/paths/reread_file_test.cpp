@@ -41,17 +41,17 @@ class RereadFileTest : public testing::Test {
 };
 
 TEST_F(RereadFileTest, TellsWhetherTheBytesAreThoseOfTheTimeBefore) {
-  EXPECT_EQ(Read("one"), Outcome::Other);
-  EXPECT_EQ(Read("one"), Outcome::Same);
-  EXPECT_EQ(Read("two"), Outcome::Other);
+  EXPECT_EQ(Read("one"), Outcome::Changed);
+  EXPECT_EQ(Read("one"), Outcome::Unchanged);
+  EXPECT_EQ(Read("two"), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
-  EXPECT_EQ(Read("two and more"), Outcome::Other);
+  EXPECT_EQ(Read("two and more"), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two and more");
-  EXPECT_EQ(Read("two"), Outcome::Other);
+  EXPECT_EQ(Read("two"), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
-  EXPECT_EQ(Read(""), Outcome::Other);
+  EXPECT_EQ(Read(""), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "");
-  EXPECT_EQ(Read(""), Outcome::Same);
+  EXPECT_EQ(Read(""), Outcome::Unchanged);
 }
 
 TEST_F(RereadFileTest, FindsASingleChangedByteAnywhereInALargeFile) {
@@ -59,22 +59,22 @@ TEST_F(RereadFileTest, FindsASingleChangedByteAnywhereInALargeFile) {
   Read(content);
   for (const std::size_t place : {0u, 16'383u, 16'384u, 40'000u, 69'999u}) {
     content[place] = content[place] == 'a' ? 'b' : 'a';
-    EXPECT_EQ(Read(content), Outcome::Other) << place;
+    EXPECT_EQ(Read(content), Outcome::Changed) << place;
     EXPECT_EQ(file_.Content(), content) << place;
-    EXPECT_EQ(Read(content), Outcome::Same) << place;
+    EXPECT_EQ(Read(content), Outcome::Unchanged) << place;
   }
 }
 
 TEST_F(RereadFileTest, TakesAnotherFileWithTheSameContentForAnother) {
   Read("one", "f");
-  EXPECT_EQ(Read("one", "g"), Outcome::Other);
+  EXPECT_EQ(Read("one", "g"), Outcome::Changed);
 }
 
 TEST_F(RereadFileTest, RefusesAFileThatIsTooLargeAndReadsItAgainWhenItIsNot) {
   Read("one");
   EXPECT_EQ(Read(std::string(100'001, 'x')), Outcome::TooLarge);
-  EXPECT_EQ(Read(std::string(100'000, 'x')), Outcome::Other);
-  EXPECT_EQ(Read("one"), Outcome::Other);
+  EXPECT_EQ(Read(std::string(100'000, 'x')), Outcome::Changed);
+  EXPECT_EQ(Read("one"), Outcome::Changed);
 }
 
 TEST_F(RereadFileTest, ForgetsWhatItReadWhenTheFileCannotBeRead) {
@@ -82,7 +82,7 @@ TEST_F(RereadFileTest, ForgetsWhatItReadWhenTheFileCannotBeRead) {
   const auto path = folder_.Path() / "f";
   std::filesystem::remove(path);
   EXPECT_EQ(CodeOf([&] { file_.Read(path, 10); }), std::errc::no_such_file_or_directory);
-  EXPECT_EQ(Read("one"), Outcome::Other);
+  EXPECT_EQ(Read("one"), Outcome::Changed);
   EXPECT_EQ(CodeOf([&] { file_.Read(folder_.Path(), 10); }), std::errc::is_a_directory);
 }
 
@@ -123,10 +123,10 @@ TEST_F(SettledFileTest, IsReadOnceAsLongAsItStaysAsItIs) {
   const std::string content(200'000, 'a');
   Write(content);
   const long long before = BytesRead();
-  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(Read(), Outcome::Changed);
   const long long between = BytesRead();
   EXPECT_GE(between - before, 200'000);
-  EXPECT_EQ(Read(), Outcome::Same);
+  EXPECT_EQ(Read(), Outcome::Unchanged);
   EXPECT_LT(BytesRead() - between, 200'000);
   EXPECT_EQ(file_.Content(), content);
 }
@@ -136,7 +136,7 @@ TEST_F(SettledFileTest, IsReadEachTimeWhileItMightChangeWithoutATrace) {
   Write(std::string(200'000, 'a'));
   patient.Read(path_, 1'000'000);
   const long long before = BytesRead();
-  EXPECT_EQ(patient.Read(path_, 1'000'000), Outcome::Same);
+  EXPECT_EQ(patient.Read(path_, 1'000'000), Outcome::Unchanged);
   EXPECT_GE(BytesRead() - before, 200'000);
 }
 
@@ -144,7 +144,7 @@ TEST_F(SettledFileTest, IsReadAgainWhenItWasWrittenInPlaceWithTheSameSizeAndTime
   Write("one");
   Read();
   Write("two");
-  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(Read(), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
 }
 
@@ -153,7 +153,7 @@ TEST_F(SettledFileTest, IsReadAgainWhenAnotherFileOfTheSameSizeAndTimeTookItsPla
   Write("two", "g");
   Read();
   std::filesystem::rename(folder_.Path() / "g", path_);
-  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(Read(), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
 }
 
@@ -163,10 +163,10 @@ TEST_F(SettledFileTest, IsReadAgainWhenItsFolderWasExchanged) {
   Write("one", "a/f");
   Write("two", "b/f");
   const auto read = [this] { return file_.Read(folder_.Path() / "a" / "f", 10); };
-  EXPECT_EQ(read(), Outcome::Other);
+  EXPECT_EQ(read(), Outcome::Changed);
   std::filesystem::rename(folder_.Path() / "a", folder_.Path() / "c");
   std::filesystem::rename(folder_.Path() / "b", folder_.Path() / "a");
-  EXPECT_EQ(read(), Outcome::Other);
+  EXPECT_EQ(read(), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
 }
 
@@ -177,7 +177,7 @@ TEST_F(SettledFileTest, IsReadAgainWhenALinkToItLeadsElsewhere) {
   Read();
   std::filesystem::remove(path_);
   std::filesystem::create_symlink("b", path_);
-  EXPECT_EQ(Read(), Outcome::Other);
+  EXPECT_EQ(Read(), Outcome::Changed);
   EXPECT_EQ(file_.Content(), "two");
 }
 
