@@ -26,6 +26,18 @@ TEST_F(DormantUserExpiryTest, KeepsAProspectWhoseExpiryMomentEqualsNow) {
   EXPECT_EQ(Prospects(), (Names{"equal", "one second after"}));
 }
 
+// A date that another program has written as a text is read as the runtime's locale writes dates.
+TEST_F(DormantUserExpiryTest, LastVisitsThatAreTextsAreReadByTheLocale) {
+  SetLimit("'30'");
+  AddProspect("4 July, or 7 April", "'07/04/2004 12:00:00'", "0");
+  AddProspect("1 January", "'1/1/2004'", "0");
+  EXPECT_EQ(Expire(), 0);
+  EXPECT_EQ(Prospects(), Names{"4 July, or 7 April"});
+  environment_.locale->dayFirst = true;
+  EXPECT_EQ(Expire(), 0);
+  EXPECT_EQ(Prospects(), Names{});
+}
+
 TEST_F(DormantUserExpiryTest, TheMomentOfTheRunHasNoFractionOfASecond) {
   environment_.now =
       automation::DateTime::FromUnixMicroseconds(environment_.now.UnixMicroseconds() + 900'000);

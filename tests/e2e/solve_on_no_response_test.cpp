@@ -125,6 +125,24 @@ TEST_F(SolveOnNoResponseTest, TheRunLogHasALineOfAsterisksBeforeItsStopLine) {
                 " Solve On No Response -NTService Stopped at : <time>\r\n" + ruler);
 }
 
+TEST_F(SolveOnNoResponseTest, EveryRefusedMailIsNamedHoweverManyThereAre) {
+  constexpr int kQuestions = 60;
+  for (int id = 1; id <= kQuestions; ++id) {
+    AddQuestion(id, "jdoe", "1", id % 2 == 0 ? "'no one'" : "'visitor@fair.example'");
+    AddReminder(id, Date(9 * kHour), Date(kHour));
+  }
+  const Outcome outcome = Run();
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), kQuestions / 2) << outcome.err;
+  for (int id = 1; id <= kQuestions; ++id) {
+    const bool named = outcome.err.find("a mail was not taken: to \"no one\", subject \"Concluded (" +
+                                        std::to_string(id) + ")") != std::string::npos;
+    EXPECT_EQ(named, id % 2 == 0) << id;
+  }
+  EXPECT_EQ(Mails().size(), static_cast<std::size_t>(kQuestions / 2));
+  EXPECT_EQ(Concluded().size(), static_cast<std::size_t>(kQuestions));
+}
+
 TEST_F(SolveOnNoResponseTest, AProspectIsMailedAtTheAddressOfTheQuestion) {
   AddQuestion(1, "jdoe", "1", "'visitor@fair.example'");
   AddQuestion(2, "jdoe", "1", "NULL");

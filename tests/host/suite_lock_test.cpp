@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -129,7 +130,9 @@ TEST_F(SuiteLockTest, AnErrorOfTheDatabaseThatIsNoSilencePassesThrough) {
   }
   for (const char* state : {"", "28P01", "42501", "IM002"}) {
     raise(state);
-    EXPECT_THROW(SuiteLock::Take(wish), automation::Error) << state;
+    const automation::Error error = orvane_test::ErrorOf([&] { SuiteLock::Take(wish); });
+    EXPECT_EQ(error.SqlState(), state);
+    EXPECT_EQ(error.Description(), "words");
   }
 }
 

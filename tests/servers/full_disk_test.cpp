@@ -16,6 +16,7 @@
 #include "platform/adodb/registration.hpp"
 #include "platform/automation/error.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -92,17 +93,17 @@ class FullDiskTest : public testing::TestWithParam<std::string> {
     connection_->Execute(sql, nullptr, ADODB::kExecuteNoRecords);
   }
 
-  // Inserts rows until the engine refuses one; `rows` were taken.
-  automation::Error Fill() {
-    for (;;) {
-      if (rows_ == 5000) throw std::runtime_error("the disk does not fill");
-      try {
-        Insert(rows_ + 1);
-        ++rows_;
-      } catch (const automation::Error& error) {
-        return error;
-      }
-    }
+  // Inserts rows until the engine refuses one for want of room; `rows_` were taken.
+  void Fill() { rows_ = InsertUntilFull(1); }
+
+  int InsertUntilFull(int firstId) {
+    int inserted = 0;
+    const automation::Error error = orvane_test::ErrorOf([&] {
+      for (; inserted < 5000; ++inserted) Insert(firstId + inserted);
+    });
+    EXPECT_THAT(error.Description(), AnyOf(HasSubstr("No space left on device"), HasSubstr("is full")));
+    EXPECT_EQ(error.SqlState(), OnPostgreSql() ? "53100" : "HY000");
+    return inserted;
   }
 
   int Count() {
@@ -120,10 +121,7 @@ class FullDiskTest : public testing::TestWithParam<std::string> {
 };
 
 TEST_P(FullDiskTest, AStatementFailsWithTheEnginesMessageAndTheConnectionGoesOn) {
-  const automation::Error error = Fill();
-  EXPECT_THAT(error.Description(), AnyOf(HasSubstr("No space left on device"), HasSubstr("is full")))
-      << rows_;
-  EXPECT_EQ(error.SqlState(), OnPostgreSql() ? "53100" : "HY000");
+  Fill();
   EXPECT_GT(rows_, 100);
   EXPECT_EQ(Count(), rows_);
   connection_->Execute("INSERT INTO ELSEWHERE VALUES (1)", nullptr, ADODB::kExecuteNoRecords);
@@ -142,7 +140,7 @@ TEST_P(FullDiskTest, ATransactionThatMetItIsTakenBackWhole) {
   Fill();
   connection_->BeginTrans();
   connection_->Execute("DELETE FROM FILES WHERE ID = 1", nullptr, ADODB::kExecuteNoRecords);
-  EXPECT_THROW(for (int id = 10'001; id < 15'000; ++id) Insert(id), automation::Error);
+  InsertUntilFull(10'001);
   connection_->RollbackTrans();
   EXPECT_EQ(Count(), rows_);
 }

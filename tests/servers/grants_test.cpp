@@ -31,13 +31,18 @@ class GrantsTest : public testing::TestWithParam<std::string> {
     }
   }
 
+  // By the engine, for want of the right that the statement's first word needs.
   void Refused(const std::string& sql) {
-    try {
-      session_->Query(sql, {});
-      ADD_FAILURE() << "not refused: " << sql;
-    } catch (const automation::Error& error) {
-      EXPECT_EQ(error.SqlState().substr(0, 2), "42") << error.Description();
-      EXPECT_THAT(error.Description(), testing::ContainsRegex("denied|must be owner")) << sql;
+    const automation::Error error = orvane_test::ErrorOf([&] { session_->Query(sql, {}); });
+    const std::string verb = sql.substr(0, sql.find(' '));
+    if (GetParam() == "mariadb") {
+      EXPECT_EQ(error.SqlState(), "42000") << sql;
+      EXPECT_THAT(error.Description(), testing::HasSubstr(verb + " command denied to user")) << sql;
+    } else {
+      EXPECT_EQ(error.SqlState(), "42501") << sql;
+      EXPECT_THAT(error.Description(), testing::HasSubstr(verb == "DROP" ? "must be owner of table"
+                                                                         : "permission denied for table"))
+          << sql;
     }
   }
 

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "platform/base/text.hpp"
+
 namespace orvane_test {
 namespace {
 
@@ -140,19 +142,11 @@ std::string FakeLocale::FromCodePage(std::string_view bytes) const {
 }
 
 std::string FakeLocale::ToLower(std::string_view utf8) const {
-  std::string lower(utf8);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
+  return base::ToAsciiLower(utf8);
 }
 
 std::string FakeLocale::ToUpper(std::string_view utf8) const {
-  std::string upper(utf8);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
+  return base::ToAsciiUpper(utf8);
 }
 
 automation::ObjectPtr FakeObjectContext::CreateInstance(std::string_view progId) {
