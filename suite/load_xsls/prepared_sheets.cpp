@@ -1,6 +1,5 @@
 #include "suite/load_xsls/prepared_sheets.hpp"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/base/open_folder.hpp"
 #include "suite/paths/reread_file.hpp"
 
 namespace OrvCommon {
@@ -16,16 +16,12 @@ namespace {
 
 constexpr std::size_t kLargestRead = 1U << 20;
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 }  // namespace
 
 std::optional<FolderState> StateBeside(const std::filesystem::path& sheet,
                                        std::chrono::system_clock::time_point now) try {
   const std::filesystem::path folder = sheet.parent_path();
-  const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.c_str()));
+  const base::OpenFolder entries(opendir(folder.c_str()));
   if (!entries) return std::nullopt;
   FolderState state;
   while (const dirent* entry = readdir(entries.get())) {

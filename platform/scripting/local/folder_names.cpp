@@ -1,6 +1,5 @@
 #include "platform/scripting/local/folder_names.hpp"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/base/open_folder.hpp"
 #include "platform/base/text.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
@@ -18,10 +18,6 @@ namespace {
 
 constexpr std::size_t kWorthKeeping = 256;  // names; a smaller folder is as quickly read again
 constexpr std::size_t kFoldersKept = 4;
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
 
 std::string Folded(std::string_view native) {
   return FoldedName(ShownName(native));
@@ -41,7 +37,7 @@ std::optional<base::FileStamp> StampOf(const std::string& folder) {
 
 template <class Action>
 void ForEachName(const std::string& path, const Action& action) {
-  const std::unique_ptr<DIR, CloseFolder> listing(opendir(path.empty() ? "." : path.c_str()));
+  const base::OpenFolder listing(opendir(path.empty() ? "." : path.c_str()));
   if (!listing) {
     if (errno == ENOENT || errno == ENOTDIR) return;
     RaiseSystemError(errno, automation::ErrorNumber::PathNotFound);

@@ -1,6 +1,5 @@
 #include "platform/scripting/local/items.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -12,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/base/open_folder.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/local/text_stream.hpp"
@@ -97,10 +97,6 @@ class LocalFile : public File {
   std::string name_;
 };
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 class LocalFolder : public Folder {
  public:
   LocalFolder(std::string native, std::string shown)
@@ -138,7 +134,7 @@ class LocalFolder : public Folder {
 
  private:
   std::vector<std::string> Names(bool folders) const {
-    const std::unique_ptr<DIR, CloseFolder> listing(opendir(path_->native.c_str()));
+    const base::OpenFolder listing(opendir(path_->native.c_str()));
     if (!listing) RaiseSystemError(errno, ErrorNumber::PathNotFound);
     std::vector<std::string> names;
     while (true) {

@@ -1,6 +1,5 @@
 #include "platform/scripting/local/tree_removal.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 
 #include "platform/base/descriptor.hpp"
 #include "platform/base/file_stamp.hpp"
+#include "platform/base/open_folder.hpp"
 #include "platform/scripting/local/items.hpp"
 #include "platform/scripting/local/system_error.hpp"
 
@@ -37,17 +37,16 @@ struct Level {
 std::vector<std::string> Children(int folder) {
   const int listed = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   Check(listed >= 0);
-  DIR* listing = fdopendir(listed);
-  if (listing == nullptr) {
+  const base::OpenFolder listing(fdopendir(listed));
+  if (!listing) {
     close(listed);
     Raise(ErrorNumber::OutOfMemory);
   }
   std::vector<std::string> names;
-  while (const dirent* entry = readdir(listing)) {
+  while (const dirent* entry = readdir(listing.get())) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") names.emplace_back(name);
   }
-  closedir(listing);
   std::sort(names.begin(), names.end(), std::greater<>());
   return names;
 }
