@@ -131,7 +131,7 @@ class TableCheck {
 
 bool IsFile(const std::string& connectionString) {
   try {
-    return EngineOf(connectionString) == Engine::SQLite;
+    return EngineOf(connectionString).IsEmbedded();
   } catch (const automation::Error&) {
     return false;
   }

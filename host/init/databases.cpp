@@ -1,39 +1,16 @@
 #include "host/init/databases.hpp"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "demo/table.hpp"
 #include "host/init/embedded.hpp"
-#include "platform/adodb/session/connection_string.hpp"
 #include "platform/adodb/statement.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace orvane_host {
 namespace {
-
-std::string Lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
-std::string_view NameOf(Engine engine) {
-  switch (engine) {
-    case Engine::SQLite:
-      return "sqlite";
-    case Engine::PostgreSQL:
-      return "postgresql";
-    case Engine::MariaDB:
-      return "mariadb";
-    case Engine::SQLServer:
-      return "sqlserver";
-  }
-  return {};
-}
 
 // The statements of a script: separated by ";", which our scripts use for nothing else outside comments.
 std::vector<std::string> Statements(std::string_view script) {
@@ -88,14 +65,9 @@ void FillTexts(const ADODB::ConnectionPtr& connection) {
 
 }  // namespace
 
-Engine EngineOf(std::string_view connectionString) {
-  const auto parts = ADODB::engine::ConnectionString::Parse(connectionString);
-  if (Lower(parts.Value("Provider").value_or("")) == "sqlite") return Engine::SQLite;
-  const std::string driver = Lower(parts.Value("Driver").value_or(""));
-  const auto named = [&driver](std::string_view word) { return driver.find(word) != std::string::npos; };
-  if (named("postgresql") || named("psqlodbc")) return Engine::PostgreSQL;
-  if (named("mariadb") || named("maodbc") || named("mysql")) return Engine::MariaDB;
-  if (named("sql server") || named("tds")) return Engine::SQLServer;
+const EngineEntry& EngineOf(std::string_view connectionString) {
+  const auto text = ADODB::engine::ConnectionString::Parse(connectionString);
+  if (const EngineEntry* engine = ADODB::engine::EngineOf(text)) return *engine;
   throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid), "orvane-host",
                           "The connection string names neither Provider=SQLite nor a Driver of PostgreSQL, "
                           "MariaDB or SQL Server");
@@ -107,12 +79,12 @@ ADODB::ConnectionPtr OpenDatabase(std::string_view connectionString) {
   return connection;
 }
 
-void MakeSuiteTables(Engine engine, const ADODB::ConnectionPtr& connection) {
-  RunScript("schema/" + std::string(NameOf(engine)) + ".sql", connection);
+void MakeSuiteTables(const EngineEntry& engine, const ADODB::ConnectionPtr& connection) {
+  RunScript("schema/" + std::string(engine.name) + ".sql", connection);
 }
 
-void MakeCatalogueTables(Engine engine, const ADODB::ConnectionPtr& connection) {
-  RunScript("schema/" + std::string(NameOf(engine)) + "-ecatalog.sql", connection);
+void MakeCatalogueTables(const EngineEntry& engine, const ADODB::ConnectionPtr& connection) {
+  RunScript("schema/" + std::string(engine.name) + "-ecatalog.sql", connection);
 }
 
 void FillSuite(const ADODB::ConnectionPtr& connection) {

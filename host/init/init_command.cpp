@@ -28,8 +28,8 @@ class SuiteMaker {
         demo_(arguments.demo) {}
 
   void Make() {
-    const Engine engine = EngineOf(database_);
-    const Engine catalogueEngine = EngineOf(catalogue_);
+    const EngineEntry& engine = EngineOf(database_);
+    const EngineEntry& catalogueEngine = EngineOf(catalogue_);
     MakeSuiteFiles(home_, database_, catalogue_);
     automation::Runtime runtime;
     RegisterSuite(runtime, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()));

@@ -28,8 +28,8 @@ class Unreachable : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Whether an engine's error tells of a server that is down, and not of a string, a password or a right that is
-// wrong.
+// Whether an engine's error tells of a server that is down, and not of a string, a password or a right that
+// is wrong.
 bool MeansUnreachable(const automation::Error& error);
 
 // Two locks, both held as long as the object lives: a file, for the processes of one machine or of those that

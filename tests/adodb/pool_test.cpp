@@ -25,10 +25,11 @@ class CountingSession : public ADODB::engine::Session {
  public:
   explicit CountingSession(Counters& counters) : counters_(counters) { ++counters_.open; }
   ~CountingSession() override { --counters_.open; }
-  std::unique_ptr<ADODB::engine::Rows> Query(std::string_view, const ADODB::engine::Parameters&) override {
+  std::unique_ptr<ADODB::engine::Rows> Query(const ADODB::engine::Sql&,
+                                             const ADODB::engine::Parameters&) override {
     return nullptr;
   }
-  std::int64_t Execute(std::string_view, const ADODB::engine::Parameters&) override { return 0; }
+  std::int64_t Execute(const ADODB::engine::Sql&, const ADODB::engine::Parameters&) override { return 0; }
   void Begin() override {}
   void Commit() override {}
   void Rollback() override {}

@@ -13,7 +13,6 @@ using ADODB::engine::ConnectionString;
 using ADODB::engine::IsoText;
 using ADODB::engine::ParseCriterion;
 using ADODB::engine::ParseIso;
-using ADODB::engine::ReadSelect;
 using ADODB::engine::SelectShape;
 using automation::DateTime;
 using automation::Variant;
@@ -100,6 +99,16 @@ TEST(IsoDateTimeTest, ReadsNothingElse) {
         "2004-07-26 09:05:03.", "2004-07-26 09:05:03Z", "2004-07-26x", "0000-00-00 00:00:00"}) {
     EXPECT_EQ(ParseIso(text), std::nullopt) << text;
   }
+}
+
+bool ReadSelect(std::string_view sql, SelectShape& shape) {
+  const std::vector<ADODB::engine::Token> tokens = ADODB::engine::Tokenize(sql).tokens;
+  const auto parts = ADODB::engine::ReadSelect(sql, tokens);
+  if (!parts) return false;
+  const auto text = [&](ADODB::engine::TokenRange range) { return std::string(range.In(sql, tokens)); };
+  shape = {text(parts->list), text(parts->table), text(parts->name), text(parts->condition),
+           text(parts->order)};
+  return true;
 }
 
 TEST(SelectShapeTest, ReadsARowByRowSelect) {

@@ -1,11 +1,13 @@
 // What is particular to SQLite: files that cannot be used, declared types, databases made by hand.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <functional>
 #include <thread>
 
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
@@ -104,6 +106,29 @@ TEST_F(SqliteProviderTest, TellsThatADatabaseIsReadOnly) {
   EXPECT_EQ(error.SqlState(), "25006");
 }
 
+// Calls `action` in place of the engine's first wait for a lock.
+class Waits {
+ public:
+  explicit Waits(std::function<void()> action) : system_(sqlite3_vfs_find(nullptr)), sleep_(system_->xSleep) {
+    action_ = std::move(action);
+    count_ = 0;
+    system_->xSleep = [](sqlite3_vfs*, int microseconds) {
+      if (count_++ == 0) action_();
+      return microseconds;
+    };
+  }
+  ~Waits() { system_->xSleep = sleep_; }
+  Waits(const Waits&) = delete;
+  Waits& operator=(const Waits&) = delete;
+  static int Count() { return count_; }
+
+ private:
+  sqlite3_vfs* system_;
+  int (*sleep_)(sqlite3_vfs*, int);
+  static inline std::function<void()> action_;
+  static inline int count_ = 0;
+};
+
 TEST_F(SqliteProviderTest, TellsThatADatabaseIsLockedAfterWaiting) {
   orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
   database.Run("CREATE TABLE T(A INTEGER); BEGIN IMMEDIATE");
@@ -113,12 +138,9 @@ TEST_F(SqliteProviderTest, TellsThatADatabaseIsLockedAfterWaiting) {
   EXPECT_EQ(error.SqlState(), "HYT00");
   EXPECT_EQ(ErrorOf([&] { connection->BeginTrans(); }).Description(), "database is locked");
   // Who waits gets the lock when it is let go.
-  std::thread release([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    database.Run("COMMIT");
-  });
+  const Waits waits([&] { database.Run("COMMIT"); });
   Connect("Data Source=a.sqlite;Timeout=10")->Execute("INSERT INTO T VALUES(2)", nullptr, -1);
-  release.join();
+  EXPECT_EQ(waits.Count(), 1);
   EXPECT_THAT(database.Rows("SELECT A FROM T"), ElementsAre("2"));
 }
 

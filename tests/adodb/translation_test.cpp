@@ -18,11 +18,7 @@ class TranslationTest : public testing::Test {
     const ADODB::engine::Dialect& dialect = ADODB::engine::SqliteDialect();
     return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect);
   }
-  static std::string Translated(std::string text) {
-    const auto translation = TranslateAll(std::move(text));
-    EXPECT_EQ(translation.statements.size(), 1u);
-    return translation.statements.front();
-  }
+  static std::string Translated(std::string text) { return TranslateAll(std::move(text)).text; }
 
   orvane_test::TestRuntime runtime;
 };
@@ -134,19 +130,13 @@ TEST_F(TranslationTest, PutsTheColumnsOfEveryTermInOneOrder) {
   EXPECT_THAT(list, testing::EndsWith(",(100,0),(8,7))"));
 }
 
-TEST_F(TranslationTest, CutsALongDeleteOfOtherConditionsIntoPieces) {
-  const auto pieces =
-      TranslateAll("DELETE FROM T WHERE " + Chain(250, "(A = # AND B < {ts '2004-01-01 00:00:00'})"));
-  ASSERT_EQ(pieces.statements.size(), 3u);
-  EXPECT_THAT(pieces.statements[0],
-              testing::StartsWith(
-                  "DELETE FROM T WHERE (A = 1 AND orvane_moment(B) < '2004-01-01 00:00:00') or (A = 2 AND"));
-  EXPECT_THAT(pieces.statements[0],
-              testing::EndsWith("or (A = 100 AND orvane_moment(B) < '2004-01-01 00:00:00')"));
-  EXPECT_THAT(pieces.statements[2], testing::StartsWith("DELETE FROM T WHERE (A = 201 AND"));
+TEST_F(TranslationTest, LeavesALongChainOfOtherConditionsAlone) {
+  EXPECT_EQ(
+      Translated("DELETE FROM T WHERE " + Chain(250, "(A = # AND B < {ts '2004-01-01 00:00:00'})")) + " ",
+      "DELETE FROM T WHERE " + Chain(250, "(A = # AND orvane_moment(B) < '2004-01-01 00:00:00')"));
 }
 
-TEST_F(TranslationTest, DoesNotCutWhatWouldMeanSomethingElse) {
+TEST_F(TranslationTest, MakesNoListOfWhatWouldMeanSomethingElse) {
   for (const char* term : {"(A = # AND B IN (SELECT C FROM T))", "CASE WHEN A = # or B = 1 THEN 1 END = 1",
                            "A BETWEEN # AND 7", "NOT A = #"}) {
     const std::string sql = "DELETE FROM T WHERE " + Chain(150, term);
@@ -157,36 +147,65 @@ TEST_F(TranslationTest, DoesNotCutWhatWouldMeanSomethingElse) {
 }
 
 TEST_F(TranslationTest, DoesNotTakeTermsForTheSameThatNameOtherColumns) {
-  const std::string odd = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or (A = 1 AND C = 1)";
-  EXPECT_EQ(TranslateAll(odd).statements.size(), 2u);
-  const std::string other = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or (A = 1)";
-  EXPECT_EQ(TranslateAll(other).statements.size(), 2u);
+  for (const char* last : {"(A = 1 AND C = 1)", "(A = 1)"}) {
+    const std::string sql = "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or " + last;
+    EXPECT_EQ(Translated(sql), sql);
+  }
 }
 
 // "A = 1 AND A = 2" meets no row; a list that took the last value for each column would meet rows of A = 2.
 TEST_F(TranslationTest, MakesNoListOfATermThatNamesOneColumnTwice) {
   for (const char* term : {"(A = 1 AND A = 2)", "(A = 1 AND a = 2)", "(B = 1 AND B = 2)"}) {
-    const auto pieces =
-        TranslateAll("DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or " + std::string(term));
-    ASSERT_EQ(pieces.statements.size(), 2u) << term;
-    EXPECT_EQ(pieces.statements[1], "DELETE FROM T WHERE (A = 101 AND B = 1) or " + std::string(term));
+    const std::string sql =
+        "DELETE FROM T WHERE " + Chain(101, "(A = # AND B = 1)") + "or " + std::string(term);
+    EXPECT_EQ(Translated(sql), sql) << term;
   }
 }
 
 // Each of these words, wherever it stands, may bind what is around it in another way than AND and OR do.
-TEST_F(TranslationTest, CutsNoChainThatHoldsAWordOfAnotherKind) {
+TEST_F(TranslationTest, MakesNoListOfAChainThatHoldsAWordOfAnotherKind) {
   for (const char* last :
        {"CASE A WHEN 1 THEN 1 END = 1", "A = (SELECT 1)", "A = 1 ORDER BY A", "A = 1 GROUP BY A",
         "A = 1 HAVING 1 = 1", "A = 1 UNION ALL VALUES (1)", "A = 1 LIMIT 1", "A BETWEEN 1 AND 7",
         "A = 1 RETURNING A", "A = 1 EXCEPT VALUES (1)", "A = 1 INTERSECT VALUES (1)", "NOT A = 1",
         "A = 1 returning A", "(B = 1 AND (NOT A = 1))"}) {
     const std::string sql = "DELETE FROM T WHERE " + Chain(150, "A = #") + "or " + last;
-    const auto translation = TranslateAll(sql);
-    ASSERT_EQ(translation.statements.size(), 1u) << last;
-    EXPECT_EQ(translation.statements.front(), sql);
+    EXPECT_EQ(Translated(sql), sql) << last;
   }
   const std::string twice = "DELETE FROM T WHERE " + Chain(150, "A = #") + "or A WHERE A = 1";
   EXPECT_EQ(Translated(twice), twice);
+}
+
+// The parts by which rows are walked and deleted are in the engine's words.
+TEST_F(TranslationTest, TellsThePartsOfASelectInTheEnginesSql) {
+  const auto select =
+      TranslateAll(
+          "select A, B as C from T x where isnull(A,'') = 'a' and D < {ts '2004-07-26 09:05:03'} order by B")
+          .select;
+  ASSERT_TRUE(select);
+  EXPECT_EQ(select->list, "A, B as C");
+  EXPECT_EQ(select->table, "T");
+  EXPECT_EQ(select->name, "x");
+  EXPECT_EQ(select->condition, "ifnull(A,'') = 'a' and orvane_moment(D) < '2004-07-26 09:05:03'");
+  EXPECT_EQ(select->order, "order by B");
+  const auto chain = TranslateAll("SELECT * FROM T WHERE " + Chain(101, "A=#")).select;
+  ASSERT_TRUE(chain);
+  EXPECT_THAT(chain->condition, testing::StartsWith("A IN (VALUES (1),"));
+  EXPECT_THAT(chain->condition, testing::EndsWith(",(101))"));
+  EXPECT_FALSE(TranslateAll("select distinct A from T").select);
+}
+
+TEST_F(TranslationTest, TellsThePartsOfADeleteInTheEnginesSql) {
+  const auto deletion =
+      TranslateAll("Delete from T where dateadd(d,1,E)<{ts '2004-07-26 09:05:03'}").deletion;
+  ASSERT_TRUE(deletion);
+  EXPECT_EQ(deletion->table, "T");
+  EXPECT_EQ(deletion->where, "where orvane_adddays(1,E)<'2004-07-26 09:05:03'");
+  EXPECT_FALSE(deletion->namesTableTwice);
+  EXPECT_EQ(TranslateAll("delete from T").deletion->where, "");
+  for (const char* sql : {"delete from T order by A", "delete from T x where A = 1", "update T set A = 1"}) {
+    EXPECT_FALSE(TranslateAll(sql).deletion) << sql;
+  }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ using ADODB::engine::Column;
 using ADODB::engine::Parameters;
 using ADODB::engine::Rows;
 using ADODB::engine::Session;
+using ADODB::engine::Sql;
 
 class CountedRows : public Rows {
  public:
@@ -35,11 +36,11 @@ class FaultySession : public Session {
   }
   ~FaultySession() override { --faults_->openSessions; }
 
-  std::unique_ptr<Rows> Query(std::string_view sql, const Parameters& parameters) override {
+  std::unique_ptr<Rows> Query(const Sql& sql, const Parameters& parameters) override {
     Pass(sql);
     return std::make_unique<CountedRows>(inner_->Query(sql, parameters), faults_);
   }
-  std::int64_t Execute(std::string_view sql, const Parameters& parameters) override {
+  std::int64_t Execute(const Sql& sql, const Parameters& parameters) override {
     Pass(sql);
     return inner_->Execute(sql, parameters);
   }

@@ -42,10 +42,9 @@ void SqlText(std::string_view bytes) {
     CheckValues(statement, dialect);
     const CheckedStatement checked = CheckText(statement, dialect);
     const Translation translation = Translate(checked, dialect);
-    Require(!translation.statements.empty());
-    SelectShape shape;
-    if (ReadSelect(translation.statements.front(), shape))
-      Require(!shape.table.empty() && !shape.list.empty());
+    Require(!translation.text.empty());
+    if (const auto& select = translation.select) Require(!select->table.empty() && !select->list.empty());
+    if (const auto& deletion = translation.deletion) Require(!deletion->table.empty());
   } catch (const automation::Error&) {
     // Refused, as most bytes are.
   }

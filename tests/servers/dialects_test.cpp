@@ -15,11 +15,10 @@ namespace {
 
 using ADODB::engine::Column;
 using ADODB::engine::Dialect;
-using testing::ElementsAre;
 
-std::vector<std::string> Translated(const std::string& sql, const Dialect& dialect) {
+std::string Translated(const std::string& sql, const Dialect& dialect) {
   const ADODB::Statement statement = ADODB::SqlFragment(sql);
-  return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).statements;
+  return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).text;
 }
 
 class DialectTest : public testing::Test {
@@ -32,7 +31,7 @@ class DialectTest : public testing::Test {
 
 TEST_F(DialectTest, SendsEveryStatementToSqlServerAsItStands) {
   for (const auto& statement : orvane_test::JobStatements()) {
-    EXPECT_THAT(Translated(statement.sql, sqlserver_), ElementsAre(statement.sql)) << statement.name;
+    EXPECT_EQ(Translated(statement.sql, sqlserver_), statement.sql) << statement.name;
   }
 }
 
@@ -43,29 +42,29 @@ TEST_F(DialectTest, LeavesStatementsWithoutTheSuitesTokensAloneButForBlanksAtThe
     if (hasTokens) continue;
     std::string expected = statement.sql;
     while (expected.ends_with(' ')) expected.pop_back();
-    EXPECT_THAT(Translated(statement.sql, postgresql_), ElementsAre(expected)) << statement.name;
-    EXPECT_THAT(Translated(statement.sql, mariadb_), ElementsAre(expected)) << statement.name;
+    EXPECT_EQ(Translated(statement.sql, postgresql_), expected) << statement.name;
+    EXPECT_EQ(Translated(statement.sql, mariadb_), expected) << statement.name;
   }
 }
 
 TEST_F(DialectTest, WritesTheArchiveSelectionForPostgreSql) {
-  EXPECT_THAT(
+  EXPECT_EQ(
       Translated("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
                  "QUESTIONHISTORY where dateadd(d,30,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}",
                  postgresql_),
-      ElementsAre(
-          "select distinct ((Q_ORIGINATOR || coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
-          "QUESTIONHISTORY where (ENDSTATUSTIME + (30) * interval '1 day')<timestamp '2004-07-26 09:05:03'"));
+
+      "select distinct ((Q_ORIGINATOR || coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
+      "QUESTIONHISTORY where (ENDSTATUSTIME + (30) * interval '1 day')<timestamp '2004-07-26 09:05:03'");
 }
 
 TEST_F(DialectTest, WritesTheArchiveSelectionForMariaDb) {
-  EXPECT_THAT(
+  EXPECT_EQ(
       Translated("select distinct (Q_ORIGINATOR + isnull(EMAILID,'')),Q_ORIGINATOR,EMAILID,PROSPECT from "
                  "QUESTIONHISTORY where dateadd(d,30,ENDSTATUSTIME)<{ts '2004-07-26 09:05:03'}",
                  mariadb_),
-      ElementsAre(
-          "select distinct (concat(Q_ORIGINATOR,coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
-          "QUESTIONHISTORY where (ENDSTATUSTIME + interval (30) day)<timestamp'2004-07-26 09:05:03'"));
+
+      "select distinct (concat(Q_ORIGINATOR,coalesce(EMAILID,''))),Q_ORIGINATOR,EMAILID,PROSPECT from "
+      "QUESTIONHISTORY where (ENDSTATUSTIME + interval (30) day)<timestamp'2004-07-26 09:05:03'");
 }
 
 TEST_F(DialectTest, ReadsALocalDateTimeTextAsTheRunsLocaleWritesIt) {
@@ -73,20 +72,20 @@ TEST_F(DialectTest, ReadsALocalDateTimeTextAsTheRunsLocaleWritesIt) {
   const std::string postgresql =
       "delete from QUESTIONHISTORY where (ENDSTATUSTIME + (-5) * interval '1 day')<timestamp '2004-07-08 "
       "09:05:03'";
-  EXPECT_THAT(Translated(condition + "7-8-2004 09:05:03'", postgresql_), ElementsAre(postgresql));
+  EXPECT_EQ(Translated(condition + "7-8-2004 09:05:03'", postgresql_), postgresql);
   runtime_.locale->dayFirst = true;
-  EXPECT_THAT(Translated(condition + "8-7-2004 09:05:03'", postgresql_), ElementsAre(postgresql));
-  EXPECT_THAT(Translated(condition + "2004-7-8 09:05:03'", postgresql_), ElementsAre(postgresql));
-  EXPECT_THAT(Translated(condition + "8-7-2004 09:05:03'", mariadb_),
-              ElementsAre("delete from QUESTIONHISTORY where (ENDSTATUSTIME + interval (-5) "
-                          "day)<timestamp'2004-07-08 09:05:03'"));
+  EXPECT_EQ(Translated(condition + "8-7-2004 09:05:03'", postgresql_), postgresql);
+  EXPECT_EQ(Translated(condition + "2004-7-8 09:05:03'", postgresql_), postgresql);
+  EXPECT_EQ(Translated(condition + "8-7-2004 09:05:03'", mariadb_),
+            "delete from QUESTIONHISTORY where (ENDSTATUSTIME + interval (-5) "
+            "day)<timestamp'2004-07-08 09:05:03'");
 }
 
 TEST_F(DialectTest, NamesTheTableOfADeleteByASubqueryTwiceForMariaDb) {
   const std::string rest =
       " TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where Q_ORIGINATOR='jdoe')";
-  EXPECT_THAT(Translated("Delete from" + rest, mariadb_), ElementsAre("Delete TRANSACTIONS from" + rest));
-  EXPECT_THAT(Translated("Delete from" + rest, postgresql_), ElementsAre("Delete from" + rest));
+  EXPECT_EQ(Translated("Delete from" + rest, mariadb_), "Delete TRANSACTIONS from" + rest);
+  EXPECT_EQ(Translated("Delete from" + rest, postgresql_), "Delete from" + rest);
 }
 
 TEST_F(DialectTest, NamesNoTableTwiceWhereMariaDbWouldRefuseIt) {
@@ -96,14 +95,14 @@ TEST_F(DialectTest, NamesNoTableTwiceWhereMariaDbWouldRefuseIt) {
         "delete from T where A in (select A from S) returning A",
         "delete from `T` where A in (select A from S)", "delete from T where A in (select A from `T`)",
         "delete from T", "update T set A=1 where A in (select A from S)"}) {
-    EXPECT_THAT(Translated(sql, mariadb_), ElementsAre(sql));
+    EXPECT_EQ(Translated(sql, mariadb_), sql);
   }
 }
 
 TEST_F(DialectTest, LeavesTokensInsideTextsAlone) {
   for (const Dialect* dialect : {&postgresql_, &mariadb_, &sqlserver_}) {
     const std::string sql = "select 'isnull(a,b) {ts ''x''} + dateadd(d,1,c)' from PARAMETERS";
-    EXPECT_THAT(Translated(sql, *dialect), ElementsAre(sql)) << dialect->Name();
+    EXPECT_EQ(Translated(sql, *dialect), sql) << dialect->Name();
   }
 }
 

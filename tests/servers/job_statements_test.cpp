@@ -26,22 +26,18 @@ class JobStatementsTest : public testing::TestWithParam<std::string> {
     catalogue_.RunSchemaFile(GetParam() + "-ecatalog.sql");
   }
 
-  std::vector<std::string> Translated(const std::string& sql) const {
+  std::string Translated(const std::string& sql) const {
     const ADODB::Statement statement = ADODB::SqlFragment(sql);
     const auto& dialect = session_->GetDialect();
-    return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).statements;
+    return ADODB::engine::Translate(ADODB::engine::CheckText(statement, dialect), dialect).text;
   }
 
-  std::int64_t Execute(const std::string& sql) {
-    std::int64_t affected = 0;
-    for (const std::string& piece : Translated(sql)) affected += session_->Execute(piece, {});
-    return affected;
-  }
+  std::int64_t Execute(const std::string& sql) { return session_->Execute(Translated(sql), {}); }
 
   // The first column of every row.
   std::vector<std::string> FirstColumn(const std::string& sql) {
     std::vector<std::string> values;
-    const auto rows = session_->Query(Translated(sql).front(), {});
+    const auto rows = session_->Query(Translated(sql), {});
     while (rows->Next()) values.push_back(automation::ToTextOrEmpty(rows->Value(0)));
     return values;
   }
@@ -56,7 +52,7 @@ TEST_P(JobStatementsTest, AllRun) {
   const auto catalogue = catalogue_.Connect();
   for (const auto& statement : orvane_test::JobStatements()) {
     try {
-      (statement.catalogue ? catalogue : session_)->Query(Translated(statement.sql).front(), {});
+      (statement.catalogue ? catalogue : session_)->Query(Translated(statement.sql), {});
     } catch (const automation::Error& error) {
       ADD_FAILURE() << statement.name << ": " << error.Description();
     }

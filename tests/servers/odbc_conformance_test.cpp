@@ -8,7 +8,7 @@ namespace {
 
 class ServerUnderTest : public EngineUnderTest {
  public:
-  explicit ServerUnderTest(std::string_view server) : database_(server) {}
+  explicit ServerUnderTest(std::string_view server) : name_(server), database_(server) {}
 
   std::shared_ptr<ADODB::engine::Provider> Provider() override { return ADODB::odbc::MakeProvider(); }
   std::string ConnectionString() const override { return database_.ConnectionString(); }
@@ -17,12 +17,10 @@ class ServerUnderTest : public EngineUnderTest {
     text.Set("Port", "1");
     return text.ToString();
   }
-  const Quirks& GetQuirks() const override { return quirks_; }
-
- protected:
-  Quirks quirks_;
+  std::string_view Name() const override { return name_; }
 
  private:
+  std::string_view name_;
   ServerDatabase database_;
 };
 
@@ -70,10 +68,7 @@ class PostgreSqlUnderTest : public ServerUnderTest {
 // makes; the suite's own schema chooses one that tells all texts apart.
 class MariaDbUnderTest : public ServerUnderTest {
  public:
-  MariaDbUnderTest() : ServerUnderTest("mariadb") {
-    quirks_.textIgnoresCase = true;
-    quirks_.textIgnoresTrailingBlanks = true;
-  }
+  MariaDbUnderTest() : ServerUnderTest("mariadb") {}
 
   std::string BooleanLiteral(bool value) const override { return value ? "b'1'" : "b'0'"; }
   std::string Declaration(ColumnKind kind) const override {

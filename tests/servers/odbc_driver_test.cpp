@@ -1,6 +1,9 @@
 // What the ODBC provider knows about drivers, without a server.
 #include <gmock/gmock.h>
 
+#include <stdexcept>
+
+#include "platform/adodb/engines/table.hpp"
 #include "platform/adodb/odbc/driver.hpp"
 #include "platform/adodb/odbc/error.hpp"
 #include "platform/adodb/odbc/provider.hpp"
@@ -11,8 +14,8 @@
 namespace {
 
 using ADODB::engine::ConnectionString;
-using ADODB::odbc::Engine;
-using ADODB::odbc::EngineOfDriver;
+using ADODB::engine::EngineEntry;
+using ADODB::engine::EngineOfDriver;
 using testing::AnyOf;
 using testing::HasSubstr;
 
@@ -21,14 +24,26 @@ std::string ForDriver(std::string_view text) {
   return ADODB::odbc::ForDriver(given, EngineOfDriver(given.Value("Driver").value_or(""))).ToString();
 }
 
+std::string_view NameOfDriver(std::string_view driver) {
+  const EngineEntry* engine = EngineOfDriver(driver);
+  return engine == nullptr ? "" : engine->name;
+}
+
+const EngineEntry& Engine(std::string_view name) {
+  for (const EngineEntry& engine : ADODB::engine::Engines()) {
+    if (engine.name == name) return engine;
+  }
+  throw std::invalid_argument(std::string(name));
+}
+
 TEST(OdbcDriverTest, KnowsTheEnginesByTheirDrivers) {
-  EXPECT_EQ(EngineOfDriver("PostgreSQL Unicode"), Engine::PostgreSql);
-  EXPECT_EQ(EngineOfDriver("/usr/lib/x86_64-linux-gnu/odbc/psqlodbcw.so"), Engine::PostgreSql);
-  EXPECT_EQ(EngineOfDriver("MariaDB Unicode"), Engine::MariaDb);
-  EXPECT_EQ(EngineOfDriver("libmaodbc.so"), Engine::MariaDb);
-  EXPECT_EQ(EngineOfDriver("FreeTDS"), Engine::SqlServer);
-  EXPECT_EQ(EngineOfDriver("ODBC Driver 18 for SQL Server"), Engine::SqlServer);
-  EXPECT_EQ(EngineOfDriver("Something Else"), Engine::Other);
+  EXPECT_EQ(NameOfDriver("PostgreSQL Unicode"), "postgresql");
+  EXPECT_EQ(NameOfDriver("/usr/lib/x86_64-linux-gnu/odbc/psqlodbcw.so"), "postgresql");
+  EXPECT_EQ(NameOfDriver("MariaDB Unicode"), "mariadb");
+  EXPECT_EQ(NameOfDriver("libmaodbc.so"), "mariadb");
+  EXPECT_EQ(NameOfDriver("FreeTDS"), "sqlserver");
+  EXPECT_EQ(NameOfDriver("ODBC Driver 18 for SQL Server"), "sqlserver");
+  EXPECT_EQ(NameOfDriver("Something Else"), "");
 }
 
 TEST(OdbcDriverTest, AddsTheOptionsThatThePostgreSqlDriverNeeds) {
@@ -57,16 +72,15 @@ TEST(OdbcDriverTest, LeavesOptionsOfTheStringAlone) {
 
 // As bytes only where they are sure to be UTF-8.
 TEST(OdbcDriverTest, ReadsTextsAsBytesWhenTheStringNamesTheirEncoding) {
-  using ADODB::odbc::TextForm;
-  const auto formOf = [](std::string_view text) {
-    const Engine engine = EngineOfDriver(*ConnectionString::Parse(text).Value("Driver"));
-    return ADODB::odbc::TextFormOf(engine, ADODB::odbc::ForDriver(ConnectionString::Parse(text), engine));
+  const auto asBytes = [](std::string_view text) {
+    const EngineEntry* engine = EngineOfDriver(*ConnectionString::Parse(text).Value("Driver"));
+    return engine->traits().givesUtf8(ADODB::odbc::ForDriver(ConnectionString::Parse(text), engine));
   };
-  EXPECT_EQ(formOf("Driver={PostgreSQL Unicode}"), TextForm::Utf8);
-  EXPECT_EQ(formOf("Driver={PostgreSQL Unicode};ConnSettings=SET+jit%3Doff"), TextForm::Utf16);
-  EXPECT_EQ(formOf("Driver={MariaDB Unicode}"), TextForm::Utf8);
-  EXPECT_EQ(formOf("Driver={MariaDB Unicode};CHARSET=latin1"), TextForm::Utf16);
-  EXPECT_EQ(formOf("Driver=FreeTDS"), TextForm::Utf16);
+  EXPECT_TRUE(asBytes("Driver={PostgreSQL Unicode}"));
+  EXPECT_FALSE(asBytes("Driver={PostgreSQL Unicode};ConnSettings=SET+jit%3Doff"));
+  EXPECT_TRUE(asBytes("Driver={MariaDB Unicode}"));
+  EXPECT_FALSE(asBytes("Driver={MariaDB Unicode};CHARSET=latin1"));
+  EXPECT_FALSE(asBytes("Driver=FreeTDS"));
 }
 
 TEST(OdbcDriverTest, KeepsUidAndPwdWhenBothSpellingsAreGiven) {
@@ -76,31 +90,32 @@ TEST(OdbcDriverTest, KeepsUidAndPwdWhenBothSpellingsAreGiven) {
 // SQL Server reads the jobs' local date texts itself.
 TEST(OdbcDriverTest, TellsSqlServerTheDateOrderOfTheRunsLocale) {
   orvane_test::TestRuntime runtime;
-  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer, {}), "SET DATEFORMAT mdy");
+  EXPECT_EQ(Engine("sqlserver").traits().setUp({}), "SET DATEFORMAT mdy");
   runtime.locale->dayFirst = true;
-  EXPECT_EQ(ADODB::odbc::SessionSetUp(Engine::SqlServer, {}), "SET DATEFORMAT dmy");
+  EXPECT_EQ(Engine("sqlserver").traits().setUp({}), "SET DATEFORMAT dmy");
 }
 
 TEST(OdbcDriverTest, GivesABackslashItsPlainMeaningWhereTheStringHasSettingsOfItsOwn) {
-  const auto setUp = [](Engine engine, std::string_view text) {
-    return ADODB::odbc::SessionSetUp(engine, ADODB::odbc::ForDriver(ConnectionString::Parse(text), engine));
+  const auto setUp = [](std::string_view engine, std::string_view text) {
+    return Engine(engine).traits().setUp(
+        ADODB::odbc::ForDriver(ConnectionString::Parse(text), &Engine(engine)));
   };
-  EXPECT_EQ(setUp(Engine::PostgreSql, ""), "");
-  EXPECT_EQ(setUp(Engine::PostgreSql, "ConnSettings=SET+jit%3Don"), "SET standard_conforming_strings = on");
-  EXPECT_EQ(setUp(Engine::MariaDb, ""), "");
-  EXPECT_EQ(setUp(Engine::MariaDb, "InitStmt={SET @own = 1}"),
+  EXPECT_EQ(setUp("postgresql", ""), "");
+  EXPECT_EQ(setUp("postgresql", "ConnSettings=SET+jit%3Don"), "SET standard_conforming_strings = on");
+  EXPECT_EQ(setUp("mariadb", ""), "");
+  EXPECT_EQ(setUp("mariadb", "InitStmt={SET @own = 1}"),
             "SET SESSION sql_mode = concat(@@sql_mode, ',NO_BACKSLASH_ESCAPES')");
 }
 
 TEST(OdbcDriverTest, RefusesACharacterSetInWhichOtherCharactersBecomeQuotes) {
-  const auto require = [](Engine engine, std::string_view text) {
-    ADODB::odbc::RequireTextsAsTheyAre(engine, ConnectionString::Parse(text));
+  const auto require = [](std::string_view engine, std::string_view text) {
+    Engine(engine).traits().requireExactText(ConnectionString::Parse(text));
   };
-  require(Engine::MariaDb, "CHARSET=utf8mb4");
-  require(Engine::MariaDb, "charset=UTF8");
-  require(Engine::PostgreSql, "");
+  require("mariadb", "CHARSET=utf8mb4");
+  require("mariadb", "charset=UTF8");
+  require("postgresql", "");
   for (const char* text : {"", "CHARSET=latin1", "CHARSET=gbk"}) {
-    const auto error = orvane_test::ErrorOf([&] { require(Engine::MariaDb, text); });
+    const auto error = orvane_test::ErrorOf([&] { require("mariadb", text); });
     EXPECT_EQ(error.Number(), 3001);
     EXPECT_THAT(error.Description(), testing::StartsWith("The connection string must say CHARSET=utf8mb4."));
   }
@@ -119,6 +134,7 @@ TEST(OdbcDriverTest, LoadsTheSqlServerDriver) {
 }
 
 struct Refusal {
+  const char* engine;
   const char* sqlState;
   std::int32_t nativeCode;
   bool leavesCommitOpen;
@@ -127,36 +143,39 @@ struct Refusal {
 
 TEST(OdbcDriverTest, KnowsWhichFailuresLeaveACommitOpenAndWhichEndTheSession) {
   constexpr Refusal kRefusals[] = {
-      {"08S01", 2013, true, true},    // lost during the query
-      {"08S01", 2006, true, true},    // has gone away
-      {"HY000", 2055, true, true},    // lost, with the reason of the system
-      {"70100", 1927, true, true},    // killed
-      {"HY000", 4031, true, true},    // idle for too long
-      {"08006", 0, true, true},       // connection failure
-      {"08007", 0, true, true},       // transaction resolution unknown
-      {"57P01", 1, true, true},       // shut down by the administrator
-      {"57P02", 1, true, true},       // crashed
-      {"57P03", 1, true, true},       // starting up
-      {"40003", 0, true, false},      // statement completion unknown
-      {"HYT00", 0, true, false},      // time-out
-      {"HYT01", 0, true, false},      // the connection's
-      {"HY008", 0, true, false},      // cancelled
-      {"08S01", 1053, true, true},    // shutting down
-      {"HY000", 1180, true, false},   // an engine failed in mid-commit
-      {"70100", 1317, true, false},   // interrupted
-      {"23505", 1, false, false},     // a constraint that waited for the commit
-      {"40001", 1213, false, false},  // deadlock, or another node's transaction came first
-      {"40P01", 1, false, false},     // deadlock
-      {"HY000", 1205, false, false},  // lock wait timeout
-      {"HY000", 1290, false, false},  // the server is read-only
-      {"25006", 1, false, false},     // the transaction is
-      {"57014", 1, false, false},     // the statement was cancelled before it was done
-      {"HY000", 0, false, false},     // no reason given: the session is asked
+      {"mariadb", "08S01", 2013, true, true},    // lost during the query
+      {"mariadb", "08S01", 2006, true, true},    // has gone away
+      {"mariadb", "HY000", 2055, true, true},    // lost, with the reason of the system
+      {"mariadb", "70100", 1927, true, true},    // killed
+      {"mariadb", "HY000", 4031, true, true},    // idle for too long
+      {"postgresql", "08006", 0, true, true},    // connection failure
+      {"postgresql", "08007", 0, true, true},    // transaction resolution unknown
+      {"postgresql", "57P01", 1, true, true},    // shut down by the administrator
+      {"postgresql", "57P02", 1, true, true},    // crashed
+      {"postgresql", "57P03", 1, true, true},    // starting up
+      {"postgresql", "40003", 0, true, false},   // statement completion unknown
+      {"mariadb", "HYT00", 0, true, false},      // time-out
+      {"mariadb", "HYT01", 0, true, false},      // the connection's
+      {"mariadb", "HY008", 0, true, false},      // cancelled
+      {"mariadb", "08S01", 1053, true, true},    // shutting down
+      {"mariadb", "HY000", 1180, true, false},   // an engine failed in mid-commit
+      {"mariadb", "70100", 1317, true, false},   // interrupted
+      {"postgresql", "23505", 1, false, false},  // a constraint that waited for the commit
+      {"mariadb", "40001", 1213, false, false},  // deadlock, or another node's transaction came first
+      {"postgresql", "40P01", 1, false, false},  // deadlock
+      {"mariadb", "HY000", 1205, false, false},  // lock wait timeout
+      {"mariadb", "HY000", 1290, false, false},  // the server is read-only
+      {"postgresql", "25006", 1, false, false},  // the transaction is
+      {"postgresql", "57014", 1, false, false},  // the statement was cancelled before it was done
+      {"mariadb", "HY000", 0, false, false},     // no reason given: the session is asked
   };
   for (const Refusal& refusal : kRefusals) {
-    EXPECT_EQ(ADODB::odbc::LeavesCommitOpen(refusal.sqlState, refusal.nativeCode), refusal.leavesCommitOpen)
-        << refusal.sqlState << ' ' << refusal.nativeCode;
     ADODB::odbc::Health health;
+    health.engine = &Engine(refusal.engine);
+    const automation::Error failure =
+        automation::Error(-2147467259, "MSDASQL", "").WithEngineCodes(refusal.sqlState, refusal.nativeCode);
+    EXPECT_EQ(health.LeavesCommitOpen(failure), refusal.leavesCommitOpen)
+        << refusal.sqlState << ' ' << refusal.nativeCode;
     health.Note({.sqlState = refusal.sqlState, .nativeCode = refusal.nativeCode, .message = {}});
     EXPECT_EQ(health.lost, refusal.losesSession) << refusal.sqlState << ' ' << refusal.nativeCode;
     EXPECT_EQ(health.doubtful, std::string_view(refusal.sqlState) == "HY000");

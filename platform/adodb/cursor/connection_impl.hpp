@@ -25,11 +25,11 @@ class ConnectionImpl final : public Connection {
   void CommitTrans() override;
   void RollbackTrans() override;
 
-  const std::shared_ptr<Link>& GetLink() const;  // 3704 when it is not open
+  const std::shared_ptr<SharedSession>& GetSession() const;  // 3704 when it is not open
 
  private:
   std::shared_ptr<Pool> pool_;
-  std::shared_ptr<Link> link_;  // null while closed
+  std::shared_ptr<SharedSession> session_;  // null while closed
   IsolationLevel level_ = IsolationLevel::ReadCommitted;
 };
 

@@ -10,16 +10,6 @@ namespace {
   throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Recordset");
 }
 
-std::string Inside(std::string_view quoted) {
-  const char closing = quoted.back();
-  std::string text;
-  for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
-    text += quoted[i];
-    if (quoted[i] == closing) ++i;
-  }
-  return text;
-}
-
 }  // namespace
 
 Criterion ParseCriterion(std::string_view text) {
@@ -30,7 +20,7 @@ Criterion ParseCriterion(std::string_view text) {
   if (tokens[0].kind == TokenKind::Word) {
     criterion.column = tokens[0].In(text);
   } else if (tokens[0].kind == TokenKind::QuotedName) {
-    criterion.column = Inside(tokens[0].In(text));
+    criterion.column = Unquoted(tokens[0].In(text));
   } else {
     Refuse();
   }

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/adodb/cursor/observed_changes.hpp"
-#include "platform/adodb/sql/delete_shape.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
 #include "platform/adodb/sql/tokens.hpp"
 
@@ -40,36 +39,42 @@ bool Less(const Variant& left, const Variant& right) {
 
 class Deletion {
  public:
-  Deletion(Link& link, Deleted wanted) : link_(link), wanted_(wanted) {}
+  Deletion(SharedSession& session, const DeleteShape& shape, Deleted wanted)
+      : session_(session),
+        shape_(shape),
+        wanted_(wanted),
+        dialect_(session.GetDialect()),
+        table_(session.GetSession().Describe(shape.table)) {
+    if (table_.address != TableShape::Address::Key) table_.keyColumns.clear();
+    if (!Returns() && table_.keyColumns.empty()) CannotTell();
+  }
 
-  void RunPiece(const std::string& sql) {
-    const DeleteShape shape = Read(sql);
-    if (Returns(shape)) {
+  void Run() {
+    const std::string list = List();
+    if (Returns()) {
       // As it may be written with RETURNING: the table's name once.
-      Keep(*Session().Query("DELETE FROM " + shape.table + " " + shape.where + " RETURNING " + List(), {}));
+      Keep(*session_.Change("DELETE FROM " + shape_.table + " " + shape_.where + " RETURNING " + list, {}));
       // PostgreSQL's driver gives no result, and so no columns, when nothing was deleted.
-      if (!deleted_.rows)
-        Keep(*Session().Query("SELECT " + List() + " FROM " + shape.table + " WHERE 1=0", {}));
+      if (!deleted_.rows) Keep(*session_.Query("SELECT " + list + " FROM " + shape_.table + " WHERE 1=0"));
       return;
     }
-    if (table_.keyColumns.empty()) CannotTell();
-    const std::size_t first = deleted_.rows ? deleted_.rows->KnownCount() : 0;
-    Keep(*Session().Query(Dialect().LockedSelect(List(), shape.table, shape.where), {}));
-    DeleteByKey(shape.table, first);
+    Keep(*session_.Change(dialect_.LockedSelect(list, shape_.table, shape_.where), {}));
+    DeleteByKey();
   }
 
   // Tells the observer what was deleted; to be called before that is permanent. What it was told is added to
   // `told`.
-  void Tell(const std::string& table, std::vector<ChangeObserver::Ticket>& told) {
+  void Tell(std::vector<ChangeObserver::Ticket>& told) {
     const std::vector<std::uint32_t> order = InOrderOf(primaryKeys_);
     for (std::size_t first = 0; first < order.size(); first += ChangeObserver::kMostRows) {
       std::vector<NamedRow> keys;
       std::vector<NamedRow> before;
       for (std::size_t i = first; i < std::min(first + ChangeObserver::kMostRows, order.size()); ++i) {
         keys.push_back(NamedColumns(primaryPlaces_, primaryKeys_[order[i]]));
-        if (link_.Observer()->WantsRows()) before.push_back(WholeRow(order[i]));
+        if (session_.Observer()->WantsRows()) before.push_back(WholeRow(order[i]));
       }
-      told.push_back(link_.Observer()->RowsChange(Change::Delete, table, std::move(keys), std::move(before)));
+      told.push_back(
+          session_.Observer()->RowsChange(Change::Delete, shape_.table, std::move(keys), std::move(before)));
     }
   }
 
@@ -81,12 +86,6 @@ class Deletion {
       deleted_.rows = std::move(keys);
     }
     return std::move(deleted_);
-  }
-
-  // Whether the statement takes more than one message.
-  bool NeedsTransaction(const Translation& translation) {
-    return translation.statements.size() > 1 || !Dialect().ReturnsDeletedRows() ||
-           !Returns(Read(translation.statements.front()));
   }
 
  private:
@@ -103,7 +102,7 @@ class Deletion {
   NamedRow NamedColumns(const std::vector<std::size_t>& places, const Row& values) const {
     NamedRow named;
     for (std::size_t i = 0; i < places.size(); ++i) {
-      named.push_back(Named(deleted_.rows->Columns()[places[i]], values[i], Dialect()));
+      named.push_back(Named(deleted_.rows->Columns()[places[i]], values[i], dialect_));
     }
     return named;
   }
@@ -112,31 +111,20 @@ class Deletion {
     const Row& row = *deleted_.rows->At(ordinal, {});
     NamedRow named;
     const std::vector<Column>& columns = deleted_.rows->Columns();
-    for (std::size_t i = 0; i < columns.size(); ++i) named.push_back(Named(columns[i], row[i], Dialect()));
+    for (std::size_t i = 0; i < columns.size(); ++i) named.push_back(Named(columns[i], row[i], dialect_));
     return named;
   }
 
-  ADODB::engine::Session& Session() const { return link_.GetSession(); }
-  const ADODB::engine::Dialect& Dialect() const { return Session().GetDialect(); }
-
-  DeleteShape Read(const std::string& sql) {
-    DeleteShape shape;
-    if (!ReadDelete(sql, shape)) CannotTell();
-    table_ = Session().Describe(shape.table);
-    if (table_.address != TableShape::Address::Key) table_.keyColumns.clear();
-    return shape;
-  }
-
   // Where there is no key, a join is done without: slowly, but surely.
-  bool Returns(const DeleteShape& shape) const {
-    return Dialect().ReturnsDeletedRows() && (!shape.namesTableTwice || table_.keyColumns.empty());
+  bool Returns() const {
+    return dialect_.ReturnsDeletedRows() && (!shape_.namesTableTwice || table_.keyColumns.empty());
   }
 
-  bool IsObserved() const { return link_.Observer() != nullptr; }
+  bool IsObserved() const { return session_.Observer() != nullptr; }
 
   bool ReadsRows() const {
     return wanted_ == Deleted::Rows || table_.keyColumns.empty() ||
-           (IsObserved() && (link_.Observer()->WantsRows() || table_.primaryKey.empty()));
+           (IsObserved() && (session_.Observer()->WantsRows() || table_.primaryKey.empty()));
   }
   // Whether the key is read behind the columns that are wanted.
   bool HidesKey() const { return ReadsRows() || IsObserved(); }
@@ -145,7 +133,7 @@ class Deletion {
     std::string list = ReadsRows() ? "*" : "";
     const auto add = [&](const std::vector<std::string>& columns) {
       for (const std::string& column : columns) {
-        list += (list.empty() ? "" : ",") + Dialect().QuotedName(column);
+        list += (list.empty() ? "" : ",") + dialect_.QuotedName(column);
       }
     };
     if (!ReadsRows() && IsObserved()) add(table_.primaryKey);
@@ -163,7 +151,7 @@ class Deletion {
     const std::size_t keyStart = columns.size() - table_.keyColumns.size();
     while (rows.Next()) {
       Row row(columns.size());
-      for (std::size_t i = 0; i < row.size(); ++i) rows.Read(i, row[i]);
+      for (std::size_t i = 0; i < row.size(); ++i) rows.ReadInto(i, row[i]);
       const bool hasKey = !table_.keyColumns.empty();
       keys_.emplace_back(hasKey ? row.begin() + static_cast<std::ptrdiff_t>(keyStart) : row.begin(),
                          row.end());
@@ -194,9 +182,10 @@ class Deletion {
     std::iota(primaryPlaces_.begin(), primaryPlaces_.end(), std::size_t{0});
   }
 
-  // The rows from `first` on, which are locked. A statement takes one of a few numbers of keys, the last of
-  // which may be repeated, so that there are few statements to prepare.
-  void DeleteByKey(const std::string& table, std::size_t first) {
+  // The rows, which are locked. A statement takes one of a few numbers of keys, the last of which may be
+  // repeated, so that there are few statements to prepare.
+  void DeleteByKey() {
+    std::size_t first = 0;
     while (first < keys_.size()) {
       const std::size_t left = keys_.size() - first;
       std::size_t places = 1;
@@ -207,7 +196,7 @@ class Deletion {
         const Row& key = keys_[first + std::min(i, count - 1)];
         parameters.insert(parameters.end(), key.begin(), key.end());
       }
-      const std::int64_t affected = Session().Execute(ByKey(table, places), parameters);
+      const std::int64_t affected = session_.Execute(ByKey(places), parameters);
       if (affected != static_cast<std::int64_t>(count)) {
         throw automation::Error(kRowChanged, "ADODB.Command",
                                 "Rows that were locked for deletion could not be found again.");
@@ -216,17 +205,17 @@ class Deletion {
     }
   }
 
-  std::string ByKey(const std::string& table, std::size_t places) const {
-    std::string sql = "DELETE FROM " + table + " WHERE ";
+  std::string ByKey(std::size_t places) const {
+    std::string sql = "DELETE FROM " + shape_.table + " WHERE ";
     if (table_.keyColumns.size() == 1) {
-      sql += Dialect().QuotedName(table_.keyColumns.front()) + " IN (?";
+      sql += dialect_.QuotedName(table_.keyColumns.front()) + " IN (?";
       for (std::size_t i = 1; i < places; ++i) sql += ",?";
       return sql + ")";
     }
     for (std::size_t i = 0; i < places; ++i) {
       sql += i == 0 ? "(" : " OR (";
       for (std::size_t k = 0; k < table_.keyColumns.size(); ++k) {
-        sql += (k == 0 ? "" : " AND ") + Dialect().QuotedName(table_.keyColumns[k]) + "=?";
+        sql += (k == 0 ? "" : " AND ") + dialect_.QuotedName(table_.keyColumns[k]) + "=?";
       }
       sql += ")";
     }
@@ -235,8 +224,10 @@ class Deletion {
 
   static constexpr std::size_t kMostKeys = 256;
 
-  Link& link_;
+  SharedSession& session_;
+  const DeleteShape& shape_;
   Deleted wanted_;
+  const Dialect& dialect_;
   TableShape table_;
   DeletedRows deleted_;
   std::vector<Row> keys_;
@@ -247,29 +238,20 @@ class Deletion {
 
 }  // namespace
 
-DeletedRows RunDelete(Link& link, const Translation& translation, Deleted wanted) {
-  Deletion deletion(link, wanted);
-  link.GetFreshness().NoteWrite();
-  const auto runAll = [&] {
-    for (const std::string& piece : translation.statements) deletion.RunPiece(piece);
-  };
-  if (ChangeObserver* const observer = link.Observer(); observer != nullptr) {
-    DeleteShape shape;
-    ReadDelete(translation.statements.front(), shape);
-    std::vector<ChangeObserver::Ticket> told;
-    try {
-      InTransaction(link, [&] {
-        runAll();
-        deletion.Tell(shape.table, told);
-      });
-    } catch (...) {
-      for (const ChangeObserver::Ticket& ticket : told) observer->Failed(ticket, automation::PendingError());
-      throw;
-    }
-  } else if (deletion.NeedsTransaction(translation)) {
-    InTransaction(link, runAll);
-  } else {
-    runAll();
+DeletedRows RunDelete(SharedSession& session, const SharedSession::Prepared& prepared, Deleted wanted) {
+  const std::optional<DeleteShape>& shape = prepared.GetTranslation().deletion;
+  if (!shape) CannotTell();
+  Deletion deletion(session, *shape, wanted);
+  ChangeObserver* const observer = session.Observer();
+  std::vector<ChangeObserver::Ticket> told;
+  try {
+    session.InTransaction([&] {
+      deletion.Run();
+      if (observer != nullptr) deletion.Tell(told);
+    });
+  } catch (...) {
+    for (const ChangeObserver::Ticket& ticket : told) observer->Failed(ticket, automation::PendingError());
+    throw;
   }
   return deletion.Result();
 }

@@ -20,9 +20,10 @@ struct DeletedRows {
 };
 
 // Runs a DELETE of one table and tells the rows that it removed, no more and no fewer, whatever others do
-// meanwhile: the engine returns them (RETURNING), or they are locked first and then deleted by their keys.
-// What takes several statements is one transaction. 3251 for a statement of another form, and for a table
-// without a key on an engine that cannot return deleted rows.
-DeletedRows RunDelete(Link& link, const Translation& translation, Deleted wanted);
+// meanwhile: the engine returns them (RETURNING), or they are locked first and then deleted by their keys. It
+// is done in the transaction that is open or in one of its own, so that the rows are known before they are
+// gone for good. 3251 for a statement of another form, and for a table without a key on an engine that cannot
+// return deleted rows.
+DeletedRows RunDelete(SharedSession& session, const SharedSession::Prepared& prepared, Deleted wanted);
 
 }  // namespace ADODB::engine

@@ -14,11 +14,7 @@ namespace ADODB::engine {
 // its fraction for instance.
 class HandedOut {
  public:
-  void Reset(std::size_t columns) {
-    shown_.assign(columns, false);
-    any_ = false;
-    written_.clear();
-  }
+  explicit HandedOut(std::size_t columns) : shown_(columns, false) {}
 
   // Another record becomes the current one.
   void Forget() {

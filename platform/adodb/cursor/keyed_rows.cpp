@@ -1,6 +1,7 @@
 #include "platform/adodb/cursor/keyed_rows.hpp"
 
 #include <algorithm>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 
@@ -9,20 +10,19 @@ namespace {
 
 constexpr std::size_t kScatteredRows = 200;
 constexpr std::size_t kCompositeRows = 50;
-constexpr std::size_t kWindowBytes = std::size_t{4} * 1024 * 1024;
 
 }  // namespace
 
-KeyedRows::KeyedRows(std::shared_ptr<Link> link, const SelectShape& select, const TableShape& table,
-                     bool fixed, std::size_t mostRows)
-    : link_(std::move(link)),
-      statements_(link_->GetSession().GetDialect(), select, table.keyColumns),
-      fixed_(fixed),
+KeyedRows::KeyedRows(std::shared_ptr<SharedSession> session, const SelectShape& select,
+                     const TableShape& table, bool isDynamic, std::size_t mostRows)
+    : session_(std::move(session)),
+      statements_(session_->GetDialect(), select, table.keyColumns),
+      isDynamic_(isDynamic),
       keyMoves_(table.address == TableShape::Address::Place),
       mostRows_(mostRows),
-      listed_(fixed || keyMoves_ || statements_.HasOrder()) {
+      listed_(!isDynamic || keyMoves_ || statements_.HasOrder()) {
   if (listed_ && mostRows_ == 0 && !statements_.HasOrder() && statements_.HasSubquery() &&
-      link_->GetSession().GetDialect().OrdersLongTextsOnDisk() && ReadShort()) {
+      session_->GetDialect().OrdersLongTextsOnDisk() && ReadShort()) {
     return;
   }
   if (statements_.HasOrder()) {
@@ -35,25 +35,13 @@ KeyedRows::KeyedRows(std::shared_ptr<Link> link, const SelectShape& select, cons
 }
 
 std::unique_ptr<Rows> KeyedRows::Run(const KeyedSelect::Query& query) const {
-  return link_->GetSession().Query(query.sql, query.parameters);
+  return session_->Query(query.sql, query.parameters);
 }
 
-// Rows of a fixed set grow old; those of an open one do so at once when the run writes.
+// A keyset's rows grow old; a dynamic cursor's do so at once when the run writes.
 bool KeyedRows::IsOutdated() const {
-  const Freshness& freshness = link_->GetFreshness();
-  return (!fixed_ && freshness.WroteSince(readAt_)) || freshness.IsOld(readAt_);
-}
-
-// Rows that left the window lend their memory to those that enter it.
-Row KeyedRows::ReadRow(const Rows& rows, std::size_t count) {
-  Row row;
-  while (row.empty() && !spare_.empty()) {
-    row = std::move(spare_.back());
-    spare_.pop_back();
-  }
-  row.resize(count);
-  for (std::size_t i = 0; i < count; ++i) rows.Read(i, row[i]);
-  return row;
+  const Freshness& freshness = session_->GetFreshness();
+  return (isDynamic_ && freshness.WroteSince(window_.ReadAt())) || freshness.IsOld(window_.ReadAt());
 }
 
 void KeyedRows::TakeColumns(const Rows& rows) {
@@ -62,29 +50,29 @@ void KeyedRows::TakeColumns(const Rows& rows) {
                   rows.Columns().end() - static_cast<std::ptrdiff_t>(statements_.KeyCount()));
 }
 
+// --- Learning of rows ---
+
 // All rows at once, as they come, and then in order; false when that is too many, or not possible.
 bool KeyedRows::ReadShort() {
   if (statements_.KeyCount() > 1) return false;
-  const std::unique_ptr<Rows> rows = Run(statements_.Unordered(WindowSize::kMost + 1));
+  const std::unique_ptr<Rows> rows = Run(statements_.Unordered(RowWindow::kMost + 1));
   if (rows->Columns().empty() || rows->Columns().back().type != ColumnType::Integer) return false;
-  readAt_ = link_->GetFreshness().Now();
+  window_.Start(session_->GetFreshness().Now());
   TakeColumns(*rows);
-  const std::size_t count = rows->Columns().size();
+  std::vector<Row> read;
   std::size_t bytes = 0;
   while (rows->Next()) {
-    if (window_.size() == WindowSize::kMost || bytes >= kWindowBytes) {
-      spare_ = std::exchange(window_, {});
-      return false;
-    }
-    window_.push_back(ReadRow(*rows, count));
-    bytes += MemoryOf(window_.back());
+    if (read.size() == RowWindow::kMost || bytes >= RowWindow::kMostBytes) return false;
+    read.push_back(window_.Read(*rows, rows->Columns().size()));
+    bytes += MemoryOf(read.back());
   }
-  std::sort(window_.begin(), window_.end(), [](const Row& left, const Row& right) {
+  std::sort(read.begin(), read.end(), [](const Row& left, const Row& right) {
     return automation::ToInt64(left.back()) < automation::ToInt64(right.back());
   });
-  for (const Row& row : window_) {
-    windowOrdinals_.push_back(keys_.Size());
-    PushKey(KeyOf(row));
+  for (Row& row : read) {
+    const std::size_t ordinal = keys_.Size();
+    keys_.Push(KeyOf(row), true);
+    window_.Push(ordinal, std::move(row));
   }
   complete_ = true;
   return true;
@@ -92,41 +80,31 @@ bool KeyedRows::ReadShort() {
 
 // The next rows behind the known ones become known, and the window.
 void KeyedRows::ReadPage() {
-  std::size_t limit = windowSize_.Rows();
+  std::size_t limit = window_.Limit();
   if (mostRows_ > 0) limit = std::min(limit, mostRows_ - keys_.Size());
-  const std::unique_ptr<Rows> rows = Run(statements_.Page(lastKey_, limit));
-  readAt_ = link_->GetFreshness().Now();
+  const std::unique_ptr<Rows> rows = Run(statements_.Page(keys_.Last(), limit));
+  window_.Start(session_->GetFreshness().Now());
   const std::size_t count = rows->Columns().size();
   TakeColumns(*rows);
-  windowOrdinals_.clear();
-  spare_ = std::exchange(window_, {});
-  std::size_t bytes = 0;
-  while (bytes < kWindowBytes) {
+  while (!window_.IsFull()) {
     if (!rows->Next()) {
-      complete_ = window_.size() < limit;
+      complete_ = window_.Count() < limit;
       break;
     }
-    Row row = ReadRow(*rows, count);
-    bytes += MemoryOf(row);
-    windowOrdinals_.push_back(keys_.Size());
-    PushKey(KeyOf(row));
-    window_.push_back(std::move(row));
+    Row row = window_.Read(*rows, count);
+    const std::size_t ordinal = keys_.Size();
+    keys_.Push(KeyOf(row), true);
+    window_.Push(ordinal, std::move(row));
   }
-  complete_ = complete_ || (mostRows_ > 0 && keys_.Size() >= mostRows_);
-  if (keys_.Size() > 0) lastKey_ = keys_.Get(keys_.Size() - 1);
-}
-
-void KeyedRows::PushKey(KeyView key) {
-  if (sorted_ == keys_.Size() && !statements_.HasOrder()) ++sorted_;
-  keys_.Push(key);
+  complete_ = complete_ || !MayKnowMore();
 }
 
 void KeyedRows::ReadKeys(const KeyedSelect::Query& query) {
   const std::unique_ptr<Rows> rows = Run(query);
   Row key(statements_.KeyCount());
-  while ((mostRows_ == 0 || keys_.Size() < mostRows_) && rows->Next()) {
-    for (std::size_t i = 0; i < key.size(); ++i) rows->Read(i, key[i]);
-    PushKey(key);
+  while (MayKnowMore() && rows->Next()) {
+    for (std::size_t i = 0; i < key.size(); ++i) rows->ReadInto(i, key[i]);
+    keys_.Push(key, !statements_.HasOrder());
   }
 }
 
@@ -134,142 +112,114 @@ void KeyedRows::ReadKeys(const KeyedSelect::Query& query) {
 void KeyedRows::ListKeys() {
   listed_ = true;
   if (statements_.HasOrder()) {
-    StartPages();
+    ForgetFrom(0);
     ReadKeys(statements_.KeysInOrder());
   } else if (!complete_) {
-    ReadKeys(statements_.KeysBehind(lastKey_));
+    ReadKeys(statements_.KeysBehind(keys_.Last()));
   }
   complete_ = true;
 }
 
-// Nothing is known any more.
-void KeyedRows::StartPages() {
-  keys_.Clear();
-  holes_.Truncate(0);
-  lastKey_.clear();
-  sorted_ = 0;
+void KeyedRows::ForgetFrom(std::size_t ordinal) {
+  keys_.Truncate(ordinal);
+  holes_.Truncate(ordinal);
   complete_ = false;
-  windowOrdinals_.clear();
-  spare_ = std::exchange(window_, {});
+  window_.Start();
 }
+
+// --- Reading rows ---
 
 void KeyedRows::Rewind() {
   if (listed_) return;
-  const bool atFront = !windowOrdinals_.empty() && windowOrdinals_.front() == 0;
-  if (!atFront || IsOutdated() || LeftCount() != KnownCount()) StartPages();
+  const bool atFront = !window_.IsEmpty() && window_.First() == 0;
+  if (!atFront || IsOutdated() || LeftCount() != KnownCount()) ForgetFrom(0);
 }
 
 bool KeyedRows::Reach(std::size_t ordinal) {
   if (ordinal < KnownCount()) return true;
-  if (listed_ || (mostRows_ > 0 && KnownCount() >= mostRows_)) return false;
+  if (listed_ || !MayKnowMore()) return false;
   // Rows may have been added behind the last page.
   if (complete_ && !IsOutdated()) return false;
   do {
     if (IsOutdated()) {
-      windowSize_.StartSmall();
+      window_.StartSmall();
     } else if (KnownCount() > 0) {
-      windowSize_.Grow();
+      window_.Grow();
     }
     ReadPage();
   } while (ordinal >= KnownCount() && !complete_);
   return ordinal < KnownCount();
 }
 
-const Row* KeyedRows::InWindow(std::size_t ordinal, bool& inside) const {
-  inside = false;
-  if (windowOrdinals_.empty() || ordinal < windowOrdinals_.front() || ordinal > windowOrdinals_.back())
-    return nullptr;
-  // Most windows are without gaps.
-  std::size_t place = ordinal - windowOrdinals_.front();
-  if (place >= windowOrdinals_.size() || windowOrdinals_[place] != ordinal) {
-    const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
-    if (*found != ordinal) return nullptr;
-    place = static_cast<std::size_t>(found - windowOrdinals_.begin());
-  }
-  inside = true;
-  const Row& row = window_[place];
-  return row.empty() ? nullptr : &row;
-}
-
 const Row* KeyedRows::At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
   const bool outdated = IsOutdated();
-  bool inside = false;
   if (!outdated) {
-    const Row* row = InWindow(ordinal, inside);
-    if (inside) return row;
+    if (const auto row = window_.Find(ordinal)) return *row;
   }
-  const bool goesOn = !outdated && !windowOrdinals_.empty() && ordinal > windowOrdinals_.back() &&
-                      (!upcoming.empty() || ordinal == windowOrdinals_.back() + 1);
+  const bool goesOn = !outdated && !window_.IsEmpty() && ordinal > window_.Last() &&
+                      (!upcoming.empty() || ordinal == window_.Last() + 1);
   if (goesOn) {
-    windowSize_.Grow();
+    window_.Grow();
   } else if (outdated || upcoming.empty()) {
-    windowSize_.StartSmall();
+    window_.StartSmall();
   }
-  if (!listed_) return TurnTo(ordinal);
-  Fetch(Wanted(ordinal, upcoming));
-  return InWindow(ordinal, inside);
+  if (listed_) {
+    Fetch(Wanted(ordinal, upcoming));
+  } else {
+    // The page that begins here, as the database has it now: what was known of the rows from here on is
+    // forgotten.
+    ForgetFrom(ordinal);
+    ReadPage();
+  }
+  return window_.Find(ordinal).value_or(nullptr);
 }
 
-// The page that begins at `ordinal`, as the database has it now: what was known of the rows from there on is
-// forgotten.
-const Row* KeyedRows::TurnTo(std::size_t ordinal) {
-  keys_.Truncate(ordinal);
-  holes_.Truncate(ordinal);
-  sorted_ = std::min(sorted_, ordinal);
-  lastKey_.clear();
-  if (ordinal > 0) lastKey_ = keys_.Get(ordinal - 1);
-  complete_ = false;
-  ReadPage();
-  bool inside = false;
-  return InWindow(ordinal, inside);
-}
-
-std::vector<std::size_t> KeyedRows::Wanted(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
-  std::vector<std::size_t> wanted;
-  std::size_t most = windowSize_.Rows();
-  if (!upcoming.empty() || ordinal >= sorted_) most = std::min(most, kScatteredRows);
+std::vector<std::size_t> KeyedRows::Wanted(std::size_t ordinal,
+                                           std::span<const std::uint32_t> upcoming) const {
+  const std::size_t sorted = keys_.SortedCount();
+  std::size_t most = window_.Limit();
+  if (!upcoming.empty() || ordinal >= sorted) most = std::min(most, kScatteredRows);
   if (statements_.KeyCount() > 1) most = std::min(most, kCompositeRows);
   if (!upcoming.empty()) {
-    for (const std::uint32_t next : upcoming.first(std::min(most, upcoming.size()))) wanted.push_back(next);
-  } else {
-    // Up to where the order of the keys ends: one window is read in one way.
-    const std::size_t end = ordinal < sorted_ ? sorted_ : KnownCount();
-    for (std::size_t i = ordinal; i < end && wanted.size() < most; ++i) wanted.push_back(i);
+    upcoming = upcoming.first(std::min(most, upcoming.size()));
+    return {upcoming.begin(), upcoming.end()};
   }
+  // Up to where the order of the keys ends: one window is read in one way.
+  const std::size_t end = std::min(ordinal + most, ordinal < sorted ? sorted : KnownCount());
+  std::vector<std::size_t> wanted(end - ordinal);
+  std::iota(wanted.begin(), wanted.end(), ordinal);
   return wanted;
 }
 
-// Reads the rows at `ordinals`, ascending, into the window. Membership of a fixed set is fixed: whatever the
+// Reads the rows at `ordinals`, ascending, into the window. A keyset's members are known: whatever the
 // statement's condition says of a row now, a known key shows its row.
 void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
-  const bool ascending = ordinals.back() < sorted_;
-  const bool merge = ascending && keys_.IsNumeric();
+  const bool ascending = ordinals.back() < keys_.SortedCount();
+  const bool merge = ascending && keys_.List().IsNumeric();
   const std::unique_ptr<Rows> rows =
-      Run(statements_.ByKeys(keys_, ordinals, ascending, !fixed_ || keyMoves_));
-  readAt_ = link_->GetFreshness().Now();
+      Run(statements_.ByKeys(keys_.List(), ordinals, ascending, isDynamic_ || keyMoves_));
+  window_.Start(session_->GetFreshness().Now());
   std::unordered_map<std::string, std::size_t> places;
   if (!merge) {
-    for (std::size_t i = 0; i < ordinals.size(); ++i) places.emplace(BytesAt(ordinals[i]), i);
+    for (std::size_t i = 0; i < ordinals.size(); ++i) places.emplace(keys_.BytesAt(ordinals[i]), i);
   }
-  spare_ = std::exchange(window_, {});
-  windowOrdinals_.clear();
+  const std::size_t count = rows->Columns().size();
+  TakeColumns(*rows);
   std::vector<Row> window(ordinals.size());
   std::size_t bytes = 0;
   std::size_t place = 0;
-  const std::size_t count = rows->Columns().size();
-  TakeColumns(*rows);
-  bool cut = false;
   while (rows->Next()) {
     // A window that is not filled in its order cannot be cut.
-    if (ascending && bytes >= kWindowBytes) {
-      cut = true;
+    if (ascending && bytes >= RowWindow::kMostBytes) {
+      ordinals.resize(place + 1);
+      window.resize(place + 1);
       break;
     }
-    Row row = ReadRow(*rows, count);
+    Row row = window_.Read(*rows, count);
     if (merge) {
       const std::int64_t key = automation::ToInt64(row.back());
-      while (place < ordinals.size() && keys_.Number(ordinals[place]) < key) ++place;
-      if (place == ordinals.size() || keys_.Number(ordinals[place]) != key) continue;
+      while (place < ordinals.size() && keys_.List().Number(ordinals[place]) < key) ++place;
+      if (place == ordinals.size() || keys_.List().Number(ordinals[place]) != key) continue;
     } else {
       const auto found = places.find(KeyList::Bytes(KeyOf(row)));
       if (found == places.end()) continue;
@@ -278,20 +228,10 @@ void KeyedRows::Fetch(std::vector<std::size_t> ordinals) {
     bytes += MemoryOf(row);
     window[place] = std::move(row);
   }
-  if (cut) {
-    ordinals.resize(place + 1);
-    window.resize(place + 1);
-  }
-  windowOrdinals_ = std::move(ordinals);
-  window_ = std::move(window);
+  window_.Fill(std::move(ordinals), std::move(window));
 }
 
-void KeyedRows::DropFromWindow(std::size_t ordinal) {
-  const auto found = std::lower_bound(windowOrdinals_.begin(), windowOrdinals_.end(), ordinal);
-  if (found == windowOrdinals_.end() || *found != ordinal) return;
-  window_.erase(window_.begin() + (found - windowOrdinals_.begin()));
-  windowOrdinals_.erase(found);
-}
+// --- Changes through the set ---
 
 std::size_t KeyedRows::Append(Row row) {
   // The place of an appended row is the end, wherever its key would sort. Its values are read when it becomes
@@ -302,31 +242,25 @@ std::size_t KeyedRows::Append(Row row) {
     // It is in the database already, and may have been listed with the others.
     const std::string bytes = KeyList::Bytes(key);
     for (std::size_t at = KnownCount(); at-- > 0;) {
-      if (BytesAt(at) == bytes) return at;
+      if (keys_.BytesAt(at) == bytes) return at;
     }
   }
-  keys_.Push(key);
+  keys_.Push(key, false);
   return KnownCount() - 1;
 }
 
 void KeyedRows::Replace(std::size_t ordinal, Row row) {
-  DropFromWindow(ordinal);
-  // The pages of an open set go on behind the place where the row was met.
+  window_.Drop(ordinal);
+  // A dynamic cursor's pages go on behind the place where the row was met.
   if (!listed_) return;
   const KeyView key = KeyOf(row);
-  if (BytesAt(ordinal) == KeyList::Bytes(key)) return;
-  keys_.Set(ordinal, key);
-  sorted_ = std::min(sorted_, ordinal);
+  if (keys_.BytesAt(ordinal) != KeyList::Bytes(key)) keys_.Change(ordinal, key);
 }
 
-std::string KeyedRows::BytesAt(std::size_t ordinal) const {
-  return KeyList::Bytes(keys_.Get(ordinal));
-}
-
-std::size_t KeyedRows::ReadAgain(std::size_t ordinal, const Visit& visit) {
-  const std::string key = ordinal < KnownCount() ? BytesAt(ordinal) : std::string();
-  StartPages();
-  windowSize_ = {};
+std::size_t KeyedRows::Requery(std::size_t ordinal, const Visit& visit) {
+  const std::string key = ordinal < KnownCount() ? keys_.BytesAt(ordinal) : std::string();
+  ForgetFrom(0);
+  window_.StartLarge();
   // Pages come with their rows; only an order of its own takes the keys first.
   if (statements_.HasOrder()) {
     ListKeys();
@@ -337,7 +271,7 @@ std::size_t KeyedRows::ReadAgain(std::size_t ordinal, const Visit& visit) {
   bool found = false;
   for (std::size_t at = 0; Reach(at); ++at) {
     if (const Row* row = At(at, {})) visit(at, *row);
-    if (!found && !key.empty() && at < KnownCount() && BytesAt(at) == key) {
+    if (!found && !key.empty() && at < KnownCount() && keys_.BytesAt(at) == key) {
       place = at;
       found = true;
     }

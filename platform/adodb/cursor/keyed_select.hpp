@@ -24,13 +24,13 @@ class KeyedSelect {
 
   std::size_t KeyCount() const { return keyNames_.size(); }
   bool HasOrder() const { return !select_.order.empty(); }
-  // Whether the rows are chosen by a subquery: they do not come in the order of the key by themselves. A text
-  // that looks like one counts, which does no harm.
+  // Whether the rows are chosen by a subquery: they do not come in the order of the key by themselves. A
+  // string that looks like one counts, which does no harm.
   bool HasSubquery() const;
 
   // The first `limit` rows behind a key, in its order; from the front for an empty one.
   Query Page(const Row& behind, std::size_t limit) const;
-  // The same rows' keys, all of them.
+  // The keys of all rows behind a key.
   Query KeysBehind(const Row& behind) const;
   // All keys in the statement's own order.
   Query KeysInOrder() const;

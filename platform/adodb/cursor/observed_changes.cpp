@@ -13,11 +13,6 @@ NamedValue::Form FormOf(ColumnType type) {
   return type == ColumnType::Binary ? NamedValue::Form::Bytes : NamedValue::Form::AsTyped;
 }
 
-bool BeginsWith(std::string_view sql, std::string_view lowerCaseWord) {
-  const TokenList list = Tokenize(sql.substr(0, 32));
-  return !list.tokens.empty() && Is(sql, list.tokens.front(), lowerCaseWord);
-}
-
 }  // namespace
 
 NamedValue Named(const Column& column, const automation::Variant& value, const Dialect& dialect) {
@@ -55,16 +50,15 @@ void TellAndMake(ChangeObserver& observer, Change change, std::string_view table
   }
 }
 
-std::int64_t RunAndTell(Link& link, const Translation& translation) {
-  if (link.Observer() == nullptr) return Run(link, translation);
-  const std::string& sql = translation.statements.front();
-  if (BeginsWith(sql, "select")) return link.GetSession().Execute(sql, {});
-  if (!BeginsWith(sql, "delete")) {
+std::int64_t RunAndTell(SharedSession& session, const SharedSession::Prepared& prepared) {
+  const Translation& translation = prepared.GetTranslation();
+  if (session.Observer() == nullptr || translation.isSelect) return session.Execute(prepared);
+  if (!translation.deletion) {
     throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::FeatureNotAvailable),
                             "ADODB.Connection",
                             "This run is recorded, and of this statement it cannot be told what it changes.");
   }
-  return static_cast<std::int64_t>(RunDelete(link, translation, Deleted::Keys).order.size());
+  return static_cast<std::int64_t>(RunDelete(session, prepared, Deleted::Keys).order.size());
 }
 
 }  // namespace ADODB::engine

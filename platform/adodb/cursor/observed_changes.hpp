@@ -23,8 +23,8 @@ NamedRow NamedKey(const std::vector<std::string>& key, const NamedRow& whole);
 void TellAndMake(ChangeObserver& observer, Change change, std::string_view table, NamedRow key,
                  std::optional<NamedRow> before, const std::function<void()>& make);
 
-// Run(), and the link's observer is told where it has one: then 3251 for what changes rows and is no DELETE of
-// one table.
-std::int64_t RunAndTell(Link& link, const Translation& translation);
+// SharedSession::Execute, and the observer is told where there is one: then 3251 for what changes rows and is
+// no DELETE of one table.
+std::int64_t RunAndTell(SharedSession& session, const SharedSession::Prepared& prepared);
 
 }  // namespace ADODB::engine

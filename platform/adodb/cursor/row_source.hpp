@@ -31,9 +31,11 @@ class RowSource {
   // The row, or null when it is gone. `upcoming` are the ordinals that will be asked for next, beginning with
   // this one; empty when that will be the ones that follow. The row is valid until the next call of any
   // member. Unless the source is a static copy its values are those that the database held Freshness::kLimit
-  // ago at most; and a source that is open to changes (a dynamic cursor's) has read them since the run wrote
-  // last. Such a one may give the ordinals from this one on to other rows, until ReadAgain has been called.
+  // ago at most; and those of a dynamic source were read since the run wrote last. Such a source may give the
+  // ordinals from this one on to other rows, until Requery has been called.
   virtual const Row* At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) = 0;
+  // Whether At gives what the database holds, and not what was read when the source was opened.
+  virtual bool RereadsRows() const { return false; }
 
   // A new row, which the database has already, at the end; or a changed one in its place; keys included.
   // Append gives the new row's ordinal.
@@ -43,12 +45,12 @@ class RowSource {
   // The walk begins again at the front.
   virtual void Rewind() {}
 
-  // For a source that is open to changes: reads its rows anew from the first to the last, shows each to
-  // `visit`, and keeps their ordinals from now on. Gives the ordinal now at the row that had `ordinal`, or
-  // the number of rows when it is gone.
+  // For a dynamic source: reads its rows anew from the first to the last, shows each to `visit`, and keeps
+  // their ordinals from now on. Gives the ordinal now of the row that had `ordinal`, or the number of rows
+  // when it is gone.
   using Visit = std::function<void(std::size_t ordinal, const Row& row)>;
-  virtual bool IsOpenToChanges() const { return false; }
-  virtual std::size_t ReadAgain(std::size_t ordinal, const Visit&) { return ordinal; }
+  virtual bool IsDynamic() const { return false; }
+  virtual std::size_t Requery(std::size_t ordinal, const Visit&) { return ordinal; }
 
   // The row was deleted through this record set.
   void Remove(std::size_t ordinal) { holes_.Add(ordinal); }

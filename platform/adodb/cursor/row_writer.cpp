@@ -11,9 +11,9 @@
 
 namespace ADODB::engine {
 
-RowWriter::RowWriter(std::shared_ptr<Link> link, std::string table, TableShape shape,
+RowWriter::RowWriter(std::shared_ptr<SharedSession> session, std::string table, TableShape shape,
                      const std::vector<Column>& columns, std::vector<Column> keyColumns)
-    : link_(std::move(link)),
+    : session_(std::move(session)),
       table_(std::move(table)),
       shape_(std::move(shape)),
       columns_(columns),
@@ -21,7 +21,7 @@ RowWriter::RowWriter(std::shared_ptr<Link> link, std::string table, TableShape s
 
 const RowWriter::Condition& RowWriter::ConditionFor(const std::vector<bool>& compared) {
   if (condition_ && condition_->compared == compared) return *condition_;
-  const Dialect& dialect = link_->GetSession().GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   Condition made{.compared = compared, .text = {}, .values = {}, .deletion = {}};
   const auto add = [&](const std::string& term) { made.text += (made.text.empty() ? "" : " AND ") + term; };
   const auto compare = [&](const Column& column, std::size_t place) {
@@ -45,7 +45,7 @@ void RowWriter::BindCondition(const Row& row, const Condition& condition, Parame
     parameters.insert(parameters.end(), row.begin() + static_cast<std::ptrdiff_t>(columns_.size()),
                       row.end());
   }
-  const Dialect& dialect = link_->GetSession().GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   for (const auto& [place, stillReads] : condition.values) stillReads.Bind(dialect, row[place], parameters);
 }
 
@@ -60,14 +60,12 @@ void RowWriter::Delete(const Row& row, const std::vector<bool>& compared) {
   const Condition& condition = ConditionFor(compared);
   Parameters parameters;
   BindCondition(row, condition, parameters);
-  link_->GetFreshness().NoteWrite();
   Observed(Change::Delete, row, condition,
-           [&] { RequireOne(link_->GetSession().Execute(condition.deletion, parameters)); });
+           [&] { RequireOne(session_->Execute(condition.deletion, parameters)); });
 }
 
 Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<bool>& compared) {
-  Session& session = link_->GetSession();
-  const Dialect& dialect = session.GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   std::string assignments;
   Parameters parameters;
   Row changed = row;
@@ -85,19 +83,18 @@ Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<
   if (parameters.empty()) return changed;
   const Condition& condition = ConditionFor(compared);
   BindCondition(row, condition, parameters);
-  link_->GetFreshness().NoteWrite();
   const std::string sql = "UPDATE " + table_ + " SET " + assignments + " WHERE " + condition.text;
   Observed(Change::Update, row, condition, [&] {
     switch (shape_.address) {
       case TableShape::Address::Key:
-        RequireOne(session.Execute(sql, parameters));
+        RequireOne(session_->Execute(sql, parameters));
         break;
       case TableShape::Address::WholeRow:
-        RequireOne(session.Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
+        RequireOne(session_->Execute(dialect.UpdateOne(table_, assignments, condition.text), parameters));
         break;
       case TableShape::Address::Place: {
         const std::unique_ptr<Rows> rows =
-            session.Query(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
+            session_->Change(sql + " RETURNING " + dialect.QuotedName(shape_.keyColumns.front()), parameters);
         RequireOne(rows->Next() ? 1 : 0);
         changed.back() = rows->Value(0);
         while (rows->Next()) {
@@ -110,7 +107,6 @@ Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<
 }
 
 Row RowWriter::Insert(const Changes& changes) {
-  Session& session = link_->GetSession();
   std::vector<std::string> names;
   Parameters parameters;
   Row row(columns_.size() + shape_.keyColumns.size(), automation::Variant::Null());
@@ -122,10 +118,9 @@ Row RowWriter::Insert(const Changes& changes) {
   }
   std::vector<std::string> returned = shape_.keyColumns;
   if (shape_.generatedColumn) returned.push_back(*shape_.generatedColumn);
-  const std::string sql = session.GetDialect().InsertReturning(table_, names, returned);
-  link_->GetFreshness().NoteWrite();
+  const std::string sql = session_->GetDialect().InsertReturning(table_, names, returned);
   const auto insert = [&] {
-    const std::unique_ptr<Rows> rows = session.Query(sql, parameters);
+    const std::unique_ptr<Rows> rows = session_->Change(sql, parameters);
     RequireOne(rows->Next() ? 1 : 0);
     for (std::size_t k = 0; k < returned.size(); ++k) {
       const automation::Variant value = rows->Value(k);
@@ -138,7 +133,7 @@ Row RowWriter::Insert(const Changes& changes) {
     while (rows->Next()) {
     }
   };
-  if (ChangeObserver* const observer = link_->Observer(); observer != nullptr) {
+  if (ChangeObserver* const observer = session_->Observer(); observer != nullptr) {
     TellAndMake(*observer, Change::Insert, table_, KeyOf(changes), std::nullopt, insert);
   } else {
     insert();
@@ -148,7 +143,7 @@ Row RowWriter::Insert(const Changes& changes) {
 
 void RowWriter::Observed(Change change, const Row& row, const Condition& condition,
                          const std::function<void()>& make) {
-  ChangeObserver* const observer = link_->Observer();
+  ChangeObserver* const observer = session_->Observer();
   if (observer == nullptr) return make();
   std::optional<NamedRow> key = KeyOf(row);
   if (key && !observer->WantsRows()) {
@@ -157,7 +152,7 @@ void RowWriter::Observed(Change change, const Row& row, const Condition& conditi
   // Told before the commit; a failure of that is the change's.
   ChangeObserver::Ticket told;
   try {
-    InTransaction(*link_, [&] {
+    session_->InTransaction([&] {
       std::optional<NamedRow> before = Lock(row, condition);
       RequireOne(before ? 1 : 0);
       NamedRow named = NamedKey(shape_.primaryKey, *before);
@@ -172,7 +167,7 @@ void RowWriter::Observed(Change change, const Row& row, const Condition& conditi
 }
 
 std::optional<NamedRow> RowWriter::KeyOf(const Row& row) const {
-  const Dialect& dialect = link_->GetSession().GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   NamedRow key;
   for (const std::string& name : shape_.primaryKey) {
     const auto isIt = [&](const Column& column) { return EqualsIgnoringAsciiCase(column.baseColumn, name); };
@@ -192,7 +187,7 @@ std::optional<NamedRow> RowWriter::KeyOf(const Row& row) const {
 }
 
 NamedRow RowWriter::KeyOf(const Changes& inserted) const {
-  const Dialect& dialect = link_->GetSession().GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   NamedRow key;
   const auto add = [&](std::size_t i) {
     key.push_back(Named(columns_[i], inserted[i] ? *inserted[i] : automation::Variant::Null(), dialect));
@@ -210,8 +205,7 @@ NamedRow RowWriter::KeyOf(const Changes& inserted) const {
 }
 
 std::optional<NamedRow> RowWriter::Lock(const Row& row, const Condition& condition) const {
-  Session& session = link_->GetSession();
-  const Dialect& dialect = session.GetDialect();
+  const Dialect& dialect = session_->GetDialect();
   std::string where;
   Parameters parameters;
   if (shape_.address == TableShape::Address::WholeRow) {
@@ -224,7 +218,7 @@ std::optional<NamedRow> RowWriter::Lock(const Row& row, const Condition& conditi
     parameters.assign(row.begin() + static_cast<std::ptrdiff_t>(columns_.size()), row.end());
   }
   const std::unique_ptr<Rows> rows =
-      session.Query(dialect.LockedSelect("*", table_, "WHERE " + where), parameters);
+      session_->Query(dialect.LockedSelect("*", table_, "WHERE " + where), parameters);
   std::optional<NamedRow> found;
   while (rows->Next()) {
     if (!found) found = NamedCurrent(*rows, dialect);

@@ -24,7 +24,7 @@ class RowWriter {
  public:
   // `columns` are those of the result, `keyColumns` those behind them, `table` the statement's name for its
   // table. The columns must outlive the writer.
-  RowWriter(std::shared_ptr<Link> link, std::string table, TableShape shape,
+  RowWriter(std::shared_ptr<SharedSession> session, std::string table, TableShape shape,
             const std::vector<Column>& columns, std::vector<Column> keyColumns);
 
   // Whether the column of the result stands for a column of the table.
@@ -41,7 +41,7 @@ class RowWriter {
   Row Insert(const Changes& changes);
 
  private:
-  // What finds a row again, made once for all rows of which the same was handed out.
+  // What finds a row again, made once for all rows whose same columns were read.
   struct Condition {
     std::vector<bool> compared;
     std::string text;
@@ -49,7 +49,7 @@ class RowWriter {
     std::string deletion;                                    // the statement
   };
   const Condition& ConditionFor(const std::vector<bool>& compared);
-  // Makes the change of the row, which the link's observer hears of before.
+  // Makes the change of the row, which the session's observer hears of before.
   void Observed(Change change, const Row& row, const Condition& condition, const std::function<void()>& make);
   // The row's key, or all of its columns in a table without one; nothing where the result does not hold them.
   std::optional<NamedRow> KeyOf(const Row& row) const;
@@ -59,7 +59,7 @@ class RowWriter {
   void BindCondition(const Row& row, const Condition& condition, Parameters& parameters) const;
   void RequireOne(std::int64_t affected) const;
 
-  std::shared_ptr<Link> link_;
+  std::shared_ptr<SharedSession> session_;
   std::string table_;
   TableShape shape_;
   const std::vector<Column>& columns_;
@@ -67,8 +67,8 @@ class RowWriter {
   std::optional<Condition> condition_;  // used last
 };
 
-// `value` in the type that a column of the given type holds: texts become dates by the current locale, and so
-// on. Raises 13 for a value that cannot be one; Empty becomes Null.
+// `value` in the type that a column of the given type holds: strings become dates by the current locale, and
+// so on. Raises 13 for a value that cannot be one; Empty becomes Null.
 automation::Variant Converted(const automation::Variant& value, ColumnType type);
 
 }  // namespace ADODB::engine

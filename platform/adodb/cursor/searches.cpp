@@ -4,8 +4,8 @@ namespace ADODB::engine {
 
 const ValueIndex& Searches::IndexOf(std::size_t column, std::size_t& place) {
   if (const auto found = indexes_.find(column); found != indexes_.end()) return found->second;
-  if (source_.IsOpenToChanges() && !placesKept_) return ReadAgain(column, place);
-  ValueIndex values(link_->GetSession().GetDialect(), source_.Columns()[column]);
+  if (source_.IsDynamic() && !placesKept_) return Requery(column, place);
+  ValueIndex values(session_->GetDialect(), source_.Columns()[column]);
   for (std::size_t ordinal = 0; source_.Reach(ordinal); ++ordinal) {
     if (source_.IsRemoved(ordinal)) continue;
     if (const Row* row = source_.At(ordinal, {})) values.Add(ordinal, (*row)[column]);
@@ -14,15 +14,15 @@ const ValueIndex& Searches::IndexOf(std::size_t column, std::size_t& place) {
   return indexes_.emplace(column, std::move(values)).first->second;
 }
 
-const ValueIndex& Searches::ReadAgain(std::size_t column, std::size_t& place) {
+const ValueIndex& Searches::Requery(std::size_t column, std::size_t& place) {
   indexes_.clear();
-  Session& session = link_->GetSession();
+  placesKept_ = false;  // unless all rows are read
   // Before the rows are read: what comes in meanwhile must not count as known.
-  mark_ = session.ChangeMark();
+  mark_ = session_->GetSession().ChangeMark();
   questions_ = 0;
-  ValueIndex values(session.GetDialect(), source_.Columns()[column]);
-  place = source_.ReadAgain(place,
-                            [&](std::size_t ordinal, const Row& row) { values.Add(ordinal, row[column]); });
+  ValueIndex values(session_->GetDialect(), source_.Columns()[column]);
+  place =
+      source_.Requery(place, [&](std::size_t ordinal, const Row& row) { values.Add(ordinal, row[column]); });
   placesKept_ = true;
   values.Finish();
   return indexes_.emplace(column, std::move(values)).first->second;
@@ -30,8 +30,8 @@ const ValueIndex& Searches::ReadAgain(std::size_t column, std::size_t& place) {
 
 bool Searches::MayHaveGained(std::size_t column, const automation::Variant& wanted) {
   constexpr int kMostQuestions = 1000;
-  if (!source_.IsOpenToChanges()) return false;
-  if (mark_ && link_->GetSession().ChangeMark() == mark_) return false;
+  if (!source_.IsDynamic()) return false;
+  if (mark_ && session_->GetSession().ChangeMark() == mark_) return false;
   return ++questions_ > kMostQuestions || Holds(source_.Columns()[column], wanted);
 }
 
@@ -39,10 +39,9 @@ bool Searches::MayHaveGained(std::size_t column, const automation::Variant& want
 // asked.
 bool Searches::Holds(const Column& column, const automation::Variant& value) const {
   if (column.baseColumn.empty()) return true;
-  Session& session = link_->GetSession();
   const std::string condition =
-      select_.name + "." + session.GetDialect().QuotedName(column.baseColumn) + " = ?";
-  return session.Query("SELECT 1" + select_.From(condition), {value})->Next();
+      select_.name + "." + session_->GetDialect().QuotedName(column.baseColumn) + " = ?";
+  return session_->Query("SELECT 1" + select_.From(condition), {value})->Next();
 }
 
 }  // namespace ADODB::engine

@@ -13,38 +13,36 @@
 
 namespace ADODB::engine {
 
-// An index for each column that was searched, made on first use. A set that is open to changes is read anew
-// when its first index is made; from then on its ordinals stay, until it is read again because a value that
-// was not found may have come in.
+// An index for each column that was searched, made on first use. A dynamic source is read anew when its first
+// index is made; from then on its ordinals stay, until it is read again because a value that was not found
+// may have come in.
 class Searches {
  public:
-  // `select` is that of an open set. The source must outlive the searches.
-  Searches(std::shared_ptr<Link> link, RowSource& source, SelectShape select)
-      : link_(std::move(link)), source_(source), select_(std::move(select)) {}
+  // `select` is that of a dynamic source. The source must outlive the searches.
+  Searches(std::shared_ptr<SharedSession> session, RowSource& source, SelectShape select)
+      : session_(std::move(session)), source_(source), select_(std::move(select)) {}
 
   // The index of a column. `place` is an ordinal that the caller keeps, and is told where its row went; it is
-  // left alone where nothing had to be read anew.
+  // left alone where nothing had to be read anew. What it raises leaves the source fit for use.
   const ValueIndex& IndexOf(std::size_t column, std::size_t& place);
 
   // Whether a value that the column's index lacks may have come in since the set was read; then it must be
   // read again. A missing value is looked for in the database itself, unless nobody has changed that; after
   // many such questions it is cheaper to read the set again.
   bool MayHaveGained(std::size_t column, const automation::Variant& wanted);
-  const ValueIndex& ReadAgain(std::size_t column, std::size_t& place);
+  const ValueIndex& Requery(std::size_t column, std::size_t& place);
 
   // The values of the column have changed through this set.
   void Drop(std::size_t column) { indexes_.erase(column); }
-  // A row was added through this set.
-  void DropAll() { indexes_.clear(); }
 
  private:
   bool Holds(const Column& column, const automation::Variant& value) const;
 
-  std::shared_ptr<Link> link_;
+  std::shared_ptr<SharedSession> session_;
   RowSource& source_;
   SelectShape select_;
   std::map<std::size_t, ValueIndex> indexes_;  // by column
-  bool placesKept_ = false;                    // of an open set
+  bool placesKept_ = false;                    // of a dynamic source
   std::optional<std::int64_t> mark_;           // of the database when the set was read
   int questions_ = 0;                          // put to the database since then
 };

@@ -12,7 +12,7 @@ constexpr std::size_t kSmallBytes = 256 * 1024;
 
 StaticRows::StaticRows(const Rows& rows, std::size_t keyCount) {
   const std::vector<Column>& all = rows.Columns();
-  columns_ = keyCount == 0 ? rows.KeptColumns()
+  columns_ = keyCount == 0 ? rows.SharedColumns()
                            : std::make_shared<const std::vector<Column>>(
                                  all.begin(), all.end() - static_cast<std::ptrdiff_t>(keyCount));
   keyColumns_.assign(all.end() - static_cast<std::ptrdiff_t>(keyCount), all.end());
@@ -23,7 +23,7 @@ StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows)
   const std::size_t count = rows.Columns().size();
   while ((mostRows == 0 || KnownCount() < mostRows) && rows.Next()) {
     Row row(count);
-    for (std::size_t i = 0; i < count; ++i) rows.Read(i, row[i]);
+    for (std::size_t i = 0; i < count; ++i) rows.ReadInto(i, row[i]);
     Push(std::move(row));
   }
 }

@@ -8,8 +8,8 @@
 
 namespace ADODB::engine {
 
-// True exactly when reading the column would give the value again that is bound to it: texts letter for
-// letter, Null for Null.
+// True exactly when reading the column would give the value again that is bound to it: strings byte for
+// byte, Null for Null.
 struct StillReads {
   StillReads(const Dialect& dialect, const Column& column);
   // The parameters of the condition for a value that was read.

@@ -1,10 +1,9 @@
 #include "platform/adodb/odbc/connection.hpp"
 
-#include <algorithm>
 #include <array>
-#include <functional>
 #include <utility>
 
+#include "platform/adodb/engines/table.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
 #include "platform/adodb/sql/tokens.hpp"
 #include "platform/automation/error.hpp"
@@ -12,29 +11,9 @@
 namespace ADODB::odbc {
 namespace {
 
-// Enough for the statements that a job repeats; a server holds resources for each.
-constexpr std::size_t kMostPrepared = 64;
-// A longer text is hardly ever sent twice.
-constexpr std::size_t kLongestPreparedText = 4096;
-
-class ResultRows : public engine::Rows {
- public:
-  explicit ResultRows(std::shared_ptr<Statement> statement) : statement_(std::move(statement)) {}
-  // Nothing stays open behind a result that is let go, read to its end or not.
-  ~ResultRows() override { statement_->CloseCursor(); }
-
-  const std::vector<engine::Column>& Columns() const override { return statement_->Columns(); }
-  bool Next() override { return !statement_->Columns().empty() && statement_->Fetch(); }
-  automation::Variant Value(std::size_t column) const override {
-    automation::Variant value;
-    statement_->Read(column, value);
-    return value;
-  }
-  void Read(std::size_t column, automation::Variant& into) const override { statement_->Read(column, into); }
-
- private:
-  std::shared_ptr<Statement> statement_;
-};
+// For so long a table is taken to have the key that it had: record sets are opened many times a second, and
+// asking costs a message.
+constexpr std::chrono::seconds kDescribedFor{1};
 
 std::uintptr_t OdbcLevel(IsolationLevel level) {
   switch (level) {
@@ -72,7 +51,31 @@ bool KeepsSettings(std::string_view sql) {
 
 }  // namespace
 
-Connection::Connection(const EnvironmentHandle& environment, const engine::ConnectionString& text) {
+class Connection::ResultRows : public engine::Rows {
+ public:
+  explicit ResultRows(Run run) : run_(std::move(run)), statement_(*run_.statement) {}
+  // Nothing stays open behind a result that is let go, read to its end or not.
+  ~ResultRows() override { statement_.CloseCursor(); }
+
+  const std::vector<engine::Column>& Columns() const override { return statement_.Columns(); }
+  bool Next() override { return !statement_.Columns().empty() && statement_.Fetch(); }
+  automation::Variant Value(std::size_t column) const override {
+    automation::Variant value;
+    statement_.ReadInto(column, value);
+    return value;
+  }
+  void ReadInto(std::size_t column, automation::Variant& into) const override {
+    statement_.ReadInto(column, into);
+  }
+
+ private:
+  Run run_;
+  Statement& statement_;
+};
+
+Connection::Connection(const EnvironmentHandle& environment, const engine::ConnectionString& text,
+                       engine::Clock clock)
+    : clock_(std::move(clock)) {
   SQLHANDLE raw = nullptr;
   if (!Succeeded(SQLAllocHandle(SQL_HANDLE_DBC, environment.Get(), &raw))) {
     Raise(ReadDiagnostics(SQL_HANDLE_ENV, environment.Get()));
@@ -88,17 +91,18 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
     SQLSMALLINT bytes = 0;
     Check(SQLGetInfoW(raw, SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(sizeof name), &bytes));
     const std::string dbms = ToUtf8(name.data(), static_cast<std::size_t>(bytes) / sizeof(SQLWCHAR));
-    engine_ = EngineOfDbms(dbms);
-    dialect_ = DialectOf(engine_);
-    if (dialect_ == nullptr) {
+    health_.engine = engine::EngineOfDriver(dbms);
+    if (health_.engine == nullptr) {
       Raise({.sqlState = "HY000",
              .nativeCode = 0,
              .message = "No SQL dialect is known for the engine " + dbms});
     }
-    RequireTextsAsTheyAre(engine_, text);
-    fetchStyle_ = {.text = TextFormOf(engine_, text), .bound = ReadsBoundColumns(raw)};
+    const engine::Traits& traits = Engine().traits();
+    traits.requireExactText(text);
+    fetchStyle_ = {.text = traits.givesUtf8(text) ? TextForm::Utf8 : TextForm::Utf16,
+                   .bound = ReadsBoundColumns(raw)};
     SetAttribute(SQL_ATTR_TXN_ISOLATION, OdbcLevel(appliedIsolationLevel_));
-    const std::string setUp = SessionSetUp(engine_, text);
+    const std::string setUp = traits.setUp(text);
     if (!setUp.empty()) Statement(handle_, fetchStyle_, health_).ExecuteDirect(setUp);
   } catch (...) {
     SQLDisconnect(raw);
@@ -107,7 +111,7 @@ Connection::Connection(const EnvironmentHandle& environment, const engine::Conne
 }
 
 Connection::~Connection() {
-  prepared_.clear();
+  tableQuery_.reset();
   if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_ROLLBACK);
   SQLDisconnect(handle_.Get());
 }
@@ -131,134 +135,107 @@ void Connection::ApplyIsolationLevel() {
   appliedIsolationLevel_ = isolationLevel_;
 }
 
-Connection::StatementPtr Connection::Run(std::string_view sql, const engine::Parameters& parameters) {
+Connection::Run Connection::RunStatement(const engine::Sql& sql, const engine::Parameters& parameters) {
   ApplyIsolationLevel();
   const bool plain = KeepsSettings(sql);
   settingsKept_ = settingsKept_ && plain;
+  if (!plain) tables_.clear();
   if (!inTransaction_) return RunAndCommit(sql, parameters);
-  if (autocommitOff_) return RunInAnyWay(sql, parameters);
+  if (autocommitOff_) return Send(sql, parameters);
   // The statement may end the transaction by committing, or by failing. What follows belongs to the next one,
   // until the caller says that it is done.
   if (!plain) TurnAutocommitOff();
   try {
-    return RunInAnyWay(sql, parameters);
+    return Send(sql, parameters);
   } catch (const automation::Error&) {
     KeepTransactionOpen();
     throw;
   }
 }
 
-Connection::StatementPtr Connection::RunAndCommit(std::string_view sql,
-                                                  const engine::Parameters& parameters) {
+Connection::Run Connection::RunAndCommit(const engine::Sql& sql, const engine::Parameters& parameters) {
   try {
-    return RunInAnyWay(sql, parameters);
+    return Send(sql, parameters);
   } catch (automation::Error& error) {
-    if (LeavesCommitOpen(error.SqlState(), error.NativeCode()) || !StillAnswers()) {
-      error.WithOutcome(automation::Outcome::Unknown);
-    }
+    if (health_.LeavesCommitOpen(error) || !StillAnswers()) error.WithOutcome(automation::Outcome::Unknown);
     throw;
   }
 }
 
-Connection::StatementPtr Connection::RunInAnyWay(std::string_view sql, const engine::Parameters& parameters) {
-  if (!parameters.empty() && sql.size() <= kLongestPreparedText) return RunPrepared(sql, parameters);
-  if (parameters.empty() && IsRepeatedRead(sql)) {
+Connection::Run Connection::Send(const engine::Sql& sql, const engine::Parameters& parameters) {
+  if (sql.Prepared() != nullptr) {
     try {
-      return RunPrepared(sql, parameters);
+      return {&SendPrepared(sql, parameters), nullptr};
     } catch (const automation::Error&) {
-      // What is wrong may be what was prepared: a column has another type now.
-      if (inTransaction_ || health_.lost) throw;
+      // What is wrong may be what was prepared: a column has another type now. A statement without parameters
+      // can be sent as it stands.
+      if (!parameters.empty() || inTransaction_ || health_.lost) throw;
     }
   }
-  auto statement = std::make_shared<Statement>(handle_, fetchStyle_, health_);
+  auto statement = std::make_unique<Statement>(handle_, fetchStyle_, health_);
   if (parameters.empty()) {
     statement->ExecuteDirect(sql);
   } else {
     statement->Prepare(sql);
     statement->Execute(parameters);
   }
+  Statement* const running = statement.get();
+  return {running, std::move(statement)};
+}
+
+Statement& Connection::SendPrepared(const engine::Sql& sql, const engine::Parameters& parameters) {
+  try {
+    return SendPreparedOnce(sql, parameters);
+  } catch (const automation::Error& error) {
+    if (!Engine().failures().needsPreparingAnew(error.SqlState(), error.NativeCode(), inTransaction_)) throw;
+  }
+  return SendPreparedOnce(sql, parameters);
+}
+
+Statement& Connection::SendPreparedOnce(const engine::Sql& sql, const engine::Parameters& parameters) {
+  std::unique_ptr<engine::PreparedStatement>& kept = *sql.Prepared();
+  if (!kept) {
+    auto statement = std::make_unique<Statement>(handle_, fetchStyle_, health_);
+    statement->Prepare(sql);
+    kept = std::move(statement);
+  }
+  auto& statement = static_cast<Statement&>(*kept);
+  try {
+    statement.Execute(parameters);
+  } catch (const automation::Error& error) {
+    // Unless it is a value that was refused, the plan may be at fault (a table has changed since): the next
+    // attempt starts anew.
+    const std::string_view sqlState = error.SqlState();
+    if (!sqlState.starts_with("22") && !sqlState.starts_with("23")) kept.reset();
+    throw;
+  }
   return statement;
 }
 
-// A read that comes a second time will come again: jobs ask for the same settings over and over. Not one of
-// all columns, which may be others the next time.
-bool Connection::IsRepeatedRead(std::string_view sql) {
-  constexpr std::size_t kMostRemembered = 64;
-  constexpr std::string_view kSelect = "select";
-  if (sql.size() > kLongestPreparedText || sql.find('*') != std::string_view::npos ||
-      !engine::EqualsIgnoringAsciiCase(sql.substr(0, kSelect.size()), kSelect)) {
-    return false;
-  }
-  const std::size_t hash = std::hash<std::string_view>()(sql);
-  if (std::find(reads_.begin(), reads_.end(), hash) != reads_.end()) return true;
-  if (reads_.size() < kMostRemembered) {
-    reads_.push_back(hash);
-  } else {
-    reads_[nextRead_++ % kMostRemembered] = hash;
-  }
-  return false;
-}
-
-Connection::StatementPtr Connection::RunPrepared(std::string_view sql, const engine::Parameters& parameters) {
-  try {
-    return RunPreparedOnce(sql, parameters);
-  } catch (const automation::Error& error) {
-    // MariaDB gives a statement up, before it has done anything, when its tables change too often meanwhile;
-    // PostgreSQL does when the columns of its result have changed since it was prepared.
-    constexpr std::int32_t kNeedsPreparingAgain = 1615;
-    const bool outdated = engine_ == Engine::MariaDb ? error.NativeCode() == kNeedsPreparingAgain
-                                                     : engine_ == Engine::PostgreSql &&
-                                                           error.SqlState() == "0A000" && !inTransaction_;
-    if (!outdated) throw;
-  }
-  return RunPreparedOnce(sql, parameters);
-}
-
-Connection::StatementPtr Connection::RunPreparedOnce(std::string_view sql,
-                                                     const engine::Parameters& parameters) {
-  auto found = prepared_.begin();
-  while (found != prepared_.end() && found->first != sql) ++found;
-  if (found != prepared_.end()) {
-    prepared_.splice(prepared_.begin(), prepared_, found);
-  } else {
-    auto statement = std::make_shared<Statement>(handle_, fetchStyle_, health_);
-    statement->Prepare(sql);
-    prepared_.emplace_front(std::string(sql), std::move(statement));
-    if (prepared_.size() > kMostPrepared) prepared_.pop_back();
-  }
-  try {
-    prepared_.front().second->Execute(parameters);
-  } catch (...) {
-    // The plan may be at fault (a table has changed since); the next attempt starts anew.
-    prepared_.pop_front();
-    throw;
-  }
-  return prepared_.front().second;
-}
-
-std::unique_ptr<engine::Rows> Connection::Query(std::string_view sql, const engine::Parameters& parameters) {
-  StatementPtr statement = Run(sql, parameters);
-  auto rows = std::make_unique<ResultRows>(statement);
-  AddCollations(statement->Columns());
+std::unique_ptr<engine::Rows> Connection::Query(const engine::Sql& sql,
+                                                const engine::Parameters& parameters) {
+  Run run = RunStatement(sql, parameters);
+  Statement& statement = *run.statement;
+  auto rows = std::make_unique<ResultRows>(std::move(run));
+  AddCollations(statement.Columns());
   return rows;
 }
 
-std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters& parameters) {
-  const StatementPtr statement = Run(sql, parameters);
-  const std::int64_t affected = statement->AffectedRows();
-  statement->CloseCursor();
+std::int64_t Connection::Execute(const engine::Sql& sql, const engine::Parameters& parameters) {
+  const Run run = RunStatement(sql, parameters);
+  const std::int64_t affected = run.statement->AffectedRows();
+  run.statement->CloseCursor();
   return affected;
 }
 
 void Connection::Begin() {
   if (inTransaction_) throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection");
   ApplyIsolationLevel();
-  if (engine_ == Engine::MariaDb) {
-    // The driver tells this server at once when autocommit changes: a message at the beginning and one at the
-    // end.
-    Statement(handle_, fetchStyle_, health_).ExecuteDirect("START TRANSACTION");
-  } else {
+  const std::string_view begin = Engine().traits().begin;
+  if (begin.empty()) {
     TurnAutocommitOff();
+  } else {
+    Statement(handle_, fetchStyle_, health_).ExecuteDirect(begin);
   }
   inTransaction_ = true;
 }
@@ -290,7 +267,7 @@ void Connection::Commit() {
     Check(SQLEndTran(SQL_HANDLE_DBC, handle_.Get(), SQL_COMMIT));
   } catch (automation::Error& error) {
     // Some drivers give a lost connection no code of its own: a refusal is believed when the session answers.
-    if (LeavesCommitOpen(error.SqlState(), error.NativeCode()) || !Ping()) {
+    if (health_.LeavesCommitOpen(error) || !Ping()) {
       error.WithOutcome(automation::Outcome::Unknown);
       health_.lost = true;
     } else {
@@ -331,14 +308,17 @@ engine::TableShape Connection::Describe(const std::string& table) {
 }
 
 const Connection::Table& Connection::LookUp(const std::string& table) {
+  const auto now = clock_();
   const auto known = tables_.find(table);
-  if (known != tables_.end()) return known->second;
-  const MetadataQuery query = TableQuery(engine_, table);
+  if (known != tables_.end() && now - known->second.readAt < kDescribedFor) return known->second;
+  const engine::Traits& traits = Engine().traits();
+  const engine::Traits::Query query = traits.describe(table);
   Table found;
+  found.readAt = now;
   std::map<std::int32_t, std::string> key;
   std::vector<std::string> columns;
   bool isTable = false;
-  ResultRows rows(RunPrepared(query.sql, query.parameters));
+  ResultRows rows({&SendPrepared({query.sql, tableQuery_}, query.parameters), nullptr});
   while (rows.Next()) {
     const std::string column = automation::ToText(rows.Value(0));
     const std::int32_t place = automation::ToInt32(rows.Value(1));
@@ -349,22 +329,22 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
     columns.push_back(column);
   }
   if (key.empty() && isTable) {
-    std::optional<std::string> generated = std::move(found.shape.generatedColumn);
-    found.shape = KeylessShape(engine_, std::move(columns));
-    found.shape.generatedColumn = std::move(generated);
+    const bool hasPlace = !traits.place.empty();
+    found.shape.address =
+        hasPlace ? engine::TableShape::Address::Place : engine::TableShape::Address::WholeRow;
+    found.shape.keyColumns = hasPlace ? std::vector{std::string(traits.place)} : std::move(columns);
   }
   for (auto& [place, column] : key) found.shape.keyColumns.push_back(std::move(column));
   if (!key.empty()) found.shape.primaryKey = found.shape.keyColumns;
-  return tables_.emplace(table, std::move(found)).first->second;
+  return tables_.insert_or_assign(table, std::move(found)).first->second;
 }
 
-// Only MariaDB's columns come in collations that see two different texts as equal by default.
 void Connection::AddCollations(std::vector<engine::Column>& columns) {
-  if (engine_ != Engine::MariaDb) return;
+  if (!Engine().traits().looksUpCollations) return;
   for (engine::Column& column : columns) {
     if (column.type != engine::ColumnType::Text || column.baseTable.empty() || !column.collation.empty())
       continue;
-    const Table& table = LookUp(dialect_->QuotedName(column.baseTable));
+    const Table& table = LookUp(GetDialect().QuotedName(column.baseTable));
     const auto found = table.collations.find(column.baseColumn);
     if (found != table.collations.end()) column.collation = found->second;
   }

@@ -50,26 +50,11 @@ Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle) {
   return diagnostics;
 }
 
-namespace {
-
-bool MeansConnectionLost(std::string_view state, std::int32_t nativeCode) {
-  // 08: connection exceptions. 57P01 to 57P03: a PostgreSQL server that goes down, has crashed, or is not yet
-  // up.
-  if (state.starts_with("08") || state == "57P01" || state == "57P02" || state == "57P03") return true;
-  // MariaDB: server has gone away, lost connection (twice), connection was killed, idle limit.
-  switch (nativeCode) {
-    case 2006:
-    case 2013:
-    case 2055:
-    case 1927:
-    case 4031:
-      return true;
-    default:
-      return false;
-  }
+// Class 08: connection exceptions.
+bool Health::MeansConnectionLost(std::string_view sqlState, std::int32_t nativeCode) const {
+  return sqlState.starts_with("08") ||
+         (engine != nullptr && engine->failures().losesSession(sqlState, nativeCode));
 }
-
-}  // namespace
 
 // PostgreSQL's driver tells of a connection that it lost while it prepared a statement in its words alone.
 void Health::Note(const Diagnostics& diagnostics) {
@@ -77,14 +62,14 @@ void Health::Note(const Diagnostics& diagnostics) {
   doubtful = doubtful || diagnostics.sqlState == "HY000";
 }
 
-bool LeavesCommitOpen(const std::string& sqlState, std::int32_t nativeCode) {
-  if (MeansConnectionLost(sqlState, nativeCode)) return true;
+bool Health::LeavesCommitOpen(const automation::Error& failure) const {
+  const std::string_view sqlState = failure.SqlState();
+  if (MeansConnectionLost(sqlState, failure.NativeCode())) return true;
   // Completion unknown, time-out, time-out of the connection, cancelled.
   for (const char* state : {"40003", "HYT00", "HYT01", "HY008"}) {
     if (sqlState == state) return true;
   }
-  // MariaDB: shutting down, a storage engine failed in mid-commit, interrupted while it waited for a replica.
-  return nativeCode == 1053 || nativeCode == 1180 || nativeCode == 1317;
+  return engine != nullptr && engine->failures().leavesCommitOpen(sqlState, failure.NativeCode());
 }
 
 void Raise(const Diagnostics& diagnostics) {

@@ -2,7 +2,9 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
+#include "platform/adodb/engines/table.hpp"
 #include "platform/adodb/odbc/connection.hpp"
 #include "platform/adodb/odbc/driver.hpp"
 #include "platform/adodb/odbc/error.hpp"
@@ -25,20 +27,20 @@ EnvironmentHandle MakeEnvironment() {
 
 class OdbcProvider : public engine::Provider {
  public:
-  OdbcProvider() : environment_(MakeEnvironment()) {}
+  explicit OdbcProvider(engine::Clock clock) : environment_(MakeEnvironment()), clock_(std::move(clock)) {}
 
   std::string_view Name() const override { return "MSDASQL"; }
   bool ReachesServers() const override { return true; }
 
   std::unique_ptr<engine::Session> Connect(const engine::ConnectionString& given) override {
-    return std::make_unique<Connection>(environment_, ForDriver(given, EngineBehind(given)));
+    return std::make_unique<Connection>(environment_, ForDriver(given, EngineBehind(given)), clock_);
   }
 
  private:
-  Engine EngineBehind(const engine::ConnectionString& given) const {
-    if (const auto driver = given.Value("Driver")) return EngineOfDriver(*driver);
-    if (const auto source = given.Value("DSN")) return EngineOfDriver(DriverOfDataSource(*source));
-    return Engine::Other;
+  const engine::EngineEntry* EngineBehind(const engine::ConnectionString& given) const {
+    if (const auto driver = given.Value("Driver")) return engine::EngineOfDriver(*driver);
+    const auto source = given.Value("DSN");
+    return source ? engine::EngineOfDriver(DriverOfDataSource(*source)) : nullptr;
   }
 
   // What the driver manager's list of data sources says; empty for one that it does not know.
@@ -60,12 +62,13 @@ class OdbcProvider : public engine::Provider {
   }
 
   EnvironmentHandle environment_;
+  const engine::Clock clock_;
 };
 
 }  // namespace
 
-std::shared_ptr<engine::Provider> MakeProvider() {
-  return std::make_shared<OdbcProvider>();
+std::shared_ptr<engine::Provider> MakeProvider(engine::Clock clock) {
+  return std::make_shared<OdbcProvider>(std::move(clock));
 }
 
 }  // namespace ADODB::odbc

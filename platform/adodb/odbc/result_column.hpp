@@ -20,10 +20,10 @@ automation::Variant OfWhole(std::int64_t number);
 automation::Variant OfDecimal(double number);
 automation::Variant OfTimestamp(const SQL_TIMESTAMP_STRUCT& moment);
 
-// How a driver hands over texts: every one as UTF-16; some as UTF-8 too, which saves the way there and back.
+// How a driver hands over strings: every one as UTF-16; some as UTF-8 too, which saves two conversions.
 enum class TextForm { Utf16, Utf8 };
 
-// Working memory for texts, kept between calls.
+// Working memory for strings, kept between calls.
 struct TextBuffer {
   WideText wide;
   std::string bytes;

@@ -152,7 +152,7 @@ bool Statement::Fetch() {
   return true;
 }
 
-void Statement::Read(std::size_t column, automation::Variant& into) const {
+void Statement::ReadInto(std::size_t column, automation::Variant& into) const {
   const Slot& slot = slots_[column];
   if (slot.asked) {
     into = slot.value;

@@ -16,7 +16,7 @@
 
 namespace ADODB::odbc {
 
-class Statement {
+class Statement : public engine::PreparedStatement {
  public:
   // `health` is told of each failure; it must outlive the statement.
   Statement(const ConnectionHandle& connection, FetchStyle style, Health& health);
@@ -32,7 +32,7 @@ class Statement {
 
   bool Fetch();  // false past the last row
   // The value of a column of the row fetched last.
-  void Read(std::size_t column, automation::Variant& into) const;
+  void ReadInto(std::size_t column, automation::Variant& into) const;
 
   std::int64_t AffectedRows() const { return affectedRows_; }
   void CloseCursor();

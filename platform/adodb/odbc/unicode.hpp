@@ -20,12 +20,12 @@ using WideText = std::vector<SQLWCHAR>;
 // Raises SQLSTATE 22021 for bytes that are not UTF-8: replacing them could make a value match another row.
 WideText ToWide(std::string_view utf8);
 
-// The same of a text that stays as it is.
+// Raises what ToWide raises, and converts nothing.
 void RequireUtf8(std::string_view text);
 
 // Half a surrogate pair becomes U+FFFD.
 std::string ToUtf8(const SQLWCHAR* text, std::size_t length);
-// The same, into a text whose memory is used again.
+// Into a string whose memory is used again.
 void ToUtf8(const SQLWCHAR* text, std::size_t length, std::string& utf8);
 
 }  // namespace ADODB::odbc

@@ -11,8 +11,8 @@ namespace ADODB::engine {
 
 class ConnectionString {
  public:
-  // Raises 3001, naming the place, for a text that is none. Keywords are kept as written and compared without
-  // regard to case; the last of two equal keywords counts.
+  // Raises 3001, naming the place, for one that is malformed. Keywords are kept as written and compared
+  // without regard to case; the last of two equal keywords counts.
   static ConnectionString Parse(std::string_view text);
 
   std::optional<std::string> Value(std::string_view keyword) const;

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <utility>
 
 #include "platform/adodb/session/coarse_clock.hpp"
@@ -15,8 +14,6 @@ namespace ADODB::engine {
 // use from several threads.
 class Freshness {
  public:
-  using Clock = std::function<std::chrono::steady_clock::time_point()>;
-
   // Rows that were read longer ago are old.
   static constexpr std::chrono::milliseconds kLimit{100};
 

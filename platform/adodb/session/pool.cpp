@@ -8,8 +8,17 @@ struct Pool::Target {
   std::shared_ptr<Provider> provider;
   ConnectionString text;
   std::deque<Idle> idle;     // the one used last at the back
-  std::uint64_t deaths = 0;  // sessions that were found dead; what killed one may have killed others
+  std::uint64_t losses = 0;  // sessions that were found lost; what ended one may have ended others
 };
+
+Pool::Lease& Pool::Lease::operator=(Lease&& other) noexcept {
+  statements = std::move(other.statements);
+  session = std::move(other.session);
+  values = std::move(other.values);
+  target = other.target;
+  losses = other.losses;
+  return *this;
+}
 
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock, ChangeObserver* observer)
     : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_), observer_(observer) {}
@@ -44,46 +53,51 @@ Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view us
   std::vector<Idle> expired;  // closed outside the lock
   std::unique_lock lock(mutex_);
   Target& target = TargetOf(connectionString, user, password, lock);
-  std::uint64_t deaths = 0;
+  Lease lease;
   for (;;) {
     while (!target.idle.empty() && now - target.idle.front().since > kCloseAfter) {
       expired.push_back(std::move(target.idle.front()));
       target.idle.pop_front();
     }
-    deaths = target.deaths;
-    if (target.idle.empty()) break;
-    Idle candidate = std::move(target.idle.back());
-    target.idle.pop_back();
-    const bool mustAnswer = candidate.deaths != deaths || now - candidate.since > kPingAfter;
-    lock.unlock();
-    if (!mustAnswer || candidate.session->Ping()) {
-      return {std::move(candidate.session), std::move(candidate.memo), &target, deaths};
+    const std::uint64_t losses = target.losses;
+    if (target.idle.empty()) {
+      lease.target = &target;
+      lease.losses = losses;
+      break;
     }
-    candidate = {};  // closed outside the lock as well
+    const bool mustAnswer =
+        target.idle.back().lease.losses != losses || now - target.idle.back().since > kPingAfter;
+    lease = std::move(target.idle.back().lease);
+    target.idle.pop_back();
+    lease.losses = losses;
+    lock.unlock();
+    if (!mustAnswer || lease.session->Ping()) return lease;
+    lease = {};  // closed outside the lock as well
     lock.lock();
-    ++target.deaths;
+    ++target.losses;
   }
   lock.unlock();
-  std::unique_ptr<Session> session = target.provider->Connect(target.text);
-  return {std::move(session), std::make_unique<TranslationMemo>(), &target, deaths};
+  lease.session = target.provider->Connect(target.text);
+  lease.statements = std::make_unique<StatementCache>();
+  return lease;
 }
 
 void Pool::GiveBack(Lease lease) noexcept {
   if (!lease.session) return;
-  std::unique_ptr<Session> surplus;
+  Lease surplus;
   try {
     const bool usable = lease.session->Reset();
     const std::lock_guard lock(mutex_);
     std::deque<Idle>& idle = lease.target->idle;
     if (!usable) {
-      ++lease.target->deaths;
+      ++lease.target->losses;
       return;
     }
     if (idle.size() >= kMostIdle) {
-      surplus = std::move(idle.front().session);
+      surplus = std::move(idle.front().lease);
       idle.pop_front();
     }
-    idle.push_back({std::move(lease.session), std::move(lease.memo), clock_(), lease.deaths});
+    idle.push_back({std::move(lease), clock_()});
   } catch (...) {
     // Whatever went wrong with it, the session is not used again.
   }

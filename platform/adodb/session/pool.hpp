@@ -26,8 +26,6 @@ namespace ADODB::engine {
 // Safe to use from several threads; a session belongs to one user from Acquire to GiveBack.
 class Pool {
  public:
-  using Clock = std::function<std::chrono::steady_clock::time_point()>;
-
   static constexpr std::size_t kMostIdle = 8;              // of one connection string
   static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
   static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
@@ -38,18 +36,26 @@ class Pool {
   ~Pool();
 
   struct Target;  // a connection string with its user
+
+  // A session with what it knows, which goes before it.
   struct Lease {
+    Lease() = default;
+    Lease(Lease&&) = default;
+    Lease& operator=(Lease&& other) noexcept;
+
     std::unique_ptr<Session> session;
-    std::unique_ptr<TranslationMemo> memo;
+    std::unique_ptr<StatementCache> statements;
+    Parameters values;  // of the statement that was prepared last; here because the memory serves all of them
     Target* target = nullptr;
-    std::uint64_t deaths = 0;  // of sessions of the target, when this one was last known to answer
+    // How many sessions of the target were lost before this one was last known to answer.
+    std::uint64_t losses = 0;
   };
 
   // A session that is ready for use: an idle one, or a new one. 3706 when no provider serves the string.
   Lease Acquire(std::string_view connectionString, std::string_view user, std::string_view password);
 
-  // Takes the session back. A dead one is thrown away, and its companions, idle or in use, must answer before
-  // they are handed out again.
+  // Takes the session back. A lost one is thrown away, and the other sessions of its target, idle or in use,
+  // are pinged before they are handed out again.
   void GiveBack(Lease lease) noexcept;
 
   std::size_t IdleCount() const;
@@ -62,10 +68,8 @@ class Pool {
 
  private:
   struct Idle {
-    std::unique_ptr<Session> session;
-    std::unique_ptr<TranslationMemo> memo;
+    Lease lease;
     std::chrono::steady_clock::time_point since;
-    std::uint64_t deaths = 0;  // as in Lease
   };
 
   // The mutex is held when this begins and when it ends.

@@ -1,8 +1,8 @@
-// What the cursor engine asks of a database: the seam between it and the providers.
+// What a database must offer: the seam between the cursors and those who reach an engine.
 //
 // A provider knows how to reach one kind of database and nothing about cursors, keys or ADO. It opens
-// Sessions (physical connections); a Session runs finished engine SQL with positional parameters ("?").
-// Everything above, the pool, the dialect rewriting, the cursors, updates by key, stands once, in the engine.
+// Sessions (physical connections); a Session runs statements in the engine's SQL with positional parameters
+// ("?"). Everything above, the pool, the dialect rewriting, the cursors, updates by key, stands once.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,9 @@ class Rows {
  public:
   virtual ~Rows() = default;
   virtual const std::vector<Column>& Columns() const = 0;
-  // The same, to be kept.
-  virtual std::shared_ptr<const std::vector<Column>> KeptColumns() const {
+  // Columns() for a record set that outlives these Rows: shared, as the same statement is run again and
+  // again.
+  virtual std::shared_ptr<const std::vector<Column>> SharedColumns() const {
     return std::make_shared<const std::vector<Column>>(Columns());
   }
   virtual bool Next() = 0;  // false past the last row
@@ -36,8 +37,35 @@ class Rows {
   // otherwise; Double is double; DateTime is DateTime; Text and Binary are text. A value that is stored in
   // another form than the column declares comes as what it is, but a number in a date column comes as a text.
   virtual automation::Variant Value(std::size_t column) const = 0;
-  // The same, put into a variant whose memory may be used again.
-  virtual void Read(std::size_t column, automation::Variant& into) const { into = Value(column); }
+  // Value() into memory that is used again: a long walk allocates nothing for a row.
+  virtual void ReadInto(std::size_t column, automation::Variant& into) const { into = Value(column); }
+};
+
+// What a session has made of a statement, to run it again.
+class PreparedStatement {
+ public:
+  virtual ~PreparedStatement() = default;
+};
+
+// A statement in the engine's SQL. It refers to its text and does not keep it.
+class Sql {
+ public:
+  // A statement that is run once.
+  Sql(const char* text) : text_(text) {}
+  Sql(const std::string& text) : text_(text) {}
+  Sql(std::string_view text) : text_(text) {}
+  // One that comes again: the session may put into `prepared` what it has made of the text, and finds it
+  // there the next time. What is there belongs to that session, and must go before it.
+  Sql(std::string_view text, std::unique_ptr<PreparedStatement>& prepared)
+      : text_(text), prepared_(&prepared) {}
+
+  std::string_view Text() const { return text_; }
+  operator std::string_view() const { return text_; }
+  std::unique_ptr<PreparedStatement>* Prepared() const { return prepared_; }
+
+ private:
+  std::string_view text_;
+  std::unique_ptr<PreparedStatement>* prepared_ = nullptr;
 };
 
 // Threads: one at a time; a session may change hands while no Rows are alive.
@@ -53,9 +81,9 @@ class Session {
   // changed nothing, and whether the transaction goes on is the engine's affair.
   //
   // A statement that yields no columns is run to its end and gives Rows without columns.
-  virtual std::unique_ptr<Rows> Query(std::string_view sql, const Parameters& parameters) = 0;
+  virtual std::unique_ptr<Rows> Query(const Sql& sql, const Parameters& parameters) = 0;
   // Rows affected; a result that the statement yields is thrown away.
-  virtual std::int64_t Execute(std::string_view sql, const Parameters& parameters) = 0;
+  virtual std::int64_t Execute(const Sql& sql, const Parameters& parameters) = 0;
 
   // Starts a transaction in the isolation level set last; ReadCommitted as opened.
   // REQUIRES: no transaction is open.
@@ -71,6 +99,7 @@ class Session {
   // FAILS: the session is of no further use; the engine undoes what was not committed by itself. The
   // transaction is over either way.
   virtual void Rollback() = 0;
+  // For transactions that begin after the call, and for statements outside of one.
   virtual void SetIsolationLevel(IsolationLevel level) = 0;
 
   // Key and generated column of a table, by its name as a statement writes it (maybe quoted, maybe with a
@@ -82,21 +111,23 @@ class Session {
   virtual std::optional<std::int64_t> ChangeMark() { return std::nullopt; }
 
   // Makes the session fit for the next user (no open transaction, settings as after opening); false when it
-  // is dead and must be thrown away.
+  // is lost and must be thrown away.
   virtual bool Reset() = 0;
   // Whether the database still answers; asked of a session that has been idle for a while.
   virtual bool Ping() = 0;
 
+  // The same for all sessions with one engine; it outlives them.
   virtual const Dialect& GetDialect() const = 0;
 };
 
+// Threads: several may call at once.
 class Provider {
  public:
   virtual ~Provider() = default;
   // As in "Provider=NAME" of a connection string. "MSDASQL" also serves strings without a Provider.
   virtual std::string_view Name() const = 0;
-  // A session with read-committed isolation or stronger. The user and password of Connection::Open, when not
-  // empty, stand under "User ID" and "Password".
+  // A session with read-committed isolation or stronger, which must not outlive the provider. The user and
+  // password of Connection::Open, when not empty, stand under "User ID" and "Password".
   virtual std::unique_ptr<Session> Connect(const ConnectionString& connectionString) = 0;
   // Whether its databases lie on servers, which several machines may use.
   virtual bool ReachesServers() const { return false; }

@@ -22,7 +22,7 @@ class SessionLock {
   // Asks the database; false as well when the session does not answer any more. Also keeps the session from
   // being ended as an idle one.
   bool IsHeld() noexcept;
-  // The session that has the lock, in words; empty where the engine cannot tell.
+  // The session that has the lock, described; empty where the engine cannot tell.
   std::string Holder();
 
  private:

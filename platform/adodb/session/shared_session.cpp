@@ -4,12 +4,18 @@
 #include <exception>
 #include <utility>
 
-#include "platform/adodb/sql/bound_values.hpp"
 #include "platform/adodb/sql/checked_statement.hpp"
 
 namespace ADODB::engine {
 
 namespace {
+
+using Kind = KnownStatement::Kind;
+using automation::ErrorNumber;
+
+[[noreturn]] void Raise(ErrorNumber number) {
+  throw automation::Error(number, "ADODB.Connection");
+}
 
 bool HasWideNumber(const Parameters& values) {
   return std::any_of(values.begin(), values.end(), [](const automation::Variant& value) {
@@ -19,13 +25,13 @@ bool HasWideNumber(const Parameters& values) {
 
 }  // namespace
 
-Session& Link::GetSession() const {
-  if (!lease_.session) throw automation::Error(automation::ErrorNumber::ObjectClosed, "ADODB.Connection");
+Session& SharedSession::GetSession() const {
+  if (!lease_.session) Raise(ErrorNumber::ObjectClosed);
   return *lease_.session;
 }
 
-void Link::Close() noexcept {
-  if (ChangeObserver* const observer = Observer(); inTransaction && observer != nullptr) {
+void SharedSession::Close() noexcept {
+  if (ChangeObserver* const observer = Observer(); transaction_ != Transaction::None && observer != nullptr) {
     try {
       observer->Rollback();
     } catch (...) {
@@ -34,53 +40,140 @@ void Link::Close() noexcept {
   }
   if (lease_.session) pool_->GiveBack(std::move(lease_));
   lease_ = {};
-  inTransaction = commitFailed = false;
+  transaction_ = Transaction::None;
 }
 
-std::shared_ptr<const Translation> Link::Prepare(const Statement& statement) {
+SharedSession::Prepared SharedSession::Prepare(const Statement& statement) {
   // Values are looked at each time: the same text may have other parts inserted.
-  CheckValues(statement, GetSession().GetDialect());
-  lease_.memo->values.clear();
-  if (auto known = lease_.memo->Find(statement.ToString())) return known;
-  return Translated(statement);
+  CheckValues(statement, GetDialect());
+  lease_.values.clear();
+  StatementCache::Known known = lease_.statements->Find(Kind::AsWritten, statement);
+  if (!known) known = Translated(Kind::AsWritten, FixedText(statement.ToString()), statement);
+  return {std::move(known), lease_.values};
 }
 
-std::shared_ptr<const Translation> Link::PrepareRead(const Statement& statement) {
-  const Dialect& dialect = GetSession().GetDialect();
+SharedSession::Prepared SharedSession::PrepareRead(const Statement& statement) {
+  const Dialect& dialect = GetDialect();
   if (!dialect.ComparesBoundValuesAsLiterals()) return Prepare(statement);
   const bool onServer = dialect.PreparesOnTheServer();
-  Parameters& values = lease_.memo->values;
-  if (auto known = lease_.memo->FindBound(statement)) {
+  Parameters& values = lease_.values;
+  if (StatementCache::Known known = lease_.statements->Find(Kind::Bound, statement)) {
     values.clear();
     if (!ValuesToBind(statement, values) || (onServer && HasWideNumber(values))) return Prepare(statement);
-    return known;
+    return {std::move(known), values};
   }
   std::optional<BoundStatement> bound = BindValues(statement, dialect.NumberParameter());
   // The columns that "*" stands for may change while a server has the statement prepared.
   if (!bound || (onServer && bound->text.find('*') != std::string::npos)) return Prepare(statement);
-  auto translation = Translated(SqlFragment(std::move(bound->text)));
-  lease_.memo->KeepBound(statement, translation);
+  StatementCache::Known known =
+      Translated(Kind::Bound, FixedText(statement), SqlFragment(std::move(bound->text)));
   if (onServer) return Prepare(statement);  // bound when it comes again
   values = std::move(bound->values);
-  return translation;
+  return {std::move(known), values};
 }
 
-std::shared_ptr<const Translation> Link::Translated(const Statement& statement) {
-  const Dialect& dialect = GetSession().GetDialect();
-  auto translation = std::make_shared<const Translation>(Translate(CheckText(statement, dialect), dialect));
-  lease_.memo->Keep(statement.ToString(), translation);
-  return translation;
+StatementCache::Known SharedSession::Translated(Kind kind, FixedText text, const Statement& statement) {
+  const Dialect& dialect = GetDialect();
+  return lease_.statements->Keep(kind, std::move(text), Translate(CheckText(statement, dialect), dialect));
 }
 
-void InTransaction(Link& link, const std::function<void()>& work) {
-  if (link.inTransaction) return work();
-  Session& session = link.GetSession();
+std::unique_ptr<Rows> SharedSession::Query(const Prepared& prepared) {
+  // A statement that changes rows may yield some as well.
+  if (!prepared.GetTranslation().isSelect) GetFreshness().NoteWrite();
+  Session& session = GetSession();
+  const bool onServer = session.GetDialect().PreparesOnTheServer();
+  return session.Query(prepared.known->ForSession(onServer, !prepared.values.empty()), prepared.values);
+}
+
+std::int64_t SharedSession::Execute(const Prepared& prepared) {
+  GetFreshness().NoteWrite();
+  Session& session = GetSession();
+  const bool onServer = session.GetDialect().PreparesOnTheServer();
+  return session.Execute(prepared.known->ForSession(onServer, !prepared.values.empty()), prepared.values);
+}
+
+// `known` keeps the statement alive while it runs.
+Sql SharedSession::ForSession(StatementCache::Known& known, const std::string& sql, bool hasParameters) {
+  known = lease_.statements->FindComposed(sql);
+  if (!known) {
+    if (sql.size() > StatementCache::kLongest) return sql;
+    Translation translation;
+    translation.text = sql;
+    known = lease_.statements->Keep(Kind::Composed, FixedText(sql), std::move(translation));
+  }
+  return known->ForSession(GetDialect().PreparesOnTheServer(), hasParameters);
+}
+
+std::unique_ptr<Rows> SharedSession::Query(const std::string& sql, const Parameters& parameters) {
+  Session& session = GetSession();
+  StatementCache::Known known;
+  return session.Query(ForSession(known, sql, !parameters.empty()), parameters);
+}
+
+std::unique_ptr<Rows> SharedSession::Change(const std::string& sql, const Parameters& parameters) {
+  GetFreshness().NoteWrite();
+  return Query(sql, parameters);
+}
+
+std::int64_t SharedSession::Execute(const std::string& sql, const Parameters& parameters) {
+  GetFreshness().NoteWrite();
+  Session& session = GetSession();
+  StatementCache::Known known;
+  return session.Execute(ForSession(known, sql, !parameters.empty()), parameters);
+}
+
+// A step of the user's transaction, told before it is made.
+void SharedSession::Observed(ChangeObserver::Ticket (ChangeObserver::*tell)(),
+                             const std::function<void()>& step) const {
+  ChangeObserver* const observer = Observer();
+  if (observer == nullptr) return step();
+  const ChangeObserver::Ticket told = (observer->*tell)();
+  try {
+    step();
+  } catch (...) {
+    observer->Failed(told, automation::PendingError());
+    throw;
+  }
+}
+
+void SharedSession::Begin() {
+  Session& session = GetSession();
+  if (transaction_ != Transaction::None) Raise(ErrorNumber::ArgumentsInvalid);
+  Observed(&ChangeObserver::Begin, [&] { session.Begin(); });
+  transaction_ = Transaction::Open;
+}
+
+void SharedSession::Commit() {
+  Session& session = GetSession();
+  // A second commit could succeed with nothing left in the transaction.
+  if (transaction_ != Transaction::Open) Raise(ErrorNumber::ArgumentsInvalid);
+  transaction_ = Transaction::CommitFailed;  // unless it returns
+  GetFreshness().NoteWrite();
+  Observed(&ChangeObserver::Commit, [&] { session.Commit(); });
+  transaction_ = Transaction::None;
+}
+
+void SharedSession::Rollback() {
+  Session& session = GetSession();
+  if (std::exchange(transaction_, Transaction::None) == Transaction::None)
+    Raise(ErrorNumber::ArgumentsInvalid);
+  GetFreshness().NoteWrite();
+  Observed(&ChangeObserver::Rollback, [&] { session.Rollback(); });
+}
+
+void SharedSession::InTransaction(const std::function<void()>& work) {
+  if (transaction_ != Transaction::None) return work();
+  Session& session = GetSession();
   session.Begin();
+  transaction_ = Transaction::Open;
   try {
     work();
+    GetFreshness().NoteWrite();
     session.Commit();
+    transaction_ = Transaction::None;
   } catch (...) {
     const std::exception_ptr failure = std::current_exception();
+    transaction_ = Transaction::None;
     try {
       session.Rollback();
     } catch (const std::exception&) {
@@ -88,17 +181,6 @@ void InTransaction(Link& link, const std::function<void()>& work) {
     }
     std::rethrow_exception(failure);
   }
-}
-
-std::int64_t Run(Link& link, const Translation& translation) {
-  Session& session = link.GetSession();
-  link.GetFreshness().NoteWrite();
-  if (translation.statements.size() == 1) return session.Execute(translation.statements.front(), {});
-  std::int64_t affected = 0;
-  InTransaction(link, [&] {
-    for (const std::string& piece : translation.statements) affected += session.Execute(piece, {});
-  });
-  return affected;
 }
 
 }  // namespace ADODB::engine

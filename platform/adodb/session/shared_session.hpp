@@ -1,59 +1,80 @@
-// What a connection and the record sets opened on it share: the session while it is open.
+// The session of a connection and of the record sets that were opened on it.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/adodb/session/pool.hpp"
-#include "platform/adodb/sql/translation.hpp"
+#include "platform/adodb/session/statement_cache.hpp"
 #include "platform/adodb/statement.hpp"
 
 namespace ADODB::engine {
 
-class Link {
+// Runs statements on a session of the pool, each known one as it was prepared before, and tells the pool's
+// Freshness of every write before it is sent. Failures carry ADODB.Connection as their source where they are
+// not the engine's.
+class SharedSession {
  public:
-  Link(std::shared_ptr<Pool> pool, Pool::Lease lease) : pool_(std::move(pool)), lease_(std::move(lease)) {}
-  ~Link() { Close(); }
-  Link(const Link&) = delete;
-  Link& operator=(const Link&) = delete;
+  SharedSession(std::shared_ptr<Pool> pool, Pool::Lease lease)
+      : pool_(std::move(pool)), lease_(std::move(lease)) {}
+  ~SharedSession() { Close(); }
+  SharedSession(const SharedSession&) = delete;
+  SharedSession& operator=(const SharedSession&) = delete;
 
   bool IsOpen() const { return lease_.session != nullptr; }
-  Session& GetSession() const;  // 3704 when it is closed
-
-  // To be told of every write before it is sent.
-  Freshness& GetFreshness() const { return pool_->GetFreshness(); }
-
-  // To be told of every change as well; null where nobody is to be.
-  ChangeObserver* Observer() const { return pool_->Observer(); }
-
-  // Checks and translates the statement. Several pieces come out only for a DELETE.
-  std::shared_ptr<const Translation> Prepare(const Statement& statement);
-
-  // The same for a statement whose rows are only read, with its values put into Values() where the engine
-  // takes them as well; they belong to the translation's one statement then.
-  std::shared_ptr<const Translation> PrepareRead(const Statement& statement);
-  // What the last Prepare or PrepareRead put there.
-  const Parameters& Values() const { return lease_.memo->values; }
-
   // Gives the session back to the pool; record sets on it are closed by that.
   void Close() noexcept;
 
-  bool inTransaction = false;
-  bool commitFailed = false;  // of the transaction that is open: it can only be rolled back
+  Session& GetSession() const;  // 3704 when it is closed, as with all that follows
+  const Dialect& GetDialect() const { return GetSession().GetDialect(); }
+  Freshness& GetFreshness() const { return pool_->GetFreshness(); }
+  // To be told of every change; null where nobody is to be.
+  ChangeObserver* Observer() const { return pool_->Observer(); }
+
+  // A caller's statement, checked and translated. The values that it holds as parameters are the session's
+  // until the next statement is prepared.
+  struct Prepared {
+    StatementCache::Known known;
+    const Parameters& values;
+    const Translation& GetTranslation() const { return known->translation; }
+  };
+  Prepared Prepare(const Statement& statement);
+  // For a statement whose rows are only read: its values become parameters where that makes no difference to
+  // the answer.
+  Prepared PrepareRead(const Statement& statement);
+
+  std::unique_ptr<Rows> Query(const Prepared& prepared);
+  // Rows affected.
+  std::int64_t Execute(const Prepared& prepared);
+
+  // Statements that the cursors compose, in the engine's SQL.
+  std::unique_ptr<Rows> Query(const std::string& sql, const Parameters& parameters = {});
+  // One that changes rows and answers with some.
+  std::unique_ptr<Rows> Change(const std::string& sql, const Parameters& parameters);
+  std::int64_t Execute(const std::string& sql, const Parameters& parameters);
+
+  // As Connection::BeginTrans, CommitTrans and RollbackTrans; the observer is told of them.
+  void Begin();
+  void Commit();
+  void Rollback();
+  // Calls `work` in the transaction that is open, or in one of its own, which a failure rolls back and of
+  // which nobody is told.
+  void InTransaction(const std::function<void()>& work);
 
  private:
-  std::shared_ptr<const Translation> Translated(const Statement& statement);
+  void Observed(ChangeObserver::Ticket (ChangeObserver::*tell)(), const std::function<void()>& step) const;
+  StatementCache::Known Translated(KnownStatement::Kind kind, FixedText text, const Statement& statement);
+  Sql ForSession(StatementCache::Known& known, const std::string& sql, bool hasParameters);
+
+  enum class Transaction { None, Open, CommitFailed };
 
   std::shared_ptr<Pool> pool_;
   Pool::Lease lease_;
+  Transaction transaction_ = Transaction::None;
 };
-
-// Calls `work` in the transaction that is open, or in one of its own, which a failure rolls back.
-void InTransaction(Link& link, const std::function<void()>& work);
-
-// Runs a statement whose rows are not wanted; pieces run in one transaction. Rows affected.
-std::int64_t Run(Link& link, const Translation& translation);
 
 }  // namespace ADODB::engine

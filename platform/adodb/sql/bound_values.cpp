@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -145,17 +145,35 @@ bool FixedText::IsOf(const Statement& statement) const {
   });
 }
 
+namespace {
+
+std::size_t Mixed(std::size_t hash, std::string_view piece) {
+  return (hash ^ std::hash<std::string_view>()(piece)) * 0x9E3779B97F4A7C15U;
+}
+
+}  // namespace
+
 std::size_t FixedText::Hash(const Statement& statement) {
   std::size_t hash = 0;
   ForEachPiece(statement, [&](std::string_view piece) {
-    std::uint64_t end = 0;
-    const std::size_t size = std::min(piece.size(), sizeof end);
-    std::memcpy(&end, piece.data() + (piece.size() - size), size);
-    hash = (hash ^ end ^ piece.size()) * 0x9E3779B97F4A7C15U;
-    hash ^= hash >> 32;
+    hash = Mixed(hash, piece);
     return true;
   });
   return hash;
+}
+
+std::size_t FixedText::Hash(std::string_view text) {
+  return Mixed(0, text);
+}
+
+std::size_t FixedText::Hash() const {
+  std::size_t hash = 0;
+  std::size_t at = 0;
+  for (const std::size_t end : values_) {
+    hash = Mixed(hash, std::string_view(text_).substr(at, end - at));
+    at = end;
+  }
+  return Mixed(hash, std::string_view(text_).substr(at));
 }
 
 }  // namespace ADODB::engine

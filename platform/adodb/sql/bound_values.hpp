@@ -20,9 +20,10 @@ struct BoundStatement {
   Parameters values;
 };
 
-// Nothing unless every inserted value is either the whole of a quoted text, with no quote inside, or a whole
-// number that something is compared with, and the fixed text has none of the tokens whose rewriting looks at
-// a value. The values of such a statement are in order; CheckValues would find nothing to say about them.
+// Nothing unless every inserted value is either the whole of a string literal, without a quote inside, or a
+// whole number that something is compared with, and the fixed text has none of the tokens whose rewriting
+// looks at a value. The values of such a statement are in order; CheckValues would find nothing to say about
+// them.
 std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number = "?");
 
 // The values alone, of a statement with the same fixed text as one that BindValues has taken, put into an
@@ -32,9 +33,18 @@ bool ValuesToBind(const Statement& statement, Parameters& values);
 // The fixed text of a statement, to know it again with other values in it.
 class FixedText {
  public:
+  FixedText() = default;
   explicit FixedText(const Statement& statement);
+  // Of a statement whose values are part of its text.
+  explicit FixedText(std::string_view text) : text_(text) {}
+
+  const std::string& Text() const { return text_; }
   bool IsOf(const Statement& statement) const;
+
+  // The same for a statement and its fixed text.
+  std::size_t Hash() const;
   static std::size_t Hash(const Statement& statement);
+  static std::size_t Hash(std::string_view text);
 
  private:
   std::string text_;                 // all of it

@@ -15,13 +15,13 @@ struct CheckedStatement {
 };
 
 // Raises the dialect's syntax error for
-//  - a value inside a quoted text that holds a quote, in pairs too, or a NUL,
-//  - a value anywhere else that is not one signed decimal number or one whole quoted text, standing alone.
+//  - a value inside a string literal that holds a quote, a doubled one too, or a NUL,
+//  - a value anywhere else that is not one signed decimal number or one whole string literal, standing alone.
 void CheckValues(const Statement& statement, const Dialect& dialect);
 
 // Raises the dialect's syntax error for
-//  - a text, quoted name or comment that does not end, and an empty statement,
-//  - anything but blanks and comments after a ";".
+//  - a literal, quoted name or comment that does not end, and an empty statement,
+//  - anything but white space and comments after a ";".
 // `statement` must outlive the result.
 CheckedStatement CheckText(const Statement& statement, const Dialect& dialect);
 

@@ -1,74 +1,44 @@
 #include "platform/adodb/sql/delete_shape.hpp"
 
-#include "platform/adodb/sql/tokens.hpp"
-
 namespace ADODB::engine {
-namespace {
 
-class Reader {
- public:
-  explicit Reader(std::string_view sql) : sql_(sql), list_(Tokenize(sql)) {}
-
-  bool Read(DeleteShape& shape) {
-    if (!Take("delete")) return false;
-    if (!IsAt("from")) {
-      if (!TakeName(shape.where)) return false;
-      shape.namesTableTwice = true;
-    }
-    if (!Take("from") || !TakeName(shape.table)) return false;
-    if (shape.namesTableTwice && shape.where != shape.table) return false;
-    shape.where.clear();
-    if (at_ == list_.tokens.size()) return true;
-    if (!IsAt("where")) return false;
-    shape.where = sql_.substr(list_.tokens[at_].offset);
-    return !EndsInAnotherClause();
+std::optional<DeleteParts> ReadDelete(std::string_view sql, const std::vector<Token>& tokens) {
+  TokenReader reader(sql, tokens);
+  DeleteParts parts;
+  TokenRange first;
+  if (!reader.Take("delete")) return std::nullopt;
+  if (!reader.IsAt("from")) {
+    if (!reader.TakeName(first)) return std::nullopt;
+    parts.namesTableTwice = true;
   }
-
- private:
-  bool IsAt(std::string_view lowerCase) const {
-    return at_ < list_.tokens.size() && Is(sql_, list_.tokens[at_], lowerCase);
+  if (!reader.Take("from") || !reader.TakeName(parts.table)) return std::nullopt;
+  if (parts.namesTableTwice && first.In(sql, tokens) != parts.table.In(sql, tokens)) return std::nullopt;
+  parts.where = reader.At();
+  if (reader.AtEnd()) return parts;
+  if (!reader.IsAt("where")) return std::nullopt;
+  std::size_t depth = 0;
+  for (; !reader.AtEnd(); reader.Skip()) {
+    if (reader.IsAt("(")) ++depth;
+    if (reader.IsAt(")") && depth > 0) --depth;
+    if (depth == 0 && reader.IsAtAny({"order", "limit", "returning", "option"})) return std::nullopt;
   }
-  bool Take(std::string_view lowerCase) {
-    if (!IsAt(lowerCase)) return false;
-    ++at_;
-    return true;
-  }
-  bool TakeName(std::string& name) {
-    const std::size_t begin = at_;
-    do {
-      if (at_ == list_.tokens.size()) return false;
-      const TokenKind kind = list_.tokens[at_].kind;
-      if (kind != TokenKind::Word && kind != TokenKind::QuotedName) return false;
-      ++at_;
-    } while (Take("."));
-    const std::size_t start = list_.tokens[begin].offset;
-    name = sql_.substr(start, list_.tokens[at_ - 1].End() - start);
-    return true;
-  }
-  bool EndsInAnotherClause() const {
-    std::size_t depth = 0;
-    for (std::size_t i = at_; i < list_.tokens.size(); ++i) {
-      const Token& token = list_.tokens[i];
-      if (Is(sql_, token, "(")) ++depth;
-      if (Is(sql_, token, ")") && depth > 0) --depth;
-      if (depth > 0) continue;
-      for (const std::string_view word : {"order", "limit", "returning", "option"}) {
-        if (Is(sql_, token, word)) return true;
-      }
-    }
-    return false;
-  }
+  return parts;
+}
 
-  std::string_view sql_;
-  TokenList list_;
-  std::size_t at_ = 0;
-};
-
-}  // namespace
-
-bool ReadDelete(std::string_view sql, DeleteShape& shape) {
-  shape = {};
-  return Reader(sql).Read(shape);
+bool MayNameTableTwice(std::string_view sql, const std::vector<Token>& tokens, const DeleteParts& parts) {
+  if (parts.namesTableTwice || parts.table.end - parts.table.begin != 1) return false;
+  if (tokens[parts.table.begin].kind != TokenKind::Word) return false;
+  const std::string_view table = parts.table.In(sql, tokens);
+  bool asksSubquery = false;
+  TokenReader reader(sql, tokens, parts.where);
+  for (; !reader.AtEnd(); reader.Skip()) {
+    const Token& token = tokens[reader.At()];
+    if (token.kind == TokenKind::QuotedName || EqualsIgnoringAsciiCase(token.In(sql), table)) return false;
+    if (reader.IsAtAny({"order", "limit", "returning"})) return false;
+    asksSubquery = asksSubquery || (reader.IsAt("select") && Is(sql, tokens[reader.At() - 1], "(") &&
+                                    Is(sql, tokens[reader.At() - 2], "in"));
+  }
+  return asksSubquery;
 }
 
 }  // namespace ADODB::engine

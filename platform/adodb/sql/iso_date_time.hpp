@@ -9,12 +9,12 @@
 
 namespace ADODB::engine {
 
-// "YYYY-MM-DD HH:MM:SS", and the fraction without its trailing zeros when there is one, so that texts compare
-// as the moments do.
+// "YYYY-MM-DD HH:MM:SS", and the fraction without its trailing zeros when there is one, so that strings
+// compare as the moments do.
 std::string IsoText(automation::DateTime value);
 
-// Reads "YYYY-MM-DD", maybe followed by a blank or "T" and HH:MM[:SS[.fraction]]; digits of the fraction
-// beyond the sixth are dropped. Nothing for any other text, and for a day or time that does not exist.
+// Reads "YYYY-MM-DD", maybe followed by a space or "T" and HH:MM[:SS[.fraction]]; digits of the fraction
+// beyond the sixth are dropped. Nothing for anything else, and for a day or time that does not exist.
 std::optional<automation::DateTime> ParseIso(std::string_view text);
 
 }  // namespace ADODB::engine

@@ -1,30 +1,41 @@
 // What kind of SELECT a statement is: whether its rows can be walked and changed by their table's key.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/adodb/sql/dialect.hpp"
+#include "platform/adodb/sql/tokens.hpp"
 
 namespace ADODB::engine {
 
-// "SELECT list FROM table [alias] [WHERE condition] [ORDER BY order]" in its parts, as written.
+// "SELECT list FROM table [alias] [WHERE condition] [ORDER BY order]" as ranges of its tokens.
+struct SelectParts {
+  TokenRange list;
+  TokenRange table;
+  TokenRange name;       // the alias, or the table
+  TokenRange condition;  // may be empty
+  TokenRange order;      // may be empty; with "ORDER BY"
+};
+
+// Nothing for a statement of another form: joins, DISTINCT, functions or expressions in the list, grouping,
+// unions, limits.
+std::optional<SelectParts> ReadSelect(std::string_view sql, const std::vector<Token>& tokens);
+
+// The parts in the engine's SQL.
 struct SelectShape {
   std::string list;
   std::string table;
-  std::string name;       // by which columns of the table are qualified: the alias, or the table
-  std::string condition;  // may be empty
-  std::string order;      // may be empty; with "ORDER BY"
+  std::string name;  // by which columns of the table are qualified
+  std::string condition;
+  std::string order;
 
   // Everything behind the list, for a statement that is cut by `condition` as well.
   std::string From(std::string_view extraCondition) const;
+  // The list, and behind it the columns that address a row.
+  std::string ListWithKey(const TableShape& key, const Dialect& dialect) const;
 };
-
-// The columns of the statement and those that address its rows behind them.
-std::string ListWithKey(const SelectShape& select, const TableShape& table, const Dialect& dialect);
-
-// Reads finished engine SQL; false for a statement of another form: joins, DISTINCT, functions or expressions
-// in the list, grouping, unions, limits.
-bool ReadSelect(std::string_view sql, SelectShape& shape);
 
 }  // namespace ADODB::engine

@@ -159,9 +159,49 @@ bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right) {
   return true;
 }
 
+std::string LowerCased(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = Lower(c);
+  return lower;
+}
+
+std::string Unquoted(std::string_view quoted) {
+  const char closing = quoted.back();
+  std::string text;
+  for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
+    text += quoted[i];
+    if (quoted[i] == closing) ++i;
+  }
+  return text;
+}
+
 bool Is(std::string_view sql, const Token& token, std::string_view lowerCase) {
   return (token.kind == TokenKind::Word || token.kind == TokenKind::Symbol) &&
          token.length == lowerCase.size() && EqualsIgnoringAsciiCase(token.In(sql), lowerCase);
+}
+
+bool TokenReader::IsAtAny(std::initializer_list<std::string_view> words) const {
+  return std::any_of(words.begin(), words.end(), [this](std::string_view word) { return IsAt(word); });
+}
+
+bool TokenReader::AtName() const {
+  return !AtEnd() && (tokens_[at_].kind == TokenKind::Word || tokens_[at_].kind == TokenKind::QuotedName);
+}
+
+bool TokenReader::Take(std::string_view lowerCase) {
+  if (!IsAt(lowerCase)) return false;
+  ++at_;
+  return true;
+}
+
+bool TokenReader::TakeName(TokenRange& name) {
+  name.begin = at_;
+  do {
+    if (!AtName()) return false;
+    ++at_;
+  } while (Take("."));
+  name.end = at_;
+  return true;
 }
 
 }  // namespace ADODB::engine

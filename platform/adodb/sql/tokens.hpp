@@ -1,10 +1,12 @@
-// SQL text taken apart: enough to know texts, quoted names and comments from everything else.
+// SQL text taken apart: enough to know string literals, quoted names and comments from everything else.
 //
-// A quote inside a text or a quoted name is written twice; a backslash is an ordinary character. Engines are
-// set up to read texts the same way.
+// A quote inside a literal or a quoted name is written twice; a backslash is an ordinary character. Sessions
+// are set up to read literals the same way.
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,7 +15,7 @@ namespace ADODB::engine {
 enum class TokenKind {
   Word,        // a keyword or a plain name
   QuotedName,  // "name", [name] or `name`
-  Text,        // 'text', with its quotes
+  Text,        // a string literal, with its quotes
   Number,      // digits, with fraction and exponent; a sign is a symbol of its own
   Symbol,      // an operator, a bracket, a comma, ...; two-character comparisons and || are one symbol
 };
@@ -27,11 +29,11 @@ struct Token {
   std::size_t End() const { return offset + length; }
 };
 
-// The tokens in order; blanks and comments are left out. A text, quoted name or comment that does not end
+// The tokens in order, without white space and comments. A literal, quoted name or comment that does not end
 // reaches to the end of the text and makes `unterminated` its offset, which is npos otherwise. `ambiguous` is
-// the offset of the first thing that not all engines take for the same: a comment in a comment, a comment
-// that MariaDB runs, "--" without a blank behind it, "#", a text in dollar signs, a text with escapes
-// (E'\''), something else than a name in brackets.
+// the offset of the first thing that engines read differently: a comment in a comment, a comment that MariaDB
+// executes, "--" without a space behind it, "#", a dollar-quoted literal, a literal with escapes (E'\''),
+// anything but a name in brackets.
 struct TokenList {
   std::vector<Token> tokens;
   std::size_t unterminated = std::string_view::npos;
@@ -43,5 +45,46 @@ TokenList Tokenize(std::string_view sql);
 bool Is(std::string_view sql, const Token& token, std::string_view lowerCase);
 
 bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right);
+
+std::string LowerCased(std::string_view text);  // ASCII letters alone
+
+// What stands between the quotes of a quoted token, doubled ones inside as one.
+std::string Unquoted(std::string_view quoted);
+
+// Tokens from `begin` up to `end`.
+struct TokenRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+
+  // As the statement writes them, with what stands between them.
+  std::string_view In(std::string_view sql, const std::vector<Token>& tokens) const {
+    if (begin == end) return {};
+    return sql.substr(tokens[begin].offset, tokens[end - 1].End() - tokens[begin].offset);
+  }
+};
+
+// Walks along the tokens of a statement. It refers to both.
+class TokenReader {
+ public:
+  TokenReader(std::string_view sql, const std::vector<Token>& tokens, std::size_t at = 0)
+      : sql_(sql), tokens_(tokens), at_(at) {}
+
+  std::size_t At() const { return at_; }
+  bool AtEnd() const { return at_ == tokens_.size(); }
+  bool IsAt(std::string_view lowerCase) const { return !AtEnd() && Is(sql_, tokens_[at_], lowerCase); }
+  bool IsAtAny(std::initializer_list<std::string_view> words) const;
+  bool AtName() const;
+
+  void Skip() { ++at_; }
+  // Skips the token when it is this one.
+  bool Take(std::string_view lowerCase);
+  // "name", "schema.name", ...; false in the middle of something else.
+  bool TakeName(TokenRange& name);
+
+ private:
+  std::string_view sql_;
+  const std::vector<Token>& tokens_;
+  std::size_t at_;
+};
 
 }  // namespace ADODB::engine

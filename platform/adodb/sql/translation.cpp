@@ -20,15 +20,11 @@ constexpr std::string_view kKeywords[] = {
     "like",   "between",  "is",     "exists", "union", "order", "group", "limit", "top",    "into",
     "insert", "update",   "delete", "any",    "some",  "join",  "escape"};
 
-// The characters of a quoted text.
-std::string Unquoted(std::string_view token) {
-  std::string text;
-  for (std::size_t i = 1; i + 1 < token.size(); ++i) {
-    text += token[i];
-    if (token[i] == '\'') ++i;
-  }
-  return text;
-}
+// Where a token stands in the translated text.
+struct Place {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
 
 class Translator {
  public:
@@ -46,13 +42,19 @@ class Translator {
 
   bool UsesLocale() const { return usesLocale_; }
 
-  // The tokens from `begin` up to `end`, with what stands between them but not before the first.
-  std::string Render(std::size_t begin, std::size_t end) {
+  // The tokens from `begin` up to `end`, with what stands between them but not before the first. `places` is
+  // told where the first and the last token of each piece that is rendered as one stand in the result.
+  std::string Render(std::size_t begin, std::size_t end, std::vector<Place>* places = nullptr) {
     std::string out;
     std::size_t at = begin;
     while (at < end) {
       Gap(begin, at, out);
+      const std::size_t first = at;
+      const std::size_t start = out.size();
       at = RenderNext(at, end, out);
+      if (places == nullptr) continue;
+      (*places)[first].begin = start;
+      (*places)[at - 1].end = out.size();
     }
     return out;
   }
@@ -67,7 +69,7 @@ class Translator {
     return index < end && Is(sql_, tokens_[index], lowerCase);
   }
 
-  // Blanks and comments in front of a token.
+  // White space and comments in front of a token.
   void Gap(std::size_t begin, std::size_t at, std::string& out) const {
     if (at > begin) out += sql_.substr(tokens_[at - 1].End(), tokens_[at].offset - tokens_[at - 1].End());
   }
@@ -293,62 +295,68 @@ bool YieldsRows(std::string_view sql, const std::vector<Token>& tokens) {
                                               [&](std::string_view word) { return Is(sql, *first, word); });
 }
 
-// The table of "delete from NAME where ... in (select ...)", empty for any other statement. The form that
-// names the table twice takes no second look at it, no order and no limit.
-std::string_view TableOfDeleteBySubquery(std::string_view sql, const std::vector<Token>& tokens) {
-  constexpr std::size_t kShortest = 7;  // delete from NAME where X in (select
-  if (tokens.size() < kShortest || !Is(sql, tokens[0], "delete") || !Is(sql, tokens[1], "from") ||
-      tokens[2].kind != TokenKind::Word || !Is(sql, tokens[3], "where")) {
-    return {};
+// The words of the select list.
+std::vector<std::string> SelectedNames(std::string_view sql, const std::vector<Token>& tokens) {
+  std::vector<std::string> names;
+  for (const Token& token : tokens) {
+    if (Is(sql, token, "from")) break;
+    if (token.kind == TokenKind::Word) names.emplace_back(token.In(sql));
   }
-  const std::string_view table = tokens[2].In(sql);
-  bool asksSubquery = false;
-  for (std::size_t i = 4; i < tokens.size(); ++i) {
-    const Token& token = tokens[i];
-    if (token.kind == TokenKind::QuotedName || EqualsIgnoringAsciiCase(token.In(sql), table)) return {};
-    for (const std::string_view word : {"order", "limit", "returning"}) {
-      if (Is(sql, token, word)) return {};
+  return names;
+}
+
+// Renders the statement. A condition of many terms becomes one list of row values where it can.
+std::string Rendered(Translator& translator, std::string_view sql, const std::vector<Token>& tokens,
+                     const Dialect& dialect, std::vector<Place>& places) {
+  const OrChain chain = tokens.size() > kLongChain ? FindOrChain(sql, tokens) : OrChain();
+  if (chain.terms.size() > kLongChain) {
+    const std::string list = AsRowValueList(sql, tokens, chain, dialect.RowValueListStart());
+    if (!list.empty()) {
+      std::string text = translator.Render(0, chain.begin, &places) + " ";
+      places[chain.begin].begin = text.size();
+      text += list;
+      places.back().end = text.size();
+      return text;
     }
-    asksSubquery = asksSubquery ||
-                   (Is(sql, tokens[i - 2], "in") && Is(sql, tokens[i - 1], "(") && Is(sql, token, "select"));
   }
-  return asksSubquery ? table : std::string_view();
+  return translator.Render(0, tokens.size(), &places);
 }
 
 }  // namespace
 
 Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
-  Translation translation;
   const std::string_view sql = checked.sql;
   const std::vector<Token>& tokens = checked.list.tokens;
-  translation.yieldsRows = YieldsRows(sql, tokens);
+  Translation translation;
+  std::vector<Place> places(tokens.size());
   if (dialect.TakesTextUnchanged()) {
-    translation.statements.emplace_back(sql);
-    return translation;
+    translation.text = sql;
+    for (std::size_t i = 0; i < tokens.size(); ++i) places[i] = {tokens[i].offset, tokens[i].End()};
+  } else {
+    Translator translator(sql, tokens, dialect);
+    translation.text = Rendered(translator, sql, tokens, dialect, places);
+    translation.usesLocale = translator.UsesLocale();
   }
-  Translator translator(sql, tokens, dialect);
-  const OrChain chain = tokens.size() > kLongChain ? FindOrChain(sql, tokens) : OrChain();
-  if (chain.terms.size() > kLongChain) {
-    const std::string head = translator.Render(0, chain.begin) + " ";
-    const std::string list = AsRowValueList(sql, tokens, chain, dialect.RowValueListStart());
-    if (!list.empty()) translation.statements.push_back(head + list);
-    if (translation.statements.empty() && Is(sql, tokens[0], "delete")) {
-      for (std::size_t i = 0; i < chain.terms.size(); i += kLongChain) {
-        const std::size_t last = std::min(i + kLongChain, chain.terms.size()) - 1;
-        translation.statements.push_back(head +
-                                         translator.Render(chain.terms[i].first, chain.terms[last].second));
-      }
-    }
-  }
-  if (translation.statements.empty()) translation.statements.push_back(translator.Render(0, tokens.size()));
-  if (dialect.JoinsWhenDeleteNamesItsTable() && translation.statements.size() == 1) {
-    if (const std::string_view table = TableOfDeleteBySubquery(sql, tokens); !table.empty()) {
-      std::string& statement = translation.statements.front();
+  const auto part = [&](TokenRange range) {
+    if (range.begin == range.end) return std::string();
+    const std::size_t begin = places[range.begin].begin;
+    return translation.text.substr(begin, places[range.end - 1].end - begin);
+  };
+  translation.isSelect = Is(sql, tokens.front(), "select");
+  translation.yieldsRows = translation.isSelect || YieldsRows(sql, tokens);
+  if (const auto select = ReadSelect(sql, tokens)) {
+    translation.select = SelectShape{part(select->list), part(select->table), part(select->name),
+                                     part(select->condition), part(select->order)};
+  } else if (const auto deletion = ReadDelete(sql, tokens)) {
+    translation.deletion =
+        DeleteShape{part(deletion->table), part({deletion->where, tokens.size()}), deletion->namesTableTwice};
+    if (dialect.NamesTableTwiceInDeletes() && MayNameTableTwice(sql, tokens, *deletion)) {
       constexpr std::string_view kDelete = "delete";
-      statement.insert(kDelete.size(), " " + std::string(table));
+      translation.text.insert(kDelete.size(), " " + translation.deletion->table);
+      translation.deletion->namesTableTwice = true;
     }
   }
-  translation.usesLocale = translator.UsesLocale();
+  if (translation.yieldsRows && dialect.FoldsNames()) translation.names = SelectedNames(sql, tokens);
   return translation;
 }
 

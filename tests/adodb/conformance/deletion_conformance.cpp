@@ -164,5 +164,25 @@ TEST_P(Conformance, ARowThatComesInDuringALockedDeletionIsNeitherDeletedNorTold)
   EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("3", "20"));
 }
 
+// So its rows are known before they are gone for good.
+TEST_P(Conformance, ADeletionThatTellsItsRowsIsATransactionOfItsOwn) {
+  MakeNumbers(9);
+  const auto connection = Connect();
+  connection->ExecuteDelete("DELETE FROM NUMBERS WHERE VALUE = 1", Deleted::Keys);
+  EXPECT_EQ(faults->begins, 1);
+  EXPECT_EQ(faults->commits, 1);
+  faults->failCommit = true;
+  EXPECT_EQ(NumberOf([&] { connection->ExecuteDelete("DELETE FROM NUMBERS", Deleted::Keys); }),
+            faults->error.Number());
+  faults->failCommit = false;
+  EXPECT_EQ(faults->rollbacks, 1);
+  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("6"));
+  connection->BeginTrans();
+  connection->ExecuteDelete("DELETE FROM NUMBERS WHERE VALUE = 2", Deleted::Keys);
+  connection->CommitTrans();
+  EXPECT_EQ(faults->begins, 3) << "none within one that is open";
+  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("3"));
+}
+
 }  // namespace
 }  // namespace orvane_test

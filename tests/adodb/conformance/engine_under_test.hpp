@@ -1,5 +1,5 @@
-// What an engine brings along to take the conformance tests: a way to reach a database of its own, the words
-// of its DDL, and the list of what it does in another way.
+// What an engine brings along to take the conformance tests: a way to reach a database of its own, and the
+// words of its DDL.
 #pragma once
 
 #include <functional>
@@ -11,26 +11,9 @@
 #include <vector>
 
 #include "platform/adodb/session/provider.hpp"
+#include "tests/adodb/conformance/quirks.hpp"
 
 namespace orvane_test {
-
-// Deviations, each with its reason. A test that a quirk touches checks the other behaviour instead; none is
-// left out.
-struct Quirks {
-  // "=" between texts ignores case, or trailing blanks: the collation that the engine's databases have by
-  // default.
-  bool textIgnoresCase = false;
-  bool textIgnoresTrailingBlanks = false;
-  // A table without a primary key has no address for its rows but all their values: a keyset that comes back
-  // to a row finds it gone when someone has changed it, instead of showing the change.
-  bool losesChangedRowsWithoutKey = true;
-  // A failed statement ends the transaction around it; later statements fail until it is rolled back.
-  bool failureEndsTransaction = false;
-  // Any column takes any value, whatever it declares.
-  bool storesAnyType = false;
-  // A writer waits for every other writer of the database, and not only for those of the same rows.
-  bool locksWholeDatabase = false;
-};
 
 enum class ColumnKind {
   Generated,  // whole number, primary key, numbered by the database
@@ -58,7 +41,8 @@ class EngineUnderTest {
   virtual std::string ConnectionString() const = 0;
   // The string of a database of this engine that cannot be reached.
   virtual std::string UnreachableConnectionString() const = 0;
-  virtual const Quirks& GetQuirks() const = 0;
+  const Quirks& GetQuirks() const { return QuirksOf(Name()); }
+  virtual std::string_view Name() const = 0;  // as in the table of engines
   // "INTEGER PRIMARY KEY", "VARCHAR(100)", ...
   virtual std::string Declaration(ColumnKind kind) const = 0;
   virtual std::string BooleanLiteral(bool value) const = 0;

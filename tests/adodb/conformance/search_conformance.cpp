@@ -316,5 +316,47 @@ TEST_P(Conformance, ARowThatNoLongerMeetsTheFilterIsSteppedOver) {
   }
 }
 
+// To make the index other rows come and go in memory before the failure.
+TEST_P(Conformance, ASearchThatFailsLeavesTheCurrentRecordWhatItWas) {
+  MakeNumbers(3500);
+  const auto connection = Connect();
+  const auto rows =
+      Open("SELECT ID, NAME FROM NUMBERS", connection, CursorType::Keyset, LockType::Optimistic);
+  rows->MoveNext();
+  ASSERT_EQ(rows->Value("NAME"), Variant("n2"));
+  for (const std::size_t statement : {1U, 2U, 3U}) {
+    faults->failAfter = statement;
+    EXPECT_EQ(NumberOf([&] { rows->Find("NAME='n3000'"); }), faults->error.Number()) << statement;
+    EXPECT_EQ(rows->Value("NAME"), Variant("n2")) << statement;
+    faults->failAfter = statement;
+    EXPECT_EQ(NumberOf([&] { rows->SetFilter("NAME='n3000'"); }), faults->error.Number()) << statement;
+    EXPECT_EQ(rows->Value("ID"), Variant(2)) << statement;
+  }
+  rows->Find("NAME='n3000'");
+  EXPECT_EQ(rows->Value("ID"), Variant(3000));
+}
+
+// However long the walk pauses at each row: a window is read again, not a statement for each row that it
+// holds.
+TEST_P(Conformance, AWalkUnderAFilterReadsItsRowsByTheWindow) {
+  MakeNumbers(3000);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT ID, VALUE FROM NUMBERS", connection, CursorType::Keyset, LockType::ReadOnly);
+  rows->SetFilter("VALUE=1");
+  const auto statementsOf = [&](const std::function<void(int)>& atRow) {
+    const std::size_t before = faults->statements.size();
+    int count = 0;
+    for (rows->MoveFirst(); !rows->Eof(); rows->MoveNext()) atRow(++count);
+    EXPECT_EQ(count, 1000);
+    return faults->statements.size() - before;
+  };
+  EXPECT_LE(statementsOf([](int) {}), 10U);
+  // One pause in ten rows costs one small window each.
+  EXPECT_LE(statementsOf([&](int row) {
+              if (row % 10 == 0) LetRowsGrowOld();
+            }),
+            110U);
+}
+
 }  // namespace
 }  // namespace orvane_test

@@ -9,11 +9,7 @@ namespace {
 
 class SqliteUnderTest : public EngineUnderTest {
  public:
-  explicit SqliteUnderTest(bool wal) : file_(folder_.Path() / "test.sqlite", wal) {
-    quirks_.losesChangedRowsWithoutKey = false;  // every table has a row number
-    quirks_.storesAnyType = true;
-    quirks_.locksWholeDatabase = true;
-  }
+  explicit SqliteUnderTest(bool wal) : file_(folder_.Path() / "test.sqlite", wal) {}
 
   std::shared_ptr<ADODB::engine::Provider> Provider() override {
     return ADODB::sqlite::MakeProvider(folder_.Path());
@@ -24,7 +20,7 @@ class SqliteUnderTest : public EngineUnderTest {
   std::string UnreachableConnectionString() const override {
     return "Provider=SQLite;Data Source=no\\such.sqlite";
   }
-  const Quirks& GetQuirks() const override { return quirks_; }
+  std::string_view Name() const override { return "sqlite"; }
   std::string BooleanLiteral(bool value) const override { return value ? "1" : "0"; }
 
   std::string Declaration(ColumnKind kind) const override {
@@ -63,7 +59,6 @@ class SqliteUnderTest : public EngineUnderTest {
  private:
   TemporaryFolder folder_;
   SqliteDatabase file_;
-  Quirks quirks_;
 };
 
 INSTANTIATE_TEST_SUITE_P(

@@ -140,7 +140,7 @@ TEST_P(Conformance, DeletesByAVeryLongChainWithTexts) {
   EXPECT_EQ(affected, 1000);
 }
 
-TEST_P(Conformance, DeletesByAVeryLongChainOfOtherConditionsAllOrNothing) {
+TEST_P(Conformance, DeletesByALongChainOfOtherConditionsInOneStatement) {
   MakeNumbers(1000);
   const auto connection = Connect();
   ADODB::Statement statement = "DELETE FROM NUMBERS WHERE ";
@@ -150,12 +150,11 @@ TEST_P(Conformance, DeletesByAVeryLongChainOfOtherConditionsAllOrNothing) {
     statement += " AND VALUE < 2) or ";
   }
   statement.CutLast(3);
-  faults->failAfter = 3;
-  EXPECT_EQ(NumberOf([&] { connection->Execute(statement, nullptr, -1); }), faults->error.Number());
-  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("1000"));
+  const std::size_t before = faults->statements.size();
   std::int64_t affected = 0;
   connection->Execute(statement, &affected, -1);
   EXPECT_EQ(affected, 333);
+  EXPECT_EQ(faults->statements.size(), before + 1);
 }
 
 }  // namespace

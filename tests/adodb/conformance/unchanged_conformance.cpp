@@ -49,8 +49,8 @@ TEST_P(Conformance, AChangeOfWhatNobodyReadIsNoConflict) {
 TEST_P(Conformance, ADynamicCursorChangesAndDeletesOnlyARowThatIsWhollyAsItWas) {
   const auto connection = Connect();
   MakeNumbers(2);
-  const auto rows = Open("SELECT * FROM NUMBERS WHERE NAME = 'n1'", connection, CursorType::Dynamic,
-                         LockType::Optimistic);
+  const auto rows =
+      Open("SELECT * FROM NUMBERS WHERE NAME = 'n1'", connection, CursorType::Dynamic, LockType::Optimistic);
   EXPECT_EQ(rows->Value("ID"), Variant(1));
   engine->Run("UPDATE NUMBERS SET NAME = 'answered' WHERE ID = 1");
   EXPECT_EQ(NumberOf([&] { rows->Delete(Affect::Current); }), kRowChanged);

@@ -27,18 +27,15 @@ class MariaDb : public Dialect {
   }
 
   std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
-    std::string sql = "coalesce(";
-    return sql.append(value).append(",").append(replacement).append(")");
+    return Call("coalesce", value, replacement);
   }
 
-  // "+" would add the texts as numbers, and "||" depends on the session's mode.
-  std::string Joined(const std::vector<std::string>& texts) const override {
-    std::string sql = "concat(";
-    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : ",") + texts[i];
-    return sql + ")";
+  // "+" would add the strings as numbers, and "||" depends on the session's mode.
+  std::string Joined(const std::vector<std::string>& operands) const override {
+    return "concat" + Chained(operands, ",");
   }
 
-  bool JoinsWhenDeleteNamesItsTable() const override { return true; }
+  bool NamesTableTwiceInDeletes() const override { return true; }
   bool OrdersLongTextsOnDisk() const override { return true; }
 
   bool ReturnsDeletedRows() const override { return true; }
@@ -53,26 +50,12 @@ class MariaDb : public Dialect {
   }
 
   // Backquotes are names in every mode of a session.
-  std::string QuotedName(std::string_view name) const override {
-    std::string quoted = "`";
-    for (const char c : name) quoted.append(c == '`' ? 2u : 1u, c);
-    return quoted + '`';
-  }
+  std::string QuotedName(std::string_view name) const override { return Enclosed(name, '`', '`'); }
 
   std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
                               const std::vector<std::string>& returned) const override {
-    std::string names;
-    std::string marks;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      names += (i == 0 ? "" : ",") + QuotedName(columns[i]);
-      marks += i == 0 ? "?" : ",?";
-    }
-    std::string sql = "INSERT INTO ";
-    sql.append(table).append(" (").append(names).append(") VALUES (").append(marks).append(")");
-    for (std::size_t i = 0; i < returned.size(); ++i) {
-      sql += (i == 0 ? " RETURNING " : ",") + QuotedName(returned[i]);
-    }
-    return sql;
+    if (!columns.empty()) return Dialect::InsertReturning(table, columns, returned);
+    return "INSERT INTO " + std::string(table) + " () VALUES ()" + Listed(" RETURNING ", "", returned);
   }
 
   // By the bytes of the text, whatever the column's collation takes for equal. A zero date reads as NULL. A

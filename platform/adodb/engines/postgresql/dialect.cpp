@@ -47,14 +47,11 @@ class PostgreSql : public Dialect {
   }
 
   std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
-    std::string sql = "coalesce(";
-    return sql.append(value).append(",").append(replacement).append(")");
+    return Call("coalesce", value, replacement);
   }
 
-  std::string Joined(const std::vector<std::string>& texts) const override {
-    std::string sql = "(";
-    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " || ") + texts[i];
-    return sql + ")";
+  std::string Joined(const std::vector<std::string>& operands) const override {
+    return Chained(operands, " || ");
   }
 
   bool ReturnsDeletedRows() const override { return true; }

@@ -18,10 +18,8 @@ class Sqlite : public Dialect {
     return Call("ifnull", value, replacement);
   }
 
-  std::string Joined(const std::vector<std::string>& texts) const override {
-    std::string sql = "(";
-    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " || ") + texts[i];
-    return sql + ")";
+  std::string Joined(const std::vector<std::string>& operands) const override {
+    return Chained(operands, " || ");
   }
 
   // A transaction has the whole database to itself.
@@ -79,12 +77,6 @@ class Sqlite : public Dialect {
     const std::string message =
         near.empty() ? "incomplete input" : "near \"" + std::string(near) + "\": syntax error";
     return EngineError("SQLite", message, "42000", 1);
-  }
-
- private:
-  static std::string Call(std::string_view name, std::string_view first, std::string_view second) {
-    std::string sql(name);
-    return sql.append("(").append(first).append(",").append(second).append(")");
   }
 };
 

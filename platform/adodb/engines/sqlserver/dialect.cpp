@@ -6,7 +6,6 @@
 namespace ADODB::engine {
 namespace {
 
-// The suite's own engine: only what the cursor engine composes needs a spelling here.
 // Who else holds such a lock is shown to administrators only.
 constexpr Dialect::SessionLockTexts kSessionLock = {
     .take =
@@ -21,6 +20,7 @@ constexpr Dialect::SessionLockTexts kSessionLock = {
     .introduce = {},
 };
 
+// The suite's own engine: only what the cursors compose needs a spelling here.
 class SqlServer : public Dialect {
  public:
   std::string_view Name() const override { return "SQL Server"; }
@@ -28,29 +28,7 @@ class SqlServer : public Dialect {
 
   bool TakesTextUnchanged() const override { return true; }
 
-  std::string DaysLater(std::string_view days, std::string_view moment) const override {
-    std::string sql = "dateadd(d,";
-    return sql.append(days).append(",").append(moment).append(")");
-  }
-
-  std::string NullReplaced(std::string_view value, std::string_view replacement) const override {
-    std::string sql = "isnull(";
-    return sql.append(value).append(",").append(replacement).append(")");
-  }
-
-  std::string Joined(const std::vector<std::string>& texts) const override {
-    std::string sql = "(";
-    for (std::size_t i = 0; i < texts.size(); ++i) sql += (i == 0 ? "" : " + ") + texts[i];
-    return sql + ")";
-  }
-
-  std::string Timestamp(std::string_view text) const override { return "{ts '" + std::string(text) + "'}"; }
-
-  std::string QuotedName(std::string_view name) const override {
-    std::string quoted = "[";
-    for (const char c : name) quoted.append(c == ']' ? 2u : 1u, c);
-    return quoted + ']';
-  }
+  std::string QuotedName(std::string_view name) const override { return Enclosed(name, '[', ']'); }
 
   std::string Limited(std::string_view list, std::string_view rest, std::size_t count) const override {
     std::string sql = "SELECT TOP (" + std::to_string(count) + ") ";
@@ -59,18 +37,8 @@ class SqlServer : public Dialect {
 
   std::string InsertReturning(std::string_view table, const std::vector<std::string>& columns,
                               const std::vector<std::string>& returned) const override {
-    std::string names;
-    std::string marks;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      names += (i == 0 ? " (" : ",") + QuotedName(columns[i]);
-      marks += i == 0 ? "?" : ",?";
-    }
-    std::string sql = "INSERT INTO ";
-    sql.append(table).append(names).append(columns.empty() ? "" : ")");
-    for (std::size_t i = 0; i < returned.size(); ++i) {
-      sql += (i == 0 ? " OUTPUT INSERTED." : ",INSERTED.") + QuotedName(returned[i]);
-    }
-    return columns.empty() ? sql + " DEFAULT VALUES" : sql + " VALUES (" + marks + ")";
+    return "INSERT INTO " + std::string(table) + InsertedNames(columns) +
+           Listed(" OUTPUT ", "INSERTED.", returned) + InsertedValues(columns);
   }
 
   std::string LockedSelect(std::string_view list, std::string_view table,

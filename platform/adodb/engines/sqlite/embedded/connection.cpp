@@ -7,6 +7,8 @@
 #include "platform/adodb/engines/sqlite/dialect.hpp"
 #include "platform/adodb/engines/sqlite/embedded/error.hpp"
 #include "platform/adodb/engines/sqlite/embedded/functions.hpp"
+#include "platform/adodb/engines/sqlite/embedded/statement.hpp"
+#include "platform/adodb/engines/sqlite/failures.hpp"
 #include "platform/adodb/session/coarse_clock.hpp"
 #include "platform/adodb/sql/tokens.hpp"
 
@@ -32,22 +34,20 @@ std::string PlainName(const std::string& table) {
   const engine::TokenList list = engine::Tokenize(table);
   if (list.tokens.empty()) return table;
   const engine::Token& last = list.tokens.back();
-  std::string_view name = last.In(table);
-  if (last.kind != engine::TokenKind::QuotedName) return std::string(name);
-  const char closing = name.back();
-  name = name.substr(1, name.size() - 2);
-  std::string plain;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    plain += name[i];
-    if (name[i] == closing) ++i;
+  const std::string_view name = last.In(table);
+  return last.kind == engine::TokenKind::QuotedName ? engine::Unquoted(name) : std::string(name);
+}
+
+// Whether the changes may be there after a commit that failed.
+void NoteOutcome(automation::Error& failure) {
+  if (engine::SqliteFailures().leavesCommitOpen(failure.SqlState(), failure.NativeCode())) {
+    failure.WithOutcome(automation::Outcome::Unknown);
   }
-  return plain;
 }
 
 }  // namespace
 
-Connection::Connection(const OpenSettings& settings)
-    : database_(OpenFile(settings)), statements_(database_.get()) {
+Connection::Connection(const OpenSettings& settings) : database_(OpenFile(settings)) {
   sqlite3_extended_result_codes(database_.get(), 1);
   sqlite3_busy_timeout(database_.get(), settings.timeoutMilliseconds);
   RegisterFunctions(database_.get());
@@ -73,12 +73,13 @@ void Connection::Run(const char* sql) {
   if (code != SQLITE_OK) throw ErrorOf(database_.get(), code);
 }
 
-std::unique_ptr<engine::Rows> Connection::Query(std::string_view sql, const engine::Parameters& parameters) {
-  return std::make_unique<StatementRows>(statements_, sql, parameters);
+std::unique_ptr<engine::Rows> Connection::Query(const engine::Sql& sql,
+                                                const engine::Parameters& parameters) {
+  return std::make_unique<StatementRows>(database_.get(), sql, parameters);
 }
 
-std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters& parameters) {
-  const StatementCache::Lease statement(statements_, sql);
+std::int64_t Connection::Execute(const engine::Sql& sql, const engine::Parameters& parameters) {
+  const PreparedRun statement(database_.get(), sql);
   statement->Bind(parameters);
   const std::int64_t before = sqlite3_total_changes64(database_.get());
   const bool commits = sqlite3_get_autocommit(database_.get()) != 0;
@@ -86,7 +87,7 @@ std::int64_t Connection::Execute(std::string_view sql, const engine::Parameters&
     while (statement->Step()) {
     }
   } catch (automation::Error& error) {
-    if (commits && LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    if (commits) NoteOutcome(error);
     throw;
   }
   // The statement must not be seen as running by what comes next.
@@ -107,7 +108,7 @@ void Connection::Commit() {
   try {
     Run("COMMIT");
   } catch (automation::Error& error) {
-    if (LeavesCommitOpen(error.NativeCode())) error.WithOutcome(automation::Outcome::Unknown);
+    NoteOutcome(error);
     throw;
   }
 }
@@ -124,7 +125,8 @@ engine::TableShape Connection::Describe(const std::string& table) {
   bool isTable = false;
   bool hasRowNumber = false;
   {
-    const auto rows = Query("SELECT type, wr FROM pragma_table_list WHERE name = ? COLLATE NOCASE", {name});
+    const auto rows =
+        Query({"SELECT type, wr FROM pragma_table_list WHERE name = ? COLLATE NOCASE", tableQuery_}, {name});
     while (rows->Next()) {
       isTable = rows->Value(0) == automation::Variant("table");
       hasRowNumber = rows->Value(1) == automation::Variant(0);
@@ -134,7 +136,8 @@ engine::TableShape Connection::Describe(const std::string& table) {
   std::vector<std::string> columns;
   bool integerKey = false;
   {
-    const auto rows = Query("SELECT name, type, pk FROM pragma_table_info(?) ORDER BY pk", {name});
+    const auto rows =
+        Query({"SELECT name, type, pk FROM pragma_table_info(?) ORDER BY pk", columnQuery_}, {name});
     while (rows->Next()) {
       columns.push_back(automation::ToText(rows->Value(0)));
       if (automation::ToInt32(rows->Value(2)) == 0) continue;
@@ -162,7 +165,7 @@ engine::TableShape Connection::Describe(const std::string& table) {
 }
 
 std::optional<std::int64_t> Connection::ChangeMark() {
-  const auto rows = Query("PRAGMA data_version", {});
+  const auto rows = Query({"PRAGMA data_version", versionQuery_}, {});
   rows->Next();
   // The version counts the commits of other connections, the total the changes of this one.
   return (automation::ToInt64(rows->Value(0)) << 32) + sqlite3_total_changes64(database_.get());

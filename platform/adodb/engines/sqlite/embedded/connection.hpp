@@ -7,9 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 
-#include "platform/adodb/engines/sqlite/embedded/statement.hpp"
 #include "platform/adodb/session/provider.hpp"
 
 namespace ADODB::sqlite {
@@ -26,8 +24,8 @@ class Connection : public engine::Session {
   explicit Connection(const OpenSettings& settings);
   ~Connection() override;
 
-  std::unique_ptr<engine::Rows> Query(std::string_view sql, const engine::Parameters& parameters) override;
-  std::int64_t Execute(std::string_view sql, const engine::Parameters& parameters) override;
+  std::unique_ptr<engine::Rows> Query(const engine::Sql& sql, const engine::Parameters& parameters) override;
+  std::int64_t Execute(const engine::Sql& sql, const engine::Parameters& parameters) override;
   void Begin() override;
   void Commit() override;
   void Rollback() override;
@@ -48,7 +46,10 @@ class Connection : public engine::Session {
   bool FileIsStillThere();
 
   std::unique_ptr<sqlite3, Close> database_;
-  StatementCache statements_;
+  // What the session asks for itself.
+  std::unique_ptr<engine::PreparedStatement> tableQuery_;
+  std::unique_ptr<engine::PreparedStatement> columnQuery_;
+  std::unique_ptr<engine::PreparedStatement> versionQuery_;
   std::map<std::string, engine::TableShape> shapes_;  // of tables described since the last Reset
   std::chrono::steady_clock::time_point fileSeen_ = std::chrono::steady_clock::now();
 };

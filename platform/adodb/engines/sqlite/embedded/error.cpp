@@ -49,8 +49,4 @@ automation::Error ErrorOf(sqlite3* database, int code) {
   return ErrorOf(extended != SQLITE_OK ? extended : code, sqlite3_errmsg(database));
 }
 
-bool LeavesCommitOpen(int code) {
-  return (code & 0xFF) == SQLITE_IOERR;
-}
-
 }  // namespace ADODB::sqlite

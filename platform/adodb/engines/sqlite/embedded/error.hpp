@@ -14,8 +14,4 @@ namespace ADODB::sqlite {
 automation::Error ErrorOf(sqlite3* database, int code);
 automation::Error ErrorOf(int code, std::string message);
 
-// Whether a commit that failed with `code` may be there after the file was closed and opened again: the
-// device failed, maybe after the last byte that counts was written.
-bool LeavesCommitOpen(int code);
-
 }  // namespace ADODB::sqlite

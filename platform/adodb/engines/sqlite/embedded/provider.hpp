@@ -9,9 +9,9 @@
 namespace ADODB::sqlite {
 
 // Serves "Provider=SQLite;Data Source=PATH" with these further keywords:
-//   Mode           ReadWrite (as when it is missing), Read, or ReadWriteCreate, which also makes a missing
-//   file Timeout        seconds to wait for a lock that another connection holds; 5 Synchronous    NORMAL (as
-//   when it is missing) or FULL; see docs/databases.md for what a power cut can cost
+//   Mode         ReadWrite (the default), Read, or ReadWriteCreate, which also makes a missing file
+//   Timeout      seconds to wait for a lock that another connection holds; 5 by default
+//   Synchronous  NORMAL (the default) or FULL; see docs/databases.md for what a power cut can cost
 // A relative Data Source is taken from `baseFolder`; "\" counts as "/". A file that Connect makes is in WAL
 // mode; an existing one keeps its journal mode.
 std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder);

@@ -11,8 +11,6 @@
 namespace ADODB::sqlite {
 namespace {
 
-constexpr std::size_t kCachedStatements = 32;
-constexpr std::size_t kLongestCachedText = 4096;
 constexpr std::size_t kLongestKeptValue = 256;
 
 // `kept` holds a text for as long as it is bound; its memory serves one text after another.
@@ -123,46 +121,21 @@ const std::shared_ptr<const std::vector<engine::Column>>& Prepared::Columns() {
   return columns_;
 }
 
-void Prepared::Read(std::size_t column, automation::Variant& into) const {
+void Prepared::ReadInto(std::size_t column, automation::Variant& into) const {
   ReadValue(statement_.get(), static_cast<int>(column), (*columns_)[column].type, into);
 }
 
-StatementCache::Lease::Lease(StatementCache& cache, std::string_view sql) {
-  // A procedure that is called again and again sends the same statement each time.
-  if (!cache.entries_.empty() && !cache.entries_.front().inUse && cache.entries_.front().sql == sql) {
-    entry_ = &cache.entries_.front();
-    entry_->inUse = true;
-    statement_ = entry_->statement.get();
-    return;
-  }
-  const auto found = cache.bySql_.find(sql);
-  if (found != cache.bySql_.end() && !found->second->inUse) {
-    cache.entries_.splice(cache.entries_.begin(), cache.entries_, found->second);
-    entry_ = &*found->second;
-  } else {
-    own_ = std::make_unique<Prepared>(cache.database_, sql);
-    if (found == cache.bySql_.end() && sql.size() <= kLongestCachedText) {
-      if (cache.entries_.size() >= kCachedStatements && !cache.entries_.back().inUse) {
-        cache.bySql_.erase(cache.entries_.back().sql);
-        cache.entries_.pop_back();
-      }
-      cache.entries_.push_front({std::string(sql), std::move(own_)});
-      entry_ = &cache.entries_.front();
-      cache.bySql_.emplace(entry_->sql, cache.entries_.begin());
-    }
-  }
-  if (entry_ != nullptr) entry_->inUse = true;
-  statement_ = entry_ != nullptr ? entry_->statement.get() : own_.get();
+PreparedRun::PreparedRun(sqlite3* database, const engine::Sql& sql) {
+  std::unique_ptr<engine::PreparedStatement>* const kept = sql.Prepared();
+  if (kept != nullptr && !*kept) *kept = std::make_unique<Prepared>(database, sql);
+  statement_ = kept == nullptr ? nullptr : static_cast<Prepared*>(kept->get());
+  if (statement_ != nullptr && !statement_->IsRunning()) return;
+  own_ = std::make_unique<Prepared>(database, sql);
+  statement_ = own_.get();
 }
 
-StatementCache::Lease::~Lease() {
-  statement_->Reset();
-  if (entry_ != nullptr) entry_->inUse = false;
-}
-
-StatementRows::StatementRows(StatementCache& cache, std::string_view sql,
-                             const engine::Parameters& parameters)
-    : statement_(cache, sql) {
+StatementRows::StatementRows(sqlite3* database, const engine::Sql& sql, const engine::Parameters& parameters)
+    : statement_(database, sql) {
   // The first row is fetched at once: what the engine has against the statement is said here, and a schema
   // that changed since the statement was prepared is taken in before the columns are looked at.
   statement_->Bind(parameters);

@@ -15,11 +15,11 @@ namespace ADODB::engine {
 // A copy made when it is opened. A row that is no longer fresh is looked for in the database, by all its
 // values, before it is shown: one that was changed or deleted meanwhile is stepped over. Each look is a walk
 // over the whole table.
-class LooseRows : public RowSource {
+class KeylessRows : public RowSource {
  public:
-  // `open` for a dynamic cursor. REQUIRES: `table` is addressed by whole rows.
-  LooseRows(std::shared_ptr<Link> link, SelectShape select, const TableShape& table, bool open,
-            std::size_t mostRows);
+  // REQUIRES: `table` is addressed by whole rows.
+  KeylessRows(std::shared_ptr<SharedSession> session, SelectShape select, const TableShape& table,
+              bool isDynamic, std::size_t mostRows);
 
   const std::vector<Column>& Columns() const override { return columns_; }
   const std::vector<Column>& KeyColumns() const { return keyColumns_; }
@@ -28,19 +28,19 @@ class LooseRows : public RowSource {
   const Row* At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) override;
   std::size_t Append(Row row) override { return copy_->Append(std::move(row)); }
   void Replace(std::size_t ordinal, Row row) override { copy_->Replace(ordinal, std::move(row)); }
-  bool IsOpenToChanges() const override { return open_; }
-  std::size_t ReadAgain(std::size_t ordinal, const Visit& visit) override;
+  bool IsDynamic() const override { return isDynamic_; }
+  std::size_t Requery(std::size_t ordinal, const Visit& visit) override;
 
  private:
   bool IsOutdated(const Freshness::Stamp& stamp) const;
   void Copy();
   bool IsStillThere(const Row& row) const;
 
-  std::shared_ptr<Link> link_;
+  std::shared_ptr<SharedSession> session_;
   SelectShape select_;
   std::string list_;  // with the whole row behind it
   const std::size_t keyCount_;
-  const bool open_;
+  const bool isDynamic_;
   const std::size_t mostRows_;
   std::vector<Column> columns_;  // the same for every copy
   std::vector<Column> keyColumns_;

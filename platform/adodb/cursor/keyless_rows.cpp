@@ -1,4 +1,4 @@
-#include "platform/adodb/cursor/loose_rows.hpp"
+#include "platform/adodb/cursor/keyless_rows.hpp"
 
 #include <utility>
 
@@ -7,40 +7,39 @@
 
 namespace ADODB::engine {
 
-LooseRows::LooseRows(std::shared_ptr<Link> link, SelectShape select, const TableShape& table, bool open,
-                     std::size_t mostRows)
-    : link_(std::move(link)),
+KeylessRows::KeylessRows(std::shared_ptr<SharedSession> session, SelectShape select, const TableShape& table,
+                         bool isDynamic, std::size_t mostRows)
+    : session_(std::move(session)),
       select_(std::move(select)),
-      list_(ListWithKey(select_, table, link_->GetSession().GetDialect())),
+      list_(select_.ListWithKey(table, session_->GetDialect())),
       keyCount_(table.keyColumns.size()),
-      open_(open),
+      isDynamic_(isDynamic),
       mostRows_(mostRows) {
   Copy();
 }
 
-void LooseRows::Copy() {
+void KeylessRows::Copy() {
   const std::unique_ptr<Rows> rows =
-      link_->GetSession().Query("SELECT " + list_ + select_.From({}) + " " + select_.order, {});
-  copiedAt_ = link_->GetFreshness().Now();
+      session_->Query("SELECT " + list_ + select_.From({}) + " " + select_.order);
+  copiedAt_ = session_->GetFreshness().Now();
   copy_ = std::make_unique<StaticRows>(*rows, keyCount_, mostRows_);
   if (!columns_.empty()) return;
   columns_ = copy_->Columns();
   keyColumns_ = copy_->KeyColumns();
 }
 
-bool LooseRows::IsOutdated(const Freshness::Stamp& stamp) const {
-  const Freshness& freshness = link_->GetFreshness();
-  return (open_ && freshness.WroteSince(stamp)) || freshness.IsOld(stamp);
+bool KeylessRows::IsOutdated(const Freshness::Stamp& stamp) const {
+  const Freshness& freshness = session_->GetFreshness();
+  return (isDynamic_ && freshness.WroteSince(stamp)) || freshness.IsOld(stamp);
 }
 
-const Row* LooseRows::At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
+const Row* KeylessRows::At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) {
   const Row* row = copy_->At(ordinal, upcoming);
   return row == nullptr || !IsOutdated(copiedAt_) || IsStillThere(*row) ? row : nullptr;
 }
 
-bool LooseRows::IsStillThere(const Row& row) const {
-  Session& session = link_->GetSession();
-  const Dialect& dialect = session.GetDialect();
+bool KeylessRows::IsStillThere(const Row& row) const {
+  const Dialect& dialect = session_->GetDialect();
   Parameters parameters;
   std::string condition;
   for (std::size_t i = 0; i < keyCount_; ++i) {
@@ -49,11 +48,11 @@ bool LooseRows::IsStillThere(const Row& row) const {
     stillReads.Bind(dialect, row[Columns().size() + i], parameters);
   }
   SelectShape table = select_;
-  if (!open_) table.condition.clear();
-  return session.Query(dialect.Limited("1", table.From(condition), 1), parameters)->Next();
+  if (!isDynamic_) table.condition.clear();
+  return session_->Query(dialect.Limited("1", table.From(condition), 1), parameters)->Next();
 }
 
-std::size_t LooseRows::ReadAgain(std::size_t ordinal, const Visit& visit) {
+std::size_t KeylessRows::Requery(std::size_t ordinal, const Visit& visit) {
   std::string before;
   const auto bytes = [&](std::size_t at) {
     return KeyList::Bytes(KeyView(*copy_->At(at, {})).subspan(Columns().size()));

@@ -1,0 +1,10 @@
+// How SQLite is reached and how its tables are described.
+#pragma once
+
+#include "platform/adodb/session/engine_entry.hpp"
+
+namespace ADODB::engine {
+
+const Traits& SqliteTraits();
+
+}  // namespace ADODB::engine

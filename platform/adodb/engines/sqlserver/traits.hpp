@@ -1,0 +1,10 @@
+// How SQL Server is reached and how its tables are described.
+#pragma once
+
+#include "platform/adodb/session/engine_entry.hpp"
+
+namespace ADODB::engine {
+
+const Traits& SqlServerTraits();
+
+}  // namespace ADODB::engine
