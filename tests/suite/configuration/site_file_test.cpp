@@ -164,11 +164,11 @@ TEST_F(SiteFileTest, RefusesASecondValueForTheSameName) {
 TEST_F(SiteFileTest, ReadsNoExternalEntity) {
   const auto secret = folder_.Write("secret", "top secret");
   const std::string content =
-      "<!DOCTYPE siteConfiguration [<!ENTITY e SYSTEM \"file://" + secret.string() +
+      "\n<!DOCTYPE siteConfiguration [<!ENTITY e SYSTEM \"file://" + secret.string() +
       "\">]>\n<siteConfiguration><section name=\"A\"><key name=\"B\">&e;</key></section>"
       "</siteConfiguration>";
   const std::string failure = Failure(content);
-  EXPECT_NE(failure.find("found a document type; expected none"), std::string::npos) << failure;
+  EXPECT_NE(failure.find(":2: found a document type; expected none"), std::string::npos) << failure;
 }
 
 TEST_F(SiteFileTest, RefusesEntitiesThatGrow) {
