@@ -7,10 +7,15 @@
 
 #include "platform/automation/class_table.hpp"
 #include "platform/base/created_files.hpp"
+#include "platform/base/file_layer.hpp"
 
 namespace CDO {
 
-enum class SendUsing { Pickup = 1, Port = 2 };
+enum class SendUsing {
+  Nowhere,  // mails are checked and composed, and not sent
+  Pickup,
+  Port
+};
 enum class Tls { None, StartTls, Smtps };
 
 // How mail leaves this machine; the same for every message of a class table.
@@ -33,6 +38,7 @@ struct Settings {
   std::shared_ptr<const base::CreatedFiles> ownFiles = nullptr;
 
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
+  std::shared_ptr<base::FileLayer> layer = nullptr;  // attachments are read as it shows them
 };
 
 // All messages of the table share one connection to the server; it is kept open between them.

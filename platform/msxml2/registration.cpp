@@ -22,7 +22,7 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &Ignore);
   xsltSetGenericErrorFunc(nullptr, &Ignore);
-  const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives);
+  const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives, settings.layer);
   surroundings->saving = settings.saving;
   classes.Register("MSXML2.DOMDocument",
                    [surroundings] { return std::make_shared<dom::DocumentImpl>(surroundings); });

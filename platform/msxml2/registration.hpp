@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "platform/automation/class_table.hpp"
+#include "platform/base/file_layer.hpp"
 
 namespace MSXML2 {
 
@@ -16,6 +18,8 @@ struct Settings {
   // Where set, a document is saved by a call of this with the operating system's path of its file; it is to
   // call `save` once and to pass on what that raises.
   std::function<void(const std::string& path, const std::function<void()>& save)> saving = nullptr;
+  // Where set, documents are loaded as it shows them, and saved in it.
+  std::shared_ptr<base::FileLayer> layer = nullptr;
   // What one transformation may use up before it fails.
   std::size_t transformationMemory = std::size_t{64} << 20U;  // bytes, its result included
   std::chrono::milliseconds transformationTime = std::chrono::seconds(30);

@@ -1,5 +1,8 @@
 #include "suite/file_handling/file_handling.hpp"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -16,6 +19,7 @@
 #include "suite/file_handling/folder_store.hpp"
 #include "suite/file_handling/ftp_store.hpp"
 #include "suite/file_handling/item_name.hpp"
+#include "suite/file_handling/layered_store.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace OrvCommonMTS {
@@ -81,8 +85,9 @@ class Failures {
 
 class SharedFiles : public FileHandling {
  public:
-  SharedFiles(FileHandlingOptions options, std::shared_ptr<InUseMarks> marks)
-      : options_(std::move(options)), marks_(std::move(marks)) {}
+  SharedFiles(FileHandlingOptions options, std::shared_ptr<InUseMarks> marks,
+              std::shared_ptr<SharedChanges> changes)
+      : options_(std::move(options)), marks_(std::move(marks)), changes_(std::move(changes)) {}
 
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
@@ -192,8 +197,9 @@ class SharedFiles : public FileHandling {
       throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
                               "The path of the shared folders is empty.");
     }
-    if (IsFtpAddress(path)) return OpenFtpStore(ParseFtpAddress(path), options_.ftp);
-    return OpenFolderStore(path);
+    if (!IsFtpAddress(path)) return OpenFolderStore(path, options_.layer);
+    auto store = OpenFtpStore(ParseFtpAddress(path), options_.ftp);
+    return changes_ ? MakeReadOnlyStore(std::move(store), std::string(path), changes_) : std::move(store);
   }
 
   bool ExistsHere(std::string_view folder, std::string_view name) const {
@@ -201,6 +207,7 @@ class SharedFiles : public FileHandling {
     const std::string dataRoot = options_.dataRoot();
     RequirePath(dataRoot);
     const std::filesystem::path root = suite::NativePath(dataRoot, "/");
+    if (options_.layer) return ExistsInLayer(root, folder, name);
     const std::filesystem::path parent = suite::NativePath(folder, root);
     std::filesystem::path path = parent / name;
     std::error_code failed;
@@ -217,6 +224,24 @@ class SharedFiles : public FileHandling {
                               kErrorSource, path.string() + ": " + failed.message());
     }
     return std::filesystem::is_regular_file(status);
+  }
+
+  bool ExistsInLayer(const std::filesystem::path& root, std::string_view folder,
+                     std::string_view name) const {
+    const auto below = [this](const std::string& in, const std::string& wanted) {
+      return OtherSpelling(in, wanted);
+    };
+    const std::filesystem::path path =
+        EntryInLayer(*options_.layer, EntryInLayer(*options_.layer, root, std::string(folder), below),
+                     std::string(name), below);
+    struct stat status {};
+    const int failure = options_.layer->Stat(path, status);
+    if (failure == ENOENT || failure == ENOTDIR) return false;
+    if (failure != 0) {
+      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
+                              kErrorSource, path.string() + ": " + std::generic_category().message(failure));
+    }
+    return S_ISREG(status.st_mode);
   }
 
   std::optional<std::string> OtherSpelling(const std::filesystem::path& folder,
@@ -253,14 +278,18 @@ class SharedFiles : public FileHandling {
 
   FileHandlingOptions options_;
   std::shared_ptr<InUseMarks> marks_;
+  std::shared_ptr<SharedChanges> changes_;  // null where changes are made
 };
 
 }  // namespace
 
 void RegisterFileHandling(automation::ClassTable& classes, FileHandlingOptions options) {
+  std::shared_ptr<SharedChanges> changes;
+  if (options.layer)
+    changes = std::make_shared<SharedChanges>(SharedChanges{options.layer, options.ownFolder, {}, {}});
   classes.Register(kFileHandlingProgId,
-                   [options = std::move(options), marks = std::make_shared<InUseMarks>()] {
-                     return std::make_shared<SharedFiles>(options, marks);
+                   [options = std::move(options), marks = std::make_shared<InUseMarks>(), changes] {
+                     return std::make_shared<SharedFiles>(options, marks, changes);
                    });
 }
 

@@ -6,11 +6,14 @@
 // Archives (13) and CHAT (14), found without regard to case when the exact name does not exist.
 #pragma once
 
+#include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/automation/class_table.hpp"
+#include "platform/base/file_layer.hpp"
 #include "suite/file_handling/ftp_session.hpp"
 
 namespace OrvCommonMTS {
@@ -27,6 +30,10 @@ struct FileHandlingOptions {
   // they raise 76, since a file that only the shared place has must not be made anew.
   std::function<std::optional<std::string>()> sharedPath;
   FtpOptions ftp;
+  // A layer in which all changes stay, here and in the shared place, and a folder for copies that are made of
+  // what a server holds; null where changes are made.
+  std::shared_ptr<base::FileLayer> layer = nullptr;
+  std::filesystem::path ownFolder = {};
 };
 
 // Registers the component. Objects created from one table share the marks of SetInUse, which last as long as

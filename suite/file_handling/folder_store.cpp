@@ -13,6 +13,7 @@
 #include "platform/base/file_replacement.hpp"
 #include "platform/base/text.hpp"
 #include "suite/file_handling/item_name.hpp"
+#include "suite/file_handling/layered_store.hpp"
 #include "suite/paths/native_path.hpp"
 
 namespace OrvCommonMTS {
@@ -143,7 +144,8 @@ class FolderStore : public SharedStore {
 
 }  // namespace
 
-std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
+std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path,
+                                             const std::shared_ptr<base::FileLayer>& layer) {
   const auto refuse = [](const std::string& description) {
     throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
                             description);
@@ -161,6 +163,7 @@ std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path) {
   if (!absolute || !fs::is_directory(root, failed)) {
     refuse("The shared folder " + std::string(path) + " does not exist.");
   }
+  if (layer) return MakeLayeredFolderStore(root, layer);
   return std::make_unique<FolderStore>(root);
 }
 

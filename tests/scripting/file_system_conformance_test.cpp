@@ -1,4 +1,4 @@
-// The contract of FileSystemObject, on the machine's file tree and on the tree in memory.
+// The contract of FileSystemObject, on the machine's file tree, on a layer over it and on the tree in memory.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -52,6 +52,7 @@ class FileSystemConformanceTest : public testing::TestWithParam<MachineKind> {
 
 INSTANTIATE_TEST_SUITE_P(Machines, FileSystemConformanceTest,
                          testing::Values(MachineKind{"Local", &NewLocalMachine},
+                                         MachineKind{"Layered", &NewLayeredMachine},
                                          MachineKind{"Memory", &NewMemoryMachine}),
                          [](const auto& machine) { return machine.param.name; });
 
@@ -504,13 +505,14 @@ TEST_P(FileSystemConformanceTest, LeavesNothingOfANewFileThatIsNotClosed) {
 
 TEST_P(FileSystemConformanceTest, OverwritesNoFileThatCameAfterTheCall) {
   for (const bool overwrite : {false, true}) {
-    const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full("a.txt"), overwrite);
+    const std::string name = overwrite ? "b.txt" : "a.txt";
+    const Scripting::TextStreamPtr stream = files_->CreateTextFile(Full(name), overwrite);
     stream->Write("mine");
-    machine_->AddFile("a.txt", "another's");
+    machine_->AddFile(name, "another's");
     EXPECT_EQ(ErrorNumberOf([&] { stream->Close(); }), 58);
-    EXPECT_EQ(machine_->Bytes("a.txt"), "another's");
-    EXPECT_THAT(FileNames(""), ElementsAre("a.txt"));
-    files_->DeleteFile(Full("a.txt"), true);
+    EXPECT_EQ(machine_->Bytes(name), "another's");
+    EXPECT_THAT(FileNames(""), ElementsAre(name));
+    files_->DeleteFile(Full(name), true);
   }
 }
 

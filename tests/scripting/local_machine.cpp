@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <sstream>
@@ -21,11 +22,15 @@ std::string WithSlashes(std::string_view path) {
 
 class LocalMachine : public FileSystemMachine {
  public:
-  LocalMachine() { std::filesystem::create_directory(folder_.Path() / "drive"); }
+  // With a layer the file-system objects work in it, and what the machine adds lies below it.
+  explicit LocalMachine(bool layered) {
+    std::filesystem::create_directory(folder_.Path() / "drive");
+    if (layered) layer_ = std::make_shared<base::FileLayer>("/tmp", [](int) { std::abort(); });
+  }
 
   Scripting::FileSystemObjectPtr NewFileSystem() override {
     return std::make_shared<Scripting::local::LocalFileSystem>(
-        Scripting::local::DriveTable{{'X', (folder_.Path() / "drive").string()}});
+        Scripting::local::DriveTable{{'X', (folder_.Path() / "drive").string()}}, nullptr, layer_);
   }
 
   std::string Root() const override {
@@ -61,10 +66,16 @@ class LocalMachine : public FileSystemMachine {
   }
 
   bool Exists(std::string_view path) const override {
-    return std::filesystem::exists(std::filesystem::symlink_status(Native(path)));
+    struct stat status {};
+    return Scripting::local::Lstat(layer_, Native(path).string(), status) == 0;
   }
 
   std::string Bytes(std::string_view path) const override {
+    std::string content;
+    if (layer_) {
+      layer_->Read(Native(path).string(), content);
+      return content;
+    }
     std::ostringstream bytes;
     bytes << std::ifstream(Native(path), std::ios::binary).rdbuf();
     return bytes.str();
@@ -74,12 +85,17 @@ class LocalMachine : public FileSystemMachine {
   std::filesystem::path Native(std::string_view path) const { return folder_.Path() / WithSlashes(path); }
 
   TemporaryFolder folder_;
+  Scripting::local::LayerPtr layer_;
 };
 
 }  // namespace
 
 std::unique_ptr<FileSystemMachine> NewLocalMachine() {
-  return std::make_unique<LocalMachine>();
+  return std::make_unique<LocalMachine>(false);
+}
+
+std::unique_ptr<FileSystemMachine> NewLayeredMachine() {
+  return std::make_unique<LocalMachine>(true);
 }
 
 }  // namespace orvane_test

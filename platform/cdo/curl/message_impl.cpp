@@ -74,7 +74,8 @@ void MessageImpl::AddAttachment(std::string_view path) {
   const auto found = paths_->Find(path);
   if (!found) Refuse(ErrorNumber::FileNotFound, path);
   std::string bytes;
-  if (!ReadWhole(found->path, bytes)) Refuse(ErrorNumber::PermissionDenied, path);
+  const bool read = layer_ ? layer_->Read(found->path, bytes) == 0 : ReadWhole(found->path, bytes);
+  if (!read) Refuse(ErrorNumber::PermissionDenied, path);
   base::ContentDigest content;
   content.Add(bytes);
   if (ownFiles_ && !ownFiles_->Made(found->path, content.Get())) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/base/created_files.hpp"
+#include "platform/base/file_layer.hpp"
 #include "platform/cdo/curl/mime.hpp"
 #include "platform/cdo/curl/transport.hpp"
 #include "platform/cdo/message.hpp"
@@ -18,8 +19,12 @@ class MessageImpl final : public Message {
  public:
   MessageImpl(std::shared_ptr<Transport> transport,
               std::shared_ptr<const Scripting::local::PathResolver> paths,
-              std::shared_ptr<const base::CreatedFiles> ownFiles)
-      : transport_(std::move(transport)), paths_(std::move(paths)), ownFiles_(std::move(ownFiles)) {}
+              std::shared_ptr<const base::CreatedFiles> ownFiles,
+              std::shared_ptr<const base::FileLayer> layer)
+      : transport_(std::move(transport)),
+        paths_(std::move(paths)),
+        ownFiles_(std::move(ownFiles)),
+        layer_(std::move(layer)) {}
 
   void setFrom(std::string_view address) override { from_ = address; }
   void setTo(std::string_view address) override { to_ = address; }
@@ -33,6 +38,7 @@ class MessageImpl final : public Message {
   std::shared_ptr<Transport> transport_;
   std::shared_ptr<const Scripting::local::PathResolver> paths_;
   std::shared_ptr<const base::CreatedFiles> ownFiles_;  // null: any file may be attached
+  std::shared_ptr<const base::FileLayer> layer_;        // null: files are read from the tree itself
   std::string from_;
   std::string to_;
   Mail mail_;

@@ -10,10 +10,24 @@
 namespace CDO {
 namespace {
 
+class NoTransport final : public curl::Transport {
+ public:
+  void Ask() override {}
+  void Deliver(const std::string&, const std::vector<std::string>&, std::string_view,
+               std::string_view) override {}
+};
+
 std::shared_ptr<curl::Transport> MakeTransport(const Settings& settings) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
-  return settings.sendUsing == SendUsing::Pickup ? curl::MakePickupTransport(settings)
-                                                 : curl::MakeSmtpTransport(settings);
+  switch (settings.sendUsing) {
+    case SendUsing::Nowhere:
+      return std::make_shared<NoTransport>();
+    case SendUsing::Pickup:
+      return curl::MakePickupTransport(settings);
+    case SendUsing::Port:
+      return curl::MakeSmtpTransport(settings);
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -24,9 +38,9 @@ void AskTransport(const Settings& settings) {
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
   const std::shared_ptr<curl::Transport> transport = MakeTransport(settings);
-  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives);
-  classes.Register("CDO.Message", [transport, paths, ownFiles = settings.ownFiles] {
-    return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles);
+  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives, settings.layer);
+  classes.Register("CDO.Message", [=, ownFiles = settings.ownFiles, layer = settings.layer] {
+    return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles, layer);
   });
 }
 

@@ -24,7 +24,14 @@ namespace MSXML2::dom {
 namespace {
 
 // The whole file, or nothing and errno.
-std::optional<std::string> Content(const std::string& path) {
+std::optional<std::string> Content(const std::string& path, const base::FileLayer* layer) {
+  if (layer != nullptr) {
+    std::string bytes;
+    errno = layer->Read(path, bytes);
+    if (errno == 0) return bytes;
+    if (errno == EINVAL) errno = EISDIR;
+    return std::nullopt;
+  }
   const base::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
   if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return std::nullopt;
@@ -65,7 +72,7 @@ bool DocumentImpl::ReadFile(std::string_view path) {
   const auto found = surroundings_->paths.Find(path);
   std::optional<std::string> bytes;
   if (found) {
-    bytes = Content(found->path);
+    bytes = Content(found->path, surroundings_->layer.get());
   } else {
     errno = ENOENT;
   }
@@ -119,11 +126,33 @@ void DocumentImpl::save(std::string_view path) {
   }
 }
 
+// As in the tree: over the file that the document knows, or where there is none.
+void DocumentImpl::SaveInLayer(const Scripting::local::PathResolver::Place& place, std::string_view path) {
+  const auto require = [](int failure) {
+    if (failure != 0) throw std::system_error(failure, std::generic_category());
+  };
+  base::FileLayer& layer = *surroundings_->layer;
+  require(layer.CanReplace(place.path));
+  std::string bytes;
+  if (const std::string* source = tree_->Source()) {
+    bytes = *source;
+  } else {
+    Write(*tree_, [&bytes](std::string_view piece) { bytes.append(piece); });
+  }
+  std::string now;
+  const bool known = place.path == fileState_.path;
+  if (known && (layer.Read(place.path, now) != 0 || base::DigestOf(now) != fileState_.digest))
+    require(ESTALE);
+  require(layer.Replace(place.path, bytes));
+  fileState_ = {std::string(path), place.path, base::DigestOf(bytes)};
+}
+
 void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, std::string_view path) {
   try {
     const bool known = place.path == fileState_.path;
     // Another file bears the name since the document was loaded by it.
     if (!known && path == fileState_.name) RaiseFileChanged(path);
+    if (surroundings_->layer) return SaveInLayer(place, path);
     base::FileReplacement file(place.path, place.existing);
     base::ContentDigest written;
     const auto write = [&](std::string_view piece) {

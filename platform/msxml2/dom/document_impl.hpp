@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/base/content_digest.hpp"
+#include "platform/base/file_layer.hpp"
 #include "platform/msxml2/dom/tree.hpp"
 #include "platform/msxml2/dom_document.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
@@ -16,9 +17,12 @@ namespace MSXML2::dom {
 
 // What the documents of one runtime share. Not to be shared between threads.
 struct Surroundings {
-  explicit Surroundings(const Scripting::local::DriveTable& drives) : paths(drives) {}
+  explicit Surroundings(const Scripting::local::DriveTable& drives,
+                        std::shared_ptr<base::FileLayer> files = nullptr)
+      : paths(drives, files), layer(std::move(files)) {}
 
   Scripting::local::PathResolver paths;
+  const std::shared_ptr<base::FileLayer> layer;  // null: documents lie in the tree itself
   // The file content that was found well-formed last. A job loads a file that it is going to change twice, to
   // be able to put it back: the second time it need not be checked.
   std::optional<base::ContentDigest::Value> wellFormed;
@@ -46,6 +50,7 @@ class DocumentImpl final : public DOMDocument {
 
  private:
   void SaveTo(const Scripting::local::PathResolver::Place& place, std::string_view path);
+  void SaveInLayer(const Scripting::local::PathResolver::Place& place, std::string_view path);
 
   bool ReadFile(std::string_view path);
   bool Take(std::string bytes);

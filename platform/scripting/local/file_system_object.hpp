@@ -14,8 +14,10 @@ class LocalFileSystem : public FileSystemObject {
  public:
   // Notes the new files that it makes in `created`, if there is one. A file that another has put in place of
   // one of them is not deleted as if it were the run's own: DeleteFile refuses it with 70.
-  explicit LocalFileSystem(const DriveTable& drives, std::shared_ptr<base::CreatedFiles> created = nullptr)
-      : resolver_(drives), created_(std::move(created)) {}
+  // With a layer everything is done in it, and the tree stays as it is.
+  explicit LocalFileSystem(const DriveTable& drives, std::shared_ptr<base::CreatedFiles> created = nullptr,
+                           LayerPtr layer = nullptr)
+      : resolver_(drives, layer), created_(std::move(created)), layer_(std::move(layer)) {}
 
   bool FolderExists(std::string_view path) const override;
   bool FileExists(std::string_view path) const override;
@@ -32,6 +34,7 @@ class LocalFileSystem : public FileSystemObject {
  private:
   PathResolver resolver_;
   std::shared_ptr<base::CreatedFiles> created_;
+  LayerPtr layer_;
 };
 
 }  // namespace Scripting::local

@@ -51,7 +51,8 @@ bool IsPlain(std::string_view name) {
 }
 
 // The same as Find, by reading the folder once; `count` is the number of its names.
-std::optional<std::string> Search(const std::string& folder, const std::string& name, std::size_t& count) {
+std::optional<std::string> Search(const std::string& folder, const std::string& name,
+                                  const FolderNames::Counts& counts, std::size_t& count) {
   std::optional<std::string> found;
   const bool plain = IsPlain(name);
   const std::string folded = Folded(name);
@@ -59,7 +60,7 @@ std::optional<std::string> Search(const std::string& folder, const std::string& 
     ++count;
     const bool equal = plain && IsPlain(candidate) ? base::EqualsIgnoringAsciiCase(candidate, name)
                                                    : Folded(candidate) == folded;
-    if (equal && (!found || candidate < *found)) found = candidate;
+    if (equal && (!found || candidate < *found) && (!counts || counts(candidate))) found = candidate;
   });
   return found;
 }
@@ -103,14 +104,17 @@ const FolderNames::Folder* FolderNames::Known(const std::string& folder) {
   return nullptr;
 }
 
-std::optional<std::string> FolderNames::Find(const std::string& folder, const std::string& name) {
+std::optional<std::string> FolderNames::Find(const std::string& folder, const std::string& name,
+                                             const Counts& counts) {
   if (const Folder* known = Known(folder)) {
     const auto names = known->names.find(Folded(name));
-    return names == known->names.end() || names->second.empty() ? std::nullopt
-                                                                : std::optional(names->second.front());
+    if (names == known->names.end()) return std::nullopt;
+    const auto first = std::find_if(names->second.begin(), names->second.end(),
+                                    [&counts](const std::string& each) { return !counts || counts(each); });
+    return first == names->second.end() ? std::nullopt : std::optional(*first);
   }
   std::size_t count = 0;
-  std::optional<std::string> found = Search(folder, name, count);
+  std::optional<std::string> found = Search(folder, name, counts, count);
   if (count >= kWorthKeeping) Keep(folder);
   return found;
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,8 +22,10 @@ namespace Scripting::local {
 class FolderNames {
  public:
   // The name in `folder` that equals `name` but for case, as the disk has it; of several the first in byte
-  // order. Nothing when there is none or no such folder; 70 when the folder may not be read.
-  std::optional<std::string> Find(const std::string& folder, const std::string& name);
+  // order that `counts`. Nothing when there is none or no such folder; 70 when the folder may not be read.
+  using Counts = std::function<bool(std::string_view name)>;
+  std::optional<std::string> Find(const std::string& folder, const std::string& name,
+                                  const Counts& counts = nullptr);
 
   // Calls `remove`, which deletes the item at `path`, and updates what is known of its folder. In a folder
   // that is not watched, a name that somebody else adds within the same step of the disk's clock may stay

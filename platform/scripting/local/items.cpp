@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/base/open_folder.hpp"
+#include "platform/scripting/local/layer_stream.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/local/text_stream.hpp"
@@ -39,9 +40,9 @@ bool IsDangling(int code) {
   return code == ENOENT || code == ENOTDIR || code == ELOOP;
 }
 
-struct stat StatusOf(const std::string& native, ErrorNumber missing) {
+struct stat StatusOf(const LayerPtr& layer, const std::string& native, ErrorNumber missing) {
   struct stat status {};
-  if (stat(native.c_str(), &status) != 0) RaiseSystemError(errno, missing);
+  if (const int failure = Stat(layer, native, status)) RaiseSystemError(failure, missing);
   return status;
 }
 
@@ -49,6 +50,7 @@ struct stat StatusOf(const std::string& native, ErrorNumber missing) {
 struct FolderPath {
   std::string native;
   std::string shown;
+  LayerPtr layer;
 
   std::string NativeOf(std::string_view name) const { return Joined(native, '/', name); }
   std::string ShownOf(std::string_view name) const { return Joined(shown, '\\', ShownName(name)); }
@@ -76,21 +78,23 @@ class LocalFile : public File {
   automation::DateTime DateLastAccessed() const override {
     const std::string native = folder_->NativeOf(name_);
     struct stat status {};
-    if (stat(native.c_str(), &status) == 0) return LocalTime(status.st_atim);
-    const int code = errno;
-    if (!IsDangling(code) || lstat(native.c_str(), &status) != 0) {
+    const int code = Stat(folder_->layer, native, status);
+    if (code == 0) return LocalTime(status.st_atim);
+    if (!IsDangling(code) || Lstat(folder_->layer, native, status) != 0) {
       RaiseSystemError(code, ErrorNumber::FileNotFound);
     }
     return LocalTime(status.st_atim);
   }
   TextStreamPtr OpenAsTextStream(IOMode mode) override {
     if (mode != IOMode::ForReading && IsReadOnly(Status())) Raise(ErrorNumber::PermissionDenied);
-    return OpenStream(folder_->NativeOf(name_), mode, mode == IOMode::ForWriting ? O_TRUNC : 0);
+    const int flags = mode == IOMode::ForWriting ? O_TRUNC : 0;
+    if (folder_->layer) return OpenInLayer(folder_->layer, folder_->NativeOf(name_), mode, flags);
+    return OpenStream(folder_->NativeOf(name_), mode, flags);
   }
 
  private:
   struct stat Status() const {
-    return StatusOf(folder_->NativeOf(name_), ErrorNumber::FileNotFound);
+    return StatusOf(folder_->layer, folder_->NativeOf(name_), ErrorNumber::FileNotFound);
   }
 
   FolderPathPtr folder_;
@@ -99,8 +103,9 @@ class LocalFile : public File {
 
 class LocalFolder : public Folder {
  public:
-  LocalFolder(std::string native, std::string shown)
-      : path_(std::make_shared<const FolderPath>(FolderPath{std::move(native), std::move(shown)})) {}
+  LocalFolder(std::string native, std::string shown, LayerPtr layer)
+      : path_(std::make_shared<const FolderPath>(
+            FolderPath{std::move(native), std::move(shown), std::move(layer)})) {}
 
   std::string Name() const override {
     const std::string& shown = path_->shown;
@@ -109,11 +114,13 @@ class LocalFolder : public Folder {
   }
   std::string Path() const override { return path_->shown; }
   automation::DateTime DateLastAccessed() const override {
-    return LocalTime(StatusOf(path_->native, ErrorNumber::PathNotFound).st_atim);
+    return LocalTime(StatusOf(path_->layer, path_->native, ErrorNumber::PathNotFound).st_atim);
   }
   bool IsLink() const override {
     struct stat itself {};
-    if (lstat(path_->native.c_str(), &itself) != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    if (const int failure = Lstat(path_->layer, path_->native, itself)) {
+      RaiseSystemError(failure, ErrorNumber::PathNotFound);
+    }
     return S_ISLNK(itself.st_mode);
   }
 
@@ -127,13 +134,40 @@ class LocalFolder : public Folder {
   std::vector<FolderPtr> SubFolders() const override {
     std::vector<FolderPtr> folders;
     for (const std::string& name : Names(true)) {
-      folders.push_back(std::make_shared<LocalFolder>(path_->NativeOf(name), path_->ShownOf(name)));
+      folders.push_back(
+          std::make_shared<LocalFolder>(path_->NativeOf(name), path_->ShownOf(name), path_->layer));
     }
     return folders;
   }
 
  private:
   std::vector<std::string> Names(bool folders) const {
+    return path_->layer ? LayeredNames(folders) : NamesOnDisk(folders);
+  }
+
+  std::vector<std::string> LayeredNames(bool folders) const {
+    std::vector<base::FileLayer::Child> children;
+    if (const int failure = path_->layer->List(path_->native, children)) {
+      RaiseSystemError(failure, ErrorNumber::PathNotFound);
+    }
+    std::vector<std::string> names;
+    for (base::FileLayer::Child& child : children) {
+      if (IsWantedInLayer(child, folders)) names.push_back(std::move(child.name));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  bool IsWantedInLayer(const base::FileLayer::Child& child, bool folders) const {
+    if (child.type == DT_REG) return !folders;
+    if (child.type == DT_DIR) return folders;
+    if (child.type != DT_LNK && child.type != DT_UNKNOWN) return false;
+    Found found{path_->NativeOf(child.name), {}};
+    if (Lstat(path_->layer, found.path, found.status) != 0) return false;
+    return folders ? IsFolder(found, path_->layer) : IsFile(found, path_->layer);
+  }
+
+  std::vector<std::string> NamesOnDisk(bool folders) const {
     const base::OpenFolder listing(opendir(path_->native.c_str()));
     if (!listing) RaiseSystemError(errno, ErrorNumber::PathNotFound);
     std::vector<std::string> names;
@@ -174,30 +208,31 @@ class LocalFolder : public Folder {
 
 }  // namespace
 
-bool IsFolder(const Found& item) {
+bool IsFolder(const Found& item, const LayerPtr& layer) {
   if (S_ISDIR(item.status.st_mode)) return true;
   struct stat target {};
-  return S_ISLNK(item.status.st_mode) && stat(item.path.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+  return S_ISLNK(item.status.st_mode) && Stat(layer, item.path, target) == 0 && S_ISDIR(target.st_mode);
 }
 
-bool IsFile(const Found& item) {
-  return S_ISREG(item.status.st_mode) || (S_ISLNK(item.status.st_mode) && !IsFolder(item));
+bool IsFile(const Found& item, const LayerPtr& layer) {
+  return S_ISREG(item.status.st_mode) || (S_ISLNK(item.status.st_mode) && !IsFolder(item, layer));
 }
 
 bool IsReadOnly(const struct stat& status) {
   return !S_ISLNK(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-FilePtr MakeFile(const std::string& native, const std::string& shown) {
+FilePtr MakeFile(const std::string& native, const std::string& shown, LayerPtr layer) {
   const std::size_t slash = native.rfind('/');
   const std::string name = slash == std::string::npos ? native : native.substr(slash + 1);
   std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : native.substr(0, slash);
-  return std::make_shared<LocalFile>(
-      std::make_shared<const FolderPath>(FolderPath{std::move(folder), ParentFolderName(shown)}), name);
+  return std::make_shared<LocalFile>(std::make_shared<const FolderPath>(FolderPath{
+                                         std::move(folder), ParentFolderName(shown), std::move(layer)}),
+                                     name);
 }
 
-FolderPtr MakeFolder(std::string native, std::string shown) {
-  return std::make_shared<LocalFolder>(std::move(native), std::move(shown));
+FolderPtr MakeFolder(std::string native, std::string shown, LayerPtr layer) {
+  return std::make_shared<LocalFolder>(std::move(native), std::move(shown), std::move(layer));
 }
 
 }  // namespace Scripting::local

@@ -64,7 +64,7 @@ std::string WithinRoot(std::string_view rest) {
 
 }  // namespace
 
-PathResolver::PathResolver(const DriveTable& drives) {
+PathResolver::PathResolver(const DriveTable& drives, LayerPtr layer) : layer_(std::move(layer)) {
   for (const auto& [letter, folder] : drives) {
     std::string trimmed = folder;
     while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.pop_back();
@@ -94,14 +94,14 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   std::optional<std::string> native = Translate(path);
   if (!native) return std::nullopt;
   Found found{std::move(*native), {}};
-  if (lstat(found.path.c_str(), &found.status) == 0) return found;
-  if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+  const int failure = Lstat(layer_, found.path, found.status);
+  if (failure == 0) return found;
+  if (!IsMissing(failure)) RaiseSystemError(failure, ErrorNumber::PathNotFound);
 
   const auto [folder, name] = FolderAndName(found.path);
-  if (!folder.empty() && folder == askedFolder_ && lstat(askedFolder_.c_str(), &found.status) != 0 &&
-      IsMissing(errno)) {
+  if (!folder.empty() && folder == askedFolder_ && IsMissing(Lstat(layer_, askedFolder_, found.status))) {
     Found sibling{Joined(foundFolder_, name), {}};
-    if (lstat(sibling.path.c_str(), &sibling.status) == 0) return sibling;
+    if (Lstat(layer_, sibling.path, sibling.status) == 0) return sibling;
   }
   std::optional<Found> other = FindIgnoringCase(found.path, path);
   if (other) {
@@ -122,25 +122,36 @@ std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, s
                                      : std::string_view(native);
   // Mostly just the last part is missing, or spelled otherwise.
   if (const auto [folder, name] = FolderAndName(native);
-      folder.size() > start.size() && lstat(std::string(folder).c_str(), &found.status) == 0) {
+      folder.size() > start.size() && Lstat(layer_, std::string(folder), found.status) == 0) {
     found.path = folder;
     rest = name;
   }
   const std::vector<std::string> parts = Parts(rest);
   for (auto part = parts.begin(); part != parts.end(); ++part) {
     std::string next = Joined(found.path, *part);
-    if (lstat(next.c_str(), &found.status) != 0) {
-      if (!IsMissing(errno)) RaiseSystemError(errno, ErrorNumber::PathNotFound);
+    if (const int failure = Lstat(layer_, next, found.status); failure != 0) {
+      if (!IsMissing(failure)) RaiseSystemError(failure, ErrorNumber::PathNotFound);
       if (base::HasControl(*part)) RefuseControls(path);
-      const std::optional<std::string> name = names_.Find(found.path, *part);
+      const std::optional<std::string> name = FindName(found.path, *part);
       if (!name && std::any_of(part, parts.end(), base::HasControl)) RefuseControls(path);
       if (!name) return std::nullopt;
       next = Joined(found.path, *name);
-      if (lstat(next.c_str(), &found.status) != 0) return std::nullopt;
+      if (Lstat(layer_, next, found.status) != 0) return std::nullopt;
     }
     found.path = std::move(next);
   }
   if (found.path == start) return std::nullopt;
+  return found;
+}
+
+std::optional<std::string> PathResolver::FindName(const std::string& folder, const std::string& name) const {
+  if (!layer_) return names_.Find(folder, name);
+  std::optional<std::string> found = names_.Find(
+      folder, name, [&](std::string_view candidate) { return !layer_->Hides(folder, candidate); });
+  const std::string folded = FoldedName(ShownName(name));
+  for (std::string& own : layer_->OwnNamesLike(folder, name)) {
+    if (FoldedName(ShownName(own)) == folded && (!found || own < *found)) found = std::move(own);
+  }
   return found;
 }
 
@@ -156,7 +167,7 @@ PathResolver::Place PathResolver::PlaceFor(std::string_view path) const {
   if (parent.empty()) return {*native, std::nullopt};
   const std::optional<Found> folder = Find(parent);
   struct stat target {};
-  if (!folder || stat(folder->path.c_str(), &target) != 0 || !S_ISDIR(target.st_mode)) {
+  if (!folder || Stat(layer_, folder->path, target) != 0 || !S_ISDIR(target.st_mode)) {
     Raise(ErrorNumber::PathNotFound);
   }
   return {Joined(folder->path, name), std::nullopt};

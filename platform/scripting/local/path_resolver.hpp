@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/scripting/local/folder_names.hpp"
+#include "platform/scripting/local/tree_status.hpp"
 
 namespace Scripting::local {
 
@@ -24,8 +25,9 @@ struct Found {
 // Not to be shared between threads.
 class PathResolver {
  public:
-  // Letters may be given in either case; the folders are absolute paths of the operating system.
-  explicit PathResolver(const DriveTable& drives);
+  // Letters may be given in either case; the folders are absolute paths of the operating system. With a layer
+  // paths lead to what it shows.
+  explicit PathResolver(const DriveTable& drives, LayerPtr layer = nullptr);
 
   // The operating system's path for `path` in the spelling given, without separators at its end; the disk is
   // not asked. ".." of a drive path does not leave the drive. Nothing when the drive is unknown; an empty
@@ -60,8 +62,10 @@ class PathResolver {
 
  private:
   std::optional<Found> FindIgnoringCase(const std::string& native, std::string_view path) const;
+  std::optional<std::string> FindName(const std::string& folder, const std::string& name) const;
 
   DriveTable drives_;
+  LayerPtr layer_;
   mutable FolderNames names_;
   // The folder last found under another spelling than asked for: a sweep asks for one item after the other.
   mutable std::string askedFolder_;

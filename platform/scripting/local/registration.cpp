@@ -8,9 +8,10 @@
 namespace Scripting::local {
 
 void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives,
-                     const std::shared_ptr<base::CreatedFiles>& created) {
+                     const std::shared_ptr<base::CreatedFiles>& created,
+                     const std::shared_ptr<base::FileLayer>& layer) {
   classes.Register(kFileSystemObjectProgId,
-                   [drives, created] { return std::make_shared<LocalFileSystem>(drives, created); });
+                   [=] { return std::make_shared<LocalFileSystem>(drives, created, layer); });
   RegisterDictionary(classes);
 }
 

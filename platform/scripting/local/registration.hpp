@@ -7,12 +7,15 @@
 
 #include "platform/automation/class_table.hpp"
 #include "platform/base/created_files.hpp"
+#include "platform/base/file_layer.hpp"
 
 namespace Scripting::local {
 
 // "Scripting.FileSystemObject" and "Scripting.Dictionary". `drives` maps drive letters to absolute folders.
-// All file-system objects of the table note the files that they make in `created`, if there is one.
+// All file-system objects of the table note the files that they make in `created`, and change the tree in
+// `layer` only, if there are these.
 void RegisterClasses(automation::ClassTable& classes, const std::map<char, std::string>& drives = {},
-                     const std::shared_ptr<base::CreatedFiles>& created = nullptr);
+                     const std::shared_ptr<base::CreatedFiles>& created = nullptr,
+                     const std::shared_ptr<base::FileLayer>& layer = nullptr);
 
 }  // namespace Scripting::local

@@ -120,4 +120,20 @@ void RemoveTree(const std::string& native, bool force) {
   TreeRemoval(force).Run(native);
 }
 
+void RemoveTree(base::FileLayer& layer, const std::string& native, bool force) {
+  const auto check = [](int failure) {
+    if (failure != 0) RaiseSystemError(failure, ErrorNumber::PathNotFound);
+  };
+  struct stat status {};
+  check(layer.Lstat(native, status));
+  if (!force && IsReadOnly(status)) Raise(ErrorNumber::PermissionDenied);
+  if (!S_ISDIR(status.st_mode)) return check(layer.RemoveFile(native));
+  std::vector<base::FileLayer::Child> children;
+  check(layer.List(native, children));
+  std::sort(children.begin(), children.end(),
+            [](const auto& one, const auto& other) { return one.name < other.name; });
+  for (const base::FileLayer::Child& child : children) RemoveTree(layer, native + "/" + child.name, force);
+  check(layer.RemoveFolder(native));
+}
+
 }  // namespace Scripting::local
