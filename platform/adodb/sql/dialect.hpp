@@ -103,6 +103,25 @@ class Dialect {
   // Null for an engine without such a lock.
   virtual const SessionLockTexts* SessionLock() const { return nullptr; }
 
+  // --- Previews: everything in one transaction that is rolled back. ---
+
+  // A statement after which the session waits for other sessions' locks some seconds at most; empty where it
+  // does so anyway, or needs none.
+  virtual std::string_view BoundLockWaits() const { return {}; }
+  // A query for the names of the tables that take no part in transactions; empty where there are none. What a
+  // rollback does not undo there must not be done.
+  virtual std::string_view TablesWithoutTransactions() const { return {}; }
+  virtual std::string Savepoint(const std::string& name) const { return "SAVEPOINT " + name; }
+  virtual std::string RollbackToSavepoint(const std::string& name) const {
+    return "ROLLBACK TO SAVEPOINT " + name;
+  }
+  // Empty for an engine that forgets savepoints by itself.
+  virtual std::string ReleaseSavepoint(const std::string& name) const { return "RELEASE SAVEPOINT " + name; }
+  // Whether the engine gave the statement, or the whole transaction, up because of another session's lock.
+  virtual bool MeansLocked(const automation::Error& error) const {
+    return error.SqlState() == "40001" || error.SqlState() == "40P01" || error.SqlState() == "55P03";
+  }
+
   // --- Names and strings. ---
 
   // True where the engine reports unquoted names in another case than they were written in.

@@ -21,6 +21,24 @@ class MariaDb : public Dialect {
   std::string_view Name() const override { return "MariaDB"; }
   const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
+  std::string_view BoundLockWaits() const override {
+    return "SET SESSION innodb_lock_wait_timeout = 10, lock_wait_timeout = 10";
+  }
+  // Where a trigger could reach one, every table with a trigger counts as one.
+  std::string_view TablesWithoutTransactions() const override {
+    return "WITH plain AS (SELECT t.TABLE_NAME AS name FROM information_schema.TABLES t"
+           " LEFT JOIN information_schema.ENGINES e ON e.ENGINE = t.ENGINE"
+           " WHERE t.TABLE_SCHEMA = database() AND t.TABLE_TYPE = 'BASE TABLE'"
+           " AND coalesce(e.TRANSACTIONS, 'NO') <> 'YES')"
+           " SELECT name FROM plain UNION SELECT g.EVENT_OBJECT_TABLE FROM information_schema.TRIGGERS g"
+           " WHERE g.TRIGGER_SCHEMA = database() AND EXISTS (SELECT 1 FROM plain)";
+  }
+  bool MeansLocked(const automation::Error& error) const override {
+    constexpr std::int32_t kWaitedTooLong = 1205;
+    constexpr std::int32_t kDeadlock = 1213;
+    return error.NativeCode() == kWaitedTooLong || error.NativeCode() == kDeadlock;
+  }
+
   std::string DaysLater(std::string_view days, std::string_view moment) const override {
     std::string sql = "(";
     return sql.append(moment).append(" + interval (").append(days).append(") day)");

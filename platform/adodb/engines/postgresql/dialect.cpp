@@ -41,6 +41,8 @@ class PostgreSql : public Dialect {
   std::string_view Name() const override { return "PostgreSQL"; }
   const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
+  std::string_view BoundLockWaits() const override { return "SET lock_timeout = '10s'"; }
+
   std::string DaysLater(std::string_view days, std::string_view moment) const override {
     std::string sql = "(";
     return sql.append(moment).append(" + (").append(days).append(") * interval '1 day')");

@@ -26,6 +26,18 @@ class SqlServer : public Dialect {
   std::string_view Name() const override { return "SQL Server"; }
   const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
+  std::string_view BoundLockWaits() const override { return "SET LOCK_TIMEOUT 10000"; }
+  std::string Savepoint(const std::string& name) const override { return "SAVE TRANSACTION " + name; }
+  std::string RollbackToSavepoint(const std::string& name) const override {
+    return "ROLLBACK TRANSACTION " + name;
+  }
+  std::string ReleaseSavepoint(const std::string&) const override { return {}; }
+  bool MeansLocked(const automation::Error& error) const override {
+    constexpr std::int32_t kDeadlock = 1205;
+    constexpr std::int32_t kWaitedTooLong = 1222;
+    return error.NativeCode() == kDeadlock || error.NativeCode() == kWaitedTooLong;
+  }
+
   bool TakesTextUnchanged() const override { return true; }
 
   std::string QuotedName(std::string_view name) const override { return Enclosed(name, '[', ']'); }

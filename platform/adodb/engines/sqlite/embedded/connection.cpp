@@ -51,6 +51,10 @@ Connection::Connection(const OpenSettings& settings) : database_(OpenFile(settin
   sqlite3_extended_result_codes(database_.get(), 1);
   sqlite3_busy_timeout(database_.get(), settings.timeoutMilliseconds);
   RegisterFunctions(database_.get());
+  if (settings.isPrivate) {
+    OpenAlone();
+    return;
+  }
   // The first read tells a file that is no database, or is held by someone, now and not in the middle of a
   // job.
   const bool isNew = (settings.flags & SQLITE_OPEN_CREATE) != 0 &&
@@ -64,6 +68,14 @@ Connection::Connection(const OpenSettings& settings) : database_(OpenFile(settin
   // In WAL mode NORMAL keeps the database whole after a power cut; in the other modes only FULL does.
   if (wal && !settings.fullSynchronous) Run("PRAGMA synchronous = NORMAL");
   if (settings.fullSynchronous) Run("PRAGMA synchronous = FULL");
+}
+
+// The log is opened with the file, and its index kept in memory: neither is looked for by name again.
+void Connection::OpenAlone() {
+  Run("PRAGMA locking_mode = EXCLUSIVE");
+  Run("PRAGMA journal_mode = WAL");
+  Run("PRAGMA synchronous = OFF");
+  Run("BEGIN IMMEDIATE; COMMIT");
 }
 
 Connection::~Connection() = default;

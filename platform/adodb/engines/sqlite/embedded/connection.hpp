@@ -17,6 +17,8 @@ struct OpenSettings {
   int flags = 0;
   int timeoutMilliseconds = 5000;
   bool fullSynchronous = false;
+  bool isPrivate =
+      false;  // nobody else opens the file, and it goes with the connection: its name may go first
 };
 
 class Connection : public engine::Session {
@@ -43,6 +45,7 @@ class Connection : public engine::Session {
   };
 
   void Run(const char* sql);
+  void OpenAlone();
   bool FileIsStillThere();
 
   std::unique_ptr<sqlite3, Close> database_;

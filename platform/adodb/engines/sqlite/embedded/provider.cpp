@@ -19,7 +19,8 @@ namespace {
 
 class SqliteProvider : public engine::Provider {
  public:
-  explicit SqliteProvider(std::filesystem::path baseFolder) : baseFolder_(std::move(baseFolder)) {}
+  SqliteProvider(std::filesystem::path baseFolder, Opener open)
+      : baseFolder_(std::move(baseFolder)), open_(std::move(open)) {}
 
   std::string_view Name() const override { return "SQLite"; }
 
@@ -34,7 +35,7 @@ class SqliteProvider : public engine::Provider {
         Refuse("Synchronous", *synchronous);
       }
     }
-    return std::make_unique<Connection>(settings);
+    return open_(settings);
   }
 
  private:
@@ -62,13 +63,19 @@ class SqliteProvider : public engine::Provider {
     return value * 1000;
   }
 
-  std::filesystem::path baseFolder_;
+  const std::filesystem::path baseFolder_;
+  const Opener open_;
 };
 
 }  // namespace
 
 std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder) {
-  return std::make_shared<SqliteProvider>(std::move(baseFolder));
+  return MakeProvider(std::move(baseFolder),
+                      [](const OpenSettings& settings) { return std::make_unique<Connection>(settings); });
+}
+
+std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder, Opener open) {
+  return std::make_shared<SqliteProvider>(std::move(baseFolder), std::move(open));
 }
 
 }  // namespace ADODB::sqlite

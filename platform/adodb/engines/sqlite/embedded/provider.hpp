@@ -2,11 +2,14 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "platform/adodb/session/provider.hpp"
 
 namespace ADODB::sqlite {
+
+struct OpenSettings;
 
 // Serves "Provider=SQLite;Data Source=PATH" with these further keywords:
 //   Mode         ReadWrite (the default), Read, or ReadWriteCreate, which also makes a missing file
@@ -15,5 +18,9 @@ namespace ADODB::sqlite {
 // A relative Data Source is taken from `baseFolder`; "\" counts as "/". A file that Connect makes is in WAL
 // mode; an existing one keeps its journal mode.
 std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder);
+
+// The same with sessions of the caller's own making.
+using Opener = std::function<std::unique_ptr<engine::Session>(const OpenSettings&)>;
+std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder, Opener open);
 
 }  // namespace ADODB::sqlite
