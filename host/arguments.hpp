@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "host/limit.hpp"
+#include "platform/automation/date_time.hpp"
+
 namespace orvane_host {
 
 struct CommandEntry;
@@ -34,6 +37,8 @@ struct Arguments {
 
   std::vector<std::string> runs;    // report: names of runs
   std::optional<std::string> html;  // report: where the page goes
+  std::optional<Limit> limit;              // run
+  std::optional<automation::DateTime> at;  // preview; nothing: now
 
   bool demo = false;                     // init
   std::optional<std::string> database;   // init: connection string of the suite's database

@@ -75,6 +75,14 @@ constexpr Option kRunOptions[] = {
      }},
     {"no-wait", "", "do not wait",
      [](const std::string&, Arguments& into) { TakeWait(std::chrono::seconds(0), into); }},
+    {"limit", "N|P%",
+     "begin no job that would delete more than N rows or items, or P percent, of a table or folder",
+     [](const std::string& value, Arguments& into) {
+       into.limit = Limit::Parse(value);
+       if (!into.limit) {
+         throw UsageError("--limit takes a number, or a share such as 5%, not \"" + value + "\"");
+       }
+     }},
     {"no-preflight", "", "begin without asking whether the directory and the mail server answer",
      [](const std::string&, Arguments& into) { into.preflight = false; }},
     {"journal", "LEVEL",
@@ -90,6 +98,49 @@ constexpr Option kRunOptions[] = {
            OneOf<ShowProgress>(value, "progress", {{"auto", Auto}, {"always", Always}, {"never", Never}});
      }},
 };
+
+// "YYYY-MM-DD HH:MM:SS", a day of the calendar.
+automation::DateTime Moment(const std::string& text) {
+  constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
+  bool fits = text.size() == kForm.size();
+  for (std::size_t i = 0; fits && i < text.size(); ++i) {
+    fits = kForm[i] == 'd' ? text[i] >= '0' && text[i] <= '9' : text[i] == kForm[i];
+  }
+  try {
+    if (fits) {
+      const auto number = [&text](std::size_t from, std::size_t count) {
+        return std::stoi(text.substr(from, count));
+      };
+      const automation::DateTimeParts parts{.year = number(0, 4),
+                                            .month = number(5, 2),
+                                            .day = number(8, 2),
+                                            .hour = number(11, 2),
+                                            .minute = number(14, 2),
+                                            .second = number(17, 2)};
+      const automation::DateTime moment = automation::DateTime::FromParts(parts);
+      const automation::DateTimeParts read = moment.Parts();
+      if (read.month == parts.month && read.day == parts.day && read.hour == parts.hour &&
+          read.minute == parts.minute && read.second == parts.second) {
+        return moment;
+      }
+    }
+  } catch (const automation::Error&) {
+    // No day of the calendar.
+  }
+  throw UsageError("--at takes a moment such as \"2026-11-22 02:00:00\", not \"" + text + "\"");
+}
+
+constexpr Option kPreviewOptions[] = {
+    {"at", "\"YYYY-MM-DD HH:MM:SS\"", "at that moment, local time, instead of now",
+     [](const std::string& value, Arguments& into) { into.at = Moment(value); }},
+    kJson,
+};
+
+void CheckPreview(const Arguments& arguments) {
+  if (arguments.jobs.empty()) {
+    throw UsageError("preview needs the name of at least one job; \"orvane-host list\" shows them");
+  }
+}
 
 void CheckRun(const Arguments& arguments) {
   if (arguments.jobs.empty()) {
@@ -119,6 +170,8 @@ constexpr CommandEntry kCommands[] = {
     {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
      &TakeNewHome, &CheckInit, &InitSuite},
     {"run", "JOB...", "run jobs, one after the other", true, kRunOptions, &TakeJob, &CheckRun, &RunJobs},
+    {"preview", "JOB...", "what a run of these jobs would do, without changing anything", true,
+     kPreviewOptions, &TakeJob, &CheckPreview, &PreviewJobs},
     {"check", "[JOB...]", "whether everything that the jobs need is there, without changing anything", true,
      kCheckOptions, &TakeJob, nullptr, &CheckSuite},
     {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,

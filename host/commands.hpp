@@ -15,6 +15,7 @@ struct Console {
 int CheckSuite(const Arguments& arguments, const Console& console);
 int InitSuite(const Arguments& arguments, const Console& console);
 int ListJobs(const Arguments& arguments, const Console& console);
+int PreviewJobs(const Arguments& arguments, const Console& console);
 int ReportRuns(const Arguments& arguments, const Console& console);
 int RunJobs(const Arguments& arguments, const Console& console);
 int ShowHelp(const Arguments& arguments, const Console& console);

@@ -10,9 +10,11 @@
 
 #include "components/interfaces/service_request.hpp"
 #include "components/registration/register_jobs.hpp"
+#include "effects/preview/nowhere.hpp"
 #include "effects/service_watch.hpp"
 #include "effects/wrappers.hpp"
 #include "host/data_folder.hpp"
+#include "host/preview_world.hpp"
 #include "host/site_settings.hpp"
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "platform/adodb/odbc/provider.hpp"
@@ -39,14 +41,24 @@
 namespace orvane_host {
 namespace {
 
+std::shared_ptr<base::FileLayer> LayerOf(const PreviewWorld* world) {
+  return world == nullptr ? nullptr : world->Layer();
+}
+
 void RegisterFilesMailsAndLog(automation::ClassTable& classes, const SuiteHome& home,
-                              const Vantrel::SiteFile& site) {
+                              const Vantrel::SiteFile& site, const PreviewWorld* world) {
   const auto created = std::make_shared<base::CreatedFiles>();
-  Scripting::local::RegisterClasses(classes, Drives(site), created);
+  Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world));
   CDO::Settings mail = MailSettings(site, home);
   mail.ownFiles = created;
+  if (world != nullptr) {
+    mail.sendUsing = CDO::SendUsing::Nowhere;
+    mail.layer = world->Layer();
+    effects::RegisterSilentLog(classes);
+  } else {
+    Vantrel::RegisterLog(classes, home.ErrorLog());
+  }
   CDO::RegisterClasses(classes, mail);
-  Vantrel::RegisterLog(classes, home.ErrorLog());
 }
 
 // What a file is counted under: below the installation the folder that operators know, and not each of the
@@ -64,9 +76,9 @@ std::string CountedFolder(const std::filesystem::path& home, const std::string& 
   return folder.string();
 }
 
-effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site) {
-  const auto native = [resolver = std::make_shared<Scripting::local::PathResolver>(Drives(site))](
-                          std::string_view path, bool isMade) {
+effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site, const PreviewWorld* world) {
+  const auto native = [resolver = std::make_shared<Scripting::local::PathResolver>(
+                           Drives(site), LayerOf(world))](std::string_view path, bool isMade) {
     try {
       if (!isMade) return resolver->PlaceFor(path).path;
       // Its folder alone is looked for: what other names there are in it takes a listing to know.
@@ -89,8 +101,9 @@ effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site) {
 }
 
 MSXML2::Settings DocumentSettings(const Vantrel::SiteFile& site, const effects::Places& places,
-                                  effects::Recorder* recorder) {
-  MSXML2::Settings settings{.drives = Drives(site)};
+                                  const Wiring& wiring) {
+  MSXML2::Settings settings{.drives = Drives(site), .layer = LayerOf(wiring.world)};
+  effects::Recorder* const recorder = wiring.recorder;
   if (recorder == nullptr) return settings;
   settings.saving = [recorder, places](const std::string& path, const std::function<void()>& save) {
     recorder->Do(effects::FileChange{effects::FileChange::Kind::SaveDocument, path, places.folder(path)},
@@ -103,17 +116,18 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
                       const Wiring& wiring) {
   automation::ClassTable& classes = runtime.classes;
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-  ADODB::RegisterClasses(classes, DatabaseProviders(home), {},
+  ADODB::RegisterClasses(classes,
+                         wiring.world == nullptr ? DatabaseProviders(home) : wiring.world->Providers(), {},
                          wiring.recordsRows ? wiring.recorder : nullptr);
   if (wiring.recorder == nullptr) {
     MSXML2::RegisterClasses(classes, {.drives = Drives(site)});
-    RegisterFilesMailsAndLog(classes, home, site);
+    RegisterFilesMailsAndLog(classes, home, site, wiring.world);
     return;
   }
-  const effects::Places places = PlacesOf(home, site);
-  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring.recorder));
+  const effects::Places places = PlacesOf(home, site, wiring.world);
+  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring));
   automation::ClassTable real;
-  RegisterFilesMailsAndLog(real, home, site);
+  RegisterFilesMailsAndLog(real, home, site, wiring.world);
   Scripting::RegisterDictionary(classes);
   effects::RecordFiles(classes, real, *wiring.recorder, places);
   effects::RecordMails(classes, real, *wiring.recorder);
@@ -133,17 +147,35 @@ class FolderNames {
   Scripting::local::FolderNames names_;
 };
 
+// Those components of service requests that only read.
+void RegisterReading(automation::ClassTable& classes, const automation::ClassTable& real) {
+  for (const std::string_view reading :
+       {OrvServiceRequest::kQuestionProgId, OrvServiceRequest::kProspectProgId}) {
+    classes.Register(reading, [real, reading] { return real.Create(reading); });
+  }
+}
+
 // Those among which are some that change something outside the databases.
 void RegisterActingComponents(automation::ClassTable& classes, const SuiteHome& home,
-                              const Vantrel::SiteFile& site) {
+                              const Vantrel::SiteFile& site, const PreviewWorld* world) {
   const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
                                                                        const std::string& name) {
     return names->Find(folder, name);
   };
-  OrvCommonMTS::RegisterFileHandling(classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
-                                               .otherSpelling = otherSpelling,
-                                               .sharedPath = &SharedPath,
-                                               .ftp = FtpSettings(site, home)});
+  OrvCommonMTS::RegisterFileHandling(
+      classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
+                .otherSpelling = otherSpelling,
+                .sharedPath = &SharedPath,
+                .ftp = FtpSettings(site, home),
+                .layer = LayerOf(world),
+                .ownFolder = world == nullptr ? std::filesystem::path() : world->OwnFolder()});
+  if (world != nullptr) {
+    automation::ClassTable all;
+    OrvServiceRequest::RegisterServiceRequest(all, home.Path());
+    RegisterReading(classes, all);
+    effects::RegisterSilentComponents(classes);
+    return;
+  }
   OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
   OrvaneBackend::RegisterBackendCalls(classes, home.Path());
   OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
@@ -161,23 +193,28 @@ void RegisterComponents(automation::ClassTable& classes, const SuiteHome& home, 
   if (wiring.watch != nullptr) effects::WatchDirectory(classes, people, *wiring.watch);
 
   if (wiring.recorder == nullptr) {
-    RegisterActingComponents(classes, home, site);
+    RegisterActingComponents(classes, home, site, wiring.world);
     return;
   }
   automation::ClassTable real;
-  RegisterActingComponents(real, home, site);
-  effects::RecordSharedFiles(classes, real, *wiring.recorder, PlacesOf(home, site));
+  RegisterActingComponents(real, home, site, wiring.world);
+  effects::RecordSharedFiles(classes, real, *wiring.recorder, PlacesOf(home, site, wiring.world));
   effects::RecordCalls(classes, real, *wiring.recorder);
-  for (const std::string_view reading :
-       {OrvServiceRequest::kQuestionProgId, OrvServiceRequest::kProspectProgId}) {
-    classes.Register(reading, [real, reading] { return real.Create(reading); });
-  }
+  RegisterReading(classes, real);
 }
 
 }  // namespace
 
 std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home) {
   return {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()};
+}
+
+Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
+  Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
+  site.Connection("Orvane", "Orvane");
+  CheckSettings(home, site);
+  JournalDays(site);
+  return site;
 }
 
 void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {

@@ -15,6 +15,9 @@ namespace orvane_host {
 // What reaches the databases that connection strings of this suite lead to.
 std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home);
 
+// The suite's configuration as it is now. Raises automation::Error for one that no job could run with.
+Vantrel::SiteFile ReadConfiguration(const SuiteHome& home);
+
 // Raises what RegisterSuite would raise.
 void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site);
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "host/arguments.hpp"
+#include "platform/automation/error.hpp"
 #include "platform/base/text.hpp"
 
 namespace orvane_host {
@@ -53,6 +54,22 @@ std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names) {
 
 std::string_view ClassName(const JobInfo& job) {
   return job.progId.substr(kLibrary.size());
+}
+
+std::optional<std::vector<const JobInfo*>> JobsNamed(const std::vector<std::string>& names,
+                                                     std::ostream& err) {
+  std::vector<const JobInfo*> jobs;
+  for (const std::string& name : names) {
+    const JobInfo* const job = FindJob(name);
+    if (job == nullptr) {
+      const automation::Error unknown(automation::ErrorNumber::CannotCreateObject);
+      err << "orvane-host: " << name << ": " << unknown.Description() << " (" << unknown.Number()
+          << "); \"orvane-host list\" shows the jobs\n";
+      return std::nullopt;
+    }
+    jobs.push_back(job);
+  }
+  return jobs;
 }
 
 std::optional<std::string> StartTime(const JobInfo& job, std::string_view line) {

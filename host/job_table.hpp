@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,10 @@ std::vector<const JobInfo*> JobsNamed(const std::vector<std::string>& names);
 
 // "Archive" of OrvaneProcess.Archive. Lives as long as the program.
 std::string_view ClassName(const JobInfo& job);
+
+// The jobs meant by several names; nothing when one is unknown, which is told.
+std::optional<std::vector<const JobInfo*>> JobsNamed(const std::vector<std::string>& names,
+                                                     std::ostream& err);
 
 // The time that a start (or stop) line of the job gives, without the line's CR LF; nothing for any other
 // line.

@@ -16,14 +16,6 @@
 namespace orvane_host {
 namespace {
 
-effects::Recorder::Options RecorderOptions(const JobInfo& job, const Arguments& options) {
-  const JournalLevel usual =
-      job.progId == OrvaneProcess::kArchiveProgId ? JournalLevel::Rows : JournalLevel::Keys;
-  return {.rows = options.journal.value_or(usual) == JournalLevel::Rows,
-          .isKnownEntry = job.isKnownEntry,
-          .failureIn = [&job](std::string_view line) { return Failure(job, line); }};
-}
-
 std::size_t TerminalWidth() {
   winsize size{};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
@@ -42,17 +34,25 @@ std::unique_ptr<effects::Progress> MakeProgress(ShowProgress wanted, const Conso
                                                                    .atEnd = wanted == ShowProgress::Always});
 }
 
-std::string HostName() {
-  std::array<char, 256> name{};
-  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
-
 [[noreturn]] void CannotBegin(const std::exception& error) {
   throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::DeviceIoError), "orvane-host",
                           std::string("the journal cannot be begun, nothing was done: ") + error.what());
 }
 
 }  // namespace
+
+effects::Recorder::Options RecorderOptions(const JobInfo& job, const Arguments& options) {
+  const JournalLevel usual =
+      job.progId == OrvaneProcess::kArchiveProgId ? JournalLevel::Rows : JournalLevel::Keys;
+  return {.rows = options.journal.value_or(usual) == JournalLevel::Rows,
+          .isKnownEntry = job.isKnownEntry,
+          .failureIn = [&job](std::string_view line) { return Failure(job, line); }};
+}
+
+std::string HostName() {
+  std::array<char, 256> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
 
 Recording::Recording(const SuiteHome& home, const JobInfo& job, const Arguments& options,
                      const Console& console, effects::Listener& listener)

@@ -17,6 +17,13 @@
 
 namespace orvane_host {
 
+// What the recorder of a job's run is told to record: at the level that the options name, or the job's usual
+// one. A preview records the same.
+effects::Recorder::Options RecorderOptions(const JobInfo& job, const Arguments& options);
+
+// The name of this machine.
+std::string HostName();
+
 class Recording {
  public:
   // `listener` hears everything as well. Makes the journal, unless there is to be none.
@@ -39,6 +46,9 @@ class Recording {
     bool wasAskedFor = false;  // by somebody, not by what has happened
   };
   std::optional<Stop> MustStop() const;
+
+  // How much the run has changed so far.
+  const effects::Counts& CountsSoFar() const { return recorder_.CountsSoFar(); }
 
   // Null where none is shown.
   effects::Progress* ShownProgress() { return progress_.get(); }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "effects/journal.hpp"
@@ -13,6 +14,7 @@
 #include "host/exit_codes.hpp"
 #include "host/job_runner.hpp"
 #include "host/job_table.hpp"
+#include "host/limit_guard.hpp"
 #include "host/lock/suite_lock.hpp"
 #include "host/recording.hpp"
 #include "host/services.hpp"
@@ -26,15 +28,6 @@
 
 namespace orvane_host {
 namespace {
-
-// The suite's configuration as it is now. Raises automation::Error for one that no job could run with.
-Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
-  Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
-  site.Connection("Orvane", "Orvane");
-  CheckSettings(home, site);
-  JournalDays(site);
-  return site;
-}
 
 // What a session of the database's own shows of this process, where the engine has a place for it.
 std::string Self() {
@@ -81,12 +74,15 @@ std::unique_ptr<orvane_lock::SuiteLock> TakeLock(const Arguments& arguments, con
 
 // Why the job has to stop at the safe point where it is.
 std::optional<Recording::Stop> MustStop(const StopRequest& request, const orvane_lock::SuiteLock& lock,
-                                        const Recording& recording) {
+                                        const Recording& recording, const std::optional<LimitGuard>& limit) {
   if (auto stop = recording.MustStop()) return stop;
   if (lock.IsLost()) {
     return Recording::Stop{
         "the lock of the suite's database was lost, and somebody else has it or the database does not answer",
         kTryAgain};
+  }
+  if (limit) {
+    if (auto stop = limit->MustStop(recording.CountsSoFar())) return stop;
   }
   if (request.WasMade()) return Recording::Stop{"asked to stop", kTryAgain, true};
   return std::nullopt;
@@ -108,17 +104,9 @@ int Stopped(const Console& console, const std::string& why, int soFar, int exitC
 }  // namespace
 
 int RunJobs(const Arguments& arguments, const Console& console) {
-  std::vector<const JobInfo*> jobs;
-  for (const std::string& name : arguments.jobs) {
-    const JobInfo* job = FindJob(name);
-    if (job == nullptr) {
-      const automation::Error unknown(automation::ErrorNumber::CannotCreateObject);
-      console.err << "orvane-host: " << name << ": " << unknown.Description() << " (" << unknown.Number()
-                  << "); \"orvane-host list\" shows the jobs\n";
-      return kUsage;
-    }
-    jobs.push_back(job);
-  }
+  const auto named = JobsNamed(arguments.jobs, console.err);
+  if (!named) return kUsage;
+  const std::vector<const JobInfo*>& jobs = *named;
 
   const SuiteHome home(arguments.home);
   const StopRequest stopRequest;
@@ -136,23 +124,37 @@ int RunJobs(const Arguments& arguments, const Console& console) {
       if (!lock->BeginJob(job->progId)) {
         return Stopped(console, "the lock of the suite's database was lost" + before, exitCode, kTryAgain);
       }
+      std::optional<LimitGuard> limit;
+      if (arguments.limit) {
+        limit = LimitGuard::Pass(*arguments.limit, home, ReadConfiguration(home), *job, console);
+        if (!limit) {
+          exitCode = Graver(exitCode, kLimit);
+          continue;
+        }
+      }
       Recording recording(home, *job, arguments, console, runner);
       // A runtime of its own for each job, as each would have in a service of its own.
       automation::Runtime runtime;
       RegisterSuite(runtime, home, ReadConfiguration(home), recording.GetWiring());
       const automation::SafePoints stopping([&] {
-        if (const auto stop = MustStop(stopRequest, *lock, recording)) {
+        if (const auto stop = MustStop(stopRequest, *lock, recording, limit)) {
           StopHere(runner, recording, *stop, exitCode);
         }
       });
       if (!runner.Run(*job, runtime, recording)) exitCode = Graver(exitCode, kUnfinished);
-      if (const auto stop = recording.MustStop()) {
+      auto stop = recording.MustStop();
+      if (!stop && limit) stop = limit->MustStop(recording.CountsSoFar());
+      if (stop) {
         return Stopped(console, stop->why + "; stopped behind " + std::string(job->progId), exitCode,
                        stop->exitCode);
       }
     }
   } catch (const automation::Error& error) {
     console.err << "orvane-host: " << error.Description() << '\n';
+    return kConfiguration;
+  } catch (const std::system_error& error) {
+    console.err << "orvane-host: no place for the files of the preview that a limit needs: " << error.what()
+                << '\n';
     return kConfiguration;
   }
   return arguments.strict && runner.SawFailures() ? Graver(exitCode, kErrorsLogged) : exitCode;

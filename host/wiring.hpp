@@ -1,4 +1,4 @@
-// What stands between a suite's classes and its jobs while a run is recorded.
+// What stands between a suite's classes and its jobs while a run is recorded or previewed.
 #pragma once
 
 namespace effects {
@@ -8,11 +8,14 @@ class ServiceWatch;
 
 namespace orvane_host {
 
+class PreviewWorld;
+
 // All of it must outlive what the runtime's classes make. Nothing is wrapped where there is no recorder.
 struct Wiring {
   effects::Recorder* recorder = nullptr;
   bool recordsRows = false;                // changes of the databases as well
   effects::ServiceWatch* watch = nullptr;  // of the directory; may be null
+  const PreviewWorld* world = nullptr;  // in which everything is changed, if it is not to be changed at all
 };
 
 }  // namespace orvane_host
