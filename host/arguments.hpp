@@ -35,8 +35,8 @@ struct Arguments {
 
   std::optional<std::chrono::hours> maxAge;  // status
 
-  std::vector<std::string> runs;    // report: names of runs
-  std::optional<std::string> html;  // report: where the page goes
+  std::vector<std::string> runs;           // report: names of runs
+  std::optional<std::string> html;         // report: where the page goes
   std::optional<Limit> limit;              // run
   std::optional<automation::DateTime> at;  // preview; nothing: now
 

@@ -213,6 +213,35 @@ class Suite {
     orvane_->Execute("REVOKE " + right + " ON " + table + " FROM " + text.Value("UID").value_or(""));
   }
 
+  // The rows of all tables, whoever looks.
+  std::map<std::string, std::vector<std::string>> Rows(const std::vector<std::string>& tables) {
+    std::map<std::string, std::vector<std::string>> rows;
+    const auto orvane = orvane_ ? orvane_->Connect() : OpenFile(DatabaseFile("orvane.sqlite"));
+    for (const auto& table : tables) rows[table] = SortedRows(*orvane, table, folder_.Path());
+    return rows;
+  }
+
+  // What a preview of the four jobs prints, and then what their run's journals hold: each line without the
+  // run, its moments, and the names of pages.
+  std::vector<std::string> Previewed() {
+    const Outcome outcome = RunHost(WithJobs({"preview", "--home", home_.string(), "--json"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    return EffectLines(outcome.out);
+  }
+  std::vector<std::string> Journalled() {
+    const Outcome outcome = RunHost(WithJobs({"run", "--home", home_.string()}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    std::vector<std::string> lines;
+    for (const std::string& job : WithJobs({})) {
+      for (const auto& entry : fs::directory_iterator(home_ / "journal")) {
+        if (!entry.path().string().ends_with("-" + job + ".jsonl")) continue;
+        for (std::string& line : EffectLines(TemporaryFolder::Read(entry.path())))
+          lines.push_back(std::move(line));
+      }
+    }
+    return lines;
+  }
+
   // The lines of every log after a run of one job.
   std::string LogsOf(const std::string& job) {
     exitCode = RunHost({"run", "--home", home_.string(), job}).exitCode;
@@ -257,6 +286,23 @@ class Suite {
   }
 
  private:
+  static std::vector<std::string> WithJobs(std::vector<std::string> words) {
+    for (const char* job : {"DormantUserExpiry", "SolveOnNoResponse", "CleanUp", "Archive"})
+      words.emplace_back(job);
+    return words;
+  }
+
+  static std::vector<std::string> EffectLines(const std::string& text) {
+    static const std::regex kHead(R"x("run":"[^"]*",|"seq":[0-9]+,|"time":"[^"]*",)x");
+    static const std::regex kPage("[0-9]+\\.htm\\b");
+    std::vector<std::string> lines;
+    for (const std::string& line : Lines(text)) {
+      if (line.find("\"op\":\"run.") != std::string::npos) continue;
+      lines.push_back(std::regex_replace(std::regex_replace(line, kHead, ""), kPage, "PAGE.htm"));
+    }
+    return lines;
+  }
+
   static std::vector<std::string> Lines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
@@ -307,6 +353,19 @@ void ExpectSame(const Remains& found, const Remains& expected) {
 }
 
 class FourJobsTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(FourJobsTest, DoOnAServerWhatTheirPreviewSaysWhichChangesNothing) {
+  Suite rows;
+  const std::vector<std::string> tables = TablesOf(*OpenFile(rows.DatabaseFile("orvane.sqlite")));
+  Suite suite;
+  suite.MoveTo(GetParam(), rows);
+  const auto before = suite.Rows(tables);
+  const std::vector<std::string> previewed = suite.Previewed();
+  EXPECT_EQ(suite.Rows(tables), before);
+  EXPECT_GT(previewed.size(), 1000U);
+  EXPECT_EQ(suite.Previewed(), previewed);
+  EXPECT_THAT(suite.Journalled(), ElementsAreArray(previewed));
+}
 
 TEST_P(FourJobsTest, LeaveOnAServerWhatTheyLeaveOnTheEmbeddedEngine) {
   Suite embedded;
