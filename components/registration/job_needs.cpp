@@ -26,7 +26,8 @@ constexpr TableNeed kArchive[] = {
 constexpr TableNeed kCleanUp[] = {
     kParameters,
     {.name = "CHATSESSIONS", .reads = "SESSIONID"},
-    {.name = "PREVIEW", .deletes = true},
+    // Its keys, for the journal.
+    {.name = "PREVIEW", .reads = "PREVIEWID", .deletes = true},
     {.name = "QUESTIONS", .reads = "Q_ID Q_STATUS Q_DATE", .wholeRows = true, .deletes = true},
     {.name = "DATAFILES", .reads = "ID1 FILENAME FILETYPE LASTUPLOAD", .deletes = true},
 };

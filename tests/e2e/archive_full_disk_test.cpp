@@ -127,6 +127,8 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
   std::istringstream lines(TemporaryFolder::Read(trace));
   for (std::string call, path; lines >> call >> path;) {
     if (path.ends_with("/.lock")) continue;  // it says who runs, and is worth nothing afterwards
+    // Its lines come while rows are being deleted, and are synced before the commit.
+    if (path.find("/journal") != std::string::npos) continue;
     const std::string parent = fs::path(path).parent_path().string();
     if (path.find("/db/") != std::string::npos) {
       if (call != "write" || renamed < 2) continue;
