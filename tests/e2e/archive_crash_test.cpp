@@ -44,6 +44,10 @@ class ArchiveCrashTest : public testing::TestWithParam<std::string> {
   std::unique_ptr<Engine> engine_ = MakeEngine(GetParam(), installation_.suite);
 };
 
+// The journal is synced once a second besides, so a run that takes longer has a point or two more than
+// another.
+constexpr long kSyncsByTime = 3;
+
 TEST_P(ArchiveCrashTest, NothingIsLostWhereverTheRunIsKilled) {
   const long points = CountPoints();
   ASSERT_GT(points, 100);
@@ -55,7 +59,8 @@ TEST_P(ArchiveCrashTest, NothingIsLostWhereverTheRunIsKilled) {
     const Outcome killed = Run(disturbance);
     const std::string when =
         "after a kill at point " + std::to_string(point) + " of " + std::to_string(points);
-    EXPECT_TRUE(killed.exitCode == -1 || point == points) << when << " ended by itself: " << killed.exitCode;
+    EXPECT_TRUE(killed.exitCode == -1 || point > points - kSyncsByTime)
+        << when << " ended by itself: " << killed.exitCode;
     ExpectNothingLost(*engine_, installation_, when);
     ExpectNextRunGoesThrough(*engine_, installation_, when);
   }
