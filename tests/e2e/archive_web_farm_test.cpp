@@ -138,7 +138,10 @@ TEST_P(ArchiveWebFarmTest, WhatIsUndoneIsUndoneOnTheSharedPlaceToo) {
 TEST_P(ArchiveWebFarmTest, ASharedFileThatCannotBeReplacedKeepsTheRows) {
   here_.Run();
   Fill();
+  // In a folder a file that may not be written is not replaced; an FTP server replaces it, but cannot make
+  // the hand-out under its temporary name where something else has that name.
   fs::permissions(Shared() / "BP7_bob_trans.xml", fs::perms::owner_read);
+  fs::create_directories(Shared() / "BP7_bob_trans.xml.part" / "in the way");
 
   EXPECT_EQ(here_.Run().exitCode, 0);
 
@@ -146,6 +149,7 @@ TEST_P(ArchiveWebFarmTest, ASharedFileThatCannotBeReplacedKeepsTheRows) {
   EXPECT_THAT(here_.Messages(),
               Contains("Editing of Archive file " + here_.Path("BP7_bob_trans.xml") + " failed2"));
   fs::permissions(Shared() / "BP7_bob_trans.xml", fs::perms::owner_all);
+  fs::remove_all(Shared() / "BP7_bob_trans.xml.part");
   there_.Run();
   EXPECT_THAT(CustomersLeft(), IsEmpty());
   EXPECT_EQ(Count(TemporaryFolder::Read(Shared() / "BP7_bob_SR.xml"), "<SR "), 4);
