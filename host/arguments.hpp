@@ -23,7 +23,7 @@ struct Arguments {
   const CommandEntry* about = nullptr;    // help: of this command alone; null: of all
   std::filesystem::path home;
   std::vector<std::string> jobs;  // as given, in order
-  bool json = false;              // check, report, status
+  bool json = false;              // check, explain, preview, report, status
 
   bool strict = false;    // run
   bool preflight = true;  // run; also whether it stops when a service goes away
@@ -38,7 +38,8 @@ struct Arguments {
   std::vector<std::string> runs;           // report: names of runs
   std::optional<std::string> html;         // report: where the page goes
   std::optional<Limit> limit;              // run
-  std::optional<automation::DateTime> at;  // preview; nothing: now
+  std::optional<automation::DateTime> at;  // preview, explain; nothing: now
+  std::string key;                         // explain: whom or what about
 
   bool demo = false;                     // init
   std::optional<std::string> database;   // init: connection string of the suite's database

@@ -142,6 +142,20 @@ void CheckPreview(const Arguments& arguments) {
   }
 }
 
+void TakeJobAndKey(const std::string& word, Arguments& into) {
+  if (into.jobs.empty()) return TakeJob(word, into);
+  if (!into.key.empty()) throw UsageError("explain takes one job and one key, not also " + word);
+  into.key = word;
+}
+
+void CheckExplain(const Arguments& arguments) {
+  if (arguments.key.empty()) {
+    throw UsageError(
+        "explain needs a job and a key: a customer's address, user id or number, a request's "
+        "number, a file's name");
+  }
+}
+
 void CheckRun(const Arguments& arguments) {
   if (arguments.jobs.empty()) {
     throw UsageError("run needs the name of at least one job; \"orvane-host list\" shows them");
@@ -172,6 +186,9 @@ constexpr CommandEntry kCommands[] = {
     {"run", "JOB...", "run jobs, one after the other", true, kRunOptions, &TakeJob, &CheckRun, &RunJobs},
     {"preview", "JOB...", "what a run of these jobs would do, without changing anything", true,
      kPreviewOptions, &TakeJob, &CheckPreview, &PreviewJobs},
+    {"explain", "JOB KEY",
+     "what a run of the job would read of a customer, a request or a file, and do with it; changes nothing",
+     true, kPreviewOptions, &TakeJobAndKey, &CheckExplain, &ExplainJob},
     {"check", "[JOB...]", "whether everything that the jobs need is there, without changing anything", true,
      kCheckOptions, &TakeJob, nullptr, &CheckSuite},
     {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,

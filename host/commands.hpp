@@ -13,6 +13,7 @@ struct Console {
 };
 
 int CheckSuite(const Arguments& arguments, const Console& console);
+int ExplainJob(const Arguments& arguments, const Console& console);
 int InitSuite(const Arguments& arguments, const Console& console);
 int ListJobs(const Arguments& arguments, const Console& console);
 int PreviewJobs(const Arguments& arguments, const Console& console);

@@ -11,6 +11,7 @@
 #include "components/interfaces/service_request.hpp"
 #include "components/registration/register_jobs.hpp"
 #include "effects/preview/nowhere.hpp"
+#include "effects/reads.hpp"
 #include "effects/service_watch.hpp"
 #include "effects/wrappers.hpp"
 #include "host/data_folder.hpp"
@@ -112,13 +113,26 @@ MSXML2::Settings DocumentSettings(const Vantrel::SiteFile& site, const effects::
   return settings;
 }
 
+void RegisterDatabases(automation::ClassTable& classes, const SuiteHome& home, const Wiring& wiring) {
+  const auto registerIn = [&](automation::ClassTable& table) {
+    ADODB::RegisterClasses(table,
+                           wiring.world == nullptr ? DatabaseProviders(home) : wiring.world->Providers(), {},
+                           wiring.recordsRows ? wiring.recorder : nullptr);
+  };
+  if (wiring.reads == nullptr) return registerIn(classes);
+  automation::ClassTable real;
+  registerIn(real);
+  for (const char* unheard : {"ADODB.Connection", "ADODB.Command"}) {
+    classes.Register(unheard, [real, unheard] { return real.Create(unheard); });
+  }
+  effects::HearRows(classes, real, *wiring.reads);
+}
+
 void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
                       const Wiring& wiring) {
   automation::ClassTable& classes = runtime.classes;
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-  ADODB::RegisterClasses(classes,
-                         wiring.world == nullptr ? DatabaseProviders(home) : wiring.world->Providers(), {},
-                         wiring.recordsRows ? wiring.recorder : nullptr);
+  RegisterDatabases(classes, home, wiring);
   if (wiring.recorder == nullptr) {
     MSXML2::RegisterClasses(classes, {.drives = Drives(site)});
     RegisterFilesMailsAndLog(classes, home, site, wiring.world);
@@ -129,7 +143,9 @@ void RegisterPlatform(automation::Runtime& runtime, const SuiteHome& home, const
   automation::ClassTable real;
   RegisterFilesMailsAndLog(real, home, site, wiring.world);
   Scripting::RegisterDictionary(classes);
-  effects::RecordFiles(classes, real, *wiring.recorder, places);
+  automation::ClassTable heard;
+  if (wiring.reads != nullptr) effects::HearFolders(heard, real, *wiring.reads);
+  effects::RecordFiles(classes, wiring.reads == nullptr ? real : heard, *wiring.recorder, places);
   effects::RecordMails(classes, real, *wiring.recorder);
   effects::RecordErrors(classes, real, *wiring.recorder);
 }

@@ -99,7 +99,7 @@ std::uint64_t PreviewedJob::Held(const Deletions& of) const {
 
 PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, const JobInfo& job,
                         PreviewWorld& world, const std::optional<automation::DateTime>& at,
-                        effects::Listener* listener, bool watchesServices) {
+                        effects::Listener* listener, bool watchesServices, effects::ReadListener* reads) {
   PreviewedJob previewed;
   previewed.job = &job;
   automation::Runtime runtime;
@@ -121,7 +121,8 @@ PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, co
                 {.recorder = &recorder,
                  .recordsRows = true,
                  .watch = watchesServices ? &watch : nullptr,
-                 .world = &world});
+                 .world = &world,
+                 .reads = reads});
 
   const automation::RuntimeScope scope(runtime);
   previewed.at = automation::Now();

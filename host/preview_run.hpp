@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "effects/reads.hpp"
 #include "effects/recorder.hpp"
 #include "host/job_table.hpp"
 #include "host/limit.hpp"
@@ -39,11 +40,12 @@ struct PreviewedJob {
 // counted.
 std::optional<std::uint64_t> CountRows(const std::string& table);
 
-// Runs the job in `world`. `listener` hears every line, and may be null; `at` is the job's clock, which
-// stands still then, or the machine's. Where a run would stop because a service has gone away, the world
-// ends, unless nobody is to watch. FAILS: what RegisterSuite raises.
+// Runs the job in `world`. `listener` hears every line, `reads` what the job reads; both may be null. `at` is
+// the job's clock, which stands still then, or the machine's. Where a run would stop because a service has
+// gone away, the world ends, unless nobody is to watch. FAILS: what RegisterSuite raises.
 PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, const JobInfo& job,
                         PreviewWorld& world, const std::optional<automation::DateTime>& at,
-                        effects::Listener* listener, bool watchesServices);
+                        effects::Listener* listener, bool watchesServices,
+                        effects::ReadListener* reads = nullptr);
 
 }  // namespace orvane_host
