@@ -1,9 +1,10 @@
 # One target per chore.
-.PHONY: build run test quick soak format lint bench install bootstrap clean
+.PHONY: build run test quick soak format lint bench install package bootstrap clean
 
 BUILD_JOBS ?= $(shell nproc)
 
-build: bootstrap
+build:
+	@scripts/bootstrap build
 	cmake --preset release -DORVANE_BUILD_TESTS=OFF
 	cmake --build --preset release -j $(BUILD_JOBS)
 
@@ -12,7 +13,8 @@ run: build
 	scripts/demo
 
 # Everything but the soak tests, the tests against real servers included.
-test: bootstrap
+test:
+	@scripts/bootstrap test
 	scripts/check-layers
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
@@ -25,7 +27,8 @@ quick:
 	ctest --preset debug -j $(BUILD_JOBS) -L quick
 
 # The tests that take longer than everyday ones may; their results go to docs/soak.md.
-soak: bootstrap
+soak:
+	@scripts/bootstrap test
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
 	scripts/soak
@@ -33,7 +36,8 @@ soak: bootstrap
 format:
 	scripts/format
 
-lint: bootstrap
+lint:
+	@scripts/bootstrap test
 	scripts/lint
 
 # Some 15 minutes, after the tests of the benches themselves. OUT=FILE: one line of JSON for each figure.
@@ -46,6 +50,10 @@ bench:
 
 install: build
 	cmake --install build/release
+
+# Debian packages of the program and of the library, in build/packages.
+package:
+	scripts/make-package
 
 bootstrap:
 	@scripts/bootstrap

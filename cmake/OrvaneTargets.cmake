@@ -6,6 +6,10 @@ function(orvane_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  # It may become part of the shared library: of that only what is marked can be seen, and nobody replaces it.
+  target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  set_target_properties(${name} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
 # Compiles a test target with GoogleMock and the standard library's headers read beforehand: they are half of what

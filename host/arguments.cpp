@@ -9,7 +9,7 @@
 #include "host/command_table.hpp"
 #include "host/near_name.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 // What getopt_long answers for the option at that place, beyond every character.
@@ -128,4 +128,4 @@ Arguments ParseArguments(const std::vector<std::string>& given, const char* envi
   return arguments;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

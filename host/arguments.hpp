@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "host/limit.hpp"
+#include "effects/limit.hpp"
 #include "platform/automation/date_time.hpp"
+#include "run/run_job.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 struct CommandEntry;
 
-enum class JournalLevel { Keys, Rows, Off };
 enum class ShowProgress { Auto, Always, Never };
 
 struct Arguments {
@@ -37,13 +37,15 @@ struct Arguments {
 
   std::vector<std::string> runs;           // report: names of runs
   std::optional<std::string> html;         // report: where the page goes
-  std::optional<Limit> limit;              // run
+  std::optional<effects::Limit> limit;     // run
   std::optional<automation::DateTime> at;  // preview, explain; nothing: now
   std::string key;                         // explain: whom or what about
 
-  bool demo = false;                     // init
-  std::optional<std::string> database;   // init: connection string of the suite's database
-  std::optional<std::string> catalogue;  // init: connection string of the catalogue database
+  bool demo = false;                           // init
+  std::optional<std::string> database;         // init: connection string of the suite's database
+  std::optional<std::string> catalogue;        // init: connection string of the catalogue database
+  std::optional<std::string> connectionsFrom;  // init: the file that holds both; "-": standard input
+  std::optional<std::string> owner;            // init: the account that is to own the suite
 };
 
 class UsageError : public std::runtime_error {
@@ -56,4 +58,4 @@ class UsageError : public std::runtime_error {
 // Threads: one at a time in a process.
 Arguments ParseArguments(const std::vector<std::string>& given, const char* environmentHome);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

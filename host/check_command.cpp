@@ -15,17 +15,18 @@
 #include "host/check/parameter_check.hpp"
 #include "host/check/site_check.hpp"
 #include "host/commands.hpp"
-#include "host/composition.hpp"
-#include "host/exit_codes.hpp"
-#include "host/job_table.hpp"
-#include "host/services.hpp"
-#include "host/suite_home.hpp"
+#include "host/named_jobs.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/locale/icu_locale.hpp"
+#include "run/exit_codes.hpp"
+#include "run/job_table.hpp"
+#include "run/services.hpp"
+#include "suite/composition/composition.hpp"
+#include "suite/composition/suite_home.hpp"
 #include "suite/paths/native_path.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -222,4 +223,4 @@ int CheckSuite(const Arguments& arguments, const Console& console) {
   return ExitCodeOf(findings);
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 std::uint32_t Number(const std::string& text, const std::string& option, const std::string& unit) {
@@ -33,6 +33,13 @@ constexpr Option kInitOptions[] = {
      [](const std::string& value, Arguments& into) { into.database = value; }},
     {"catalog", "STRING", "the catalogue's database, with --database",
      [](const std::string& value, Arguments& into) { into.catalogue = value; }},
+    {"connections-from", "FILE",
+     "both connection strings, a line each, from a file, or from standard input (-): the process list shows "
+     "a "
+     "password that stands on the command line",
+     [](const std::string& value, Arguments& into) { into.connectionsFrom = value; }},
+    {"owner", "USER", "the account that runs the jobs: the suite and its log folder are made for it",
+     [](const std::string& value, Arguments& into) { into.owner = value; }},
 };
 
 void TakeNewHome(const std::string& word, Arguments& into) {
@@ -44,6 +51,9 @@ void CheckInit(const Arguments& arguments) {
   if (arguments.home.empty()) throw UsageError("init needs the directory to make the suite in");
   if (arguments.database.has_value() != arguments.catalogue.has_value()) {
     throw UsageError("--database and --catalog go together");
+  }
+  if (arguments.database && arguments.connectionsFrom) {
+    throw UsageError("--database and --connections-from exclude each other");
   }
 }
 
@@ -78,7 +88,7 @@ constexpr Option kRunOptions[] = {
     {"limit", "N|P%",
      "begin no job that would delete more than N rows or items, or P percent, of a table or folder",
      [](const std::string& value, Arguments& into) {
-       into.limit = Limit::Parse(value);
+       into.limit = effects::Limit::Parse(value);
        if (!into.limit) {
          throw UsageError("--limit takes a number, or a share such as 5%, not \"" + value + "\"");
        }
@@ -230,4 +240,4 @@ const CommandEntry* FindCommand(std::string_view name) {
   return nullptr;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -10,7 +10,7 @@
 #include "host/arguments.hpp"
 #include "host/commands.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 struct Option {
   std::string_view name;   // without the dashes
@@ -43,4 +43,4 @@ const CommandEntry* FindCommand(std::string_view name);
 // The help of one command, or of all when it is null, with the table of exit codes.
 std::string HelpText(const CommandEntry* about);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -2,15 +2,20 @@
 #pragma once
 
 #include <ostream>
+#include <string_view>
 
 #include "host/arguments.hpp"
+#include "run/run_job.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 struct Console {
   std::ostream& out;
   std::ostream& err;
 };
+
+// One thing that a run has to say: how jobs ended to `out`, everything else to `err`, after what it is.
+void Print(const Console& console, Telling kind, std::string_view text);
 
 int CheckSuite(const Arguments& arguments, const Console& console);
 int ExplainJob(const Arguments& arguments, const Console& console);
@@ -23,4 +28,4 @@ int ShowHelp(const Arguments& arguments, const Console& console);
 int ShowStatus(const Arguments& arguments, const Console& console);
 int ShowVersion(const Arguments& arguments, const Console& console);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

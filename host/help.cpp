@@ -2,10 +2,10 @@
 #include <string>
 
 #include "host/command_table.hpp"
-#include "host/exit_codes.hpp"
-#include "host/version.hpp"
+#include "run/exit_codes.hpp"
+#include "run/version.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 constexpr std::size_t kWidth = 110;
@@ -85,4 +85,4 @@ int ShowVersion(const Arguments&, const Console& console) {
   return kOk;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 std::string Lower(std::string_view text) {
@@ -59,4 +59,4 @@ std::optional<std::string_view> NearName(std::string_view name, std::span<const 
   return nearest;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -7,10 +7,10 @@
 
 #include "effects/journal_files.hpp"
 #include "effects/journal_reader.hpp"
-#include "host/recording.hpp"
 #include "platform/base/text.hpp"
+#include "run/recording.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 struct Words {
@@ -140,4 +140,4 @@ void PrintSummary(const PreviewedJob& previewed, const std::vector<RunCounts>& l
     out << "  and " << Grouped(more - previewed.warnings.size()) << " more\n";
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/preview_run.hpp"
-#include "host/suite_home.hpp"
+#include "run/preview_run.hpp"
+#include "suite/composition/suite_home.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // What the last runs of a job did, the oldest first, by kind and subject (see effects::Counts::Key).
 using RunCounts = std::map<std::pair<std::string, std::string>, std::uint64_t>;
@@ -22,4 +22,4 @@ std::vector<RunCounts> LastRunsOf(const SuiteHome& home, const JobInfo& job);
 
 void PrintSummary(const PreviewedJob& previewed, const std::vector<RunCounts>& lastRuns, std::ostream& out);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

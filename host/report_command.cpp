@@ -6,12 +6,12 @@
 #include <system_error>
 
 #include "host/commands.hpp"
-#include "host/exit_codes.hpp"
 #include "host/report/recorded_run.hpp"
-#include "host/suite_home.hpp"
 #include "platform/base/file_replacement.hpp"
+#include "run/exit_codes.hpp"
+#include "suite/composition/suite_home.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 void WritePage(const std::string& file, const std::string& page) {
@@ -49,4 +49,4 @@ int ReportRuns(const Arguments& arguments, const Console& console) {
   return kOk;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -8,15 +8,16 @@
 #include <system_error>
 
 #include "host/commands.hpp"
-#include "host/exit_codes.hpp"
-#include "host/job_table.hpp"
-#include "host/lock/file_lock.hpp"
-#include "host/run_logs.hpp"
+#include "host/named_jobs.hpp"
 #include "host/stopped_runs.hpp"
-#include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
+#include "run/exit_codes.hpp"
+#include "run/job_table.hpp"
+#include "run/lock/file_lock.hpp"
+#include "run/run_logs.hpp"
+#include "suite/composition/suite_home.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using orvane_lock::FileLock;
@@ -181,4 +182,4 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
   return allYoung ? kOk : kErrorsLogged;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -4,9 +4,9 @@
 
 #include <string_view>
 
-#include "host/exit_codes.hpp"
+#include "run/exit_codes.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 volatile std::sig_atomic_t requests = 0;
@@ -60,4 +60,4 @@ bool StopRequest::WasMade() const {
 
 EndsWhenAsked::EndsWhenAsked() : handlers_(&End) {}
 
-}  // namespace orvane_host
+}  // namespace orvane::host

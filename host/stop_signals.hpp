@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-namespace orvane_host {
+namespace orvane::host {
 
 // Both signals' handlers as they were, put back at the end.
 class SignalHandlers {
@@ -41,4 +41,4 @@ class EndsWhenAsked {
   SignalHandlers handlers_;
 };
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -4,9 +4,9 @@
 #include <cstdio>
 
 #include "effects/journal_reader.hpp"
-#include "host/exit_codes.hpp"
+#include "run/exit_codes.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 // A run log's first line is written a moment after the journal's, which says when that was.
@@ -50,7 +50,7 @@ std::optional<std::string> StoppedRuns::HowStopped(const JobInfo& job, automatio
       const std::optional<automation::DateTime> at = Parsed(summary.at);
       if (!at || *at > began) continue;
       if (began.UnixMicroseconds() - at->UnixMicroseconds() > kLatest) return std::nullopt;
-      return orvane_host::HowStopped(summary);
+      return orvane::host::HowStopped(summary);
     } catch (const effects::JournalError&) {
       // Another one may be the run's.
     }
@@ -58,4 +58,4 @@ std::optional<std::string> StoppedRuns::HowStopped(const JobInfo& job, automatio
   return std::nullopt;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "effects/journal_files.hpp"
-#include "host/job_table.hpp"
 #include "platform/automation/date_time.hpp"
+#include "run/job_table.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 class StoppedRuns {
  public:
@@ -25,4 +25,4 @@ class StoppedRuns {
   std::vector<effects::JournalFile> journals_;
 };
 
-}  // namespace orvane_host
+}  // namespace orvane::host

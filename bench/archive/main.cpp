@@ -6,8 +6,8 @@
 //
 // 20,000 requests of 200 customers unless given; of one customer LARGEST (50,000) and a tenth of it. Moving
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
-// rows moved by then; everything else is run to its end. With and without a journal JOURNALED (100,000) requests OF
-// (1,000) customers are archived.
+// rows moved by then; everything else is run to its end. With and without a journal JOURNALED (100,000)
+// requests OF (1,000) customers are archived.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -217,10 +217,10 @@ void MeasureJournal(Bench& bench, HistorySize size) {
                  }};
   };
   const std::string name = "archive of " + std::to_string(size.requests) + " requests on SQLite";
-  const Taken taken = bench.Take(name + ", by the host",
-                                 {byHost("recorded", Trial::Kind::Job, true),
-                                  byHost("not recorded", Trial::Kind::Peer, false)},
-                                 kRounds);
+  const Taken taken = bench.Take(
+      name + ", by the host",
+      {byHost("recorded", Trial::Kind::Job, true), byHost("not recorded", Trial::Kind::Peer, false)},
+      kRounds);
   bench.Ratio(name + ", with journal and progress to without", taken.Whole("recorded"),
               taken.Whole("not recorded"), AtMost(kAllowedForTheJournal));
 }

@@ -1,6 +1,7 @@
 // Dormant user expiry against a C program that deletes the same rows by key.
 //
-//   bench_dormant [--only job|journal] [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of them are dormant
+//   bench_dormant [--only job|journal] [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of
+//   them are dormant
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -109,10 +110,10 @@ void Compare(Bench& bench, std::int64_t rows) {
                      return onACopy([&] { return RunByHost(build, home, "DormantUserExpiry", recorded); });
                    }};
     };
-    const Taken both = bench.Take(name + ", by the host",
-                                  {byHost("recorded", Trial::Kind::Job, true),
-                                   byHost("not recorded", Trial::Kind::Peer, false)},
-                                  kRounds);
+    const Taken both = bench.Take(
+        name + ", by the host",
+        {byHost("recorded", Trial::Kind::Job, true), byHost("not recorded", Trial::Kind::Peer, false)},
+        kRounds);
     bench.Ratio(name + ", with journal and progress to without", both.Whole("recorded"),
                 both.Whole("not recorded"), AtMost(kAllowedForTheJournal));
   }

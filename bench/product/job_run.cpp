@@ -11,10 +11,10 @@ namespace orvane_bench {
 
 void RunJob(const std::filesystem::path& home, const std::string& job) {
   std::ostringstream said;
-  const orvane_host::Console console{said, said};
+  const orvane::host::Console console{said, said};
   const auto arguments =
-      orvane_host::ParseArguments({"run", "--home", home.string(), "--strict", job}, nullptr);
-  if (orvane_host::RunJobs(arguments, console) != 0) throw std::runtime_error(said.str());
+      orvane::host::ParseArguments({"run", "--home", home.string(), "--strict", job}, nullptr);
+  if (orvane::host::RunJobs(arguments, console) != 0) throw std::runtime_error(said.str());
 }
 
 }  // namespace orvane_bench

@@ -41,7 +41,8 @@ Measured Build::Run(const std::string& name, const std::vector<std::string>& arg
                   : RunMeasured(folder_ / name, arguments, environment_);
 }
 
-Measured RunByHost(const Build& build, const std::filesystem::path& home, const std::string& job, bool recorded) {
+Measured RunByHost(const Build& build, const std::filesystem::path& home, const std::string& job,
+                   bool recorded) {
   std::vector<std::string> words{"run", "--home", home.string(), "--strict", "--no-preflight", job};
   if (!recorded) words.insert(words.end(), {"--journal", "off"});
   words.insert(words.end(), {"--progress", recorded ? "always" : "never"});

@@ -35,7 +35,8 @@ class Build {
 };
 
 // Runs a job by the host, as an operator does; with its journal and progress, or with neither.
-Measured RunByHost(const Build& build, const std::filesystem::path& home, const std::string& job, bool recorded);
+Measured RunByHost(const Build& build, const std::filesystem::path& home, const std::string& job,
+                   bool recorded);
 
 struct Trial {
   enum class Kind { Job, Peer };

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/scripting/dictionary.hpp"
 
@@ -13,7 +14,7 @@ namespace OrvaneBackend {
 inline constexpr std::string_view kCallsAProgId = "OrvaneBackendA.Calls";
 inline constexpr std::string_view kCallsBProgId = "OrvaneBackendB.Calls";
 
-class Calls : public automation::Object {
+class ORVANE_EXPORT Calls : public automation::Object {
  public:
   // Updates a call of the ERP with the collected values; `message` receives what the back end has to say.
   virtual void UpdateCall(std::string& message, const Scripting::DictionaryPtr& values) = 0;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/adodb/recordset.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 #include "platform/scripting/dictionary.hpp"
@@ -17,19 +18,19 @@ inline constexpr std::string_view kProductCategoryClass = "ECatalog.ProductCateg
 inline constexpr std::string_view kProductClass = "ECatalog.Product";
 inline constexpr std::string_view kFAQCategoryClass = "ECatalog.FAQCategory";
 
-class ProductCategory : public automation::Object {
+class ORVANE_EXPORT ProductCategory : public automation::Object {
  public:
   // The rows (CATEGORYID, CATEGORYNAME) of the categories whose ids the filter lists. The caller closes the
   // set.
   virtual ADODB::RecordsetPtr GetCategories(const automation::VariantArray& ids) = 0;
 };
 
-class Product : public automation::Object {
+class ORVANE_EXPORT Product : public automation::Object {
  public:
   virtual std::string GetDescription(std::int32_t productId) = 0;  // empty for an unknown id
 };
 
-class FAQCategory : public automation::Object {
+class ORVANE_EXPORT FAQCategory : public automation::Object {
  public:
   // Category id (32-bit integer) to description.
   virtual Scripting::DictionaryPtr GetCategories() = 0;

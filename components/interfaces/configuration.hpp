@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
@@ -13,7 +14,7 @@ namespace Vantrel {
 
 inline constexpr std::string_view kConfigurationProgId = "Vantrel.Configuration";
 
-class Configuration : public automation::Object {
+class ORVANE_EXPORT Configuration : public automation::Object {
  public:
   // A path inside the installation whose parent folder is the suite's root; the job logs lie beside it.
   virtual std::string RootPath() const = 0;

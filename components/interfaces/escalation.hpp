@@ -4,13 +4,14 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace OrvaneProcessMTS {
 
 inline constexpr std::string_view kSolveOnNoResponseProgId = "OrvaneProcessMTS.SolveOnNoResponse";
 
-class SolveOnNoResponse : public automation::Object {
+class ORVANE_EXPORT SolveOnNoResponse : public automation::Object {
  public:
   virtual void SendingEscalationMails() = 0;
 };

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
@@ -24,7 +25,7 @@ enum class FolderKind : std::int16_t {
   OldAttachmentFiles = 15,  // files inside attachment folders, named like "1234A\report.txt"
 };
 
-class FileHandling : public automation::Object {
+class ORVANE_EXPORT FileHandling : public automation::Object {
  public:
   // Whether the file exists in one of the folders of the given kinds (numbers of FolderKind).
   virtual bool FileExists(std::string_view name, const automation::VariantArray& kinds) = 0;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/msxml2/xsl_template.hpp"
 
@@ -11,7 +12,7 @@ namespace OrvCommon {
 
 inline constexpr std::string_view kLoadXSLsProgId = "OrvCommon.LoadXSLs";
 
-class LoadXSLs : public automation::Object {
+class ORVANE_EXPORT LoadXSLs : public automation::Object {
  public:
   // The style sheet at `path`, ready to make processors; `purpose` is "answer" for mails. Raises, naming the
   // file, when it is missing or no style sheet.

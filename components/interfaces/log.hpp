@@ -5,6 +5,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
@@ -12,7 +13,7 @@ namespace Vantrel {
 
 inline constexpr std::string_view kLogProgId = "Vantrel.Log";
 
-class Log : public automation::Object {
+class ORVANE_EXPORT Log : public automation::Object {
  public:
   // One entry: the component or library that raised the error, what to tell the operator, and a code (0:
   // error). `result` receives whether the entry was written.

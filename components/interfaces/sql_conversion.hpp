@@ -5,13 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace OrvCommon {
 
 inline constexpr std::string_view kSqlConversionClass = "OrvCommon.SqlConversion";
 
-class SqlConversion : public automation::Object {
+class ORVANE_EXPORT SqlConversion : public automation::Object {
  public:
   // The text as a complete literal: in single quotes, every quote inside doubled.
   virtual std::string ToLiteral(std::string_view text) = 0;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace VnMembership {
@@ -16,7 +17,7 @@ inline constexpr std::string_view kUserProgId = "VnMembership.User";
 inline constexpr std::int32_t kAccountRefused = 1101;
 inline constexpr std::int32_t kUnknownUser = 1102;  // no person, or several, with the id
 
-class User : public automation::Object {
+class ORVANE_EXPORT User : public automation::Object {
  public:
   // Full path of the site configuration file, which says where the directory is.
   virtual void setServerInfo(std::string_view configurationFile) = 0;

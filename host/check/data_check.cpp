@@ -16,7 +16,7 @@
 #include "platform/msxml2/dom_document.hpp"
 #include "suite/paths/native_path.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -230,4 +230,4 @@ void CheckArchiveFiles(const fs::path& archives, std::chrono::milliseconds longe
   }
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

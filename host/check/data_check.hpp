@@ -9,7 +9,7 @@
 #include "platform/adodb/connection.hpp"
 #include "platform/automation/date_time.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // Reminders that end the pass when they are due, or whose mail nobody gets. Directory users are looked up by
 // the classes of the current runtime.
@@ -32,4 +32,4 @@ void CheckLookups(const ADODB::ConnectionPtr& suite, const ADODB::ConnectionPtr&
 void CheckArchiveFiles(const std::filesystem::path& archives, std::chrono::milliseconds longest,
                        Findings& findings);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -5,12 +5,12 @@
 #include <optional>
 
 #include "host/init/databases.hpp"
-#include "host/lock/suite_lock.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
+#include "run/lock/suite_lock.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using ADODB::SqlFragment;
@@ -201,4 +201,4 @@ void CheckTables(const ADODB::ConnectionPtr& connection, const std::string& wher
   }
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

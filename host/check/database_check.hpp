@@ -10,7 +10,7 @@
 #include "host/check/findings.hpp"
 #include "platform/adodb/connection.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // What several jobs together need of a database: each table once.
 struct TableUse {
@@ -34,4 +34,4 @@ ADODB::ConnectionPtr OpenForCheck(const std::string& connectionString, const std
 void CheckTables(const ADODB::ConnectionPtr& connection, const std::string& where,
                  const std::vector<TableUse>& tables, Findings& findings);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

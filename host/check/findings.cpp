@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 std::string_view NameOf(Severity severity) {
@@ -67,4 +67,4 @@ std::string FirstOf(const std::vector<std::string>& items) {
   return text;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orvane_host {
+namespace orvane::host {
 
 enum class Severity {
   Note,     // worth knowing
@@ -43,4 +43,4 @@ std::string JsonLine(const Finding& finding);
 // "5, 7, 9 and 12 more": the first few of many.
 std::string FirstOf(const std::vector<std::string>& items);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

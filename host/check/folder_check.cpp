@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -68,4 +68,4 @@ void JudgeRoom(const std::string& where, std::uint64_t freeBytes, Findings& find
       "make room: an archive file is written anew beside the old one, and a journal grows with the run");
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -7,7 +7,7 @@
 
 #include "host/check/findings.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 enum class Access { Read, Write };
 
@@ -27,4 +27,4 @@ void CheckPrivate(const std::filesystem::path& path, const std::string& content,
 void CheckRoom(const std::filesystem::path& folder, Findings& findings);
 void JudgeRoom(const std::string& where, std::uint64_t freeBytes, Findings& findings);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -4,7 +4,7 @@
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 void CheckLocale(const std::string& name, Findings& findings) {
   const std::string where = "locale \"" + name + "\"";
@@ -25,4 +25,4 @@ void CheckLocale(const std::string& name, Findings& findings) {
   }
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -11,7 +11,7 @@
 #include "platform/automation/runtime.hpp"
 #include "suite/paths/native_path.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 struct Template {
@@ -73,4 +73,4 @@ void CheckMails(const ADODB::ConnectionPtr& suite, const std::filesystem::path& 
   if (pages) CheckFolder(suite::NativePath("HTML", data), Access::Write, "the pages of mails", findings);
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

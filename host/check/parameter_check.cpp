@@ -12,7 +12,7 @@
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using namespace OrvaneProcess;
@@ -229,4 +229,4 @@ void CheckParameters(const Parameters& parameters, std::span<const std::string_v
   if (runs(kSolveOnNoResponseProgId)) check.CheckSolve();
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

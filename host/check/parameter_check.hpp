@@ -11,7 +11,7 @@
 #include "host/check/findings.hpp"
 #include "platform/adodb/connection.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // All rows, by name. Raises what the database raises.
 using Parameters = std::multimap<std::string, std::string>;
@@ -27,4 +27,4 @@ bool IsWebFarm(const Parameters& parameters);
 void CheckParameters(const Parameters& parameters, std::span<const std::string_view> progIds,
                      Findings& findings);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <string>
 
-#include "host/composition.hpp"
 #include "host/near_name.hpp"
 #include "platform/automation/error.hpp"
 #include "platform/automation/variant.hpp"
+#include "suite/composition/composition.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 class SiteCheck {
@@ -125,4 +125,4 @@ std::optional<Vantrel::SiteFile> CheckSite(const SuiteHome& home, Findings& find
   }
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "host/check/findings.hpp"
-#include "host/suite_home.hpp"
+#include "suite/composition/suite_home.hpp"
 #include "suite/configuration/site_file.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // The keys that are read of a section, for those who document them.
 struct KnownSection {
@@ -19,4 +19,4 @@ const std::vector<KnownSection>& KnownSections();
 // The configuration; nothing when no job could run with it.
 std::optional<Vantrel::SiteFile> CheckSite(const SuiteHome& home, Findings& findings);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -7,21 +7,21 @@
 
 #include "effects/journal_line.hpp"
 #include "host/commands.hpp"
-#include "host/composition.hpp"
-#include "host/data_folder.hpp"
-#include "host/exit_codes.hpp"
 #include "host/explain/explain_report.hpp"
 #include "host/explain/explanation.hpp"
 #include "host/explain/subject.hpp"
 #include "host/preview_call.hpp"
-#include "host/preview_run.hpp"
-#include "host/site_settings.hpp"
 #include "platform/adodb/session/connection_string.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/base/text.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
+#include "run/exit_codes.hpp"
+#include "run/preview_run.hpp"
+#include "suite/composition/composition.hpp"
+#include "suite/composition/data_folder.hpp"
+#include "suite/composition/site_settings.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 const OrvaneProcess::JobNeeds& NeedsOf(const JobInfo& job) {
@@ -33,14 +33,14 @@ const OrvaneProcess::JobNeeds& NeedsOf(const JobInfo& job) {
 // By the preview's own session: the rows as the job will find them, and no second copy of a database.
 Subject FindSubject(const std::string& key, const PreviewCall& call) {
   automation::Runtime runtime;
-  RegisterSuite(runtime, call.home, call.site, {.world = &call.world});
+  RegisterSuite(runtime, call.home, call.site, {.world = &call.world.Parts()});
   const automation::RuntimeScope scope(runtime);
   using ADODB::engine::ConnectionString;
   ConnectionString text = ConnectionString::Parse(call.site.Connection("Orvane", "Orvane"));
-  const auto& provider = ADODB::engine::ProviderOf(call.world.Providers(), text);
+  const auto& provider = ADODB::engine::ProviderOf(call.world.Parts().providers, text);
   Subject subject = FindRows(key, NeedsOf(*call.jobs.front()), *provider->Connect(text));
   try {
-    const Scripting::local::PathResolver resolver(Drives(call.site), call.world.Layer());
+    const Scripting::local::PathResolver resolver(Drives(call.site), call.world.Parts().layer);
     subject.files = FindFiles(key, resolver.PlaceFor(DataFolder(call.home.Path())).path);
   } catch (const automation::Error& error) {
     subject.notLookedInto.push_back("the data folder: " + error.Description());
@@ -62,8 +62,12 @@ int Explain(const Arguments& arguments, const Console& console, const PreviewCal
   }
   Explanation explanation(subject);
   const auto begin = std::chrono::system_clock::now();
-  const PreviewedJob previewed =
-      PreviewJob(call.home, call.site, job, call.world, arguments.at, &explanation, true, &explanation);
+  const PreviewedJob previewed = PreviewJob(call.home, call.site, job, call.world,
+                                            {.options = call.options,
+                                             .at = arguments.at,
+                                             .listener = &explanation,
+                                             .watches = true,
+                                             .reads = &explanation});
   console.out << (arguments.json ? ExplanationJson(explanation, previewed,
                                                    effects::RunName(begin, getpid(), ClassName(job)))
                                  : ExplanationText(explanation, previewed));
@@ -78,4 +82,4 @@ int ExplainJob(const Arguments& arguments, const Console& console) {
                    [&](const PreviewCall& call) { return Explain(arguments, console, call); });
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -1,10 +1,10 @@
 #include "effects/journal_line.hpp"
 #include "effects/json_text.hpp"
-#include "host/exit_codes.hpp"
 #include "host/explain/explain_report.hpp"
-#include "host/job_table.hpp"
+#include "run/exit_codes.hpp"
+#include "run/job_table.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 // Writes objects, one a line.
@@ -120,4 +120,4 @@ std::string ExplanationJson(const Explanation& explanation, const PreviewedJob& 
   return std::move(lines.Raw());
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

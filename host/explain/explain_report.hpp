@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "host/explain/explanation.hpp"
-#include "host/preview_run.hpp"
+#include "run/preview_run.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 std::string ExplanationText(const Explanation& explanation, const PreviewedJob& previewed);
 
@@ -16,4 +16,4 @@ std::string ExplanationText(const Explanation& explanation, const PreviewedJob& 
 std::string ExplanationJson(const Explanation& explanation, const PreviewedJob& previewed,
                             std::string_view run);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

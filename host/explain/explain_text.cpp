@@ -7,7 +7,7 @@
 #include "host/explain/explain_report.hpp"
 #include "platform/base/text.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using ADODB::NamedRow;
@@ -223,4 +223,4 @@ std::string ExplanationText(const Explanation& explanation, const PreviewedJob& 
   return Report(explanation, previewed).Text();
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -4,7 +4,7 @@
 
 #include "platform/adodb/sql/tokens.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using ADODB::engine::Token;
@@ -372,4 +372,4 @@ void Explanation::HearFailure(const effects::Failure& failure) {
   }
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -23,7 +23,7 @@
 #include "host/explain/subject.hpp"
 #include "platform/base/text.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // A statement that gave a row, as it was sent.
 struct Reading {
@@ -122,4 +122,4 @@ class Explanation final : public effects::Listener, public effects::ReadListener
   bool hasEnded_ = false;
 };
 
-}  // namespace orvane_host
+}  // namespace orvane::host

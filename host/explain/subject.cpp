@@ -13,7 +13,7 @@
 #include "platform/automation/error.hpp"
 #include "platform/base/text.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using ADODB::NamedRow;
@@ -176,4 +176,4 @@ std::string Joined(const NamedRow& row) {
   return text;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -10,7 +10,7 @@
 #include "platform/adodb/changes.hpp"
 #include "platform/adodb/session/provider.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 struct SubjectRow {
   std::string table;
@@ -46,4 +46,4 @@ bool Identifies(std::string_view table, std::string_view column);
 // A row's or key's values as one text, the same for equal values.
 std::string Joined(const ADODB::NamedRow& row);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

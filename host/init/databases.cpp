@@ -9,7 +9,7 @@
 #include "platform/adodb/statement.hpp"
 #include "platform/automation/runtime.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 // The statements of a script: separated by ";", which our scripts use for nothing else outside comments.
@@ -127,4 +127,4 @@ void FillCatalogue(const ADODB::ConnectionPtr& connection) {
   parameters.Add({"ATTACHMENTSDIRECTORY", "SRATTACHMENTS"});
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -6,7 +6,7 @@
 #include "platform/adodb/connection.hpp"
 #include "platform/adodb/engines/table.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 using ADODB::engine::EngineEntry;
 
@@ -26,4 +26,4 @@ void MakeCatalogueTables(const EngineEntry& engine, const ADODB::ConnectionPtr& 
 void FillSuite(const ADODB::ConnectionPtr& connection);
 void FillCatalogue(const ADODB::ConnectionPtr& connection);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-namespace orvane_host {
+namespace orvane::host {
 
 // The content of "schema/sqlite.sql" and its like; empty for a name that is not compiled in.
 std::string_view EmbeddedFile(std::string_view name);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

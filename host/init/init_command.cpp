@@ -1,18 +1,21 @@
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "demo/demo_suite.hpp"
 #include "host/commands.hpp"
-#include "host/composition.hpp"
-#include "host/exit_codes.hpp"
+#include "host/init/connections.hpp"
 #include "host/init/databases.hpp"
+#include "host/init/owner.hpp"
 #include "host/init/suite_files.hpp"
-#include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
+#include "run/exit_codes.hpp"
+#include "suite/composition/composition.hpp"
+#include "suite/composition/suite_home.hpp"
 #include "suite/configuration/site_file.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 constexpr const char* kEmbeddedDatabase = "Provider=SQLite;Data Source=db\\orvane.sqlite";
@@ -20,12 +23,13 @@ constexpr const char* kEmbeddedCatalogue = "Provider=SQLite;Data Source=db\\ecat
 
 class SuiteMaker {
  public:
-  SuiteMaker(const SuiteHome& home, const Arguments& arguments)
+  // Embedded databases without connections.
+  SuiteMaker(const SuiteHome& home, const std::optional<Connections>& connections, bool demo)
       : home_(home),
-        database_(arguments.database.value_or(kEmbeddedDatabase)),
-        catalogue_(arguments.catalogue.value_or(kEmbeddedCatalogue)),
-        embedded_(!arguments.database),
-        demo_(arguments.demo) {}
+        database_(connections ? connections->database : kEmbeddedDatabase),
+        catalogue_(connections ? connections->catalogue : kEmbeddedCatalogue),
+        embedded_(!connections),
+        demo_(demo) {}
 
   void Make() {
     const EngineEntry& engine = EngineOf(database_);
@@ -61,10 +65,22 @@ class SuiteMaker {
   const bool demo_;
 };
 
+std::optional<Connections> ConnectionsOf(const Arguments& arguments) {
+  if (arguments.connectionsFrom) return ReadConnections(*arguments.connectionsFrom);
+  if (arguments.database) return Connections{*arguments.database, *arguments.catalogue};
+  return std::nullopt;
+}
+
 }  // namespace
 
 int InitSuite(const Arguments& arguments, const Console& console) {
   const SuiteHome home(arguments.home);
+  const std::optional<Connections> connections = ConnectionsOf(arguments);
+  std::optional<Owner> owner;
+  if (arguments.owner) {
+    owner = FindOwner(*arguments.owner);
+    if (!owner) throw UsageError("no account \"" + *arguments.owner + "\" on this machine");
+  }
   std::error_code failed;
   const bool madeHome = !std::filesystem::exists(home.Path(), failed);
   bool touched = false;
@@ -76,7 +92,8 @@ int InitSuite(const Arguments& arguments, const Console& console) {
       return kCannotCreate;
     }
     touched = true;
-    SuiteMaker(home, arguments).Make();
+    SuiteMaker(home, connections, arguments.demo).Make();
+    if (owner) GiveTo(*owner, home);
   } catch (const std::exception& error) {
     console.err << "orvane-host: " << home.Path().string()
                 << ": the suite could not be made: " << error.what() << '\n';
@@ -89,4 +106,4 @@ int InitSuite(const Arguments& arguments, const Console& console) {
   return kOk;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

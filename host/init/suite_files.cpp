@@ -8,7 +8,7 @@
 
 #include "host/init/embedded.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -134,4 +134,4 @@ void RemoveSuiteFiles(const SuiteHome& home, bool madeHome) {
     fs::remove_all(home.Path() / item, ignored);
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

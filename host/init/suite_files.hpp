@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "host/suite_home.hpp"
+#include "suite/composition/suite_home.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 // Whether the place is free: it does not exist, or it is an empty folder.
 bool IsFree(const SuiteHome& home);
@@ -25,4 +25,4 @@ std::string SiteConfigurationText(std::string_view database, std::string_view ca
 // A mode of 0 leaves it to the process's mask.
 void WriteFile(const std::filesystem::path& file, std::string_view content, unsigned mode = 0);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -8,9 +8,9 @@
 
 #include "effects/journal_files.hpp"
 #include "host/arguments.hpp"
-#include "host/exit_codes.hpp"
+#include "run/exit_codes.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 std::string Utc(std::chrono::system_clock::time_point moment) {
@@ -123,4 +123,4 @@ std::string Duration(double seconds) {
   return text.data();
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

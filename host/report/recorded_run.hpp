@@ -11,7 +11,7 @@
 
 #include "effects/journal_reader.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 
 enum class Ending {
   Failed,      // with another exit code than 0 and 1, or its journal cannot be read
@@ -55,4 +55,4 @@ std::string ReportJson(const std::vector<RecordedRun>& runs);
 // A page without scripts that needs nothing beside it. `suite` is shown in its title.
 std::string ReportHtml(const std::vector<RecordedRun>& runs, std::string_view suite);
 
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -3,7 +3,7 @@
 
 #include "host/report/recorded_run.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 constexpr std::string_view kStyle = R"(
@@ -146,4 +146,4 @@ std::string ReportHtml(const std::vector<RecordedRun>& runs, std::string_view su
   return text + "</main>\n</body>\n</html>\n";
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

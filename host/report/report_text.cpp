@@ -2,7 +2,7 @@
 
 #include "host/report/recorded_run.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 std::string Printable(std::string text) {
@@ -61,4 +61,4 @@ std::string ReportJson(const std::vector<RecordedRun>& runs) {
   return text;
 }
 
-}  // namespace orvane_host
+}  // namespace orvane::host

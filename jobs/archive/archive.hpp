@@ -29,7 +29,7 @@ namespace OrvaneProcess {
 inline constexpr char kArchiveSource[] = "OrvaneProcess.Archive";
 inline constexpr char kArchiveOriginatorSource[] = "OrvaneProcess.Archive.archiveOriginator";
 
-class Archive : public Job {
+class Archive : public ArchiveService {
  public:
   // The service host's entry: archiveQuestions as "NTService". An error that ends the work is written to the
   // suite's error log; nothing is raised.
@@ -39,7 +39,7 @@ class Archive : public Job {
   // and `i_sComment` beside it. What goes wrong with a customer is a line of the run log and the run goes on;
   // a failure of the run itself (no database, no catalogue, no log) is raised after the closing lines were
   // written, which stand alone when it came before the first line.
-  void archiveQuestions(const std::string& i_sCalledFrom, const std::string& i_sComment);
+  void archiveQuestions(const std::string& i_sCalledFrom, const std::string& i_sComment) override;
 
  private:
   // One archive file while it is being edited: what is added goes into `working`; `snapshot` is the file as

@@ -23,7 +23,7 @@
 
 namespace OrvaneProcess {
 
-class CleanUp : public Job {
+class CleanUp : public CleanUpService {
  public:
   // Renders the time of a file or folder. The default, RenderItemTime, raises at every call; another one
   // shows the comparison rules at work.
@@ -34,17 +34,17 @@ class CleanUp : public Job {
   void Run() override;
 
   // Creates the record set, the connection and the file-system object of a run.
-  void Initialize();
+  void Initialize() override;
 
   // The job proper: settings, then every sweep, between the two lines of the run log. A failure is reported
   // and ends the job; only a failure of the reporting itself gets out.
-  void CleanupFilesandRecords();
+  void CleanupFilesandRecords() override;
 
   // Deletes the chat files without a session. Needs a run's settings.
-  void DeleteChatSession();
+  void DeleteChatSession() override;
 
   // Releases what Initialize created; harmless when there is nothing to release.
-  void Cleanupobjects();
+  void Cleanupobjects() override;
 
  private:
   void StartRun();

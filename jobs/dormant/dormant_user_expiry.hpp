@@ -10,13 +10,13 @@ namespace OrvaneProcess {
 // A prospect goes when LASTVISITEDTIME plus MAXDORMANCYTIME days lies before the moment the run began and
 // PENDINGQUESTIONS is 0 or less. A null in either column keeps the prospect. Each deletion stands by itself:
 // a run that fails half way leaves the deletions made so far.
-class DormantUserExpiry : public Job {
+class DormantUserExpiry : public DormantUserExpiryService {
  public:
   // One run; a failure leaves a start banner without its stop line in the run log and nothing else.
   void Run() override;
 
   // One run; the first failure ends it and is raised, and the stop line is not written.
-  void ExpireDormantUsers();
+  void ExpireDormantUsers() override;
 
  private:
   void RunExpiry();

@@ -32,20 +32,20 @@ struct HistoryEntry {
 
 // The class is called Job because C++ keeps a class's own name for its constructors, and SolveOnNoResponse is
 // the name of its work method.
-class SolveOnNoResponseJob : public Job {
+class SolveOnNoResponseJob : public SolveOnNoResponseService {
  public:
   // One complete run between the start and the stop lines of the job's run log.
   void Run() override;
 
   // One pass over the REMINDER rows. `i_lBackend` is the ERP generation that concluded calls are reported to.
   // The result means nothing.
-  std::int32_t SolveOnNoResponse(std::int32_t i_lBackend);
+  std::int32_t SolveOnNoResponse(std::int32_t i_lBackend) override;
 
   // The catalogue's description of a product; empty for id 0 and after a failure, which is logged.
-  std::string GetECProductDesc(std::int32_t i_lProductID);
+  std::string GetECProductDesc(std::int32_t i_lProductID) override;
 
   // The folder below which the files of the questions lie, without a trailing "\"; empty after a failure.
-  std::string GetAttachmentDirectoryName();
+  std::string GetAttachmentDirectoryName() override;
 
  protected:  // each procedure below can be run by itself
   // What the rows of one pass share.

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "platform/automation/error.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/variant.hpp"
 
 namespace ADODB {
 
 // A column's value, and what its variant does not tell of it.
-struct NamedValue {
+struct ORVANE_EXPORT NamedValue {
   enum class Form { AsTyped, Decimal, Bytes };
 
   std::string column;  // as the database spells it
@@ -28,7 +29,7 @@ enum class Change { Insert, Update, Delete };
 
 // Called on the thread that works with the connection. What any member but Failed raises keeps the change, or
 // the commit, from being made, and is what the caller of the connection gets.
-class ChangeObserver {
+class ORVANE_EXPORT ChangeObserver {
  public:
   // Stands for what was told, to say later that it failed.
   using Ticket = std::shared_ptr<const void>;

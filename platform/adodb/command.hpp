@@ -5,11 +5,12 @@
 
 #include "platform/adodb/connection.hpp"
 #include "platform/adodb/statement.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace ADODB {
 
-class Command : public automation::Object {
+class ORVANE_EXPORT Command : public automation::Object {
  public:
   virtual void SetActiveConnection(const ConnectionPtr& connection) = 0;
   virtual void SetCommandText(const Statement& statement) = 0;

@@ -7,6 +7,7 @@
 
 #include "platform/adodb/statement.hpp"
 #include "platform/adodb/types.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace ADODB {
@@ -14,7 +15,7 @@ namespace ADODB {
 class Recordset;
 using RecordsetPtr = std::shared_ptr<Recordset>;
 
-class Connection : public automation::Object {
+class ORVANE_EXPORT Connection : public automation::Object {
  public:
   // Opens the database that the connection string names; an empty user and password leave the string's own.
   // 3705 when it is open already. An engine that refuses raises its own message with SQLSTATE and native

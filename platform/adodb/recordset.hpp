@@ -11,13 +11,14 @@
 #include "platform/adodb/connection.hpp"
 #include "platform/adodb/statement.hpp"
 #include "platform/adodb/types.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
 namespace ADODB {
 
 // One column of the current record. A Field stays valid until its record set is closed.
-class Field {
+class ORVANE_EXPORT Field {
  public:
   virtual ~Field() = default;
   virtual const std::string& Name() const = 0;
@@ -30,7 +31,7 @@ class Field {
   virtual void SetValue(const automation::Variant& value) = 0;
 };
 
-class Fields {
+class ORVANE_EXPORT Fields {
  public:
   virtual ~Fields() = default;
   virtual std::size_t Count() const = 0;
@@ -39,7 +40,7 @@ class Fields {
   virtual Field& Item(std::size_t index) = 0;
 };
 
-class Recordset : public automation::Object {
+class ORVANE_EXPORT Recordset : public automation::Object {
  public:
   // Before Open; 3705 afterwards. A client-side cursor is always a static one.
   virtual void SetCursorLocation(CursorLocation location) = 0;

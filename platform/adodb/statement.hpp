@@ -19,11 +19,13 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/automation/export.hpp"
+
 namespace ADODB {
 
 // A value to be inserted as it stands, without escaping: inside a literal, or as one (a number, or a text in
 // quotes with each quote inside doubled, such as another component makes).
-class SqlValue {
+class ORVANE_EXPORT SqlValue {
  public:
   explicit SqlValue(std::string_view text) : text_(text) {}
   explicit SqlValue(std::int32_t number) : text_(std::to_string(number)) {}
@@ -36,7 +38,7 @@ class SqlValue {
 
 // Text that this program has made to stand in SQL, such as a timestamp literal. It counts as fixed text, so
 // nothing that comes from outside may be in it.
-class SqlFragment {
+class ORVANE_EXPORT SqlFragment {
  public:
   explicit SqlFragment(std::string text) : text_(std::move(text)) {}
   const std::string& Text() const { return text_; }
@@ -45,7 +47,7 @@ class SqlFragment {
   std::string text_;
 };
 
-class Statement {
+class ORVANE_EXPORT Statement {
  public:
   struct Span {
     std::size_t offset;  // bytes from the start of the text

@@ -34,6 +34,12 @@ void ClassTable::Add(std::string_view progId, Factory factory, const std::type_i
   bucket = entries_.back().get();
 }
 
+void ClassTable::RegisterMissing(const ClassTable& others) {
+  for (const auto& entry : others.entries_) {
+    if (!Contains(entry->progId)) Add(entry->progId, entry->factory, entry->interface);
+  }
+}
+
 ClassTable::Typed ClassTable::CreateTyped(std::string_view progId) const {
   const Entry* entry = Find(progId);
   if (entry == nullptr) throw Error(ErrorNumber::CannotCreateObject, std::string(progId));

@@ -12,13 +12,14 @@
 #include <utility>
 #include <vector>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace automation {
 
 using Factory = std::function<ObjectPtr()>;
 
-class ClassTable {
+class ORVANE_EXPORT ClassTable {
  public:
   ClassTable() = default;
   // Moving is copying: a table is never left with classes that it does not keep.
@@ -34,6 +35,9 @@ class ClassTable {
     static_assert(std::is_convertible_v<std::invoke_result_t<Maker>, std::shared_ptr<Interface>>);
     Add(progId, std::move(maker), &typeid(Interface));
   }
+
+  // Registers those classes of another table whose ProgIDs this one does not have.
+  void RegisterMissing(const ClassTable& others);
 
   // A new object of the class; 429 when the ProgID is unknown. What the factory raises passes through.
   ObjectPtr Create(std::string_view progId) const { return CreateTyped(progId).object; }

@@ -4,9 +4,11 @@
 #include <compare>
 #include <cstdint>
 
+#include "platform/automation/export.hpp"
+
 namespace automation {
 
-struct DateTimeParts {
+struct ORVANE_EXPORT DateTimeParts {
   int year = 1899;
   int month = 12;  // 1 to 12
   int day = 30;    // 1 to 31
@@ -17,7 +19,7 @@ struct DateTimeParts {
   friend auto operator<=>(const DateTimeParts&, const DateTimeParts&) = default;
 };
 
-class DateTime {
+class ORVANE_EXPORT DateTime {
  public:
   // Midnight of 30 December 1899, the platform's date zero.
   constexpr DateTime();
@@ -50,13 +52,13 @@ constexpr std::int64_t kDateZeroToUnixDays = 25'569;
 constexpr DateTime::DateTime() : microseconds_(-kDateZeroToUnixDays * kMicrosecondsPerDay) {}
 
 // `value` moved by `count` units; a result outside the years 100 to 9999 raises error 5.
-DateTime AddDays(DateTime value, std::int64_t count);
-DateTime AddHours(DateTime value, std::int64_t count);
-DateTime AddMinutes(DateTime value, std::int64_t count);
+ORVANE_EXPORT DateTime AddDays(DateTime value, std::int64_t count);
+ORVANE_EXPORT DateTime AddHours(DateTime value, std::int64_t count);
+ORVANE_EXPORT DateTime AddMinutes(DateTime value, std::int64_t count);
 
 // Number of minute (or calendar-month) boundaries crossed from `earlier` to `later`; seconds (or days) inside
 // the two units do not count. Negative when `later` is the earlier one.
-std::int64_t MinuteBoundaries(DateTime earlier, DateTime later);
-std::int64_t MonthBoundaries(DateTime earlier, DateTime later);
+ORVANE_EXPORT std::int64_t MinuteBoundaries(DateTime earlier, DateTime later);
+ORVANE_EXPORT std::int64_t MonthBoundaries(DateTime earlier, DateTime later);
 
 }  // namespace automation

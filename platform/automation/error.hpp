@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
+
 namespace automation {
 
 // Numbers of the run-time errors that the platform raises by itself.
@@ -46,7 +48,7 @@ enum class ErrorNumber : std::int32_t {
 };
 
 // The platform's usual text for a number, e.g. "Type mismatch" for 13; empty for a number it does not know.
-std::string_view StandardDescription(std::int32_t number);
+ORVANE_EXPORT std::string_view StandardDescription(std::int32_t number);
 
 // Whether what failed may have been done all the same.
 enum class Outcome {
@@ -57,7 +59,7 @@ enum class Outcome {
 // The source of an error that no component gives its own name to: job code, a conversion, a date, the locale.
 inline constexpr std::string_view kLibraryName = "OrvaneProcess";
 
-class Error : public std::exception {
+class ORVANE_EXPORT Error : public std::exception {
  public:
   // An error with the platform's usual description for `number`. `source` names the component that raised it.
   explicit Error(ErrorNumber number, std::string source = std::string(kLibraryName));
@@ -92,6 +94,6 @@ class Error : public std::exception {
 // platform error nearest to it (std::bad_alloc is 7, everything else 51 with its own text; the library is the
 // source).
 // Outside a catch clause the number is 0 and the texts are empty.
-Error PendingError();
+ORVANE_EXPORT Error PendingError();
 
 }  // namespace automation

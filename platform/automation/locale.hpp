@@ -6,10 +6,11 @@
 #include <string_view>
 
 #include "platform/automation/date_time.hpp"
+#include "platform/automation/export.hpp"
 
 namespace automation {
 
-class Locale {
+class ORVANE_EXPORT Locale {
  public:
   virtual ~Locale() = default;
 

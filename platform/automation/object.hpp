@@ -3,9 +3,11 @@
 
 #include <memory>
 
+#include "platform/automation/export.hpp"
+
 namespace automation {
 
-class Object {
+class ORVANE_EXPORT Object {
  public:
   Object() = default;
   Object(const Object&) = delete;

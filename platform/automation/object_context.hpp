@@ -4,11 +4,12 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace automation {
 
-class ObjectContext {
+class ORVANE_EXPORT ObjectContext {
  public:
   virtual ~ObjectContext() = default;
 

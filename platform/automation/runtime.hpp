@@ -13,13 +13,14 @@
 #include "platform/automation/class_table.hpp"
 #include "platform/automation/date_time.hpp"
 #include "platform/automation/error.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/locale.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/object_context.hpp"
 
 namespace automation {
 
-struct Runtime {
+struct ORVANE_EXPORT Runtime {
   ClassTable classes;
   std::shared_ptr<ObjectContext> context;  // null outside component services
   std::function<DateTime()> clock;       // the local date and time; SystemClock() unless a test sets its own
@@ -29,7 +30,7 @@ struct Runtime {
 };
 
 // Makes `runtime` the current thread's until the scope ends; scopes nest. `runtime` must outlive the scope.
-class RuntimeScope {
+class ORVANE_EXPORT RuntimeScope {
  public:
   explicit RuntimeScope(Runtime& runtime);
   ~RuntimeScope();
@@ -41,16 +42,16 @@ class RuntimeScope {
 };
 
 // The operating system's local date and time, to the microsecond.
-DateTime SystemClock();
+ORVANE_EXPORT DateTime SystemClock();
 
 // The current thread's runtime; 91 when no scope is open.
-Runtime& CurrentRuntime();
+ORVANE_EXPORT Runtime& CurrentRuntime();
 
 // What the current runtime answers.
-ObjectPtr CreateObject(std::string_view progId);
-std::shared_ptr<ObjectContext> GetObjectContext();
-DateTime Now();
-const Locale& CurrentLocale();
+ORVANE_EXPORT ObjectPtr CreateObject(std::string_view progId);
+ORVANE_EXPORT std::shared_ptr<ObjectContext> GetObjectContext();
+ORVANE_EXPORT DateTime Now();
+ORVANE_EXPORT const Locale& CurrentLocale();
 
 // `object` seen through the interface T; 430 when it does not have it, 91 when it is null.
 template <class T>

@@ -3,11 +3,13 @@
 
 #include <functional>
 
+#include "platform/automation/export.hpp"
+
 namespace automation {
 
 // While it lives, `reached` is called at each safe point of this thread. It may end the process. Scopes nest;
 // the innermost is asked.
-class SafePoints {
+class ORVANE_EXPORT SafePoints {
  public:
   explicit SafePoints(std::function<void()> reached);
   ~SafePoints();
@@ -23,6 +25,6 @@ class SafePoints {
 // To be called by a job where everything that it has begun is finished: no transaction is open, no file half
 // written, nothing done that the next run would do again. A host that has to stop does so here and nowhere
 // else. May not return.
-void SafePoint();
+ORVANE_EXPORT void SafePoint();
 
 }  // namespace automation

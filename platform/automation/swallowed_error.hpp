@@ -4,12 +4,13 @@
 #include <functional>
 
 #include "platform/automation/error.hpp"
+#include "platform/automation/export.hpp"
 
 namespace automation {
 
 // While it lives, `notify` is called for each error that this thread reports as swallowed. Scopes nest; the
 // innermost is called.
-class SwallowedErrors {
+class ORVANE_EXPORT SwallowedErrors {
  public:
   explicit SwallowedErrors(std::function<void(const Error&)> notify);
   ~SwallowedErrors();
@@ -24,6 +25,6 @@ class SwallowedErrors {
 
 // Reports the error being handled, from the last trap of an entry point that returns normally whatever
 // happens. Does nothing without a scope.
-void ReportSwallowed() noexcept;
+ORVANE_EXPORT void ReportSwallowed() noexcept;
 
 }  // namespace automation

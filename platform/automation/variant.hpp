@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/automation/date_time.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace automation {
@@ -19,14 +20,14 @@ namespace automation {
 class Variant;
 using VariantArray = std::vector<Variant>;  // lower bound 0
 
-struct EmptyValue {
+struct ORVANE_EXPORT EmptyValue {
   friend bool operator==(EmptyValue, EmptyValue) = default;
 };
-struct NullValue {
+struct ORVANE_EXPORT NullValue {
   friend bool operator==(NullValue, NullValue) = default;
 };
 
-class Variant {
+class ORVANE_EXPORT Variant {
  public:
   using Value = std::variant<EmptyValue, NullValue, bool, std::int16_t, std::int32_t, std::int64_t, double,
                              DateTime, std::string, std::shared_ptr<const VariantArray>, ObjectPtr>;
@@ -72,29 +73,29 @@ class Variant {
 
 // The platform's name of the value's type: "Empty", "Null", "Boolean", "Integer", "Long", "LongLong",
 // "Double", "Date", "String", "Variant()", "Object", or "Nothing" for a null object reference.
-std::string_view TypeName(const Variant& value);
+ORVANE_EXPORT std::string_view TypeName(const Variant& value);
 
 // Whole number: fractions round half to even, text is read as a number (13 when it is none), True is -1,
 // Empty is 0; outside the type's range is 6.
-std::int16_t ToInt16(const Variant& value);
-std::int32_t ToInt32(const Variant& value);
-std::int64_t ToInt64(const Variant& value);
-double ToDouble(const Variant& value);
+ORVANE_EXPORT std::int16_t ToInt16(const Variant& value);
+ORVANE_EXPORT std::int32_t ToInt32(const Variant& value);
+ORVANE_EXPORT std::int64_t ToInt64(const Variant& value);
+ORVANE_EXPORT double ToDouble(const Variant& value);
 
 // The words true and false in any case, or a number, non-zero being true; Empty is false.
-bool ToBoolean(const Variant& value);
+ORVANE_EXPORT bool ToBoolean(const Variant& value);
 
 // A date as it is, text as the current locale reads it, a number as days since date zero.
-DateTime ToDateTime(const Variant& value);
+ORVANE_EXPORT DateTime ToDateTime(const Variant& value);
 
 // "True"/"False", plain decimal numbers without thousands separators, dates in the current locale's general
 // form, Empty as empty text; Null is 94, an array 13, an object 438.
-std::string ToText(const Variant& value);
+ORVANE_EXPORT std::string ToText(const Variant& value);
 
 // Whether ToDouble would succeed; Null and dates count as not numeric, Empty as numeric.
-bool IsNumeric(const Variant& value);
+ORVANE_EXPORT bool IsNumeric(const Variant& value);
 
 // As ToText, but Null gives empty text: the way "value & ''" joins a column into a text.
-std::string ToTextOrEmpty(const Variant& value);
+ORVANE_EXPORT std::string ToTextOrEmpty(const Variant& value);
 
 }  // namespace automation

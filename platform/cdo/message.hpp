@@ -4,11 +4,12 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace CDO {
 
-class Message : public automation::Object {
+class ORVANE_EXPORT Message : public automation::Object {
  public:
   // One address as sender, one or more as recipients: separated by "," or ";", each alone or as
   // "Name <address>", with comments and quoted names as mail programs write them. send() raises 5 for a line

@@ -7,12 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/msxml2/node.hpp"
 
 namespace MSXML2 {
 
 // A file's content as a document has loaded or saved it last.
-struct FileState {
+struct ORVANE_EXPORT FileState {
   std::string name;  // as it was given; empty: none was loaded or saved
   std::string path;  // the operating system's
   std::array<std::uint64_t, 3> digest{};
@@ -23,7 +24,7 @@ struct FileState {
 constexpr std::int32_t kFileChanged = static_cast<std::int32_t>(0x80030101);
 
 // Names are taken as they are written: namespaces mean something to style sheets alone.
-class DOMDocument : public automation::Object {
+class ORVANE_EXPORT DOMDocument : public automation::Object {
  public:
   // Replaces the content. False when the text is not a well-formed document of XML 1.0 or the file cannot be
   // read: parseErrorReason() then says where and why, and the document is empty. No network, no external

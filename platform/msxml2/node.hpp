@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace MSXML2 {
@@ -15,14 +16,14 @@ enum class NodeType { Element = 1, Attribute = 2 };
 class Node;
 using NodePtr = std::shared_ptr<Node>;
 
-class NodeList : public automation::Object {
+class ORVANE_EXPORT NodeList : public automation::Object {
  public:
   virtual std::size_t length() const = 0;
   virtual NodePtr item(std::size_t index) const = 0;  // null past the end
 };
 using NodeListPtr = std::shared_ptr<NodeList>;
 
-class NamedNodeMap : public automation::Object {
+class ORVANE_EXPORT NamedNodeMap : public automation::Object {
  public:
   virtual NodePtr getNamedItem(std::string_view name) const = 0;  // null when there is none
   // At the end; an attribute of that name that is there already takes the new value in its place.
@@ -31,7 +32,7 @@ class NamedNodeMap : public automation::Object {
 using NamedNodeMapPtr = std::shared_ptr<NamedNodeMap>;
 
 // A Node keeps the content that it belongs to alive, beyond the document's own end.
-class Node : public automation::Object {
+class ORVANE_EXPORT Node : public automation::Object {
  public:
   virtual std::string nodeName() const = 0;
 

@@ -5,11 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/automation/export.hpp"
 #include "platform/msxml2/dom_document.hpp"
 
 namespace MSXML2 {
 
-class XSLProcessor : public automation::Object {
+class ORVANE_EXPORT XSLProcessor : public automation::Object {
  public:
   virtual void setInput(const DOMDocumentPtr& document) = 0;
   // A string parameter of the style sheet; the value is text, whatever characters it holds.
@@ -21,7 +22,7 @@ class XSLProcessor : public automation::Object {
 };
 using XSLProcessorPtr = std::shared_ptr<XSLProcessor>;
 
-class XSLTemplate : public automation::Object {
+class ORVANE_EXPORT XSLTemplate : public automation::Object {
  public:
   // Compiles the style sheet in `document`; raises with the reason when it is none.
   virtual void setStylesheet(const DOMDocumentPtr& document) = 0;

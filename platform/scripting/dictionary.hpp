@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 #include "platform/automation/variant.hpp"
 
@@ -13,7 +14,7 @@ namespace Scripting {
 
 inline constexpr std::string_view kDictionaryProgId = "Scripting.Dictionary";
 
-class Dictionary : public automation::Object {
+class ORVANE_EXPORT Dictionary : public automation::Object {
  public:
   // 457 when the key is there already; keys are compared exactly, text with regard to case.
   virtual void Add(const automation::Variant& key, const automation::Variant& item) = 0;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/automation/date_time.hpp"
+#include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"
 
 namespace Scripting {
@@ -21,7 +22,7 @@ inline constexpr std::string_view kFileSystemObjectProgId = "Scripting.FileSyste
 enum class IOMode { ForReading = 1, ForWriting = 2, ForAppending = 8 };
 
 // A text file in the single-byte system code page; texts given to it are UTF-8.
-class TextStream : public automation::Object {
+class ORVANE_EXPORT TextStream : public automation::Object {
  public:
   virtual void Write(std::string_view text) = 0;
   virtual void WriteLine(std::string_view text) = 0;  // the text and CR LF
@@ -32,7 +33,7 @@ class TextStream : public automation::Object {
 };
 using TextStreamPtr = std::shared_ptr<TextStream>;
 
-class File : public automation::Object {
+class ORVANE_EXPORT File : public automation::Object {
  public:
   virtual std::string Name() const = 0;
   virtual std::string Path() const = 0;
@@ -42,7 +43,7 @@ class File : public automation::Object {
 };
 using FilePtr = std::shared_ptr<File>;
 
-class Folder : public automation::Object {
+class ORVANE_EXPORT Folder : public automation::Object {
  public:
   virtual std::string Name() const = 0;
   virtual std::string Path() const = 0;
@@ -56,7 +57,7 @@ class Folder : public automation::Object {
 };
 using FolderPtr = std::shared_ptr<Folder>;
 
-class FileSystemObject : public automation::Object {
+class ORVANE_EXPORT FileSystemObject : public automation::Object {
  public:
   virtual bool FolderExists(std::string_view path) const = 0;
   virtual bool FileExists(std::string_view path) const = 0;

@@ -87,4 +87,16 @@ TEST(ClassTableTest, LetsTheFactorysErrorThrough) {
 }
 
 }  // namespace
+TEST(ClassTableTest, TakesFromAnotherTableWhatItDoesNotHave) {
+  ClassTable classes;
+  classes.Register("Suite.Log", &Make<First>);
+  ClassTable others;
+  others.Register("suite.LOG", &Make<Second>);
+  others.RegisterAs<Second>("Suite.Other", [] { return std::make_shared<Second>(); });
+  classes.RegisterMissing(others);
+  EXPECT_THAT(classes.ProgIds(), ElementsAre("Suite.Log", "Suite.Other"));
+  EXPECT_NE(std::dynamic_pointer_cast<First>(classes.Create("Suite.Log")), nullptr);
+  EXPECT_EQ(*classes.CreateTyped("Suite.Other").interface, typeid(Second));
+}
+
 }  // namespace orvane_test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/lock/file_lock.hpp"
+#include "run/lock/file_lock.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/support/archive_files.hpp"

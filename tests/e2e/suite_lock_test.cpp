@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "host/lock/file_lock.hpp"
+#include "run/lock/file_lock.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 

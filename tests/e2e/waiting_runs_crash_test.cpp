@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-#include "host/lock/file_lock.hpp"
+#include "run/lock/file_lock.hpp"
 #include "tests/e2e/archive_installation.hpp"
 
 namespace orvane_test {

@@ -9,9 +9,9 @@
 
 namespace {
 
-using orvane_host::Arguments;
-using orvane_host::ParseArguments;
-using orvane_host::UsageError;
+using orvane::host::Arguments;
+using orvane::host::ParseArguments;
+using orvane::host::UsageError;
 
 std::string Refusal(const std::vector<std::string>& words, const char* environmentHome = nullptr) {
   try {

@@ -15,10 +15,10 @@
 
 namespace {
 
-using orvane_host::Finding;
-using orvane_host::Findings;
-using orvane_host::Parameters;
-using orvane_host::Severity;
+using orvane::host::Finding;
+using orvane::host::Findings;
+using orvane::host::Parameters;
+using orvane::host::Severity;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -29,7 +29,7 @@ using Strings = std::vector<std::string>;
 Strings Told(const Findings& findings) {
   Strings told;
   for (const Finding& finding : findings.All()) {
-    const std::string line = orvane_host::TextLine(finding);
+    const std::string line = orvane::host::TextLine(finding);
     told.push_back(line.substr(0, line.find(':')) + " " + std::string(finding.id));
   }
   return told;
@@ -54,7 +54,7 @@ class SiteCheckTest : public testing::Test {
     folder_.Write("home/config/siteConfiguration.xml",
                   "<siteConfiguration>" + content + "</siteConfiguration>");
     Findings findings;
-    orvane_host::CheckSite(orvane_host::SuiteHome(folder_.Path() / "home"), findings);
+    orvane::host::CheckSite(orvane::SuiteHome(folder_.Path() / "home"), findings);
     return findings;
   }
 
@@ -69,7 +69,7 @@ TEST_F(SiteCheckTest, AKeyNearAKnownOneIsAnErrorThatNamesIt) {
   const std::string mail = Section("CDO", Key("sendusing", "1") + Key("smtpservr", "mail.example"));
   const Findings findings = Check(kDatabases + kPeople + kLanguage + mail);
   ASSERT_THAT(Told(findings), ElementsAre("error site.key"));
-  EXPECT_THAT(orvane_host::TextLine(findings.All()[0]),
+  EXPECT_THAT(orvane::host::TextLine(findings.All()[0]),
               HasSubstr("section \"CDO\", key \"smtpservr\": is read by no job; if \"smtpserver\" is meant, "
                         "write it so\n"));
   EXPECT_FALSE(findings.All()[0].unavailable);
@@ -136,7 +136,7 @@ TEST(SiteKeysTest, AreTheDocumentedOnes) {
     }
   }
   std::set<std::string> known;
-  for (const auto& [name, keys] : orvane_host::KnownSections()) {
+  for (const auto& [name, keys] : orvane::host::KnownSections()) {
     for (const std::string_view key : keys) known.insert(std::string(name) + "." + std::string(key));
   }
   EXPECT_EQ(known, documented);
@@ -146,7 +146,7 @@ class ParameterCheckTest : public testing::Test {
  protected:
   Findings Check(std::string_view progId) {
     Findings findings;
-    orvane_host::CheckParameters(parameters_, std::span(&progId, 1), findings);
+    orvane::host::CheckParameters(parameters_, std::span(&progId, 1), findings);
     return findings;
   }
   void Set(const std::string& name, const std::string& value) {
@@ -244,10 +244,10 @@ TEST_F(ParameterCheckTest, AnErpIsOneThatTheJobKnowsAndHasItsValues) {
 TEST(FolderCheckTest, NamesAFolderThatIsMissing) {
   orvane_test::TemporaryFolder folder;
   Findings findings;
-  EXPECT_TRUE(CheckFolder(folder.Path(), orvane_host::Access::Write, "a test", findings));
+  EXPECT_TRUE(CheckFolder(folder.Path(), orvane::host::Access::Write, "a test", findings));
   EXPECT_TRUE(CheckFolderToMake(folder.Path() / "a" / "b", "a test", findings));
   EXPECT_THAT(Told(findings), IsEmpty());
-  EXPECT_FALSE(CheckFolder(folder.Path() / "a", orvane_host::Access::Write, "a test", findings));
+  EXPECT_FALSE(CheckFolder(folder.Path() / "a", orvane::host::Access::Write, "a test", findings));
   folder.Write("file", "x");
   EXPECT_FALSE(CheckFolderToMake(folder.Path() / "file" / "b", "a test", findings));
   EXPECT_THAT(Told(findings), ElementsAre("error folder.missing", "error folder.missing"));
@@ -258,19 +258,19 @@ TEST(FolderCheckTest, TellsOfWhatEverybodyCanGetAt) {
   const auto file = folder.Write("file", "x");
   Findings findings;
   chmod(file.c_str(), 0640);
-  orvane_host::CheckPrivate(file, "passwords", findings);
-  orvane_host::CheckPrivate(folder.Path() / "none", "passwords", findings);
+  orvane::host::CheckPrivate(file, "passwords", findings);
+  orvane::host::CheckPrivate(folder.Path() / "none", "passwords", findings);
   EXPECT_THAT(Told(findings), IsEmpty());
   chmod(file.c_str(), 0644);
-  orvane_host::CheckPrivate(file, "passwords", findings);
+  orvane::host::CheckPrivate(file, "passwords", findings);
   EXPECT_THAT(Told(findings), ElementsAre("warning folder.private"));
 }
 
 TEST(FolderCheckTest, TellsOfLittleRoom) {
   Findings findings;
-  orvane_host::JudgeRoom("/data", std::uint64_t{200} << 20, findings);
+  orvane::host::JudgeRoom("/data", std::uint64_t{200} << 20, findings);
   EXPECT_THAT(Told(findings), IsEmpty());
-  orvane_host::JudgeRoom("/data", (std::uint64_t{200} << 20) - 1, findings);
+  orvane::host::JudgeRoom("/data", (std::uint64_t{200} << 20) - 1, findings);
   ASSERT_THAT(Told(findings), ElementsAre("warning folder.room"));
   EXPECT_THAT(findings.All()[0].what, HasSubstr("only 199 MiB are free"));
 }
@@ -285,7 +285,7 @@ class OtherYearLocale : public orvane_test::FakeLocale {
 TEST(LocaleCheckTest, ShowsADateAndReadsItBack) {
   orvane_test::TestRuntime test;
   Findings findings;
-  orvane_host::CheckLocale("C", findings);
+  orvane::host::CheckLocale("C", findings);
   ASSERT_THAT(Told(findings), ElementsAre("note locale.dates"));
   EXPECT_THAT(findings.All()[0].what, HasSubstr("7-26-2004 09:05:03"));
 }
@@ -294,23 +294,23 @@ TEST(LocaleCheckTest, ALocaleThatReadsItsDatesAsOthersIsAnError) {
   orvane_test::TestRuntime test;
   test.runtime.locale = std::make_shared<OtherYearLocale>();
   Findings findings;
-  orvane_host::CheckLocale("xx", findings);
+  orvane::host::CheckLocale("xx", findings);
   EXPECT_THAT(Told(findings), ElementsAre("error locale.dates"));
 }
 
 TEST(FindingTest, IsOneLineWhateverIsInIt) {
   Findings findings;
   findings.FailService("service.refused", "where", "said \"no\"\nand \x1b[31mleft", "ask \xFF again");
-  EXPECT_EQ(orvane_host::TextLine(findings.All()[0]),
+  EXPECT_EQ(orvane::host::TextLine(findings.All()[0]),
             "error: where: said \"no\" and  [31mleft; ask \xFF again\n");
-  EXPECT_EQ(orvane_host::JsonLine(findings.All()[0]),
+  EXPECT_EQ(orvane::host::JsonLine(findings.All()[0]),
             "{\"v\":1,\"severity\":\"error\",\"id\":\"service.refused\",\"where\":\"where\",\"what\":\"said "
             "\\\"no\\\"\\nand \\u001b[31mleft\",\"do\":\"ask \xEF\xBF\xBD again\",\"unavailable\":true}\n");
 }
 
 TEST(FindingTest, ShowsTheFirstOfMany) {
-  EXPECT_EQ(orvane_host::FirstOf({"1"}), "1");
-  EXPECT_EQ(orvane_host::FirstOf({"1", "2", "3", "4", "5", "6", "7"}), "1, 2, 3, 4, 5 and 2 more");
+  EXPECT_EQ(orvane::host::FirstOf({"1"}), "1");
+  EXPECT_EQ(orvane::host::FirstOf({"1", "2", "3", "4", "5", "6", "7"}), "1, 2, 3, 4, 5 and 2 more");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-using orvane_host::EngineOf;
+using orvane::host::EngineOf;
 
 TEST(EngineOfTest, KnowsTheProviderAndTheDrivers) {
   EXPECT_EQ(EngineOf("Provider=SQLite;Data Source=x").name, "sqlite");
@@ -35,21 +35,21 @@ TEST(EngineOfTest, RefusesWhatItCannotTell) {
 TEST(EmbeddedFilesTest, TheSchemasOfAllEnginesAreInTheProgram) {
   for (const ADODB::engine::EngineEntry& engine : ADODB::engine::Engines()) {
     const std::string base = "schema/" + std::string(engine.name);
-    EXPECT_NE(orvane_host::EmbeddedFile(base + ".sql").find("CREATE TABLE PARAMETERS"),
+    EXPECT_NE(orvane::host::EmbeddedFile(base + ".sql").find("CREATE TABLE PARAMETERS"),
               std::string_view::npos);
-    EXPECT_NE(orvane_host::EmbeddedFile(base + "-ecatalog.sql").find("CREATE TABLE FAQPARAMETER"),
+    EXPECT_NE(orvane::host::EmbeddedFile(base + "-ecatalog.sql").find("CREATE TABLE FAQPARAMETER"),
               std::string_view::npos);
   }
-  EXPECT_EQ(orvane_host::EmbeddedFile("schema/none.sql"), "");
+  EXPECT_EQ(orvane::host::EmbeddedFile("schema/none.sql"), "");
 }
 
 TEST(EmbeddedFilesTest, TheStyleSheetsAndTextsAreInTheProgram) {
   for (const char* name : {"reminder", "conclusion", "mail_page"}) {
-    EXPECT_NE(orvane_host::EmbeddedFile(std::string("demo/sheets/") + name + ".xsl").find("<xsl:"),
+    EXPECT_NE(orvane::host::EmbeddedFile(std::string("demo/sheets/") + name + ".xsl").find("<xsl:"),
               std::string_view::npos)
         << name;
   }
-  EXPECT_NE(orvane_host::EmbeddedFile("demo/texts.tsv").find("LBLQX3120\t1033\t"), std::string_view::npos);
+  EXPECT_NE(orvane::host::EmbeddedFile("demo/texts.tsv").find("LBLQX3120\t1033\t"), std::string_view::npos);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // The exit codes have the same meaning wherever they are told.
-#include "host/exit_codes.hpp"
+#include "run/exit_codes.hpp"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ std::string Read(const char* file) {
 
 Table Expected() {
   Table table;
-  for (const auto& [code, meaning] : orvane_host::ExitCodes()) table.emplace(code, meaning);
+  for (const auto& [code, meaning] : orvane::ExitCodes()) table.emplace(code, meaning);
   return table;
 }
 
@@ -43,7 +43,7 @@ Table OfMarkdown(const std::string& text) {
 }
 
 TEST(ExitCodesTest, TheHelpShowsThem) {
-  const std::string help = orvane_host::HelpText(nullptr);
+  const std::string help = orvane::host::HelpText(nullptr);
   static const std::regex kEntry(R"(\n +(\d+) +((?:[^\n]+)(?:\n      [^\n]+)*))");
   const std::string codes = help.substr(help.find("\nExit codes"));
   Table table;
@@ -75,11 +75,11 @@ TEST(ExitCodesTest, TheDocumentsShowThem) {
 TEST(CommandTableTest, TheManualPageNamesEveryCommandAndOption) {
   std::string page = std::regex_replace(Read("packaging/man/orvane-host.1"), std::regex(R"(\\-)"), "-");
   page = std::regex_replace(page, std::regex("\""), " ");
-  for (const orvane_host::CommandEntry& command : orvane_host::Commands()) {
+  for (const orvane::host::CommandEntry& command : orvane::host::Commands()) {
     if (command.name.starts_with("-")) continue;
     EXPECT_NE(page.find(".B orvane-host " + std::string(command.name) + "\n"), std::string::npos)
         << command.name;
-    for (const orvane_host::Option& option : command.options) {
+    for (const orvane::host::Option& option : command.options) {
       EXPECT_TRUE(
           std::regex_search(page, std::regex(R"(\.TP\n\.BI? --)" + std::string(option.name) + R"([ \n])")))
           << option.name;
@@ -88,14 +88,14 @@ TEST(CommandTableTest, TheManualPageNamesEveryCommandAndOption) {
 }
 
 TEST(CommandTableTest, TheHelpNamesEveryCommandAndOption) {
-  const std::string help = orvane_host::HelpText(nullptr);
-  for (const orvane_host::CommandEntry& command : orvane_host::Commands()) {
+  const std::string help = orvane::host::HelpText(nullptr);
+  for (const orvane::host::CommandEntry& command : orvane::host::Commands()) {
     EXPECT_NE(help.find("orvane-host " + std::string(command.name)), std::string::npos) << command.name;
-    for (const orvane_host::Option& option : command.options) {
+    for (const orvane::host::Option& option : command.options) {
       EXPECT_NE(help.find("[--" + std::string(option.name)), std::string::npos) << option.name;
     }
   }
-  EXPECT_LT(orvane_host::HelpText(orvane_host::FindCommand("run")).size(), help.size());
+  EXPECT_LT(orvane::host::HelpText(orvane::host::FindCommand("run")).size(), help.size());
 }
 
 }  // namespace

@@ -16,7 +16,7 @@
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
 
-namespace orvane_host {
+namespace orvane::host {
 namespace {
 
 using ADODB::SqlValue;
@@ -294,4 +294,4 @@ TEST_F(ExplanationTest, NothingIsHeardBehindTheEndOfTheRun) {
 }
 
 }  // namespace
-}  // namespace orvane_host
+}  // namespace orvane::host

@@ -10,7 +10,7 @@ constexpr std::array<std::string_view, 5> kKnown = {"CDO", "sendusing", "smtpser
                                                     "MemScriptUser"};
 
 std::string_view Near(std::string_view name) {
-  return orvane_host::NearName(name, kKnown).value_or("none");
+  return orvane::host::NearName(name, kKnown).value_or("none");
 }
 
 TEST(NearNameTest, FindsWhatWasMistyped) {
@@ -34,8 +34,8 @@ TEST(NearNameTest, LeavesWhatIsKnownOrAnotherNameAlone) {
 
 TEST(NearNameTest, TakesTheNearestOfSeveral) {
   constexpr std::array<std::string_view, 2> kAlike = {"conclusion_mail1", "conclusion_mail22"};
-  EXPECT_EQ(orvane_host::NearName("conclusion_mail2", kAlike), "conclusion_mail1");
-  EXPECT_EQ(orvane_host::NearName("conclusion_mail222", kAlike), "conclusion_mail22");
+  EXPECT_EQ(orvane::host::NearName("conclusion_mail2", kAlike), "conclusion_mail1");
+  EXPECT_EQ(orvane::host::NearName("conclusion_mail222", kAlike), "conclusion_mail22");
 }
 
 }  // namespace

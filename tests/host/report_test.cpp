@@ -9,8 +9,8 @@
 
 namespace {
 
-using orvane_host::FailuresFirst;
-using orvane_host::RecordedRun;
+using orvane::host::FailuresFirst;
+using orvane::host::RecordedRun;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -41,7 +41,7 @@ class ReportTest : public testing::Test {
     return R"("exit":)" + std::to_string(exit) + R"(,"seconds":91.25,"counts":)" + counts;
   }
   std::vector<RecordedRun> Runs(const Strings& names = {}) {
-    return orvane_host::ReadRuns(folder_.Path() / "journal", names);
+    return orvane::host::ReadRuns(folder_.Path() / "journal", names);
   }
   // What the validator says of the page; empty for a page without a fault.
   std::string Faults(const std::string& page) {
@@ -57,9 +57,9 @@ class ReportTest : public testing::Test {
 
 TEST_F(ReportTest, IsEmptyWithoutJournals) {
   EXPECT_TRUE(Runs().empty());
-  EXPECT_EQ(orvane_host::ReportText({}, false), "");
-  EXPECT_EQ(orvane_host::ReportJson({}), "");
-  EXPECT_EQ(Faults(orvane_host::ReportHtml({}, "/srv/home")), "");
+  EXPECT_EQ(orvane::host::ReportText({}, false), "");
+  EXPECT_EQ(orvane::host::ReportJson({}), "");
+  EXPECT_EQ(Faults(orvane::host::ReportHtml({}, "/srv/home")), "");
 }
 
 TEST_F(ReportTest, FailuresComeFirst) {
@@ -78,11 +78,11 @@ TEST_F(ReportTest, TheTextTellsEachRunInALine) {
   const std::string stopped = Journal(4, "Archive", End(69, "{}"), "the directory went away\\u001b[31m");
   const std::string killed = Journal(3, "Archive", "");
   EXPECT_EQ(
-      orvane_host::ReportText(FailuresFirst(Runs()), false),
+      orvane::host::ReportText(FailuresFirst(Runs()), false),
       stopped + "  exit 69, 91.2 s: the directory went away [31m\n" + killed +
           "  unfinished: no last line: the run was killed, or has not ended; its last effect is uncertain\n" +
           clean + "  finished, 91.2 s, mail.send 1, row.delete 1,206\n");
-  EXPECT_EQ(orvane_host::ReportText(Runs({clean}), true),
+  EXPECT_EQ(orvane::host::ReportText(Runs({clean}), true),
             clean +
                 "  finished, 91.2 s, mail.send 1, row.delete 1,206\n  mail.send  1\n  row.delete  PROSPECT  "
                 "1,204\n  row.delete  QUESTIONS  2\n");
@@ -91,7 +91,7 @@ TEST_F(ReportTest, TheTextTellsEachRunInALine) {
 TEST_F(ReportTest, TheObjectsHoldWhatIsKnown) {
   const std::string clean = Journal(1, "CleanUp", End(0));
   EXPECT_EQ(
-      orvane_host::ReportJson(Runs()),
+      orvane::host::ReportJson(Runs()),
       R"({"v":1,"run":")" + clean +
           R"(","job":"CleanUp","started":"2026-11-22 00:01:00","ending":"finished","pid":4711,"host":"alpha",)"
           R"("version":"1.0.0","exit":0,"seconds":91.25,"counts":{"mail.send":{"":1},"row.delete":)"
@@ -101,13 +101,13 @@ TEST_F(ReportTest, TheObjectsHoldWhatIsKnown) {
 
 TEST_F(ReportTest, AnUnknownRunIsAUsageError) {
   Journal(1, "CleanUp", End(0));
-  EXPECT_THROW(Runs({"20261122T000200Z-4711-CleanUp"}), orvane_host::UsageError);
+  EXPECT_THROW(Runs({"20261122T000200Z-4711-CleanUp"}), orvane::host::UsageError);
 }
 
 TEST_F(ReportTest, ThePageIsValidAndShowsNamesAsTheyAre) {
   Journal(1, "CleanUp", End(0, R"({"file.delete":{"<script>alert(1)</script> & \"x\"":3}})"));
   Journal(2, "Archive", End(70, "{}"), "</td><img src=x onerror=alert(2)>\\u0007");
-  const std::string page = orvane_host::ReportHtml(Runs(), "/srv/<home>");
+  const std::string page = orvane::host::ReportHtml(Runs(), "/srv/<home>");
   EXPECT_EQ(Faults(page), "");
   EXPECT_THAT(page, Not(HasSubstr("<script")));
   EXPECT_THAT(page, Not(HasSubstr("<img")));
@@ -121,7 +121,7 @@ TEST_F(ReportTest, AThousandRunsTakeAMoment) {
   for (int minute = 0; minute < 1000; ++minute) Journal(minute, "CleanUp", End(minute % 50 == 0 ? 70 : 0));
   const auto begin = std::chrono::steady_clock::now();
   const std::vector<RecordedRun> runs = Runs();
-  const std::string page = orvane_host::ReportHtml(runs, "/srv/home");
+  const std::string page = orvane::host::ReportHtml(runs, "/srv/home");
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
   EXPECT_EQ(runs.size(), 1000U);
   EXPECT_EQ(Faults(page), "");
@@ -129,12 +129,12 @@ TEST_F(ReportTest, AThousandRunsTakeAMoment) {
 }
 
 TEST(GroupedTest, GroupsThousands) {
-  EXPECT_EQ(orvane_host::Grouped(0), "0");
-  EXPECT_EQ(orvane_host::Grouped(999), "999");
-  EXPECT_EQ(orvane_host::Grouped(1'000), "1,000");
-  EXPECT_EQ(orvane_host::Grouped(1'234'567), "1,234,567");
-  EXPECT_EQ(orvane_host::Duration(119.94), "119.9 s");
-  EXPECT_EQ(orvane_host::Duration(724), "12 min 4 s");
+  EXPECT_EQ(orvane::host::Grouped(0), "0");
+  EXPECT_EQ(orvane::host::Grouped(999), "999");
+  EXPECT_EQ(orvane::host::Grouped(1'000), "1,000");
+  EXPECT_EQ(orvane::host::Grouped(1'234'567), "1,234,567");
+  EXPECT_EQ(orvane::host::Duration(119.94), "119.9 s");
+  EXPECT_EQ(orvane::host::Duration(724), "12 min 4 s");
 }
 
 }  // namespace

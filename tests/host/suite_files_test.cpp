@@ -7,7 +7,7 @@
 
 namespace {
 
-using orvane_host::SuiteHome;
+using orvane::SuiteHome;
 
 class SuiteFilesTest : public testing::Test {
  protected:
@@ -16,16 +16,16 @@ class SuiteFilesTest : public testing::Test {
 };
 
 TEST_F(SuiteFilesTest, APlaceIsFreeWhenItIsMissingOrEmpty) {
-  EXPECT_TRUE(orvane_host::IsFree(home_));
+  EXPECT_TRUE(orvane::host::IsFree(home_));
   std::filesystem::create_directory(home_.Path());
-  EXPECT_TRUE(orvane_host::IsFree(home_));
+  EXPECT_TRUE(orvane::host::IsFree(home_));
   folder_.Write("home/.hidden", "");
-  EXPECT_FALSE(orvane_host::IsFree(home_));
-  EXPECT_FALSE(orvane_host::IsFree(SuiteHome(home_.Path() / ".hidden")));
+  EXPECT_FALSE(orvane::host::IsFree(home_));
+  EXPECT_FALSE(orvane::host::IsFree(SuiteHome(home_.Path() / ".hidden")));
 }
 
 TEST_F(SuiteFilesTest, TheConfigurationThatIsMadeCanBeRead) {
-  orvane_host::MakeSuiteFiles(home_, "Driver={A&B};PWD=<x>", "Provider=SQLite;Data Source=db\\c");
+  orvane::host::MakeSuiteFiles(home_, "Driver={A&B};PWD=<x>", "Provider=SQLite;Data Source=db\\c");
   const auto site = Vantrel::SiteFile::Read(home_.SiteConfiguration());
   EXPECT_EQ(site.Connection("Orvane", "Orvane"), "Driver={A&B};PWD=<x>");
   EXPECT_EQ(site.Connection("VnServer", "ECatalog"), "Provider=SQLite;Data Source=db\\c");
@@ -37,7 +37,7 @@ TEST_F(SuiteFilesTest, TheConfigurationThatIsMadeCanBeRead) {
 }
 
 TEST_F(SuiteFilesTest, MakesEveryFolderThatTheJobsUse) {
-  orvane_host::MakeSuiteFiles(home_, "x", "y");
+  orvane::host::MakeSuiteFiles(home_, "x", "y");
   for (const char* folder : {"config", "db", "mail/pickup", "Orvane/Mail/Sheets", "Data/ANALYSIS",
                              "Data/Archives", "Data/CHAT", "Data/DispatchFiles", "Data/HTML",
                              "Data/SRATTACHMENTS", "Data/tempAttachments", "Data/TS/EndUser/Templates",
@@ -47,17 +47,17 @@ TEST_F(SuiteFilesTest, MakesEveryFolderThatTheJobsUse) {
 }
 
 TEST_F(SuiteFilesTest, WhatHoldsPasswordsIsNotForEverybody) {
-  orvane_host::MakeSuiteFiles(home_, "x", "y");
+  orvane::host::MakeSuiteFiles(home_, "x", "y");
   const auto permissions = std::filesystem::status(home_.Path() / "config").permissions();
   EXPECT_EQ(permissions & std::filesystem::perms::others_all, std::filesystem::perms::none);
 }
 
 TEST_F(SuiteFilesTest, RemovesWhatItMadeAndNothingElse) {
-  orvane_host::MakeSuiteFiles(home_, "x", "y");
-  orvane_host::RemoveSuiteFiles(home_, false);
-  EXPECT_TRUE(orvane_host::IsFree(home_));
+  orvane::host::MakeSuiteFiles(home_, "x", "y");
+  orvane::host::RemoveSuiteFiles(home_, false);
+  EXPECT_TRUE(orvane::host::IsFree(home_));
   EXPECT_TRUE(std::filesystem::exists(home_.Path()));
-  orvane_host::RemoveSuiteFiles(home_, true);
+  orvane::host::RemoveSuiteFiles(home_, true);
   EXPECT_FALSE(std::filesystem::exists(home_.Path()));
 }
 

@@ -11,11 +11,11 @@
 #include <regex>
 
 #include "components/interfaces/job.hpp"
-#include "host/composition.hpp"
 #include "host/init/databases.hpp"
 #include "host/init/suite_files.hpp"
 #include "jobs/archive/archive.hpp"
 #include "platform/locale/icu_locale.hpp"
+#include "suite/composition/composition.hpp"
 #include "suite/configuration/site_file.hpp"
 
 namespace orvane_test {
@@ -62,13 +62,13 @@ automation::DateTime Moment(const std::string& text) {
 KeptSuite::KeptSuite(const std::string& locale) {
   orvane_.MakeSuiteTables();
   catalogue_.MakeSuiteTables("-ecatalog.sql");
-  orvane_host::MakeSuiteFiles(home_, orvane_.ConnectionString(), catalogue_.ConnectionString());
-  orvane_host::RegisterSuite(runtime_, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()));
+  orvane::host::MakeSuiteFiles(home_, orvane_.ConnectionString(), catalogue_.ConnectionString());
+  orvane::RegisterSuite(runtime_, home_, Vantrel::SiteFile::Read(home_.SiteConfiguration()));
   runtime_.locale = automation::MakeLocale({.name = locale, .codePage = "windows-1252"});
 
   const automation::RuntimeScope scope(runtime_);
-  orvane_host::FillSuite(orvane_host::OpenDatabase(orvane_.ConnectionString()));
-  orvane_host::FillCatalogue(orvane_host::OpenDatabase(catalogue_.ConnectionString()));
+  orvane::host::FillSuite(orvane::host::OpenDatabase(orvane_.ConnectionString()));
+  orvane::host::FillCatalogue(orvane::host::OpenDatabase(catalogue_.ConnectionString()));
 }
 
 void KeptSuite::SetParameter(const std::string& name, const std::string& value) {
@@ -84,7 +84,7 @@ void KeptSuite::Add(const std::string& table, const Columns& columns) {
     names.push_back(name);
     values.push_back(value);
   }
-  demo::Table(orvane_host::OpenDatabase(orvane_.ConnectionString()), table, names).Add(values);
+  demo::Table(orvane::host::OpenDatabase(orvane_.ConnectionString()), table, names).Add(values);
 }
 
 void KeptSuite::AddToCatalogue(const std::string& table, const Columns& columns) {
@@ -95,7 +95,7 @@ void KeptSuite::AddToCatalogue(const std::string& table, const Columns& columns)
     names.push_back(name);
     values.push_back(value);
   }
-  demo::Table(orvane_host::OpenDatabase(catalogue_.ConnectionString()), table, names).Add(values);
+  demo::Table(orvane::host::OpenDatabase(catalogue_.ConnectionString()), table, names).Add(values);
 }
 
 void KeptSuite::Change(const std::string& statement) {
@@ -195,8 +195,8 @@ void KeptSuite::PutInPlace(const KeptFiles& files) {
     std::string text = content;
     ReplaceAll(text, "<home>", home_.Path().string());
     const fs::path bare = fs::path(name).filename();
-    if (name.starts_with("archives/")) orvane_host::WriteFile(archives / bare, text);
-    if (name.starts_with("logs/")) orvane_host::WriteFile(home_.Logs() / bare, text);
+    if (name.starts_with("archives/")) orvane::host::WriteFile(archives / bare, text);
+    if (name.starts_with("logs/")) orvane::host::WriteFile(home_.Logs() / bare, text);
   }
 }
 

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "demo/table.hpp"
-#include "host/suite_home.hpp"
 #include "platform/automation/runtime.hpp"
+#include "suite/composition/suite_home.hpp"
 #include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -64,7 +64,7 @@ class KeptSuite {
   std::string Rows();
 
   TemporaryFolder folder_;
-  const orvane_host::SuiteHome home_{folder_.Path() / "home"};
+  const orvane::SuiteHome home_{folder_.Path() / "home"};
   SqliteDatabase orvane_{folder_.Path() / "orvane.sqlite"};
   SqliteDatabase catalogue_{folder_.Path() / "ecatalog.sqlite"};
   automation::Runtime runtime_;

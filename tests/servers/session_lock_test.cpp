@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "host/lock/database_lock.hpp"
 #include "platform/adodb/odbc/provider.hpp"
+#include "run/lock/database_lock.hpp"
 #include "tests/servers/server_database.hpp"
 #include "tests/servers/tcp_proxy.hpp"
 

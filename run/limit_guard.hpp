@@ -1,0 +1,45 @@
+// Holds one job's run to a limit.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "effects/limit.hpp"
+#include "run/job_table.hpp"
+#include "run/recording.hpp"
+#include "run/run_job.hpp"
+#include "suite/composition/suite_home.hpp"
+#include "suite/configuration/site_file.hpp"
+
+namespace orvane {
+
+class LimitGuard {
+ public:
+  // Previews the job. Nothing when it would delete more than the limit allows; the figures are told then.
+  // REQUIRES: nobody else runs jobs of the suite. FAILS: as PreviewJob and PreviewWorld; a preview that
+  // cannot go on ends the process with what says so.
+  static std::optional<LimitGuard> Pass(const effects::Limit& limit, const SuiteHome& home,
+                                        const Vantrel::SiteFile& site, const JobInfo& job,
+                                        const RunOptions& options);
+
+  // To be asked at safe points: whether the run has come to the limit though its preview had not foretold so
+  // many deletions, because the suite was changed in between.
+  std::optional<Recording::Stop> MustStop(const effects::Counts& soFar) const;
+
+ private:
+  struct Foretold {
+    std::uint64_t count = 0;
+    std::uint64_t allowed = 0;
+  };
+
+  explicit LimitGuard(effects::Limit limit, std::string home) : limit_(limit), home_(std::move(home)) {}
+  Foretold Of(const effects::Deletions& deletions) const;
+
+  effects::Limit limit_;
+  std::string home_;
+  std::map<std::pair<bool, std::string>, Foretold> foretold_;  // by whether it is a table, and its name
+};
+
+}  // namespace orvane

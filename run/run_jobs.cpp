@@ -1,0 +1,204 @@
+#include "run/run_jobs.hpp"
+
+#include <chrono>
+#include <cstdlib>
+#include <exception>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "components/interfaces/job.hpp"
+#include "effects/journal.hpp"
+#include "effects/limit.hpp"
+#include "platform/automation/runtime.hpp"
+#include "platform/automation/safe_point.hpp"
+#include "platform/locale/icu_locale.hpp"
+#include "run/job_runner.hpp"
+#include "run/limit_guard.hpp"
+#include "run/lock/suite_lock.hpp"
+#include "run/recording.hpp"
+#include "run/services.hpp"
+#include "suite/composition/composition.hpp"
+#include "suite/composition/site_settings.hpp"
+#include "suite/composition/suite_home.hpp"
+#include "suite/configuration/site_file.hpp"
+
+namespace orvane {
+namespace {
+
+// What a session of the database's own shows of this process, where the engine has a place for it.
+std::string Self(const std::string& caller) {
+  const orvane_lock::Holder self = orvane_lock::ThisProcess({});
+  return caller + " " + std::to_string(self.process) + " on " + self.host;
+}
+
+// May be called on any thread: a session is set up by the locale's rules.
+orvane_lock::DatabaseLock::Opening OpeningOf(const SuiteHome& home, const Vantrel::SiteFile& site,
+                                             const std::string& caller) {
+  return [providers = DatabaseProviders(home), text = site.Connection("Orvane", "Orvane"), caller] {
+    automation::Runtime runtime;
+    runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+    const automation::RuntimeScope scope(runtime);
+    return ADODB::engine::OpenSessionLock(providers, text, Self(caller));
+  };
+}
+
+class JobCall {
+ public:
+  JobCall(const RunOptions& options, const Surroundings& surroundings)
+      : options_(options), surroundings_(surroundings), home_(options.home), runner_(home_, options) {}
+
+  int Run(const std::vector<const JobInfo*>& jobs) {
+    const Vantrel::SiteFile site = ReadConfiguration(home_);
+    if (!TakeLock(site)) return exitCode_;
+    if (options_.preflight && !ServicesAnswer(jobs, home_, site, options_)) {
+      if (!surroundings_.refusedHint.empty()) Tell(options_, Telling::Message, surroundings_.refusedHint);
+      return kUnavailable;
+    }
+    effects::RemoveOldJournals(home_.Journals(), std::chrono::system_clock::now(), JournalDays(site));
+    for (const JobInfo* job : jobs) {
+      const std::string before = "; stopped before " + std::string(job->progId);
+      if (IsAskedToStop()) return Stopped("asked to stop" + before, kTryAgain);
+      if (!lock_->BeginJob(job->progId)) {
+        return Stopped("the lock of the suite's database was lost" + before, kTryAgain);
+      }
+      if (const auto stop = RunOne(*job)) {
+        return Stopped(stop->why + "; stopped behind " + std::string(job->progId), stop->exitCode);
+      }
+    }
+    return options_.strict && runner_.SawFailures() ? Graver(exitCode_, kErrorsLogged) : exitCode_;
+  }
+
+ private:
+  // Waits for its turn; false, with the exit code set, when it does not come.
+  bool TakeLock(const Vantrel::SiteFile& site) {
+    const std::shared_ptr<void> around = surroundings_.waiting ? surroundings_.waiting() : nullptr;
+    const auto refused = [this](int exitCode, const std::string& why) {
+      exitCode_ = exitCode;
+      Tell(options_, Telling::Message, why);
+      return false;
+    };
+    try {
+      lock_ = orvane_lock::SuiteLock::Take({.file = home_.Lock(),
+                                            .open = OpeningOf(home_, site, options_.caller),
+                                            .longest = options_.wait,
+                                            .waiting =
+                                                [this](const std::string& holder) {
+                                                  Tell(options_, Telling::Message,
+                                                       "the suite is held by " + holder + "; waiting");
+                                                },
+                                            .givenUp = [this] { return IsAskedToStop(); }});
+      return true;
+    } catch (const orvane_lock::GivenUp&) {
+      return refused(kTryAgain, "asked to stop while waiting; nothing was begun");
+    } catch (const orvane_lock::Busy& held) {
+      return refused(kTryAgain, std::string("the suite is held by ") + held.what() + "; nothing was begun");
+    } catch (const orvane_lock::Unreachable& error) {
+      return refused(kUnavailable,
+                     std::string("the suite's database does not answer, nothing was begun: ") + error.what());
+    } catch (const std::exception& error) {
+      return refused(kConfiguration, std::string("the suite's lock cannot be made: ") + error.what());
+    }
+  }
+
+  // Why the call has to stop behind the job, if it has to.
+  std::optional<Recording::Stop> RunOne(const JobInfo& job) {
+    std::optional<LimitGuard> limit;
+    if (options_.limit) {
+      limit = LimitGuard::Pass(*effects::Limit::Parse(*options_.limit), home_, ReadConfiguration(home_), job,
+                               options_);
+      if (!limit) {
+        exitCode_ = Graver(exitCode_, kLimit);
+        return std::nullopt;
+      }
+    }
+    const std::shared_ptr<effects::Listener> shown = surroundings_.show ? surroundings_.show() : nullptr;
+    Recording recording(home_, job, options_, shown.get(), runner_);
+    // A runtime of its own for each job, as each would have in a service of its own.
+    automation::Runtime runtime;
+    runtime.classes = options_.classes;
+    RegisterSuite(runtime, home_, ReadConfiguration(home_), recording.GetWiring());
+    const automation::SafePoints stopping([&] {
+      if (const auto stop = MustStop(recording, limit)) StopHere(recording, *stop);
+    });
+    if (!runner_.Run(job, runtime, recording)) exitCode_ = Graver(exitCode_, kUnfinished);
+    auto stop = recording.MustStop();
+    if (!stop && limit) stop = limit->MustStop(recording.CountsSoFar());
+    return stop;
+  }
+
+  bool IsAskedToStop() const { return options_.stop && options_.stop(); }
+
+  // Why the job has to stop at the safe point where it is.
+  std::optional<Recording::Stop> MustStop(const Recording& recording,
+                                          const std::optional<LimitGuard>& limit) const {
+    if (auto stop = recording.MustStop()) return stop;
+    if (lock_->IsLost()) {
+      return Recording::Stop{
+          "the lock of the suite's database was lost, and somebody else has it or the database does not "
+          "answer",
+          kTryAgain};
+    }
+    if (limit) {
+      if (auto stop = limit->MustStop(recording.CountsSoFar())) return stop;
+    }
+    if (IsAskedToStop()) return Recording::Stop{"asked to stop", kTryAgain, true};
+    return std::nullopt;
+  }
+
+  // The job's objects are left as they are: their files and sessions go with the process, as after a kill,
+  // and a safe point is where that costs nothing.
+  [[noreturn]] void StopHere(Recording& recording, const Recording::Stop& stop) {
+    recording.End(stop.exitCode, stop.wasAskedFor ? std::string_view() : std::string_view(stop.why));
+    runner_.TellStopped(stop.why + "; stopped at a safe point");
+    Leave(options_, Graver(exitCode_, stop.exitCode));
+  }
+
+  int Stopped(const std::string& why, int exitCode) const {
+    Tell(options_, Telling::Message, why);
+    return Graver(exitCode_, exitCode);
+  }
+
+  const RunOptions& options_;
+  const Surroundings& surroundings_;
+  const SuiteHome home_;
+  JobRunner runner_;
+  std::unique_ptr<orvane_lock::SuiteLock> lock_;
+  int exitCode_ = kOk;
+};
+
+}  // namespace
+
+int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
+            const Surroundings& surroundings) {
+  try {
+    return JobCall(options, surroundings).Run(jobs);
+  } catch (const automation::Error& error) {
+    Tell(options, Telling::Message, error.Description());
+    return kConfiguration;
+  } catch (const std::system_error& error) {
+    Tell(options, Telling::Message,
+         std::string("no place for the files of the preview that a limit needs: ") + error.what());
+    return kConfiguration;
+  }
+}
+
+void Tell(const RunOptions& options, Telling kind, std::string_view text) {
+  if (options.tell) options.tell(kind, text);
+}
+
+void CallJob(const JobInfo& job, const RunOptions& options) {
+  const automation::ObjectPtr object = automation::CreateObject(job.progId);
+  if (options.call) {
+    options.call(object);
+  } else {
+    automation::As<OrvaneProcess::Job>(object)->Run();
+  }
+}
+
+void Leave(const RunOptions& options, int exitCode) {
+  if (options.leave) options.leave(exitCode);
+  std::_Exit(exitCode);
+}
+
+}  // namespace orvane

@@ -1,0 +1,238 @@
+#include "suite/composition/composition.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "components/interfaces/service_request.hpp"
+#include "components/registration/register_jobs.hpp"
+#include "effects/preview/nowhere.hpp"
+#include "effects/reads.hpp"
+#include "effects/service_watch.hpp"
+#include "effects/wrappers.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
+#include "platform/adodb/odbc/provider.hpp"
+#include "platform/adodb/registration.hpp"
+#include "platform/base/created_files.hpp"
+#include "platform/cdo/registration.hpp"
+#include "platform/locale/icu_locale.hpp"
+#include "platform/msxml2/registration.hpp"
+#include "platform/scripting/dictionary/registration.hpp"
+#include "platform/scripting/local/folder_names.hpp"
+#include "platform/scripting/local/path_resolver.hpp"
+#include "platform/scripting/local/registration.hpp"
+#include "suite/backend_calls/backend_calls.hpp"
+#include "suite/catalogue/catalogue.hpp"
+#include "suite/composition/data_folder.hpp"
+#include "suite/composition/site_settings.hpp"
+#include "suite/configuration/configuration.hpp"
+#include "suite/escalation/escalation.hpp"
+#include "suite/file_handling/file_handling.hpp"
+#include "suite/load_xsls/load_xsls.hpp"
+#include "suite/log/file_log.hpp"
+#include "suite/membership/user.hpp"
+#include "suite/service_request/registration.hpp"
+#include "suite/sql_conversion/sql_conversion.hpp"
+
+namespace orvane {
+namespace {
+
+using automation::ClassTable;
+
+std::shared_ptr<base::FileLayer> LayerOf(const World* world) {
+  return world == nullptr ? nullptr : world->layer;
+}
+
+void RegisterFilesMailsAndLog(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
+                              const World* world) {
+  const auto created = std::make_shared<base::CreatedFiles>();
+  Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world));
+  CDO::Settings mail = MailSettings(site, home);
+  mail.ownFiles = created;
+  if (world != nullptr) {
+    mail.sendUsing = CDO::SendUsing::Nowhere;
+    mail.layer = world->layer;
+    effects::RegisterSilentLog(classes);
+  } else {
+    Vantrel::RegisterLog(classes, home.ErrorLog());
+  }
+  CDO::RegisterClasses(classes, mail);
+}
+
+// What a file is counted under: below the installation the folder that operators know, and not each of the
+// many that may lie in it.
+std::string CountedFolder(const std::filesystem::path& home, const std::string& native) {
+  const std::filesystem::path path(native);
+  const std::filesystem::path below = path.lexically_relative(home);
+  if (below.empty() || *below.begin() == "..") return path.parent_path().string();
+  std::filesystem::path folder;
+  int parts = 0;
+  for (const std::filesystem::path& part : below.parent_path()) {
+    if (++parts > 2) break;
+    folder /= part;
+  }
+  return folder.string();
+}
+
+effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site, const World* world) {
+  const auto native = [resolver = std::make_shared<Scripting::local::PathResolver>(
+                           Drives(site), LayerOf(world))](std::string_view path, bool isMade) {
+    try {
+      if (!isMade) return resolver->PlaceFor(path).path;
+      // Its folder alone is looked for: what other names there are in it takes a listing to know.
+      const std::filesystem::path made(resolver->Translate(path).value_or(""));
+      if (const auto folder = resolver->Find(made.parent_path().string())) {
+        return (std::filesystem::path(folder->path) / made.filename()).string();
+      }
+    } catch (const std::exception&) {
+    }
+    // It leads nowhere: what is done there fails.
+    std::string text(path);
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+  };
+  const auto isLog = [logs = home.Logs().string()](const std::string& path) {
+    return path.starts_with(logs) && (path.size() == logs.size() || path[logs.size()] == '/');
+  };
+  const auto folder = [path = home.Path()](const std::string& of) { return CountedFolder(path, of); };
+  return {.native = native, .folder = folder, .isLog = isLog};
+}
+
+MSXML2::Settings DocumentSettings(const Vantrel::SiteFile& site, const effects::Places& places,
+                                  const Wiring& wiring) {
+  MSXML2::Settings settings{.drives = Drives(site), .layer = LayerOf(wiring.world)};
+  effects::Recorder* const recorder = wiring.recorder;
+  if (recorder == nullptr) return settings;
+  settings.saving = [recorder, places](const std::string& path, const std::function<void()>& save) {
+    recorder->Do(effects::FileChange{effects::FileChange::Kind::SaveDocument, path, places.folder(path)},
+                 save);
+  };
+  return settings;
+}
+
+// Keeps the names of large folders for all file-handling components of a suite.
+class FolderNames {
+ public:
+  std::optional<std::string> Find(const std::string& folder, const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    return names_.Find(folder, name);
+  }
+
+ private:
+  std::mutex mutex_;
+  Scripting::local::FolderNames names_;
+};
+
+void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
+                              const World* world) {
+  const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
+                                                                       const std::string& name) {
+    return names->Find(folder, name);
+  };
+  OrvCommonMTS::RegisterFileHandling(
+      classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
+                .otherSpelling = otherSpelling,
+                .sharedPath = &SharedPath,
+                .ftp = FtpSettings(site, home),
+                .layer = LayerOf(world),
+                .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder});
+  if (world != nullptr) {
+    effects::RegisterSilentComponents(classes);
+    return;
+  }
+  OrvaneProcessMTS::RegisterEscalation(classes, home.Path());
+  OrvaneBackend::RegisterBackendCalls(classes, home.Path());
+}
+
+// What changes something outside the process, or nothing at all in a world of its own.
+ClassTable ActingClasses(const SuiteHome& home, const Vantrel::SiteFile& site, const Wiring& wiring,
+                         const effects::Places& places) {
+  ClassTable classes;
+  ADODB::RegisterClasses(classes, wiring.world == nullptr ? DatabaseProviders(home) : wiring.world->providers,
+                         {}, wiring.recordsRows ? wiring.recorder : nullptr);
+  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring));
+  RegisterFilesMailsAndLog(classes, home, site, wiring.world);
+  RegisterActingComponents(classes, home, site, wiring.world);
+  return classes;
+}
+
+ClassTable ReadingClasses(const SuiteHome& home) {
+  ClassTable classes;
+  Vantrel::RegisterConfiguration(classes, home.Path());
+  OrvCommon::RegisterSqlConversion(classes);
+  Catalogue::RegisterCatalogue(classes);
+  OrvCommon::RegisterLoadXSLs(classes);
+  VnMembership::RegisterUser(classes);
+  OrvServiceRequest::RegisterServiceRequest(classes, home.Path());
+  return classes;
+}
+
+// What stands between the jobs and `real`.
+ClassTable Wrappers(const ClassTable& real, const Wiring& wiring, const effects::Places& places) {
+  ClassTable classes;
+  if (wiring.watch != nullptr) effects::WatchDirectory(classes, real, *wiring.watch);
+  if (wiring.recorder == nullptr) return classes;
+  ClassTable heard;
+  if (wiring.reads != nullptr) {
+    effects::HearRows(classes, real, *wiring.reads);
+    effects::HearFolders(heard, real, *wiring.reads);
+  }
+  effects::RecordFiles(classes, wiring.reads == nullptr ? real : heard, *wiring.recorder, places);
+  effects::RecordMails(classes, real, *wiring.recorder);
+  effects::RecordErrors(classes, real, *wiring.recorder);
+  effects::RecordSharedFiles(classes, real, *wiring.recorder, places);
+  effects::RecordCalls(classes, real, *wiring.recorder);
+  return classes;
+}
+
+}  // namespace
+
+std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home) {
+  return {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()};
+}
+
+Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
+  Vantrel::SiteFile site = Vantrel::SiteFile::Read(home.SiteConfiguration());
+  site.Connection("Orvane", "Orvane");
+  CheckSettings(home, site);
+  JournalDays(site);
+  return site;
+}
+
+void CheckSettings(const SuiteHome& home, const Vantrel::SiteFile& site) {
+  Drives(site);
+  MailSettings(site, home);
+  FtpSettings(site, home);
+}
+
+void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Vantrel::SiteFile& site,
+                   const Wiring& wiring) {
+  const effects::Places places =
+      wiring.recorder == nullptr ? effects::Places() : PlacesOf(home, site, wiring.world);
+  const ClassTable acting = ActingClasses(home, site, wiring, places);
+  // The caller's own classes go before the suite's; where nothing is to be changed, not before those that see
+  // to it.
+  ClassTable real = wiring.world == nullptr ? runtime.classes : acting;
+  real.RegisterMissing(wiring.world == nullptr ? acting : runtime.classes);
+  real.RegisterMissing(ReadingClasses(home));
+
+  ClassTable classes = Wrappers(real, wiring, places);
+  classes.RegisterMissing(real);
+  OrvaneProcess::RegisterJobs(classes);
+  runtime.classes = std::move(classes);
+  if (!runtime.locale) {
+    runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
+  }
+}
+
+void RegisterSuite(automation::Runtime& runtime, const std::filesystem::path& home) {
+  const SuiteHome suite(home);
+  RegisterSuite(runtime, suite, ReadConfiguration(suite));
+}
+
+}  // namespace orvane

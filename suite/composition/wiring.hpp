@@ -1,0 +1,35 @@
+// What stands between a suite's classes and its jobs while a run is recorded or previewed.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "platform/adodb/session/provider.hpp"
+#include "platform/base/file_layer.hpp"
+
+namespace effects {
+class ReadListener;
+class Recorder;
+class ServiceWatch;
+}  // namespace effects
+
+namespace orvane {
+
+// In place of the real databases and files: whatever is changed there is gone afterwards.
+struct World {
+  std::vector<std::shared_ptr<ADODB::engine::Provider>> providers;
+  std::shared_ptr<base::FileLayer> layer;
+  std::filesystem::path ownFolder;  // for files of its own; nameless, or gone when a call returns
+};
+
+// All of it must outlive what the runtime's classes make. Nothing is wrapped where there is no recorder.
+struct Wiring {
+  effects::Recorder* recorder = nullptr;
+  bool recordsRows = false;                // changes of the databases as well
+  effects::ServiceWatch* watch = nullptr;  // of the directory; may be null
+  const World* world = nullptr;            // null: the real one
+  effects::ReadListener* reads = nullptr;  // of record sets and folders; only with a recorder
+};
+
+}  // namespace orvane
