@@ -4,7 +4,7 @@
 set -euo pipefail
 here=$(dirname "$0")
 stage=$1
-found=$(cd "$stage" && find . \( -type f -o -type l \) ! -path './share/doc/*' | sed -e 's,^\./,,' -e "s,^lib/$(gcc -print-multiarch)/,lib/," | LC_ALL=C sort)
+found=$(cd "$stage" && find . \( -type f -o -type l \) ! -path './share/doc/*' | sed -e 's,^\./,,' -E -e "s,^lib/$(gcc -print-multiarch)/,lib/," -e "s/Targets-[a-z]+\.cmake/Targets-CONFIG.cmake/" | LC_ALL=C sort)
 diff "$here/installed_files.txt" - <<<"$found"
 
 cd "$stage/include/orvane"
