@@ -41,6 +41,10 @@ struct Arguments {
   std::optional<automation::DateTime> at;  // preview, explain; nothing: now
   std::string key;                         // explain: whom or what about
 
+  std::string run;                    // restore: its name
+  std::vector<std::string> requests;  // restore: their numbers; none: all of the run
+  bool apply = false;                 // restore: put them back, and not only say which
+
   bool demo = false;                           // init
   std::optional<std::string> database;         // init: connection string of the suite's database
   std::optional<std::string> catalogue;        // init: connection string of the catalogue database

@@ -190,6 +190,25 @@ void CheckReport(const Arguments& arguments) {
   if (arguments.json && arguments.html) throw UsageError("--json and --html exclude each other");
 }
 
+constexpr Option kRestoreOptions[] = {
+    {"apply", "", "put them back; without it nothing is changed",
+     [](const std::string&, Arguments& into) { into.apply = true; }},
+};
+
+void TakeRunAndRequests(const std::string& word, Arguments& into) {
+  if (into.run.empty()) {
+    into.run = word;
+  } else {
+    into.requests.push_back(word);
+  }
+}
+
+void CheckRestore(const Arguments& arguments) {
+  if (arguments.run.empty()) {
+    throw UsageError("restore needs the name of a run of Archive; \"orvane-host report\" shows the runs");
+  }
+}
+
 constexpr CommandEntry kCommands[] = {
     {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
      &TakeNewHome, &CheckInit, &InitSuite},
@@ -206,6 +225,9 @@ constexpr CommandEntry kCommands[] = {
     {"report", "[RUN...]", "what the journals say of all runs, or of these in detail; failures first", true,
      kReportOptions, [](const std::string& word, Arguments& into) { into.runs.push_back(word); },
      &CheckReport, &ReportRuns},
+    {"restore", "RUN [REQUEST...]",
+     "archived requests and their transactions back into the database, from the journal of the run", true,
+     kRestoreOptions, &TakeRunAndRequests, &CheckRestore, &RestoreRequests},
     {"list", "", "the jobs", false, {}, nullptr, nullptr, &ListJobs},
     {"help",
      "[COMMAND]",

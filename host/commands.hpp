@@ -23,6 +23,7 @@ int InitSuite(const Arguments& arguments, const Console& console);
 int ListJobs(const Arguments& arguments, const Console& console);
 int PreviewJobs(const Arguments& arguments, const Console& console);
 int ReportRuns(const Arguments& arguments, const Console& console);
+int RestoreRequests(const Arguments& arguments, const Console& console);
 int RunJobs(const Arguments& arguments, const Console& console);
 int ShowHelp(const Arguments& arguments, const Console& console);
 int ShowStatus(const Arguments& arguments, const Console& console);

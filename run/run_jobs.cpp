@@ -12,12 +12,12 @@
 #include "effects/limit.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/automation/safe_point.hpp"
-#include "platform/locale/icu_locale.hpp"
 #include "run/job_runner.hpp"
 #include "run/limit_guard.hpp"
 #include "run/lock/suite_lock.hpp"
 #include "run/recording.hpp"
 #include "run/services.hpp"
+#include "run/turn.hpp"
 #include "suite/composition/composition.hpp"
 #include "suite/composition/site_settings.hpp"
 #include "suite/composition/suite_home.hpp"
@@ -25,23 +25,6 @@
 
 namespace orvane {
 namespace {
-
-// What a session of the database's own shows of this process, where the engine has a place for it.
-std::string Self(const std::string& caller) {
-  const orvane_lock::Holder self = orvane_lock::ThisProcess({});
-  return caller + " " + std::to_string(self.process) + " on " + self.host;
-}
-
-// May be called on any thread: a session is set up by the locale's rules.
-orvane_lock::DatabaseLock::Opening OpeningOf(const SuiteHome& home, const Vantrel::SiteFile& site,
-                                             const std::string& caller) {
-  return [providers = DatabaseProviders(home), text = site.Connection("Orvane", "Orvane"), caller] {
-    automation::Runtime runtime;
-    runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
-    const automation::RuntimeScope scope(runtime);
-    return ADODB::engine::OpenSessionLock(providers, text, Self(caller));
-  };
-}
 
 class JobCall {
  public:
@@ -70,35 +53,11 @@ class JobCall {
   }
 
  private:
-  // Waits for its turn; false, with the exit code set, when it does not come.
+  // False, with the exit code set, when the turn does not come.
   bool TakeLock(const Vantrel::SiteFile& site) {
     const std::shared_ptr<void> around = surroundings_.waiting ? surroundings_.waiting() : nullptr;
-    const auto refused = [this](int exitCode, const std::string& why) {
-      exitCode_ = exitCode;
-      Tell(options_, Telling::Message, why);
-      return false;
-    };
-    try {
-      lock_ = orvane_lock::SuiteLock::Take({.file = home_.Lock(),
-                                            .open = OpeningOf(home_, site, options_.caller),
-                                            .longest = options_.wait,
-                                            .waiting =
-                                                [this](const std::string& holder) {
-                                                  Tell(options_, Telling::Message,
-                                                       "the suite is held by " + holder + "; waiting");
-                                                },
-                                            .givenUp = [this] { return IsAskedToStop(); }});
-      return true;
-    } catch (const orvane_lock::GivenUp&) {
-      return refused(kTryAgain, "asked to stop while waiting; nothing was begun");
-    } catch (const orvane_lock::Busy& held) {
-      return refused(kTryAgain, std::string("the suite is held by ") + held.what() + "; nothing was begun");
-    } catch (const orvane_lock::Unreachable& error) {
-      return refused(kUnavailable,
-                     std::string("the suite's database does not answer, nothing was begun: ") + error.what());
-    } catch (const std::exception& error) {
-      return refused(kConfiguration, std::string("the suite's lock cannot be made: ") + error.what());
-    }
+    lock_ = TakeTurn(home_, site, options_, exitCode_);
+    return lock_ != nullptr;
   }
 
   // Why the call has to stop behind the job, if it has to.
