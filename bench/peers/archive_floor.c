@@ -5,7 +5,8 @@
  * It sends the statements that the job sends, through ODBC as the job does, on two connections, as the job has them; it
  * fetches the same rows, writes the same files in the same steps with the same syncs, and the same run log. (Statements
  * as the server's log shows them, files as strace shows them: for each customer seven reads of parameters, two selections
- * and one transaction; two files, each made, written as a skeleton, read back and written whole: ten syncs.)
+ * and one transaction; two files, each made, written as a skeleton, read back and written whole beside its name, which
+ * it gets before the rows are deleted: three syncs.)
  *
  * It leaves out what is not needed for that: documents in memory, cursors, the directory, the site configuration, the
  * catalogue. The customers' numbers and the descriptions are those that the bench has made. It serves new customers with
@@ -219,26 +220,26 @@ static void write_all(int file, const char* bytes, size_t size) {
   if (write(file, bytes, size) != (ssize_t)size) fail("write", "failed");
 }
 
-static void sync_and_close(int file) {
-  if (fsync(file) != 0 || close(file) != 0) fail("fsync", "failed");
+/* A new file is written beside its name, in one of two places in turns, and gets the name when somebody relies on it. */
+static void path_beside(char* path, size_t room, const char* name, int place) {
+  snprintf(path, room, "%s/.%s.saving%s", archives, name, place == 0 ? "" : "2");
 }
 
-/* Gets its name when it is closed, with its content synced. */
-static void make_bare(const char* path, const char* root) {
-  char making[4100];
-  struct text line = {0};
-  snprintf(making, sizeof making, "%s.making", path);
-  const int file = open(making, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file < 0) fail("create", making);
-  append_format(&line, "<%s></%s>\r\n", root, root);
-  write_all(file, line.bytes, line.size);
-  sync_and_close(file);
-  if (rename(making, path) != 0) fail("rename", path);
-  free(line.bytes);
+static void write_beside(const char* name, int place, const struct text* content) {
+  char path[4000];
+  path_beside(path, sizeof path, name, place);
+  const int file = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0640);
+  if (file < 0) fail("create", path);
+  write_all(file, content->bytes, content->size);
+  if (close(file) != 0) fail("close", path);
+  path_beside(path, sizeof path, name, 1 - place);
+  unlink(path);
 }
 
-static void read_back(const char* path) {
+static void read_back(const char* name, int place) {
+  char path[4000];
   char block[4096];
+  path_beside(path, sizeof path, name, place);
   const int file = open(path, O_RDONLY | O_CLOEXEC);
   if (file < 0) fail("open", path);
   while (read(file, block, sizeof block) > 0) {
@@ -246,33 +247,40 @@ static void read_back(const char* path) {
   close(file);
 }
 
-static void save(const char* name, const struct text* content) {
+/* The file as it stands before its content comes: made bare, completed, read again. */
+static void make_skeleton(const char* name, const char* root, const char* container) {
+  struct text content = {0};
+  append_format(&content, "<%s></%s>\r\n", root, root);
+  write_beside(name, 0, &content);
+  read_back(name, 0);
+  content.size = 0;
+  append_format(&content, "<%s><%s/><Archives/></%s>\n", root, container, root);
+  write_beside(name, 1, &content);
+  read_back(name, 1);
+  free(content.bytes);
+}
+
+static void save(const char* name, const struct text* content) { write_beside(name, 0, content); }
+
+static void sync_and_close(int file) {
+  if (fsync(file) != 0 || close(file) != 0) fail("fsync", "failed");
+}
+
+static void give_name(const char* name) {
+  char beside[4000];
   char path[4000];
-  char saving[4000];
+  path_beside(beside, sizeof beside, name, 0);
   snprintf(path, sizeof path, "%s/%s", archives, name);
-  snprintf(saving, sizeof saving, "%s/.%s.saving", archives, name);
-  const int file = open(saving, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file < 0) fail("create", saving);
-  fchmod(file, 0644);
-  write_all(file, content->bytes, content->size);
+  const int file = open(beside, O_RDWR | O_CLOEXEC);
+  if (file < 0) fail("open", beside);
   sync_and_close(file);
-  if (rename(saving, path) != 0) fail("rename", path);
+  if (rename(beside, path) != 0) fail("rename", path);
+}
+
+static void sync_names(void) {
   const int folder = open(archives, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) fail("open", archives);
   sync_and_close(folder);
-}
-
-/* The file as it stands before its content comes: made bare, completed, read again. */
-static void make_skeleton(const char* name, const char* root, const char* container) {
-  char path[4000];
-  struct text content = {0};
-  snprintf(path, sizeof path, "%s/%s", archives, name);
-  make_bare(path, root);
-  read_back(path);
-  append_format(&content, "<%s><%s/><Archives/></%s>\n", root, container, root);
-  save(name, &content);
-  read_back(path);
-  free(content.bytes);
 }
 
 static void timestamp(char* text, size_t room, const char* format) {
@@ -385,20 +393,62 @@ static void archive_transactions(SQLHDBC connection, const char* condition, cons
   free(sql.bytes);
 }
 
-static void purge(SQLHDBC connection, const char* condition) {
+/* Reads the deleted rows back, as the job does to compare them with what it wrote. */
+static void delete_returning(SQLHDBC connection, const char* table, const char* key, struct column* columns,
+                             const char* condition) {
   struct text sql = {0};
+  SQLHSTMT statement = new_statement(connection);
+  append_format(&sql, "DELETE FROM %s where %s RETURNING *,%s", table, condition, key);
+  bind_columns(statement, columns);
+  execute(statement, sql.bytes);
+  while (fetch(statement)) {
+  }
+  SQLFreeHandle(SQL_HANDLE_STMT, statement);
+  free(sql.bytes);
+}
+
+/* For MariaDB, which returns no rows of a deletion with a subquery: locked, read and deleted by their keys. */
+static void delete_locked(SQLHDBC connection, const char* condition) {
+  enum { AT_ONCE = 256 };
+  static char keys[PAGE][24];
+  struct text sql = {0};
+  int count = 0;
+  SQLHSTMT selection = new_statement(connection);
+  append_format(&sql, "SELECT *,`T_ID` FROM TRANSACTIONS where %s FOR UPDATE", condition);
+  bind_columns(selection, transactions);
+  execute(selection, sql.bytes);
+  for (; fetch(selection); ++count) {
+    if (count == PAGE) fail("customer", "more transactions than a page");
+    snprintf(keys[count], sizeof keys[count], "%s", transactions[0].value);
+  }
+  SQLFreeHandle(SQL_HANDLE_STMT, selection);
+  for (int first = 0; first < count; first += AT_ONCE) {
+    SQLHSTMT deletion = new_statement(connection);
+    sql.size = 0;
+    append_format(&sql, "DELETE FROM TRANSACTIONS WHERE `T_ID` IN (%s", keys[first]);
+    for (int i = first + 1; i < count && i < first + AT_ONCE; ++i) append_format(&sql, ",%s", keys[i]);
+    append_text(&sql, ")");
+    execute(deletion, sql.bytes);
+    SQLFreeHandle(SQL_HANDLE_STMT, deletion);
+  }
+  free(sql.bytes);
+}
+
+static void purge(SQLHDBC connection, const char* condition) {
+  struct text of_transactions = {0};
   SQLHSTMT statement = new_statement(connection);
   if (is_mariadb) {
     execute(statement, "START TRANSACTION");
   } else {
     SQLSetConnectAttr(connection, SQL_ATTR_AUTOCOMMIT, (SQLPOINTER)SQL_AUTOCOMMIT_OFF, 0);
   }
-  append_format(&sql, "Delete %sfrom TRANSACTIONS where Q_ID in (select Q_ID from QUESTIONHISTORY where %s)",
-                is_mariadb ? "TRANSACTIONS " : "", condition);
-  execute(statement, sql.bytes);
-  sql.size = 0;
-  append_format(&sql, "Delete from QUESTIONHISTORY where %s", condition);
-  execute(statement, sql.bytes);
+  append_format(&of_transactions, "Q_ID in (select Q_ID from QUESTIONHISTORY where %s)", condition);
+  if (is_mariadb) {
+    delete_locked(connection, of_transactions.bytes);
+  } else {
+    delete_returning(connection, "TRANSACTIONS", "\"t_id\"", transactions, of_transactions.bytes);
+  }
+  delete_returning(connection, "QUESTIONHISTORY", is_mariadb ? "`Q_ID`" : "\"q_id\"", questions, condition);
   if (is_mariadb) {
     execute(statement, "COMMIT");
   } else {
@@ -406,7 +456,7 @@ static void purge(SQLHDBC connection, const char* condition) {
     SQLSetConnectAttr(connection, SQL_ATTR_AUTOCOMMIT, (SQLPOINTER)SQL_AUTOCOMMIT_ON, 0);
   }
   SQLFreeHandle(SQL_HANDLE_STMT, statement);
-  free(sql.bytes);
+  free(of_transactions.bytes);
 }
 
 static void archive_customer(SQLHDBC connection, struct parameter_read* both, struct parameter_read* one,
@@ -430,12 +480,15 @@ static void archive_customer(SQLHDBC connection, struct parameter_read* both, st
   read_parameter(one, "DataFileRelativePath");
   make_skeleton(questions_name, "QuestionsArchive", "SRs");
   archive_questions(connection, condition, questions_name, requests, &count);
+  give_name(questions_name);
   read_parameter(one, "Webfarm Implemented");
   read_parameter(one, "Webfarm Implemented");
   read_parameter(one, "DataFileRelativePath");
   make_skeleton(transactions_name, "TransactionsArchive", "Transactions");
   archive_transactions(connection, condition, transactions_name, requests, count);
   read_parameter(one, "Webfarm Implemented");
+  give_name(transactions_name);
+  sync_names();
   purge(connection, condition);
   snprintf(line, sizeof line, "Archive Files %s/%s and %s/%s edited", archives, questions_name, archives,
            transactions_name);

@@ -104,7 +104,7 @@ Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t m
   int writer = 1;
   while (writer <= kMostWriters) {
     path = folder + NameBeside(leaf, writer);
-    Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+    Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
     if (made.IsOpen()) {
       // Between these two calls another writer may take the file for a leftover and remove it. Where files
       // cannot be locked, nobody removes any.
@@ -150,6 +150,19 @@ void FileReplacement::Write(std::string_view data) {
   if (const int code = WriteAll(descriptor_.Get(), data); code != 0) Refuse(code);
 }
 
+struct stat FileReplacement::Status() const {
+  struct stat status {};
+  if (fstat(descriptor_.Get(), &status) != 0) Refuse(errno);
+  return status;
+}
+
+void FileReplacement::RequireFreeName() const {
+  struct stat status {};
+  if (lstat(target_.c_str(), &status) == 0) Refuse(EEXIST);
+  if (errno != ENOENT) Refuse(errno);
+  if (lstat(beside_.c_str(), &status) != 0) Refuse(errno);
+}
+
 struct stat FileReplacement::Commit(Durability durability) {
   // A network file system reports a failed write here at the latest. The descriptor stays open, and the file
   // locked, until it has its name.
@@ -187,8 +200,7 @@ Descriptor FileReplacement::LockTarget(std::chrono::milliseconds patience) const
 
 struct stat FileReplacement::Finish(Durability durability) {
   beside_.clear();
-  struct stat status {};
-  if (fstat(descriptor_.Get(), &status) != 0) Refuse(errno);
+  const struct stat status = Status();
   descriptor_ = Descriptor();
   if (durability == Durability::ContentAndName) {
     if (const int code = SyncFolder(folder_); code != 0) Refuse(code);

@@ -39,7 +39,16 @@ class FileReplacement {
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
 
+  const std::string& Target() const { return target_; }  // a link to it followed
+  const std::string& Folder() const { return folder_; }  // that of the target, with the separator behind it
+
   void Write(std::string_view data);
+  // What was written can be read from this descriptor until Commit.
+  int Content() const { return descriptor_.Get(); }
+  struct stat Status() const;  // of the new file, before Commit
+  // For a file without a predecessor: whether Commit could give it its name by now. What it answers may
+  // change. FAILS: EEXIST and ENOENT, as Commit.
+  void RequireFreeName() const;
   // Answers the status of the file under its name.
   // FAILS: EEXIST when there was no file and somebody has made one meanwhile, which stays.
   struct stat Commit(Durability durability);

@@ -8,6 +8,7 @@
 #include "platform/automation/class_table.hpp"
 #include "platform/base/created_files.hpp"
 #include "platform/base/file_layer.hpp"
+#include "platform/base/pending_files.hpp"
 
 namespace CDO {
 
@@ -39,6 +40,8 @@ struct Settings {
 
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
   std::shared_ptr<base::FileLayer> layer = nullptr;  // attachments are read as it shows them
+  // Files that an attachment may be among: they get their names before it is said to be missing.
+  std::shared_ptr<base::PendingFiles> pending = nullptr;
 };
 
 // All messages of the table share one connection to the server; it is kept open between them.

@@ -24,6 +24,7 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   xsltSetGenericErrorFunc(nullptr, &Ignore);
   const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives, settings.layer);
   surroundings->saving = settings.saving;
+  surroundings->pending = settings.pending;
   classes.Register("MSXML2.DOMDocument",
                    [surroundings] { return std::make_shared<dom::DocumentImpl>(surroundings); });
   const libxml::Limits limits{settings.transformationMemory, settings.transformationTime};

@@ -10,6 +10,7 @@
 
 #include "platform/automation/class_table.hpp"
 #include "platform/base/file_layer.hpp"
+#include "platform/base/pending_files.hpp"
 
 namespace MSXML2 {
 
@@ -20,6 +21,8 @@ struct Settings {
   std::function<void(const std::string& path, const std::function<void()>& save)> saving = nullptr;
   // Where set, documents are loaded as it shows them, and saved in it.
   std::shared_ptr<base::FileLayer> layer = nullptr;
+  // Where set, new documents wait in it for their names, and the names of the others for their syncs.
+  std::shared_ptr<base::PendingFiles> pending = nullptr;
   // What one transformation may use up before it fails.
   std::size_t transformationMemory = std::size_t{64} << 20U;  // bytes, its result included
   std::chrono::milliseconds transformationTime = std::chrono::seconds(30);

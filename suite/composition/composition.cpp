@@ -19,12 +19,14 @@
 #include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/registration.hpp"
 #include "platform/base/created_files.hpp"
+#include "platform/base/pending_files.hpp"
 #include "platform/cdo/registration.hpp"
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
 #include "platform/scripting/local/folder_names.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
+#include "platform/scripting/local/pending.hpp"
 #include "platform/scripting/local/registration.hpp"
 #include "suite/backend_calls/backend_calls.hpp"
 #include "suite/catalogue/catalogue.hpp"
@@ -43,16 +45,18 @@ namespace orvane {
 namespace {
 
 using automation::ClassTable;
+using PendingFilesPtr = std::shared_ptr<base::PendingFiles>;
 
 std::shared_ptr<base::FileLayer> LayerOf(const World* world) {
   return world == nullptr ? nullptr : world->layer;
 }
 
 void RegisterFilesMailsAndLog(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                              const World* world) {
+                              const World* world, const PendingFilesPtr& pending) {
   const auto created = std::make_shared<base::CreatedFiles>();
-  Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world));
+  Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world), pending);
   CDO::Settings mail = MailSettings(site, home);
+  mail.pending = pending;
   mail.ownFiles = created;
   if (world != nullptr) {
     mail.sendUsing = CDO::SendUsing::Nowhere;
@@ -104,8 +108,8 @@ effects::Places PlacesOf(const SuiteHome& home, const Vantrel::SiteFile& site, c
 }
 
 MSXML2::Settings DocumentSettings(const Vantrel::SiteFile& site, const effects::Places& places,
-                                  const Wiring& wiring) {
-  MSXML2::Settings settings{.drives = Drives(site), .layer = LayerOf(wiring.world)};
+                                  const Wiring& wiring, const PendingFilesPtr& pending) {
+  MSXML2::Settings settings{.drives = Drives(site), .layer = LayerOf(wiring.world), .pending = pending};
   effects::Recorder* const recorder = wiring.recorder;
   if (recorder == nullptr) return settings;
   settings.saving = [recorder, places](const std::string& path, const std::function<void()>& save) {
@@ -129,7 +133,7 @@ class FolderNames {
 };
 
 void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                              const World* world) {
+                              const World* world, const PendingFilesPtr& pending) {
   const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
                                                                        const std::string& name) {
     return names->Find(folder, name);
@@ -138,6 +142,7 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
       classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
                 .otherSpelling = otherSpelling,
                 .sharedPath = &SharedPath,
+                .beforeLooking = [pending] { Scripting::local::ShowPending(pending); },
                 .ftp = FtpSettings(site, home),
                 .layer = LayerOf(world),
                 .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder});
@@ -153,11 +158,18 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
 ClassTable ActingClasses(const SuiteHome& home, const Vantrel::SiteFile& site, const Wiring& wiring,
                          const effects::Places& places) {
   ClassTable classes;
+  PendingFilesPtr pending;
+  std::function<void()> makeDurable;
+  if (wiring.world == nullptr) {  // whose files need not survive it
+    pending = std::make_shared<base::PendingFiles>();
+    // Rows are deleted on the strength of files.
+    makeDurable = [pending] { Scripting::local::MakeDurable(*pending); };
+  }
   ADODB::RegisterClasses(classes, wiring.world == nullptr ? DatabaseProviders(home) : wiring.world->providers,
-                         {}, wiring.recordsRows ? wiring.recorder : nullptr);
-  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring));
-  RegisterFilesMailsAndLog(classes, home, site, wiring.world);
-  RegisterActingComponents(classes, home, site, wiring.world);
+                         {}, wiring.recordsRows ? wiring.recorder : nullptr, makeDurable);
+  MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring, pending));
+  RegisterFilesMailsAndLog(classes, home, site, wiring.world, pending);
+  RegisterActingComponents(classes, home, site, wiring.world, pending);
   return classes;
 }
 

@@ -91,6 +91,7 @@ class SharedFiles : public FileHandling {
 
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
+    if (options_.beforeLooking) options_.beforeLooking();
     const std::optional<std::string> shared = SharedPath();
     std::unique_ptr<SharedStore> store;
     for (const automation::Variant& number : kinds) {
@@ -109,6 +110,7 @@ class SharedFiles : public FileHandling {
                  std::int16_t) override {
     RequireBareName(name);
     RequirePath(fullPath);
+    if (options_.beforeLooking) options_.beforeLooking();
     // A file that only this server has stays as it is.
     OpenStore(ftpPath)->Fetch(FolderOf(kind), std::string(name), suite::NativePath(fullPath, "/"));
   }
@@ -121,6 +123,7 @@ class SharedFiles : public FileHandling {
     RequirePath(fullPath);
     const std::string name = NameParts(fullPath).back();
     RequireBareName(name);
+    if (options_.beforeLooking) options_.beforeLooking();
     OpenStore(*shared)->Store(suite::NativePath(fullPath, "/"), FolderOf(kind), name);
   }
 

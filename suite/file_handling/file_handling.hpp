@@ -29,6 +29,8 @@ struct FileHandlingOptions {
   // web farm. They then know this machine's files only. An empty text is a web farm whose path is missing:
   // they raise 76, since a file that only the shared place has must not be made anew.
   std::function<std::optional<std::string>()> sharedPath;
+  // Called before files of this machine are looked for or copied, so that all that were made are there.
+  std::function<void()> beforeLooking = {};
   FtpOptions ftp;
   // A layer in which all changes stay, here and in the shared place, and a folder for copies that are made of
   // what a server holds; null where changes are made.

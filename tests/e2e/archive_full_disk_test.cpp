@@ -124,6 +124,7 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
   int deletions = 0;
   int renamed = 0;
   int made = 0;
+  int syncs = 0;
   std::istringstream lines(TemporaryFolder::Read(trace));
   for (std::string call, path; lines >> call >> path;) {
     if (path.ends_with("/.lock")) continue;  // it says who runs, and is worth nothing afterwards
@@ -138,6 +139,9 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
       unsynced.insert(path);
     } else if (call == "sync") {
       unsynced.erase(path);
+      if (path.find("/Archives") != std::string::npos) ++syncs;
+    } else if (call == "remove") {
+      unsynced.erase(path);
     } else if (call == "rename") {
       unsynced.erase(path);  // what it held before is gone
       unsynced.insert(parent);
@@ -148,7 +152,8 @@ TEST_F(ArchiveFullDiskTest, FilesAndNewFoldersAreOnTheDiskBeforeRowsAreDeleted) 
     }
   }
   EXPECT_EQ(made, 2) << "Data and Archives";
-  EXPECT_EQ(renamed, 18) << "two files of three customers, each begun and then saved twice";
+  EXPECT_EQ(renamed, 6) << "two files of three customers";
+  EXPECT_EQ(syncs, 9) << "of each customer's two files and their folder";
   EXPECT_GE(deletions, 3);
 }
 

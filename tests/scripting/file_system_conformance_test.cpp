@@ -53,6 +53,7 @@ class FileSystemConformanceTest : public testing::TestWithParam<MachineKind> {
 INSTANTIATE_TEST_SUITE_P(Machines, FileSystemConformanceTest,
                          testing::Values(MachineKind{"Local", &NewLocalMachine},
                                          MachineKind{"Layered", &NewLayeredMachine},
+                                         MachineKind{"Pending", &NewPendingMachine},
                                          MachineKind{"Memory", &NewMemoryMachine}),
                          [](const auto& machine) { return machine.param.name; });
 

@@ -35,6 +35,7 @@ class FileSystemMachine {
 
 std::unique_ptr<FileSystemMachine> NewLocalMachine();
 std::unique_ptr<FileSystemMachine> NewLayeredMachine();  // a layer over the real file tree
+std::unique_ptr<FileSystemMachine> NewPendingMachine();  // new files wait for their names
 std::unique_ptr<FileSystemMachine> NewMemoryMachine();
 
 }  // namespace orvane_test

@@ -22,15 +22,19 @@ std::string WithSlashes(std::string_view path) {
 
 class LocalMachine : public FileSystemMachine {
  public:
-  // With a layer the file-system objects work in it, and what the machine adds lies below it.
-  explicit LocalMachine(bool layered) {
+  enum class Kind { Plain, Layered, Pending };
+
+  // With a layer the file-system objects work in it, and what the machine adds lies below it. With pending
+  // files the machine shows them before it looks.
+  explicit LocalMachine(Kind kind) {
     std::filesystem::create_directory(folder_.Path() / "drive");
-    if (layered) layer_ = std::make_shared<base::FileLayer>("/tmp", [](int) { std::abort(); });
+    if (kind == Kind::Layered) layer_ = std::make_shared<base::FileLayer>("/tmp", [](int) { std::abort(); });
+    if (kind == Kind::Pending) pending_ = std::make_shared<base::PendingFiles>();
   }
 
   Scripting::FileSystemObjectPtr NewFileSystem() override {
     return std::make_shared<Scripting::local::LocalFileSystem>(
-        Scripting::local::DriveTable{{'X', (folder_.Path() / "drive").string()}}, nullptr, layer_);
+        Scripting::local::DriveTable{{'X', (folder_.Path() / "drive").string()}}, nullptr, layer_, pending_);
   }
 
   std::string Root() const override {
@@ -66,11 +70,13 @@ class LocalMachine : public FileSystemMachine {
   }
 
   bool Exists(std::string_view path) const override {
+    if (pending_) pending_->Show();
     struct stat status {};
     return Scripting::local::Lstat(layer_, Native(path).string(), status) == 0;
   }
 
   std::string Bytes(std::string_view path) const override {
+    if (pending_) pending_->Show();
     std::string content;
     if (layer_) {
       layer_->Read(Native(path).string(), content);
@@ -86,16 +92,21 @@ class LocalMachine : public FileSystemMachine {
 
   TemporaryFolder folder_;
   Scripting::local::LayerPtr layer_;
+  std::shared_ptr<base::PendingFiles> pending_;
 };
 
 }  // namespace
 
 std::unique_ptr<FileSystemMachine> NewLocalMachine() {
-  return std::make_unique<LocalMachine>(false);
+  return std::make_unique<LocalMachine>(LocalMachine::Kind::Plain);
 }
 
 std::unique_ptr<FileSystemMachine> NewLayeredMachine() {
-  return std::make_unique<LocalMachine>(true);
+  return std::make_unique<LocalMachine>(LocalMachine::Kind::Layered);
+}
+
+std::unique_ptr<FileSystemMachine> NewPendingMachine() {
+  return std::make_unique<LocalMachine>(LocalMachine::Kind::Pending);
 }
 
 }  // namespace orvane_test

@@ -20,8 +20,13 @@ Pool::Lease& Pool::Lease::operator=(Lease&& other) noexcept {
   return *this;
 }
 
-Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock, ChangeObserver* observer)
-    : providers_(std::move(providers)), clock_(std::move(clock)), freshness_(clock_), observer_(observer) {}
+Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock, ChangeObserver* observer,
+           std::function<void()> beforeChange)
+    : providers_(std::move(providers)),
+      clock_(std::move(clock)),
+      freshness_(clock_),
+      observer_(observer),
+      beforeChange_(std::move(beforeChange)) {}
 
 Pool::~Pool() = default;
 

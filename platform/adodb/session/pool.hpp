@@ -30,9 +30,9 @@ class Pool {
   static constexpr std::chrono::seconds kPingAfter{2};     // idle for longer: asked whether it still answers
   static constexpr std::chrono::seconds kCloseAfter{120};  // idle for longer: closed
 
-  // `observer` may be null.
+  // `observer` may be null, and `beforeChange` empty.
   explicit Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock = &CoarseNow,
-                ChangeObserver* observer = nullptr);
+                ChangeObserver* observer = nullptr, std::function<void()> beforeChange = {});
   ~Pool();
 
   struct Target;  // a connection string with its user
@@ -66,6 +66,11 @@ class Pool {
   // Who is told of what the pool's sessions change; null where nobody is.
   ChangeObserver* Observer() const { return observer_; }
 
+  // To be called before every change of rows and every commit; what it raises keeps them from being made.
+  void BeforeChange() const {
+    if (beforeChange_) beforeChange_();
+  }
+
  private:
   struct Idle {
     Lease lease;
@@ -80,6 +85,7 @@ class Pool {
   const Clock clock_;
   Freshness freshness_;
   ChangeObserver* const observer_;
+  const std::function<void()> beforeChange_;
   mutable std::mutex mutex_;
   struct TextHash {
     using is_transparent = void;

@@ -79,14 +79,14 @@ StatementCache::Known SharedSession::Translated(Kind kind, FixedText text, const
 
 std::unique_ptr<Rows> SharedSession::Query(const Prepared& prepared) {
   // A statement that changes rows may yield some as well.
-  if (!prepared.GetTranslation().isSelect) GetFreshness().NoteWrite();
+  if (!prepared.GetTranslation().isSelect) BeforeChange();
   Session& session = GetSession();
   const bool onServer = session.GetDialect().PreparesOnTheServer();
   return session.Query(prepared.known->ForSession(onServer, !prepared.values.empty()), prepared.values);
 }
 
 std::int64_t SharedSession::Execute(const Prepared& prepared) {
-  GetFreshness().NoteWrite();
+  BeforeChange();
   Session& session = GetSession();
   const bool onServer = session.GetDialect().PreparesOnTheServer();
   return session.Execute(prepared.known->ForSession(onServer, !prepared.values.empty()), prepared.values);
@@ -111,15 +111,21 @@ std::unique_ptr<Rows> SharedSession::Query(const std::string& sql, const Paramet
 }
 
 std::unique_ptr<Rows> SharedSession::Change(const std::string& sql, const Parameters& parameters) {
-  GetFreshness().NoteWrite();
+  BeforeChange();
   return Query(sql, parameters);
 }
 
 std::int64_t SharedSession::Execute(const std::string& sql, const Parameters& parameters) {
-  GetFreshness().NoteWrite();
+  BeforeChange();
   Session& session = GetSession();
   StatementCache::Known known;
   return session.Execute(ForSession(known, sql, !parameters.empty()), parameters);
+}
+
+// Inside a transaction as well: not every table takes part in one.
+void SharedSession::BeforeChange() {
+  pool_->BeforeChange();
+  GetFreshness().NoteWrite();
 }
 
 // A step of the user's transaction, told before it is made.
@@ -147,8 +153,8 @@ void SharedSession::Commit() {
   Session& session = GetSession();
   // A second commit could succeed with nothing left in the transaction.
   if (transaction_ != Transaction::Open) Raise(ErrorNumber::ArgumentsInvalid);
+  BeforeChange();
   transaction_ = Transaction::CommitFailed;  // unless it returns
-  GetFreshness().NoteWrite();
   Observed(&ChangeObserver::Commit, [&] { session.Commit(); });
   transaction_ = Transaction::None;
 }
@@ -168,7 +174,7 @@ void SharedSession::InTransaction(const std::function<void()>& work) {
   transaction_ = Transaction::Open;
   try {
     work();
-    GetFreshness().NoteWrite();
+    BeforeChange();
     session.Commit();
     transaction_ = Transaction::None;
   } catch (...) {

@@ -66,6 +66,7 @@ class SharedSession {
   void InTransaction(const std::function<void()>& work);
 
  private:
+  void BeforeChange();
   void Observed(ChangeObserver::Ticket (ChangeObserver::*tell)(), const std::function<void()>& step) const;
   StatementCache::Known Translated(KnownStatement::Kind kind, FixedText text, const Statement& statement);
   Sql ForSession(StatementCache::Known& known, const std::string& sql, bool hasParameters);

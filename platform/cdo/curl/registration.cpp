@@ -38,7 +38,8 @@ void AskTransport(const Settings& settings) {
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
   const std::shared_ptr<curl::Transport> transport = MakeTransport(settings);
-  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives, settings.layer);
+  const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives, settings.layer,
+                                                                            settings.pending);
   classes.Register("CDO.Message", [=, ownFiles = settings.ownFiles, layer = settings.layer] {
     return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles, layer);
   });

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -70,20 +71,33 @@ bool DocumentImpl::load(std::string_view path) {
 
 bool DocumentImpl::ReadFile(std::string_view path) {
   const auto found = surroundings_->paths.Find(path);
+  std::string native = found ? found->path : std::string();
   std::optional<std::string> bytes;
   if (found) {
-    bytes = Content(found->path, surroundings_->layer.get());
+    bytes = Content(native, surroundings_->layer.get());
   } else {
+    bytes = PendingContent(path, native);
     errno = ENOENT;
   }
   if (!bytes) {
     reason_ = std::string(path) + ": " + std::strerror(errno);
     return false;
   }
-  fileState_ = {std::string(path), found->path, base::DigestOf(*bytes)};
+  fileState_ = {std::string(path), std::move(native), base::DigestOf(*bytes)};
   if (Take(std::move(*bytes))) return true;
   reason_ = std::string(path) + ": " + reason_;
   return false;
+}
+
+// Of a file that has no name yet.
+std::optional<std::string> DocumentImpl::PendingContent(std::string_view path, std::string& native) const {
+  if (!surroundings_->pending) return std::nullopt;
+  try {
+    native = surroundings_->paths.PlaceFor(path).path;
+  } catch (const automation::Error&) {
+    return std::nullopt;  // in a folder that does not exist
+  }
+  return surroundings_->pending->Content(native);
 }
 
 bool DocumentImpl::Take(std::string bytes) {
@@ -153,24 +167,18 @@ void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, st
     // Another file bears the name since the document was loaded by it.
     if (!known && path == fileState_.name) RaiseFileChanged(path);
     if (surroundings_->layer) return SaveInLayer(place, path);
-    base::FileReplacement file(place.path, place.existing);
+    auto file = std::make_unique<base::FileReplacement>(place.path, place.existing);
     base::ContentDigest written;
     const auto write = [&](std::string_view piece) {
       written.Add(piece);
-      file.Write(piece);
+      file->Write(piece);
     };
     if (const std::string* source = tree_->Source()) {
       write(*source);
     } else {
       Write(*tree_, write);
     }
-    constexpr auto kDurability = base::FileReplacement::Durability::ContentAndName;
-    if (known) {
-      file.CommitOver([this](int content) { return base::DigestOfFile(content) == fileState_.digest; },
-                      kDurability);
-    } else {
-      file.Commit(kDurability);
-    }
+    Publish(std::move(file), known, place.existing.has_value());
     fileState_ = {std::string(path), place.path, written.Get()};
   } catch (const std::system_error& error) {
     const int code = error.code().value();
@@ -178,6 +186,29 @@ void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, st
     throw automation::Error(Scripting::local::NumberOf(code, automation::ErrorNumber::PathNotFound),
                             kDocumentSource);
   }
+}
+
+// A file that the document knows is replaced only as it was; another program's is never replaced for a new
+// one.
+void DocumentImpl::Publish(std::unique_ptr<base::FileReplacement> file, bool known, bool exists) {
+  using Durability = base::FileReplacement::Durability;
+  base::PendingFiles* const pending = surroundings_->pending.get();
+  const std::string& target = file->Target();
+  const bool waits = pending != nullptr && pending->Holds(target);
+  if (waits && exists) pending->Drop(target);
+  if (waits && (exists || (known && pending->DigestOf(target) != fileState_.digest))) {
+    throw std::system_error(ESTALE, std::generic_category());
+  }
+  if (waits || (pending != nullptr && !known && !exists)) return pending->Keep(std::move(file));
+
+  const Durability durability = pending == nullptr ? Durability::ContentAndName : Durability::Content;
+  if (known) {
+    file->CommitOver([this](int content) { return base::DigestOfFile(content) == fileState_.digest; },
+                     durability);
+  } else {
+    file->Commit(durability);
+  }
+  if (pending != nullptr) pending->NoteName(file->Folder());
 }
 
 std::string DocumentImpl::xml() const {

@@ -23,6 +23,7 @@ struct Surroundings {
 
   Scripting::local::PathResolver paths;
   const std::shared_ptr<base::FileLayer> layer;  // null: documents lie in the tree itself
+  std::shared_ptr<base::PendingFiles> pending;   // null: what is saved is on the disk at once
   // The file content that was found well-formed last. A job loads a file that it is going to change twice, to
   // be able to put it back: the second time it need not be checked.
   std::optional<base::ContentDigest::Value> wellFormed;
@@ -49,7 +50,9 @@ class DocumentImpl final : public DOMDocument {
   NodeListPtr selectNodes(std::string_view expression) const override;
 
  private:
+  std::optional<std::string> PendingContent(std::string_view path, std::string& native) const;
   void SaveTo(const Scripting::local::PathResolver::Place& place, std::string_view path);
+  void Publish(std::unique_ptr<base::FileReplacement> file, bool known, bool exists);
   void SaveInLayer(const Scripting::local::PathResolver::Place& place, std::string_view path);
 
   bool ReadFile(std::string_view path);

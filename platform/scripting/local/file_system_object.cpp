@@ -12,6 +12,7 @@
 #include "platform/scripting/local/items.hpp"
 #include "platform/scripting/local/layer_stream.hpp"
 #include "platform/scripting/local/new_file.hpp"
+#include "platform/scripting/local/pending.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/local/text_stream.hpp"
 #include "platform/scripting/local/tree_removal.hpp"
@@ -78,6 +79,7 @@ FilePtr LocalFileSystem::GetFile(std::string_view path) const {
 }
 
 FolderPtr LocalFileSystem::GetFolder(std::string_view path) const {
+  ShowPending(pending_);
   std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found, layer_)) Raise(ErrorNumber::PathNotFound);
   std::string shown = resolver_.ShownPath(found->path, path);
@@ -104,7 +106,7 @@ TextStreamPtr LocalFileSystem::CreateTextFile(std::string_view path, bool overwr
   if (place.existing && !overwrite) Raise(ErrorNumber::FileAlreadyExists);
   if (place.existing) RefuseReadOnly(layer_, place.path);
   if (layer_) return OpenNewInLayer(layer_, place.path, place.existing.has_value(), created_);
-  return OpenNewFile(place.path, place.existing, created_);
+  return OpenNewFile(place.path, place.existing, created_, pending_);
 }
 
 TextStreamPtr LocalFileSystem::OpenTextFile(std::string_view path, IOMode mode, bool create) {
@@ -130,6 +132,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
 }
 
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
+  ShowPending(pending_);
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found, layer_)) Raise(ErrorNumber::PathNotFound);
   resolver_.RemoveAndUpdate(found->path, [&] {

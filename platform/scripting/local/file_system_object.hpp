@@ -15,9 +15,13 @@ class LocalFileSystem : public FileSystemObject {
   // Notes the new files that it makes in `created`, if there is one. A file that another has put in place of
   // one of them is not deleted as if it were the run's own: DeleteFile refuses it with 70.
   // With a layer everything is done in it, and the tree stays as it is.
+  // Text files that are new wait among the pending files, where there are such.
   explicit LocalFileSystem(const DriveTable& drives, std::shared_ptr<base::CreatedFiles> created = nullptr,
-                           LayerPtr layer = nullptr)
-      : resolver_(drives, layer), created_(std::move(created)), layer_(std::move(layer)) {}
+                           LayerPtr layer = nullptr, std::shared_ptr<base::PendingFiles> pending = nullptr)
+      : resolver_(drives, layer, pending),
+        created_(std::move(created)),
+        layer_(std::move(layer)),
+        pending_(std::move(pending)) {}
 
   bool FolderExists(std::string_view path) const override;
   bool FileExists(std::string_view path) const override;
@@ -35,6 +39,7 @@ class LocalFileSystem : public FileSystemObject {
   PathResolver resolver_;
   std::shared_ptr<base::CreatedFiles> created_;
   LayerPtr layer_;
+  std::shared_ptr<base::PendingFiles> pending_;
 };
 
 }  // namespace Scripting::local

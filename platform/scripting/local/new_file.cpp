@@ -21,10 +21,12 @@ constexpr std::size_t kBufferSize = 65'536;
 class NewFileStream : public TextStream {
  public:
   NewFileStream(std::string native, const std::optional<struct stat>& existing,
-                std::shared_ptr<base::CreatedFiles> created, std::shared_ptr<const automation::Locale> locale)
+                std::shared_ptr<base::CreatedFiles> created, std::shared_ptr<base::PendingFiles> pending,
+                std::shared_ptr<const automation::Locale> locale)
       : native_(std::move(native)),
         file_(std::make_unique<FileReplacement>(native_, existing)),
         created_(std::move(created)),
+        pending_(existing ? nullptr : std::move(pending)),
         locale_(std::move(locale)) {}
 
   void Write(std::string_view text) override {
@@ -47,9 +49,11 @@ class NewFileStream : public TextStream {
   void Close() override {
     if (!file_) return;
     Flush();
-    const std::unique_ptr<FileReplacement> file = std::move(file_);
+    std::unique_ptr<FileReplacement> file = std::move(file_);
     try {
-      const struct stat status = file->Commit(FileReplacement::Durability::Content);
+      const struct stat status =
+          pending_ ? file->Status() : file->Commit(FileReplacement::Durability::Content);
+      if (pending_) pending_->Keep(std::move(file));
       if (created_) created_->Add(native_, status, content_.Get());
     } catch (const std::system_error& error) {
       RaiseSystemError(error.code().value(), ErrorNumber::PathNotFound);
@@ -75,6 +79,7 @@ class NewFileStream : public TextStream {
   std::string native_;
   std::unique_ptr<FileReplacement> file_;  // null once it is closed
   std::shared_ptr<base::CreatedFiles> created_;
+  std::shared_ptr<base::PendingFiles> pending_;  // null: the file gets its name at once
   base::ContentDigest content_;
   std::shared_ptr<const automation::Locale> locale_;
   std::string buffer_;
@@ -83,11 +88,13 @@ class NewFileStream : public TextStream {
 }  // namespace
 
 TextStreamPtr OpenNewFile(const std::string& native, const std::optional<struct stat>& existing,
-                          std::shared_ptr<base::CreatedFiles> created) {
+                          std::shared_ptr<base::CreatedFiles> created,
+                          std::shared_ptr<base::PendingFiles> pending) {
   automation::CurrentLocale();  // raises before anything is made
   std::shared_ptr<const automation::Locale> locale = automation::CurrentRuntime().locale;
   try {
-    return std::make_shared<NewFileStream>(native, existing, std::move(created), std::move(locale));
+    return std::make_shared<NewFileStream>(native, existing, std::move(created), std::move(pending),
+                                           std::move(locale));
   } catch (const std::system_error& error) {
     RaiseSystemError(error.code().value(), ErrorNumber::PathNotFound);
   }

@@ -10,6 +10,7 @@
 
 #include "platform/base/text.hpp"
 #include "platform/scripting/local/native_name.hpp"
+#include "platform/scripting/local/pending.hpp"
 #include "platform/scripting/local/system_error.hpp"
 #include "platform/scripting/path_text.hpp"
 
@@ -64,7 +65,9 @@ std::string WithinRoot(std::string_view rest) {
 
 }  // namespace
 
-PathResolver::PathResolver(const DriveTable& drives, LayerPtr layer) : layer_(std::move(layer)) {
+PathResolver::PathResolver(const DriveTable& drives, LayerPtr layer,
+                           std::shared_ptr<base::PendingFiles> pending)
+    : layer_(std::move(layer)), pending_(std::move(pending)) {
   for (const auto& [letter, folder] : drives) {
     std::string trimmed = folder;
     while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.pop_back();
@@ -94,7 +97,8 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   std::optional<std::string> native = Translate(path);
   if (!native) return std::nullopt;
   Found found{std::move(*native), {}};
-  const int failure = Lstat(layer_, found.path, found.status);
+  int failure = Lstat(layer_, found.path, found.status);
+  if (IsMissing(failure) && ShowPending(pending_)) failure = Lstat(layer_, found.path, found.status);
   if (failure == 0) return found;
   if (!IsMissing(failure)) RaiseSystemError(failure, ErrorNumber::PathNotFound);
 

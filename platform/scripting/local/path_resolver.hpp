@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "platform/base/pending_files.hpp"
 #include "platform/scripting/local/folder_names.hpp"
 #include "platform/scripting/local/tree_status.hpp"
 
@@ -26,8 +28,10 @@ struct Found {
 class PathResolver {
  public:
   // Letters may be given in either case; the folders are absolute paths of the operating system. With a layer
-  // paths lead to what it shows.
-  explicit PathResolver(const DriveTable& drives, LayerPtr layer = nullptr);
+  // paths lead to what it shows. Pending files, where there are any, get their names before an item is said
+  // to be missing.
+  explicit PathResolver(const DriveTable& drives, LayerPtr layer = nullptr,
+                        std::shared_ptr<base::PendingFiles> pending = nullptr);
 
   // The operating system's path for `path` in the spelling given, without separators at its end; the disk is
   // not asked. ".." of a drive path does not leave the drive. Nothing when the drive is unknown; an empty
@@ -66,6 +70,7 @@ class PathResolver {
 
   DriveTable drives_;
   LayerPtr layer_;
+  std::shared_ptr<base::PendingFiles> pending_;
   mutable FolderNames names_;
   // The folder last found under another spelling than asked for: a sweep asks for one item after the other.
   mutable std::string askedFolder_;

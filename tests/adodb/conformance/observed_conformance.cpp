@@ -5,6 +5,7 @@
 #include "platform/adodb/changes.hpp"
 #include "platform/adodb/registration.hpp"
 #include "tests/adodb/conformance/conformance.hpp"
+#include "tests/support/error_number.hpp"
 
 namespace orvane_test {
 namespace {
@@ -90,6 +91,46 @@ class Watched {
  private:
   automation::ClassTable classes_;
 };
+
+TEST_P(Conformance, WhatComesBeforeAChangeIsDoneFirstAndItsFailureKeepsTheRows) {
+  MakeNumbers(4);
+  automation::ClassTable classes;
+  int calls = 0;
+  bool fails = false;
+  ADODB::RegisterClasses(classes, {engine->Provider()}, {}, nullptr, [&] {
+    ++calls;
+    if (fails) throw automation::Error(automation::ErrorNumber::DiskFull);
+  });
+  const auto connection = automation::As<ADODB::Connection>(classes.Create("ADODB.Connection"));
+  connection->Open(engine->ConnectionString(), "", "", -1);
+  const auto rows =
+      Open("SELECT ID, VALUE FROM NUMBERS", connection, CursorType::Dynamic, LockType::Optimistic);
+  EXPECT_EQ(calls, 0);
+  rows->SetValue("VALUE", 7);
+  rows->Update();
+  EXPECT_EQ(calls, 1);
+  rows->Delete(Affect::Current);
+  EXPECT_EQ(calls, 2);
+  connection->Execute("DELETE FROM NUMBERS WHERE ID=2", nullptr, ADODB::kExecuteNoRecords);
+  EXPECT_EQ(calls, 3);
+
+  const auto expectKept = [&](auto&& change) {
+    fails = true;
+    EXPECT_EQ(ErrorNumberOf(change), static_cast<int>(automation::ErrorNumber::DiskFull));
+    fails = false;
+    EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("3", "4"));
+  };
+  expectKept([&] { connection->Execute("DELETE FROM NUMBERS", nullptr, ADODB::kExecuteNoRecords); });
+  expectKept([&] { connection->ExecuteDelete("DELETE FROM NUMBERS WHERE ID>0", Deleted::Keys); });
+  connection->BeginTrans();
+  connection->Execute("DELETE FROM NUMBERS WHERE ID=3", nullptr, ADODB::kExecuteNoRecords);
+  fails = true;
+  EXPECT_EQ(ErrorNumberOf([&] { connection->CommitTrans(); }),
+            static_cast<int>(automation::ErrorNumber::DiskFull));
+  connection->RollbackTrans();
+  fails = false;
+  EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("3", "4"));
+}
 
 TEST_P(Conformance, ARowsDeletionIsToldByItsKeyBeforeItIsMade) {
   Watched watched;

@@ -1,0 +1,25 @@
+#include "platform/scripting/local/pending.hpp"
+
+#include <system_error>
+
+#include "platform/scripting/local/system_error.hpp"
+
+namespace Scripting::local {
+
+bool ShowPending(const std::shared_ptr<base::PendingFiles>& pending) {
+  try {
+    return pending && pending->Show();
+  } catch (const std::system_error& error) {
+    RaiseSystemError(error.code().value(), automation::ErrorNumber::PathNotFound);
+  }
+}
+
+void MakeDurable(base::PendingFiles& pending) {
+  try {
+    pending.MakeDurable();
+  } catch (const std::system_error& error) {
+    RaiseSystemError(error.code().value(), automation::ErrorNumber::PathNotFound);
+  }
+}
+
+}  // namespace Scripting::local
