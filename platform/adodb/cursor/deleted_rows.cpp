@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -37,6 +38,34 @@ bool Less(const Variant& left, const Variant& right) {
   return bytes < otherBytes;
 }
 
+// Keys of rows, one behind the other.
+class Keys {
+ public:
+  void SetWidth(std::size_t width) { width_ = width; }
+  std::size_t Count() const { return width_ == 0 ? 0 : values_.size() / width_; }
+  void Add(const Variant& value) { values_.push_back(value); }
+  std::span<const Variant> At(std::size_t ordinal) const { return {&values_[ordinal * width_], width_}; }
+
+  // Ordinals of the rows by their keys.
+  std::vector<std::uint32_t> Order() const {
+    std::vector<std::uint32_t> order(Count());
+    std::iota(order.begin(), order.end(), 0U);
+    const auto comesFirst = [this](std::uint32_t left, std::uint32_t right) {
+      const std::span<const Variant> a = At(left);
+      const std::span<const Variant> b = At(right);
+      return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), Less);
+    };
+    if (!std::is_sorted(order.begin(), order.end(), comesFirst)) {
+      std::sort(order.begin(), order.end(), comesFirst);
+    }
+    return order;
+  }
+
+ private:
+  std::size_t width_ = 0;
+  std::vector<Variant> values_;
+};
+
 class Deletion {
  public:
   Deletion(SharedSession& session, const DeleteShape& shape, Deleted wanted)
@@ -65,12 +94,13 @@ class Deletion {
   // Tells the observer what was deleted; to be called before that is permanent. What it was told is added to
   // `told`.
   void Tell(std::vector<ChangeObserver::Ticket>& told) {
-    const std::vector<std::uint32_t> order = InOrderOf(primaryKeys_);
+    const Keys& primaryKeys = PrimaryKeys();
+    const std::vector<std::uint32_t> order = primaryKeys.Order();
     for (std::size_t first = 0; first < order.size(); first += ChangeObserver::kMostRows) {
       std::vector<NamedRow> keys;
       std::vector<NamedRow> before;
       for (std::size_t i = first; i < std::min(first + ChangeObserver::kMostRows, order.size()); ++i) {
-        keys.push_back(NamedColumns(primaryPlaces_, primaryKeys_[order[i]]));
+        keys.push_back(NamedColumns(primaryPlaces_, primaryKeys.At(order[i])));
         if (session_.Observer()->WantsRows()) before.push_back(WholeRow(order[i]));
       }
       told.push_back(
@@ -79,27 +109,21 @@ class Deletion {
   }
 
   DeletedRows Result() {
-    deleted_.order = InOrderOf(keys_);
+    deleted_.order = keys_.Order();
     if (IsObserved() && wanted_ == Deleted::Keys && deleted_.rows && !table_.keyColumns.empty()) {
       auto keys = std::make_unique<StaticRows>(deleted_.rows->KeyColumns());
-      for (Row& key : keys_) keys->Append(std::move(key));
+      for (std::size_t i = 0; i < keys_.Count(); ++i)
+        keys->Append(Row(keys_.At(i).begin(), keys_.At(i).end()));
       deleted_.rows = std::move(keys);
     }
     return std::move(deleted_);
   }
 
  private:
-  static std::vector<std::uint32_t> InOrderOf(const std::vector<Row>& keys) {
-    std::vector<std::uint32_t> order(keys.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::sort(order.begin(), order.end(), [&keys](std::uint32_t left, std::uint32_t right) {
-      return std::lexicographical_compare(keys[left].begin(), keys[left].end(), keys[right].begin(),
-                                          keys[right].end(), Less);
-    });
-    return order;
-  }
+  // Mostly the keys by which the rows are addressed.
+  const Keys& PrimaryKeys() const { return otherPrimary_ ? primaryKeys_ : keys_; }
 
-  NamedRow NamedColumns(const std::vector<std::size_t>& places, const Row& values) const {
+  NamedRow NamedColumns(const std::vector<std::size_t>& places, std::span<const Variant> values) const {
     NamedRow named;
     for (std::size_t i = 0; i < places.size(); ++i) {
       named.push_back(Named(deleted_.rows->Columns()[places[i]], values[i], dialect_));
@@ -144,20 +168,19 @@ class Deletion {
   void Keep(Rows& rows) {
     const std::vector<Column>& columns = rows.Columns();
     if (columns.empty()) return;
+    // A row without a key is its own.
+    const std::size_t keyWidth = table_.keyColumns.empty() ? columns.size() : table_.keyColumns.size();
     if (!deleted_.rows) {
       deleted_.rows = std::make_unique<StaticRows>(rows, HidesKey() ? table_.keyColumns.size() : 0);
+      keys_.SetWidth(keyWidth);
       if (IsObserved()) FindPrimaryKey();
     }
-    const std::size_t keyStart = columns.size() - table_.keyColumns.size();
     while (rows.Next()) {
       Row row(columns.size());
       for (std::size_t i = 0; i < row.size(); ++i) rows.ReadInto(i, row[i]);
-      const bool hasKey = !table_.keyColumns.empty();
-      keys_.emplace_back(hasKey ? row.begin() + static_cast<std::ptrdiff_t>(keyStart) : row.begin(),
-                         row.end());
-      if (IsObserved()) {
-        Row& primary = primaryKeys_.emplace_back();
-        for (const std::size_t place : primaryPlaces_) primary.push_back(row[place]);
+      for (std::size_t i = columns.size() - keyWidth; i < columns.size(); ++i) keys_.Add(row[i]);
+      if (otherPrimary_) {
+        for (const std::size_t place : primaryPlaces_) primaryKeys_.Add(row[place]);
       }
       deleted_.rows->Append(std::move(row));
     }
@@ -177,23 +200,26 @@ class Deletion {
         }
       }
     }
-    if (!table_.primaryKey.empty()) return;
-    primaryPlaces_.resize(columns.size());
-    std::iota(primaryPlaces_.begin(), primaryPlaces_.end(), std::size_t{0});
+    if (table_.primaryKey.empty()) {
+      primaryPlaces_.resize(columns.size());
+      std::iota(primaryPlaces_.begin(), primaryPlaces_.end(), std::size_t{0});
+    }
+    otherPrimary_ = table_.primaryKey != table_.keyColumns;
+    primaryKeys_.SetWidth(primaryPlaces_.size());
   }
 
   // The rows, which are locked. A statement takes one of a few numbers of keys, the last of which may be
   // repeated, so that there are few statements to prepare.
   void DeleteByKey() {
     std::size_t first = 0;
-    while (first < keys_.size()) {
-      const std::size_t left = keys_.size() - first;
+    while (first < keys_.Count()) {
+      const std::size_t left = keys_.Count() - first;
       std::size_t places = 1;
       while (places < left && places < kMostKeys) places *= 4;
       const std::size_t count = std::min(left, places);
       Parameters parameters;
       for (std::size_t i = 0; i < places; ++i) {
-        const Row& key = keys_[first + std::min(i, count - 1)];
+        const std::span<const Variant> key = keys_.At(first + std::min(i, count - 1));
         parameters.insert(parameters.end(), key.begin(), key.end());
       }
       const std::int64_t affected = session_.Execute(ByKey(places), parameters);
@@ -230,10 +256,11 @@ class Deletion {
   const Dialect& dialect_;
   TableShape table_;
   DeletedRows deleted_;
-  std::vector<Row> keys_;
+  Keys keys_;
   // For the observer.
   std::vector<std::size_t> primaryPlaces_;
-  std::vector<Row> primaryKeys_;
+  Keys primaryKeys_;
+  bool otherPrimary_ = false;  // than the key
 };
 
 }  // namespace
