@@ -29,7 +29,8 @@ struct Arguments {
   bool preflight = true;  // run; also whether it stops when a service goes away
   // run: what the journal keeps of rows; nothing: as the job's journals usually are
   std::optional<JournalLevel> journal;
-  ShowProgress progress = ShowProgress::Auto;  // run
+  ShowProgress progress = ShowProgress::Auto;    // run
+  std::optional<std::filesystem::path> metrics;  // run: the file of a monitoring system
   // run: how long to wait for another run to end; nothing: without limit
   std::optional<std::chrono::seconds> wait;
 

@@ -93,6 +93,8 @@ constexpr Option kRunOptions[] = {
          throw UsageError("--limit takes a number, or a share such as 5%, not \"" + value + "\"");
        }
      }},
+    {"metrics", "FILE", "write what came of the run for a monitoring system, in the format of Prometheus",
+     [](const std::string& value, Arguments& into) { into.metrics = value; }},
     {"no-preflight", "", "begin without asking whether the directory and the mail server answer",
      [](const std::string&, Arguments& into) { into.preflight = false; }},
     {"journal", "LEVEL",

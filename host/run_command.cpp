@@ -8,6 +8,7 @@
 
 #include "effects/progress.hpp"
 #include "host/commands.hpp"
+#include "host/metrics.hpp"
 #include "host/named_jobs.hpp"
 #include "host/stop_signals.hpp"
 #include "run/exit_codes.hpp"
@@ -57,10 +58,22 @@ int RunJobs(const Arguments& arguments, const Console& console) {
     if (progress) pause.emplace(*progress);
     Print(console, kind, text);
   };
-  return orvane::RunJobs(*jobs, options,
-                         {.show = [&] { return progress = MakeProgress(arguments.progress, console); },
-                          .waiting = [] { return std::make_shared<EndsWhenAsked>(); },
-                          .refusedHint = "--no-preflight begins all the same"});
+  std::optional<RunMetrics> metrics;
+  if (arguments.metrics) {
+    metrics.emplace(*arguments.metrics, arguments.home, *jobs, console);
+    options.leave = [&metrics](int exitCode) { metrics->End(exitCode); };
+  }
+  const auto show = [&]() -> std::shared_ptr<effects::Listener> {
+    progress = MakeProgress(arguments.progress, console);
+    if (metrics) return metrics->Listen(progress);
+    return progress;
+  };
+  const int exitCode = orvane::RunJobs(*jobs, options,
+                                       {.show = show,
+                                        .waiting = [] { return std::make_shared<EndsWhenAsked>(); },
+                                        .refusedHint = "--no-preflight begins all the same"});
+  if (metrics) metrics->End(exitCode);
+  return exitCode;
 }
 
 }  // namespace orvane::host
