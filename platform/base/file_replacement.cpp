@@ -109,7 +109,10 @@ Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t m
       // Between these two calls another writer may take the file for a leftover and remove it. Where files
       // cannot be locked, nobody removes any.
       Lock(made.Get(), LOCK_EX);
-      if (LeadsTo(path, made.Get())) return made;
+      if (LeadsTo(path, made.Get())) {
+        RemoveLeftover(folder + NameBeside(leaf, writer + 1));  // of one that wrote the same file twice
+        return made;
+      }
     } else if (errno != EEXIST) {
       Refuse(errno);
     } else if (!RemoveLeftover(path)) {

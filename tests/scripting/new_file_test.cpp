@@ -70,6 +70,12 @@ TEST_F(NewFileTest, TakesOverWhatAKilledWriterLeft) {
   EXPECT_THAT(Names(), ElementsAre("a.htm"));
 }
 
+TEST_F(NewFileTest, RemovesTheSecondFileThatAKilledWriterLeft) {
+  folder_.Write(".a.htm.saving2", "half a pa");
+  Create("a.htm")->Close();
+  EXPECT_THAT(Names(), ElementsAre("a.htm"));
+}
+
 TEST_F(NewFileTest, SharesNoFileWithAnotherWriterThatLives) {
   const Scripting::TextStreamPtr first = Create("a.htm");
   const Scripting::TextStreamPtr second = Create("a.htm");

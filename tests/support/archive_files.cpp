@@ -58,7 +58,10 @@ std::string ArchiveFileProblem(const std::filesystem::path& file) {
 void ExpectArchiveFiles(const std::filesystem::path& folder, const std::set<std::string>& except) {
   if (!std::filesystem::exists(folder)) return;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (!entry.is_regular_file() || except.contains(entry.path().filename().string())) continue;
+    const std::string name = entry.path().filename().string();
+    if (!entry.is_regular_file() || except.contains(name)) continue;
+    // Beside a name lies what could not be removed there; the next writer of the name tries again.
+    if (name.starts_with('.') && name.find(".saving") != std::string::npos) continue;
     EXPECT_EQ(ArchiveFileProblem(entry.path()), "");
   }
 }
