@@ -14,7 +14,8 @@ h1 { font-size: 1.5rem; } h2 { font-size: 1.2rem; margin-top: 2rem; }
 table { border-collapse: collapse; width: 100%; }
 caption { text-align: left; font-weight: bold; padding: .3rem 0; }
 th, td { border-bottom: 1px solid var(--line); padding: .3rem .6rem .3rem 0; text-align: left; vertical-align: top;
-  overflow-wrap: anywhere; }
+  overflow-wrap: break-word; }
+td[data-label="Attention"], td[data-label="On"] { overflow-wrap: anywhere; }
 td.number { text-align: right; font-variant-numeric: tabular-nums; }
 .Failed, .Unfinished { color: var(--bad); font-weight: bold; } .Warned { color: var(--warn); font-weight: bold; }
 meter { width: 100%; min-width: 4rem; }
@@ -22,7 +23,8 @@ summary { cursor: pointer; padding: .3rem 0; }
 @media (max-width: 40rem) {
   thead { position: absolute; left: -100vw; }
   tr { display: block; border-bottom: 1px solid var(--line); padding: .4rem 0; }
-  th, td, td.number { display: block; border: 0; padding: 0; text-align: left; }
+  th, td, td.number { display: block; border: 0; padding: 0; text-align: left; overflow-wrap: anywhere; }
+  td:empty { display: none; }
   td[data-label]::before { content: attr(data-label) ": "; font-weight: bold; }
 }
 )";
