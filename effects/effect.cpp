@@ -85,7 +85,7 @@ std::string_view SubjectOf(const Effect& effect) {
 
 std::size_t CountOf(const Effect& effect) {
   const auto* rows = std::get_if<RowsChange>(&effect);
-  return rows == nullptr ? 1 : rows->keys.size();
+  return rows == nullptr ? 1 : rows->keys.size() + rows->withoutKeys;
 }
 
 }  // namespace effects

@@ -1,6 +1,7 @@
 // What a run changes outside itself, each change by its kind.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -26,6 +27,7 @@ struct RowsChange {
   std::vector<ADODB::NamedRow> keys;  // sorted
   bool tellsBefore = false;
   std::vector<ADODB::NamedRow> before;  // in the order of the keys
+  std::size_t withoutKeys = 0;          // how many they are where the keys are not known, and left out
 };
 
 // Of the run's own connections.

@@ -94,7 +94,8 @@ class Line {
 
   void Members(const RowsChange& rows) {
     Text("table", rows.table);
-    Number("count", static_cast<std::int64_t>(rows.keys.size()));
+    Number("count", static_cast<std::int64_t>(rows.keys.size() + rows.withoutKeys));
+    if (rows.withoutKeys > 0) return;
     Rows("keys", rows.keys);
     if (rows.tellsBefore) Rows("before", rows.before);
   }
@@ -219,13 +220,22 @@ class Line {
 
   void AppendTime(std::chrono::system_clock::time_point moment) {
     const UtcParts utc = Utc(moment);
-    char text[40];
-    const int length = std::snprintf(
-        text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(utc.date.year()),
-        static_cast<unsigned int>(utc.date.month()), static_cast<unsigned int>(utc.date.day()),
-        static_cast<int>(utc.time.hours().count()), static_cast<int>(utc.time.minutes().count()),
-        static_cast<int>(utc.time.seconds().count()), static_cast<int>(utc.time.subseconds().count()));
-    to_.append(text, static_cast<std::size_t>(length));
+    AppendPadded(static_cast<int>(utc.date.year()), 4, '-');
+    AppendPadded(static_cast<unsigned int>(utc.date.month()), 2, '-');
+    AppendPadded(static_cast<unsigned int>(utc.date.day()), 2, 'T');
+    AppendPadded(utc.time.hours().count(), 2, ':');
+    AppendPadded(utc.time.minutes().count(), 2, ':');
+    AppendPadded(utc.time.seconds().count(), 2, '.');
+    AppendPadded(utc.time.subseconds().count(), 3, 'Z');
+  }
+
+  // The last `width` digits, and what stands behind them.
+  void AppendPadded(std::int64_t number, std::size_t width, char behind) {
+    const std::size_t end = to_.size() + width;
+    to_.append(width, '0');
+    for (std::size_t at = end; at > end - width; number /= 10)
+      to_[--at] = static_cast<char>('0' + number % 10);
+    to_ += behind;
   }
 
   std::string& to_;

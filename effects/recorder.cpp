@@ -102,6 +102,12 @@ Recorder::Ticket Recorder::RowsChange(ADODB::Change change, std::string_view tab
       effects::RowsChange{change, std::string(table), std::move(keys), options_.rows, std::move(before)});
 }
 
+Recorder::Ticket Recorder::RowsCounted(ADODB::Change change, std::string_view table, std::size_t count) {
+  effects::RowsChange rows{change, std::string(table), {}, false, {}};
+  rows.withoutKeys = count;
+  return Tell(std::move(rows));
+}
+
 Recorder::Ticket Recorder::Begin() {
   return Tell(TransactionStep{TransactionStep::Kind::Begin});
 }

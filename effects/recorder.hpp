@@ -128,6 +128,7 @@ class Recorder final : public ADODB::ChangeObserver {
                     std::optional<ADODB::NamedRow> before) override;
   Ticket RowsChange(ADODB::Change change, std::string_view table, std::vector<ADODB::NamedRow> keys,
                     std::vector<ADODB::NamedRow> before) override;
+  Ticket RowsCounted(ADODB::Change change, std::string_view table, std::size_t count) override;
   Ticket Begin() override;
   Ticket Commit() override;
   Ticket Rollback() override;

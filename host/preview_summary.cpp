@@ -38,6 +38,7 @@ constexpr Words kWords[] = {{"row.delete", "delete", "rows of"},
 std::string_view OneRow(std::string_view op) {
   if (op == "rows.delete") return "row.delete";
   if (op == "rows.update") return "row.update";
+  if (op == "rows.insert") return "row.insert";
   return op;
 }
 

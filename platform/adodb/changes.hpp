@@ -56,6 +56,10 @@ class ORVANE_EXPORT ChangeObserver {
   virtual Ticket RowsChange(Change change, std::string_view table, std::vector<NamedRow> keys,
                             std::vector<NamedRow> before) = 0;
 
+  // So many rows of one statement whose keys the engine does not tell, before the transaction commits in
+  // which it was run.
+  virtual Ticket RowsCounted(Change change, std::string_view table, std::size_t count) = 0;
+
   // A transaction of the connection's user; those that a single statement has of its own are not told.
   // Rollback is also told of a connection that is closed with its transaction open.
   virtual Ticket Begin() = 0;

@@ -195,6 +195,46 @@ TEST_F(TranslationTest, TellsThePartsOfASelectInTheEnginesSql) {
   EXPECT_FALSE(TranslateAll("select distinct A from T").select);
 }
 
+TEST_F(TranslationTest, TellsOfWhichTableAStatementChangesRows) {
+  using ADODB::Change;
+  const auto told = [](const std::string& sql) {
+    const auto change = TranslateAll(sql).change;
+    if (!change) return std::string("nothing");
+    const std::string kind = change->change == Change::Insert   ? "insert "
+                             : change->change == Change::Update ? "update "
+                                                                : "delete ";
+    return kind + change->table;
+  };
+  EXPECT_EQ(told("insert into T(A) values(1)"), "insert T");
+  EXPECT_EQ(told("INSERT T SELECT * FROM U"), "insert T");
+  EXPECT_EQ(told("insert or ignore into T values(1)"), "insert T");
+  EXPECT_EQ(told("replace into T values(1)"), "insert T");
+  EXPECT_EQ(told("update T set A = 1"), "update T");
+  EXPECT_EQ(told("update only dbo.T x set A = 1"), "update dbo.T");
+  EXPECT_EQ(told("merge into T using U on 1 = 1 when matched then delete"), "update T");
+  EXPECT_EQ(told("delete from T order by A limit 3"), "delete T");
+  for (const char* sql :
+       {"drop table T", "call P(1)", "create table T(A integer)", "truncate table T", "delete top (3) from T",
+        "select * from T", "update", "alter table T add B integer"}) {
+    EXPECT_EQ(told(sql), "nothing") << sql;
+  }
+}
+
+TEST_F(TranslationTest, KnowsQueriesFromWhatMayChangeSomething) {
+  for (const char* sql :
+       {"select * from T", "(select A from T) union (select B from U)",
+        "with a as (select 1) select * from a", "values (1)", "select * from T for update",
+        "select * from T for no key update", "set language us_english",
+        "select insert('abc',1,1,'x'), replace(A,'a','b') from T", "select 'insert', \"delete\" from T"}) {
+    EXPECT_TRUE(TranslateAll(sql).onlyReads) << sql;
+  }
+  for (const char* sql : {"insert into T values(1)", "with a as (delete from T returning *) select * from a",
+                          "select * into U from T", "with a as (select 1) update T set A = 1",
+                          "explain analyze delete from T", "call P(1)", "create table U(A integer)"}) {
+    EXPECT_FALSE(TranslateAll(sql).onlyReads) << sql;
+  }
+}
+
 TEST_F(TranslationTest, TellsThePartsOfADeleteInTheEnginesSql) {
   const auto deletion =
       TranslateAll("Delete from T where dateadd(d,1,E)<{ts '2004-07-26 09:05:03'}").deletion;

@@ -71,6 +71,13 @@ TEST(JournalLineTest, ARowIsToldByItsKeyAndAsItWas) {
   EXPECT_EQ(Rest(row), R"j({"op":"row.insert","table":"REMINDER","key":{},"before":null})j");
 }
 
+TEST(JournalLineTest, RowsWithoutKnownKeysAreTheirNumber) {
+  effects::RowsChange rows{ADODB::Change::Update, "T", {}, true, {}};
+  rows.withoutKeys = 3;
+  EXPECT_EQ(Rest(rows), R"j({"op":"rows.update","table":"T","count":3})j");
+  EXPECT_EQ(effects::CountOf(rows), 3U);
+}
+
 TEST(JournalLineTest, RowsOfOneStatementShareALine) {
   effects::RowsChange rows{ADODB::Change::Delete,
                            "T",

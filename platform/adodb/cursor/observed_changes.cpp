@@ -50,13 +50,42 @@ void TellAndMake(ChangeObserver& observer, Change change, std::string_view table
   }
 }
 
+namespace {
+
+[[noreturn]] void CannotTell() {
+  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::FeatureNotAvailable),
+                          "ADODB.Connection",
+                          "This run is recorded, and of this statement it cannot be told what it changes.");
+}
+
+std::int64_t RunAndCount(SharedSession& session, const SharedSession::Prepared& prepared,
+                         const ChangeShape& shape) {
+  ChangeObserver& observer = *session.Observer();
+  std::int64_t affected = 0;
+  ChangeObserver::Ticket told;
+  try {
+    session.InTransaction([&] {
+      affected = session.Execute(prepared);
+      if (affected < 0) CannotTell();
+      if (affected > 0) {
+        told = observer.RowsCounted(shape.change, shape.table, static_cast<std::size_t>(affected));
+      }
+    });
+  } catch (...) {
+    if (told) observer.Failed(told, automation::PendingError());
+    throw;
+  }
+  return affected;
+}
+
+}  // namespace
+
 std::int64_t RunAndTell(SharedSession& session, const SharedSession::Prepared& prepared) {
   const Translation& translation = prepared.GetTranslation();
-  if (session.Observer() == nullptr || translation.isSelect) return session.Execute(prepared);
+  if (session.Observer() == nullptr || translation.onlyReads) return session.Execute(prepared);
   if (!translation.deletion) {
-    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::FeatureNotAvailable),
-                            "ADODB.Connection",
-                            "This run is recorded, and of this statement it cannot be told what it changes.");
+    if (!translation.change) CannotTell();
+    return RunAndCount(session, prepared, *translation.change);
   }
   return static_cast<std::int64_t>(RunDelete(session, prepared, Deleted::Keys).order.size());
 }

@@ -23,8 +23,9 @@ NamedRow NamedKey(const std::vector<std::string>& key, const NamedRow& whole);
 void TellAndMake(ChangeObserver& observer, Change change, std::string_view table, NamedRow key,
                  std::optional<NamedRow> before, const std::function<void()>& make);
 
-// SharedSession::Execute, and the observer is told where there is one: then 3251 for what changes rows and is
-// no DELETE of one table.
+// SharedSession::Execute, and the observer is told where there is one: of a DELETE of one table by keys, of
+// other statements that change rows of one table by their number. 3251 for anything else that is no query
+// then.
 std::int64_t RunAndTell(SharedSession& session, const SharedSession::Prepared& prepared);
 
 }  // namespace ADODB::engine

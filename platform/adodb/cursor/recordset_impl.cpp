@@ -104,7 +104,7 @@ void RecordsetImpl::OpenPrepared(std::shared_ptr<SharedSession> session,
                                  LockType lockType) {
   set_.reset();
   // A statement that changes rows and yields some cannot be told.
-  if (!prepared.GetTranslation().isSelect && session->Observer() != nullptr) {
+  if (!prepared.GetTranslation().onlyReads && session->Observer() != nullptr) {
     Fail(ErrorNumber::FeatureNotAvailable);
   }
   OpenedRows rows = OpenRows(session, prepared, cursorType, lockType, mostRows_);

@@ -79,7 +79,7 @@ StatementCache::Known SharedSession::Translated(Kind kind, FixedText text, const
 
 std::unique_ptr<Rows> SharedSession::Query(const Prepared& prepared) {
   // A statement that changes rows may yield some as well.
-  if (!prepared.GetTranslation().isSelect) BeforeChange();
+  if (!prepared.GetTranslation().onlyReads) BeforeChange();
   Session& session = GetSession();
   const bool onServer = session.GetDialect().PreparesOnTheServer();
   return session.Query(prepared.known->ForSession(onServer, !prepared.values.empty()), prepared.values);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/adodb/sql/change_shape.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
 #include "platform/adodb/sql/iso_date_time.hpp"
 #include "platform/adodb/sql/or_chain.hpp"
@@ -342,8 +343,8 @@ Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
     const std::size_t begin = places[range.begin].begin;
     return translation.text.substr(begin, places[range.end - 1].end - begin);
   };
-  translation.isSelect = Is(sql, tokens.front(), "select");
-  translation.yieldsRows = translation.isSelect || YieldsRows(sql, tokens);
+  translation.onlyReads = OnlyReads(sql, tokens);
+  translation.yieldsRows = YieldsRows(sql, tokens);
   if (const auto select = ReadSelect(sql, tokens)) {
     translation.select = SelectShape{part(select->list), part(select->table), part(select->name),
                                      part(select->condition), part(select->order)};
@@ -355,6 +356,9 @@ Translation Translate(const CheckedStatement& checked, const Dialect& dialect) {
       translation.text.insert(kDelete.size(), " " + translation.deletion->table);
       translation.deletion->namesTableTwice = true;
     }
+  }
+  if (const auto change = ReadChange(sql, tokens)) {
+    translation.change = ChangeShape{change->change, std::string(change->table.In(sql, tokens))};
   }
   if (translation.yieldsRows && dialect.FoldsNames()) translation.names = SelectedNames(sql, tokens);
   return translation;

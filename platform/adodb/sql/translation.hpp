@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/adodb/changes.hpp"
 #include "platform/adodb/sql/checked_statement.hpp"
 #include "platform/adodb/sql/delete_shape.hpp"
 #include "platform/adodb/sql/dialect.hpp"
@@ -19,12 +20,19 @@ struct DeleteShape {
   bool namesTableTwice = false;
 };
 
+// Any statement that changes rows of one table.
+struct ChangeShape {
+  Change change{};
+  std::string table;  // as the statement writes it
+};
+
 struct Translation {
   std::string text;                     // in the engine's SQL
   std::optional<SelectShape> select;    // what ReadSelect knows
   std::optional<DeleteShape> deletion;  // what ReadDelete knows
-  bool isSelect = false;                // by its first word: it changes no rows
-  bool yieldsRows = false;              // likewise
+  std::optional<ChangeShape> change;    // what ReadChange knows
+  bool onlyReads = false;               // see OnlyReads
+  bool yieldsRows = false;              // by its first word
   // Whether a literal was read as a date in the current locale, so that the result holds for this locale
   // only.
   bool usesLocale = false;

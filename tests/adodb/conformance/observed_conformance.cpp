@@ -48,6 +48,9 @@ class Heard final : public ADODB::ChangeObserver {
     for (const NamedRow& row : before) text += " was " + Text(row);
     return Add(text);
   }
+  Ticket RowsCounted(ADODB::Change change, std::string_view table, std::size_t count) override {
+    return Add(Name(change) + "s " + std::string(table) + " " + std::to_string(count) + " rows");
+  }
   Ticket Begin() override { return Add("begin"); }
   Ticket Commit() override { return Add("commit"); }
   Ticket Rollback() override { return Add("rollback"); }
@@ -326,20 +329,64 @@ TEST_P(Conformance, TransactionsOfTheCallerAreTold) {
   EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("2", "3"));
 }
 
+TEST_P(Conformance, OtherStatementsThatChangeRowsAreToldByTheirNumberBeforeItIsPermanent) {
+  Watched watched;
+  MakeNumbers(3);
+  const auto connection = watched.Connect(*engine);
+  std::vector<std::string> there;
+  if (!Quirk().locksWholeDatabase) {
+    watched.heard.hearing = [&] { there = Rows("SELECT COUNT(*) FROM NUMBERS WHERE VALUE = 9"); };
+  }
+  std::int64_t affected = 0;
+  connection->Execute("UPDATE NUMBERS SET VALUE = 9 WHERE ID > 1", &affected, ADODB::kExecuteNoRecords);
+  EXPECT_EQ(affected, 2);
+  if (!Quirk().locksWholeDatabase) {
+    EXPECT_THAT(there, ElementsAre("0"));
+  }
+  connection->Execute("INSERT INTO NUMBERS VALUES (4,'n4',1)", nullptr, ADODB::kOptionsUnspecified);
+  connection->Execute("INSERT INTO NUMBERS SELECT ID + 10,'n',1 FROM NUMBERS WHERE ID < 3", nullptr,
+                      ADODB::kExecuteNoRecords);
+  connection->Execute("UPDATE NUMBERS SET VALUE = 8 WHERE ID = 99", &affected, ADODB::kExecuteNoRecords);
+  EXPECT_EQ(affected, 0);
+  EXPECT_THAT(watched.heard.all,
+              ElementsAre("updates NUMBERS 2 rows", "inserts NUMBERS 1 rows", "inserts NUMBERS 2 rows"))
+      << "nothing is nothing";
+  EXPECT_THAT(Rows("SELECT ID FROM NUMBERS WHERE VALUE = 9 ORDER BY ID"), ElementsAre("2", "3"));
+  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("6"));
+}
+
+TEST_P(Conformance, WhatIsToldByItsNumberDoesNotHappenWhereTheObserverRefusesIt) {
+  Watched watched;
+  MakeNumbers(3);
+  const auto connection = watched.Connect(*engine);
+  watched.heard.refuses = "updates";
+  EXPECT_EQ(NumberOf([&] {
+              connection->Execute("UPDATE NUMBERS SET VALUE = 9", nullptr, ADODB::kExecuteNoRecords);
+            }),
+            61);
+  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS WHERE VALUE = 9"), ElementsAre("0"));
+}
+
+TEST_P(Conformance, QueriesOfEveryFormAreNoChanges) {
+  Watched watched;
+  MakeNumbers(3);
+  const auto connection = watched.Connect(*engine);
+  const auto rows =
+      connection->Execute("WITH small AS (SELECT ID FROM NUMBERS WHERE ID < 3) SELECT * FROM small", nullptr,
+                          ADODB::kOptionsUnspecified);
+  ASSERT_FALSE(rows->Eof());
+  EXPECT_THAT(watched.heard.all, IsEmpty());
+}
+
 TEST_P(Conformance, AStatementWhoseChangesCannotBeToldIsRefused) {
   Watched watched;
   MakeNumbers(3);
   const auto connection = watched.Connect(*engine);
-  for (const char* sql : {"INSERT INTO NUMBERS VALUES (4,'n4',1)", "INSERT INTO NUMBERS SELECT 5,'n5',1",
-                          "DROP TABLE NUMBERS"}) {
-    EXPECT_EQ(
-        NumberOf([&] { connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kExecuteNoRecords); }),
-        3251)
-        << sql;
-    EXPECT_EQ(
-        NumberOf([&] { connection->Execute(ADODB::SqlFragment(sql), nullptr, ADODB::kOptionsUnspecified); }),
-        3251)
-        << sql;
+  for (const char* sql : {"DROP TABLE NUMBERS", "CREATE TABLE OTHERS(ID INTEGER)"}) {
+    for (const int options : {ADODB::kExecuteNoRecords, ADODB::kOptionsUnspecified}) {
+      EXPECT_EQ(NumberOf([&] { connection->Execute(ADODB::SqlFragment(sql), nullptr, options); }), 3251)
+          << sql;
+    }
   }
   EXPECT_THAT(watched.heard.all, IsEmpty());
   EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS"), ElementsAre("3"));
