@@ -1,6 +1,7 @@
 #include "host/preview_call.hpp"
 
 #include <string_view>
+#include <thread>
 
 #include "host/named_jobs.hpp"
 #include "host/stop_signals.hpp"
@@ -14,8 +15,9 @@ int LookAtRun(const Arguments& arguments, const Console& console,
   if (!jobs) return kUsage;
   const EndsWhenAsked endsWhenAsked;
   RunOptions options{.home = arguments.home, .caller = "orvane-host"};
-  options.tell = [&console](Telling kind, std::string_view text) {
-    console.out.flush();
+  options.tell = [&console, thread = std::this_thread::get_id()](Telling kind, std::string_view text) {
+    // On another thread the time is over, and this one may be waiting for whoever reads the output.
+    if (std::this_thread::get_id() == thread) console.out.flush();
     Print(console, kind, text);
   };
   return orvane::LookAtRun(*jobs, options, look);

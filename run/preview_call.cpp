@@ -12,6 +12,7 @@
 #include "run/run_jobs.hpp"
 #include "run/services.hpp"
 #include "suite/composition/composition.hpp"
+#include "suite/composition/site_settings.hpp"
 
 namespace orvane {
 namespace {
@@ -53,11 +54,12 @@ int LookAtRun(const std::vector<const JobInfo*>& jobs, const RunOptions& options
     const Vantrel::SiteFile site = ReadConfiguration(home);
     const Apart apart(home, site, options.caller);
     if (!ServicesAnswer(jobs, home, site, options)) return kUnavailable;
-    PreviewWorld world(home, [&options](const std::string& why, int exitCode) {
+    const auto stop = [&options](const std::string& why, int exitCode) {
       Tell(options, Telling::Message, "the preview ended, nothing was changed: " + why);
       // Sessions and copies go with the process.
       Leave(options, exitCode);
-    });
+    };
+    PreviewWorld world(home, stop, LongestPreview(site));
     return look({jobs, options, home, site, world});
   } catch (const Apart::Held& held) {
     Tell(options, Telling::Message, "the suite is held by " + held.by + "; nothing was previewed");

@@ -1,5 +1,8 @@
 #include "run/preview_world.hpp"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -30,10 +33,21 @@ fs::path OwnFolder(const fs::path& home) {
   return folder;
 }
 
+// Somebody who reads neither the preview nor its messages must not keep the rows from everybody else.
+void EndHolding(const PreviewWorld::Stop& stop, std::chrono::seconds longest) {
+  pollfd messages{STDERR_FILENO, POLLOUT, 0};
+  if (poll(&messages, 1, 0) != 1) std::_Exit(kTryAgain);
+  stop("it has held rows of the suite's database for " + std::to_string(longest.count()) +
+           " s, and may no longer (section HOST, key \"PreviewSeconds\")",
+       kTryAgain);
+}
+
 }  // namespace
 
-PreviewWorld::PreviewWorld(const SuiteHome& home, Stop stop)
-    : stop_(stop), parts_{.providers = {}, .layer = nullptr, .ownFolder = OwnFolder(home.Path())} {
+PreviewWorld::PreviewWorld(const SuiteHome& home, Stop stop, std::chrono::seconds longest)
+    : stop_(stop),
+      deadline_(std::make_unique<Deadline>(longest, [stop, longest] { EndHolding(stop, longest); })),
+      parts_{.providers = {}, .layer = nullptr, .ownFolder = OwnFolder(home.Path())} {
   const fs::path& folder = parts_.ownFolder;
   parts_.layer = std::make_shared<base::FileLayer>(folder.string(), [stop, folder](int error) {
     stop("the preview's own files in " + folder.string() + ": " + std::generic_category().message(error),
@@ -61,7 +75,11 @@ PreviewWorld::PreviewWorld(const SuiteHome& home, Stop stop)
   parts_.providers = {
       ADODB::engine::MakePreviewProvider(ADODB::sqlite::MakeCopyProvider(home.Path(), folder),
                                          {.failed = failed, .isCopy = true}),
-      ADODB::engine::MakePreviewProvider(ADODB::odbc::MakeProvider(), {.failed = failed, .isCopy = false}),
+      ADODB::engine::MakePreviewProvider(ADODB::odbc::MakeProvider(),
+                                         {.failed = failed,
+                                          .isCopy = false,
+                                          .holdsLocks = [deadline = deadline_.get()] { deadline->Begin(); },
+                                          .longestStatement = longest}),
   };
 }
 

@@ -1,9 +1,12 @@
 // What stands in place of databases and files while jobs are previewed.
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "run/deadline.hpp"
 #include "suite/composition/suite_home.hpp"
 #include "suite/composition/wiring.hpp"
 
@@ -18,8 +21,10 @@ class PreviewWorld {
   // end; the function does not return.
   using Stop = std::function<void(const std::string& why, int exitCode)>;
 
+  // A server's rows are held for `longest` at most; then `stop` is called on a thread of its own, while this
+  // one may be waiting for whoever reads the preview.
   // FAILS: std::system_error when there is no place for the preview's own files, or when it lies in `home`.
-  PreviewWorld(const SuiteHome& home, Stop stop);
+  PreviewWorld(const SuiteHome& home, Stop stop, std::chrono::seconds longest = std::chrono::minutes(30));
 
   // Ends the preview as its failures do.
   void End(const std::string& why, int exitCode) const { stop_(why, exitCode); }
@@ -29,6 +34,7 @@ class PreviewWorld {
 
  private:
   const Stop stop_;
+  std::unique_ptr<Deadline> deadline_;
   World parts_;
 };
 

@@ -50,7 +50,8 @@ struct RunOptions {
   std::function<bool()> stop = nullptr;
   // A run that has to stop in its middle ends the process, for a job lets no error through and cannot be
   // left: because `stop` asks for it, the lock was lost, a service went away or the limit was reached, or
-  // because a preview cannot go on. The journal is complete then, and why it ends was told. This may add
+  // because a preview cannot go on; on a thread of its own where that has held a server's rows for too long.
+  // The journal is complete then, and why it ends was told. This may add
   // something of the caller's own; when it returns, or is null, the process ends by std::_Exit with the code.
   std::function<void(int exitCode)> leave = nullptr;
   // Hears what there is to tell, without a line break at its end. May not raise. Null: nobody hears it.

@@ -106,7 +106,7 @@ const std::vector<KnownSection>& KnownSections() {
        {"sendusing", "smtpserverpickupdirectory", "smtpserver", "smtpserverport", "smtptls",
         "smtpcertificatefile", "sendusername", "sendpassword"}},
       {"FTP", {"certificatefile"}},
-      {"HOST", {"JournalDays"}},
+      {"HOST", {"JournalDays", "PreviewSeconds"}},
   };
   return sections;
 }

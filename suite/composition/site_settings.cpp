@@ -57,6 +57,17 @@ std::string Authorities(const Vantrel::SiteFile& site, std::string_view section,
   return file.empty() ? file : suite::NativePath(file, home.Path()).string();
 }
 
+int HostNumber(const Vantrel::SiteFile& site, std::string_view key, int usual, int most,
+               const std::string& unit) {
+  const std::string text = site.FindValue("HOST", key).value_or(std::to_string(usual));
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc{} || end != text.data() + text.size() || number < 1 || number > most) {
+    Refuse(site, "HOST", key, text, "a number of " + unit + ", 1 to " + std::to_string(most));
+  }
+  return number;
+}
+
 }  // namespace
 
 std::map<char, std::string> Drives(const Vantrel::SiteFile& site) {
@@ -90,13 +101,11 @@ CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home)
 }
 
 int JournalDays(const Vantrel::SiteFile& site) {
-  const std::string text = site.FindValue("HOST", "JournalDays").value_or("90");
-  int days = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), days);
-  if (error != std::errc{} || end != text.data() + text.size() || days < 1 || days > 36500) {
-    Refuse(site, "HOST", "JournalDays", text, "a number of days, 1 to 36500");
-  }
-  return days;
+  return HostNumber(site, "JournalDays", 90, 36500, "days");
+}
+
+std::chrono::seconds LongestPreview(const Vantrel::SiteFile& site) {
+  return std::chrono::seconds(HostNumber(site, "PreviewSeconds", 1800, 86400, "seconds"));
 }
 
 OrvCommonMTS::FtpOptions FtpSettings(const Vantrel::SiteFile& site, const SuiteHome& home) {

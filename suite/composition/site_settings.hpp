@@ -2,6 +2,7 @@
 // Vantrel::kUnreadableFile, naming the file, the section and the key.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <string>
 
@@ -29,7 +30,10 @@ CDO::Settings MailSettings(const Vantrel::SiteFile& site, const SuiteHome& home)
 
 // Section HOST:
 //   JournalDays                for how long the journals of runs are kept, 1 to 36500; 90 when missing
+//   PreviewSeconds             for how long a preview may hold rows of a server, 1 to 86400; 1800 when
+//   missing
 int JournalDays(const Vantrel::SiteFile& site);
+std::chrono::seconds LongestPreview(const Vantrel::SiteFile& site);
 
 // Section FTP, for a web farm's server that is reached over TLS:
 //   certificatefile            trusted authorities in PEM form, relative to the installation; the machine's

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -143,6 +144,26 @@ TEST_P(PreviewSessionTest, EndsWhereSomebodyElsesLockStandsInTheWay) {
   EXPECT_EQ(failures_.front().kind, PreviewFailure::Kind::Locked);
   other->Commit();
   EXPECT_THAT(NamesForOthers(), ElementsAre("mine", "two"));
+}
+
+TEST_P(PreviewSessionTest, SaysWhenItBeginsToHoldLocksAndLetsNoStatementTakeLonger) {
+  int began = 0;
+  provider_ = ADODB::engine::MakePreviewProvider(ADODB::odbc::MakeProvider(),
+                                                 {.failed = nullptr,
+                                                  .isCopy = false,
+                                                  .holdsLocks = [&began] { ++began; },
+                                                  .longestStatement = std::chrono::seconds(1)});
+  EXPECT_EQ(began, 0);
+  const auto session = Connect();
+  EXPECT_EQ(began, 1);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_THROW(session
+                   ->Query(GetParam() == "postgresql" ? "SELECT pg_sleep(60)"
+                                                      : "SELECT BENCHMARK(100000000000, md5('x'))",
+                           {})
+                   ->Next(),
+               automation::Error);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
 TEST_P(PreviewSessionTest, RefusesATableThatTakesNoPartInTransactions) {

@@ -29,10 +29,15 @@ class Trunk {
     if (isCopy_) return;
     const Dialect& dialect = session_->GetDialect();
     if (!dialect.BoundLockWaits().empty()) session_->Execute(dialect.BoundLockWaits(), {});
+    if (options.longestStatement > std::chrono::seconds(0)) {
+      const std::string bound = dialect.BoundStatements(options.longestStatement);
+      if (!bound.empty()) session_->Execute(bound, {});
+    }
     if (!dialect.TablesWithoutTransactions().empty()) {
       const auto rows = session_->Query(dialect.TablesWithoutTransactions(), {});
       while (rows->Next()) unsafe_.push_back(automation::ToText(rows->Value(0)));
     }
+    if (options.holdsLocks) options.holdsLocks();
     session_->Begin();
   }
 

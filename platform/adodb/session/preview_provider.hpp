@@ -1,6 +1,7 @@
 // Databases whose changes are seen by the connections that make them, and never made.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -27,12 +28,17 @@ struct PreviewOptions {
   std::function<void(const PreviewFailure&)> failed;
   // True for sessions with databases that are a private copy already: nothing has to be rolled back.
   bool isCopy = false;
+  // Called when the first transaction is begun that others may have to wait for. May be null.
+  std::function<void()> holdsLocks = nullptr;
+  // How long the engine may work at one statement; zero: without limit.
+  std::chrono::seconds longestStatement{0};
 };
 
 // A provider for one preview, on one thread. All connections with one connection string work on one session
 // of `real`, in one transaction that is rolled back in the end, each transaction of theirs a savepoint in it;
 // so they see each other's changes at once. It waits for locks of others only as long as the dialect bounds
-// it. A session that is lost, or whose process is killed, is rolled back by the engine.
+// it; how long it may hold its own is the caller's to say, by ending the process. A session that is lost, or
+// whose process is killed, is rolled back by the engine.
 std::shared_ptr<Provider> MakePreviewProvider(std::shared_ptr<Provider> real, PreviewOptions options);
 
 }  // namespace ADODB::engine

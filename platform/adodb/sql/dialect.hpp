@@ -6,6 +6,7 @@
 // What is not overridden is spelled as the suite's own engine does, or as the SQL standard says.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -108,6 +109,9 @@ class Dialect {
   // A statement after which the session waits for other sessions' locks some seconds at most; empty where it
   // does so anyway, or needs none.
   virtual std::string_view BoundLockWaits() const { return {}; }
+  // A statement after which the engine gives a statement up that takes longer, also when whoever has sent it
+  // is gone; empty where it cannot be told so.
+  virtual std::string BoundStatements(std::chrono::seconds /*longest*/) const { return {}; }
   // A query for the names of the tables that take no part in transactions; empty where there are none. What a
   // rollback does not undo there must not be done.
   virtual std::string_view TablesWithoutTransactions() const { return {}; }

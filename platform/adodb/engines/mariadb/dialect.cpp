@@ -24,6 +24,9 @@ class MariaDb : public Dialect {
   std::string_view BoundLockWaits() const override {
     return "SET SESSION innodb_lock_wait_timeout = 10, lock_wait_timeout = 10";
   }
+  std::string BoundStatements(std::chrono::seconds longest) const override {
+    return "SET SESSION max_statement_time = " + std::to_string(longest.count());
+  }
   // Where a trigger could reach one, every table with a trigger counts as one.
   std::string_view TablesWithoutTransactions() const override {
     return "WITH plain AS (SELECT t.TABLE_NAME AS name FROM information_schema.TABLES t"

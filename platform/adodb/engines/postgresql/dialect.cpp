@@ -42,6 +42,9 @@ class PostgreSql : public Dialect {
   const SessionLockTexts* SessionLock() const override { return &kSessionLock; }
 
   std::string_view BoundLockWaits() const override { return "SET lock_timeout = '10s'"; }
+  std::string BoundStatements(std::chrono::seconds longest) const override {
+    return "SET statement_timeout = '" + std::to_string(longest.count()) + "s'";
+  }
 
   std::string DaysLater(std::string_view days, std::string_view moment) const override {
     std::string sql = "(";
