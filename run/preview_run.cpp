@@ -16,6 +16,7 @@
 #include "run/run_jobs.hpp"
 #include "run/version.hpp"
 #include "suite/composition/composition.hpp"
+#include "suite/composition/local_time.hpp"
 #include "suite/database/suite_connection.hpp"
 
 namespace orvane {
@@ -102,7 +103,10 @@ PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, co
   PreviewedJob previewed;
   previewed.job = &job;
   automation::Runtime runtime;
-  if (preview.at) runtime.clock = [moment = *preview.at] { return moment; };
+  if (preview.at) {
+    runtime.clock = [moment = *preview.at] { return moment; };
+    world.Parts().layer->TakeForNow({.tv_sec = UtcOf(*preview.at), .tv_nsec = 0});
+  }
   runtime.classes = preview.options.classes;
 
   effects::Recorder::Options options = RecorderOptions(job, std::nullopt);
@@ -122,7 +126,8 @@ PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, co
                  .recordsRows = true,
                  .watch = preview.watches ? &watch : nullptr,
                  .world = &world.Parts(),
-                 .reads = preview.reads});
+                 .reads = preview.reads,
+                 .at = preview.at});
 
   const automation::RuntimeScope scope(runtime);
   previewed.at = automation::Now();

@@ -256,6 +256,13 @@ int FileLayer::MayChange(const Place& place) const {
   return faccessat(AT_FDCWD, place.folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
 }
 
+timespec FileLayer::Now() const {
+  timespec now{};
+  if (now_) return *now_;
+  clock_gettime(CLOCK_REALTIME, &now);
+  return now;
+}
+
 void FileLayer::Put(const Place& place, bool isFolder, mode_t mode, std::string_view bytes) {
   Folder& folder = folders_[place.folder];
   if (!IsAscii(place.name)) folder.foreign.insert(place.name);
@@ -265,7 +272,7 @@ void FileLayer::Put(const Place& place, bool isFolder, mode_t mode, std::string_
   item.isFolder = isFolder;
   item.mode = mode;
   item.number = ++lastNumber_;
-  clock_gettime(CLOCK_REALTIME, &item.changed);
+  item.changed = Now();
   contents_.Write(bytes, item.content);
 }
 
@@ -311,7 +318,7 @@ int FileLayer::Append(const std::string& path, std::string_view bytes) {
     Put(place, false, status.st_mode & 07777U, before);
   }
   Item& item = folders_[place.folder].items.find(place.name)->second;
-  clock_gettime(CLOCK_REALTIME, &item.changed);
+  item.changed = Now();
   contents_.Write(bytes, item.content);
   return 0;
 }

@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 
 #include <cstddef>
+#include <ctime>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -30,6 +32,9 @@ class FileLayer {
   // over. `onFull` is called when they cannot be: nothing that the layer says after that is worth anything,
   // so it had better not return. FAILS: std::system_error when the file cannot be made.
   FileLayer(const std::string& folder, std::function<void(int error)> onFull);
+
+  // What is changed from here on is changed at this moment, and not when the machine's clock says.
+  void TakeForNow(const timespec& moment) { now_ = moment; }
 
   int Lstat(const std::string& path, struct stat& status) const;
   int Stat(const std::string& path, struct stat& status) const;
@@ -98,7 +103,10 @@ class FileLayer {
   void Drop(const Place& place);
   int Remove(const Place& place);
 
+  timespec Now() const;
+
   mutable SpareFile contents_;
+  std::optional<timespec> now_;
   std::unordered_map<std::string, Folder> folders_;
   std::size_t hiddenFolders_ = 0;
   ino_t lastNumber_ = 0;

@@ -1,6 +1,7 @@
 #include "suite/composition/composition.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -31,6 +32,7 @@
 #include "suite/backend_calls/backend_calls.hpp"
 #include "suite/catalogue/catalogue.hpp"
 #include "suite/composition/data_folder.hpp"
+#include "suite/composition/local_time.hpp"
 #include "suite/composition/site_settings.hpp"
 #include "suite/configuration/configuration.hpp"
 #include "suite/escalation/escalation.hpp"
@@ -52,7 +54,8 @@ std::shared_ptr<base::FileLayer> LayerOf(const World* world) {
 }
 
 void RegisterFilesMailsAndLog(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                              const World* world, const PendingFilesPtr& pending) {
+                              const Wiring& wiring, const PendingFilesPtr& pending) {
+  const World* const world = wiring.world;
   const auto created = std::make_shared<base::CreatedFiles>();
   Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world), pending);
   CDO::Settings mail = MailSettings(site, home);
@@ -132,8 +135,15 @@ class FolderNames {
   Scripting::local::FolderNames names_;
 };
 
+std::function<std::chrono::system_clock::time_point()> FileClock(
+    const std::optional<automation::DateTime>& at) {
+  if (!at) return &std::chrono::system_clock::now;
+  return [moment = std::chrono::system_clock::from_time_t(UtcOf(*at))] { return moment; };
+}
+
 void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                              const World* world, const PendingFilesPtr& pending) {
+                              const Wiring& wiring, const PendingFilesPtr& pending) {
+  const World* const world = wiring.world;
   const auto otherSpelling = [names = std::make_shared<FolderNames>()](const std::string& folder,
                                                                        const std::string& name) {
     return names->Find(folder, name);
@@ -145,7 +155,8 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
                 .beforeLooking = [pending] { Scripting::local::ShowPending(pending); },
                 .ftp = FtpSettings(site, home),
                 .layer = LayerOf(world),
-                .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder});
+                .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder,
+                .clock = FileClock(wiring.at)});
   if (world != nullptr) {
     effects::RegisterSilentComponents(classes);
     return;
@@ -169,7 +180,7 @@ ClassTable ActingClasses(const SuiteHome& home, const Vantrel::SiteFile& site, c
                          {}, wiring.recordsRows ? wiring.recorder : nullptr, makeDurable);
   MSXML2::RegisterClasses(classes, DocumentSettings(site, places, wiring, pending));
   RegisterFilesMailsAndLog(classes, home, site, wiring.world, pending);
-  RegisterActingComponents(classes, home, site, wiring.world, pending);
+  RegisterActingComponents(classes, home, site, wiring, pending);
   return classes;
 }
 
@@ -213,6 +224,7 @@ Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {
   site.Connection("Orvane", "Orvane");
   CheckSettings(home, site);
   JournalDays(site);
+  LongestPreview(site);
   return site;
 }
 

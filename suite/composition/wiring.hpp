@@ -3,9 +3,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/adodb/session/provider.hpp"
+#include "platform/automation/date_time.hpp"
 #include "platform/base/file_layer.hpp"
 
 namespace effects {
@@ -30,6 +32,8 @@ struct Wiring {
   effects::ServiceWatch* watch = nullptr;  // of the directory; may be null
   const World* world = nullptr;            // null: the real one
   effects::ReadListener* reads = nullptr;  // of record sets and folders; only with a recorder
+  // The local moment by which shared files are old; nothing: now.
+  std::optional<automation::DateTime> at = std::nullopt;
 };
 
 }  // namespace orvane

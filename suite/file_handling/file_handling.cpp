@@ -139,8 +139,7 @@ class SharedFiles : public FileHandling {
     const std::unique_ptr<SharedStore> store = OpenStore(path);
     // In whole seconds: the longest keep period there is reaches back four thousand years.
     const std::chrono::sys_seconds keptSince =
-        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) -
-        std::chrono::minutes(keepMinutes);
+        std::chrono::floor<std::chrono::seconds>(options_.clock()) - std::chrono::minutes(keepMinutes);
     const std::vector<StoredFile> files = store->Files(FolderOf(kind));
     Failures failures;
     for (const StoredFile& file : files) {

@@ -6,6 +6,7 @@
 // Archives (13) and CHAT (14), found without regard to case when the exact name does not exist.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -36,6 +37,8 @@ struct FileHandlingOptions {
   // what a server holds; null where changes are made.
   std::shared_ptr<base::FileLayer> layer = nullptr;
   std::filesystem::path ownFolder = {};
+  // By which files are old.
+  std::function<std::chrono::system_clock::time_point()> clock = &std::chrono::system_clock::now;
 };
 
 // Registers the component. Objects created from one table share the marks of SetInUse, which last as long as

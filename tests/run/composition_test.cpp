@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
+
+#include "components/interfaces/file_handling.hpp"
 #include "host/init/suite_files.hpp"
+#include "host/preview_world.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/msxml2/dom_document.hpp"
 #include "platform/scripting/file_system_object.hpp"
@@ -74,6 +79,27 @@ TEST(CompositionTest, ADriveOfTheSiteReachesFilesAndDocuments) {
   EXPECT_EQ(document->documentElement()->text(), "here");
   document->save("q:\\copy.xml");
   EXPECT_TRUE(std::filesystem::exists(folder.Path() / "share" / "copy.xml"));
+}
+
+TEST(CompositionTest, SharedFilesAreAsOldAsTheMomentOfAPreviewMakesThem) {
+  orvane_test::TemporaryFolder folder;
+  const orvane_host::SuiteHome home(folder.Path() / "home");
+  orvane_host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x", "Provider=SQLite;Data Source=db\\y");
+  folder.Write("farm/CHAT/transcript.txt", "said");
+  const orvane_host::PreviewWorld world(home, [](const std::string& why, int) { ADD_FAILURE() << why; });
+  const auto deleted = [&](std::optional<automation::DateTime> at) {
+    automation::Runtime runtime;
+    orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()),
+                               {.world = &world, .at = at});
+    const automation::RuntimeScope scope(runtime);
+    return automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId)
+        ->DeleteAgedFiles((folder.Path() / "farm").string(), 60, OrvCommonMTS::FolderKind::Chat);
+  };
+  const automation::DateTime now = automation::SystemClock();
+  EXPECT_EQ(deleted(std::nullopt), automation::Variant(0));
+  EXPECT_EQ(deleted(automation::AddMinutes(now, 55)), automation::Variant(0));
+  EXPECT_EQ(deleted(automation::AddMinutes(now, 65)), automation::Variant(1));
+  EXPECT_TRUE(std::filesystem::exists(folder.Path() / "farm/CHAT/transcript.txt"));
 }
 
 }  // namespace

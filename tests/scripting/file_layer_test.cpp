@@ -268,5 +268,21 @@ TEST_P(FileLayerTwinTest, DoesWhatTheTreeDoes) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, FileLayerTwinTest, testing::Range(0U, 40U));
 
+TEST_F(FileLayerTest, WhatItChangesIsAsYoungAsTheMomentThatItTakesForNow) {
+  const TemporaryFolder below;
+  const std::string old = below.Write("old.txt", "old").string();
+  const std::string made = (below.Path() / "made.txt").string();
+  const auto layer = NewLayer();
+  layer->TakeForNow({.tv_sec = 4'000'000'000, .tv_nsec = 0});
+  ASSERT_EQ(layer->Replace(made, "x"), 0);
+  ASSERT_EQ(layer->Append(old, "er"), 0);
+  for (const std::string& path : {old, made}) {
+    struct stat status {};
+    ASSERT_EQ(layer->Stat(path, status), 0);
+    EXPECT_EQ(status.st_mtim.tv_sec, 4'000'000'000) << path;
+    EXPECT_EQ(status.st_atim.tv_sec, 4'000'000'000) << path;
+  }
+}
+
 }  // namespace
 }  // namespace orvane_test
