@@ -14,11 +14,10 @@ std::string Grouped(std::uint64_t number) {
 }
 
 // What people call it; empty for what is no progress by itself.
-std::string_view KindOf(const Effect& effect) {
-  const std::string_view op = OpOf(effect);
+std::string_view KindOf(std::string_view op) {
   if (op == "row.delete" || op == "rows.delete") return "rows deleted";
   if (op == "row.update" || op == "rows.update") return "rows updated";
-  if (op == "row.insert") return "rows inserted";
+  if (op == "row.insert" || op == "rows.insert") return "rows inserted";
   if (op == "file.write") return "files written";
   if (op == "file.delete") return "files deleted";
   if (op == "folder.create") return "folders made";
@@ -30,6 +29,14 @@ std::string_view KindOf(const Effect& effect) {
 }
 
 }  // namespace
+
+std::uint64_t ProgressTotal(const Counts& counts) {
+  std::uint64_t total = 0;
+  for (const auto& [key, count] : counts.All()) {
+    if (!KindOf(key.first).empty()) total += count.done;
+  }
+  return total;
+}
 
 std::string ProgressText(const ProgressState& state) {
   std::string text = state.job + ": ";
@@ -46,7 +53,8 @@ std::string ProgressText(const ProgressState& state) {
   }
   if (state.expected > 0) {
     // Never done before it is: the world may have changed since it was counted.
-    text += ", " + std::to_string(std::min<std::uint64_t>(state.total * 100 / state.expected, 99)) + " %";
+    const std::uint64_t most = state.ended ? 100 : 99;
+    text += ", " + std::to_string(std::min(state.total * 100 / state.expected, most)) + " %";
   }
   const auto whole = std::chrono::duration_cast<std::chrono::seconds>(state.taken).count();
   char clock[32];
@@ -71,8 +79,7 @@ Progress::~Progress() {
 void Progress::Hear(const EntryPtr& entry) {
   const std::lock_guard lock(mutex_);
   if (const auto* start = std::get_if<RunStart>(&entry->what)) {
-    state_ = {};
-    state_.job = start->job;
+    state_ = {.job = start->job, .expected = state_.expected};
     started_ = std::chrono::steady_clock::now();
     running_ = true;
   } else if (const auto* effect = std::get_if<Effect>(&entry->what)) {
@@ -80,6 +87,7 @@ void Progress::Hear(const EntryPtr& entry) {
   } else if (const auto* failure = std::get_if<Failure>(&entry->what)) {
     Count(std::get<Effect>(failure->of->what), true);
   } else if (std::holds_alternative<RunEnd>(entry->what)) {
+    state_.ended = true;
     if (options_.form == Form::LineEach && options_.atEnd) Show();
     Clear();
     running_ = false;
@@ -87,7 +95,7 @@ void Progress::Hear(const EntryPtr& entry) {
 }
 
 void Progress::Count(const Effect& effect, bool failed) {
-  const std::string_view kind = KindOf(effect);
+  const std::string_view kind = KindOf(OpOf(effect));
   if (kind.empty()) return;
   auto found = state_.byKind.find(kind);
   if (found == state_.byKind.end()) found = state_.byKind.emplace(kind, 0).first;

@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "effects/counts.hpp"
 #include "effects/recorder.hpp"
 
 namespace effects {
@@ -24,7 +25,11 @@ struct ProgressState {
   std::map<std::string, std::uint64_t, std::less<>> byKind = {};  // "rows deleted", ...
   std::uint64_t total = 0;
   std::uint64_t expected = 0;  // 0: unknown
+  bool ended = false;
 };
+
+// How much of all that was counted shows as progress.
+std::uint64_t ProgressTotal(const Counts& counts);
 
 // "Archive: 1,204 rows deleted, 31 documents saved; 98 a second, 45 %, 0:02:11"
 std::string ProgressText(const ProgressState& state);
@@ -48,7 +53,7 @@ class Progress final : public Listener {
 
   void Hear(const EntryPtr& entry) override;
 
-  // How many effects the run will have, as far as that is known; rows count one by one.
+  // How many effects the run will have, as ProgressTotal counts them; where nobody knows, no share is shown.
   void Expect(std::uint64_t effects);
 
   // Takes the line off the terminal and keeps it off while the guard lives, for whoever else has to write

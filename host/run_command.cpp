@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -63,8 +64,9 @@ int RunJobs(const Arguments& arguments, const Console& console) {
     metrics.emplace(*arguments.metrics, arguments.home, *jobs, console);
     options.leave = [&metrics](int exitCode) { metrics->End(exitCode); };
   }
-  const auto show = [&]() -> std::shared_ptr<effects::Listener> {
+  const auto show = [&](std::uint64_t total) -> std::shared_ptr<effects::Listener> {
     progress = MakeProgress(arguments.progress, console);
+    if (progress && total > 0) progress->Expect(total);
     if (metrics) return metrics->Listen(progress);
     return progress;
   };

@@ -3,10 +3,12 @@
 #include <filesystem>
 #include <system_error>
 
+#include "effects/progress.hpp"
 #include "run/exit_codes.hpp"
 #include "run/preview_run.hpp"
 #include "run/preview_world.hpp"
 #include "run/run_jobs.hpp"
+#include "suite/composition/site_settings.hpp"
 
 namespace orvane {
 namespace {
@@ -27,11 +29,12 @@ std::string Figures(const Excess& excess, const Limit& limit) {
 std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& home,
                                            const Vantrel::SiteFile& site, const JobInfo& job,
                                            const RunOptions& options) {
-  PreviewWorld world(home, [&](const std::string& why, int exitCode) {
+  const auto stop = [&](const std::string& why, int exitCode) {
     Tell(options, Telling::Message,
          std::string(job.progId) + ": the limit could not be checked, nothing was begun: " + why);
     Leave(options, exitCode);
-  });
+  };
+  PreviewWorld world(home, stop, LongestPreview(site));
   const PreviewedJob previewed = PreviewJob(home, site, job, world, {.options = options});
   const auto excesses =
       ExcessesOf(limit, previewed.counts, [&](const Deletions& of) { return previewed.Held(of); });
@@ -43,6 +46,7 @@ std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& 
     return std::nullopt;
   }
   LimitGuard guard(limit, home.Path().string());
+  guard.progress_ = effects::ProgressTotal(previewed.counts);
   for (const Deletions& deletions : DeletionsOf(previewed.counts)) {
     guard.foretold_[{deletions.isTable, deletions.subject}] = {deletions.count,
                                                                Allowed(limit, previewed.Held(deletions))};
@@ -71,7 +75,7 @@ std::optional<Recording::Stop> LimitGuard::MustStop(const effects::Counts& soFar
     if (deletions.count < foretold.allowed || deletions.count <= foretold.count) continue;
     return Recording::Stop{"the limit of " + limit_.Text() + " is reached in " + deletions.subject + ": " +
                                std::to_string(deletions.count) + " deleted, " +
-                               std::to_string(foretold.count) + " foretold; stopped at a safe point",
+                               std::to_string(foretold.count) + " foretold",
                            kLimit};
   }
   return std::nullopt;

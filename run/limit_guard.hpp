@@ -1,6 +1,7 @@
 // Holds one job's run to a limit.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,6 +29,9 @@ class LimitGuard {
   // many deletions, because the suite was changed in between.
   std::optional<Recording::Stop> MustStop(const effects::Counts& soFar) const;
 
+  // How much the run will show as progress, while the suite stays as it was previewed.
+  std::uint64_t ProgressForetold() const { return progress_; }
+
  private:
   struct Foretold {
     std::uint64_t count = 0;
@@ -39,6 +43,7 @@ class LimitGuard {
 
   effects::Limit limit_;
   std::string home_;
+  std::uint64_t progress_ = 0;
   std::map<std::pair<bool, std::string>, Foretold> foretold_;  // by whether it is a table, and its name
 };
 

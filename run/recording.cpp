@@ -37,7 +37,9 @@ std::string HostName() {
 
 Recording::Recording(const SuiteHome& home, const JobInfo& job, const RunOptions& options,
                      effects::Listener* shown, effects::Listener& listener)
-    : job_(job), recorder_(RecorderOptions(job, options.journal)), isShown_(shown != nullptr) {
+    : job_(job),
+      recorder_(RecorderOptions(job, options.journal)),
+      isCounted_(shown != nullptr || options.limit) {
   // The journal hears of everything first: what it cannot write down does not happen.
   if (options.journal != JournalLevel::Off) {
     try {
@@ -56,7 +58,7 @@ Recording::Recording(const SuiteHome& home, const JobInfo& job, const RunOptions
 Wiring Recording::GetWiring() {
   Wiring wiring;
   wiring.recorder = &recorder_;
-  wiring.recordsRows = journal_ || isShown_;
+  wiring.recordsRows = journal_ || isCounted_;
   wiring.watch = watch_ ? &*watch_ : nullptr;
   return wiring;
 }

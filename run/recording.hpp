@@ -53,7 +53,7 @@ class Recording {
   const JobInfo& job_;
   effects::Recorder recorder_;
   std::unique_ptr<effects::Journal> journal_;
-  const bool isShown_;
+  const bool isCounted_;  // by somebody else than the journal
   std::optional<effects::ServiceWatch> watch_;
 };
 

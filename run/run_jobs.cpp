@@ -71,7 +71,8 @@ class JobCall {
         return std::nullopt;
       }
     }
-    const std::shared_ptr<effects::Listener> shown = surroundings_.show ? surroundings_.show() : nullptr;
+    const std::shared_ptr<effects::Listener> shown =
+        surroundings_.show ? surroundings_.show(limit ? limit->ProgressForetold() : 0) : nullptr;
     Recording recording(home_, job, options_, shown.get(), runner_);
     // A runtime of its own for each job, as each would have in a service of its own.
     automation::Runtime runtime;

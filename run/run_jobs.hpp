@@ -1,6 +1,7 @@
 // Several jobs of a suite, one after the other, under one lock.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -14,8 +15,9 @@ namespace orvane {
 
 // What a program puts around the runs.
 struct Surroundings {
-  // Made for each job: hears of everything that it does, to show it. May be null, and give null.
-  std::function<std::shared_ptr<effects::Listener>()> show = nullptr;
+  // Made for each job: hears of everything that it does, to show it. `total` is what that will come to as
+  // effects::ProgressTotal counts it; 0 where nobody knows. May be null, and give null.
+  std::function<std::shared_ptr<effects::Listener>(std::uint64_t total)> show = nullptr;
   // What it gives lives while the lock is waited for. May be null.
   std::function<std::shared_ptr<void>()> waiting = nullptr;
   // Told behind the services that do not answer, unless it is empty.

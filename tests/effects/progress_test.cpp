@@ -29,6 +29,28 @@ TEST(ProgressTest, TellsTheShareDoneWhereTheTotalIsKnown) {
   EXPECT_THAT(ProgressText(state), HasSubstr(", 45 %,"));
   state.total = 200;
   EXPECT_THAT(ProgressText(state), HasSubstr(", 99 %,")) << "it has not ended";
+  state.ended = true;
+  EXPECT_THAT(ProgressText(state), HasSubstr(", 100 %,"));
+}
+
+TEST(ProgressTest, TheShareIsOneOfWhatWasExpectedBeforeTheRunBegan) {
+  effects::Counts counts;
+  counts.Add(effects::MailSending{});
+  counts.Add(effects::TransactionStep{effects::TransactionStep::Kind::Begin});
+  counts.Add(effects::RowsChange{ADODB::Change::Delete, "T", {{}, {}, {}}, false, {}});
+  EXPECT_EQ(effects::ProgressTotal(counts), 4U) << "transactions are no progress";
+
+  std::ostringstream out;
+  {
+    Progress progress(out, {.form = Progress::Form::LineEach, .atEnd = true});
+    progress.Expect(effects::ProgressTotal(counts));
+    effects::Recorder recorder({});
+    recorder.Add(progress);
+    recorder.Start({.job = "Solve"});
+    recorder.Tell(effects::MailSending{});
+    recorder.End(75);
+  }
+  EXPECT_THAT(out.str(), HasSubstr(" a second, 25 %, 0:00:00"));
 }
 
 TEST(ProgressTest, FailuresAreTakenBack) {
