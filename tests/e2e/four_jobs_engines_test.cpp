@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,9 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "tests/e2e/host_process.hpp"
-#include "tests/servers/server_database.hpp"
+#include "tests/e2e/suite_on_server.hpp"
 #include "tests/support/archive_files.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -42,29 +40,6 @@ struct Remains {
   std::map<std::string, std::vector<std::string>> logs;  // their lines
   std::vector<std::string> mails;
 };
-
-std::unique_ptr<Session> OpenFile(const fs::path& file) {
-  return ADODB::sqlite::MakeProvider({})->Connect(
-      ADODB::engine::ConnectionString::Parse("Provider=SQLite;Data Source=" + file.string()));
-}
-
-std::vector<std::string> TablesOf(Session& sqlite) {
-  const auto rows = sqlite.Query(
-      "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%' ORDER BY name", {});
-  std::vector<std::string> tables;
-  while (rows->Next()) tables.push_back(automation::ToText(rows->Value(0)));
-  return tables;
-}
-
-std::vector<std::vector<Variant>> ValuesOf(Session& session, const std::string& table) {
-  const auto rows = session.Query("SELECT * FROM " + table, {});
-  std::vector<std::vector<Variant>> values;
-  while (rows->Next()) {
-    values.emplace_back();
-    for (std::size_t i = 0; i < rows->Columns().size(); ++i) values.back().push_back(rows->Value(i));
-  }
-  return values;
-}
 
 DateTime Today() {
   const auto now = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
@@ -183,40 +158,19 @@ class Suite {
   fs::path DatabaseFile(const char* name) const { return home_ / "db" / name; }
 
   void MoveTo(const std::string& server, const Suite& rows) {
-    orvane_.emplace(server);
-    catalogue_.emplace(server);
-    orvane_->RunSchemaFile(server + ".sql");
-    catalogue_->RunSchemaFile(server + "-ecatalog.sql");
-    Copy(*OpenFile(rows.DatabaseFile("orvane.sqlite")), *orvane_->Connect());
-    Copy(*OpenFile(rows.DatabaseFile("ecatalog.sqlite")), *catalogue_->Connect());
-    if (server == "postgresql") {
-      for (const auto& [table, column] :
-           {std::pair("transactions", "t_id"), std::pair("prospect", "prospectid"),
-            std::pair("preview", "previewid")}) {
-        orvane_->Execute(std::string("SELECT setval(pg_get_serial_sequence('") + table + "', '" + column +
-                         "'), (SELECT max(" + column + ") FROM " + table + "))");
-      }
-    }
-    orvane_->GrantJobs("grants-" + server + ".sql");
-    catalogue_->GrantJobs("grants-" + server + "-ecatalog.sql");
-    fs::remove_all(home_ / "db");
-    const fs::path file = home_ / "config/siteConfiguration.xml";
-    std::string text = TemporaryFolder::Read(file);
-    Replace(text, "Provider=SQLite;Data Source=db\\orvane.sqlite", orvane_->JobsConnectionString());
-    Replace(text, "Provider=SQLite;Data Source=db\\ecatalog.sqlite", catalogue_->JobsConnectionString());
-    std::ofstream(file, std::ios::binary) << text;
+    moved_.emplace(server, home_, rows.home_ / "db");
   }
 
   // Takes a right back from the jobs' account.
   void Withdraw(const std::string& right, const std::string& table) {
-    const auto text = ADODB::engine::ConnectionString::Parse(orvane_->JobsConnectionString());
-    orvane_->Execute("REVOKE " + right + " ON " + table + " FROM " + text.Value("UID").value_or(""));
+    const auto text = ADODB::engine::ConnectionString::Parse(moved_->Orvane().JobsConnectionString());
+    moved_->Orvane().Execute("REVOKE " + right + " ON " + table + " FROM " + text.Value("UID").value_or(""));
   }
 
   // The rows of all tables, whoever looks.
   std::map<std::string, std::vector<std::string>> Rows(const std::vector<std::string>& tables) {
     std::map<std::string, std::vector<std::string>> rows;
-    const auto orvane = orvane_ ? orvane_->Connect() : OpenFile(DatabaseFile("orvane.sqlite"));
+    const auto orvane = moved_ ? moved_->Orvane().Connect() : OpenFile(DatabaseFile("orvane.sqlite"));
     for (const auto& table : tables) rows[table] = SortedRows(*orvane, table, folder_.Path());
     return rows;
   }
@@ -258,8 +212,8 @@ class Suite {
     EXPECT_EQ(outcome.exitCode, 0) << outcome.out << outcome.err;
 
     Remains remains;
-    const auto orvane = orvane_ ? orvane_->Connect() : OpenFile(DatabaseFile("orvane.sqlite"));
-    const auto catalogue = catalogue_ ? catalogue_->Connect() : OpenFile(DatabaseFile("ecatalog.sqlite"));
+    const auto orvane = moved_ ? moved_->Orvane().Connect() : OpenFile(DatabaseFile("orvane.sqlite"));
+    const auto catalogue = moved_ ? moved_->Catalogue().Connect() : OpenFile(DatabaseFile("ecatalog.sqlite"));
     for (const auto& table : tables) remains.rows[table] = SortedRows(*orvane, table, folder_.Path());
     for (const auto& table : catalogueTables) {
       remains.rows["catalogue " + table] = SortedRows(*catalogue, table, folder_.Path());
@@ -313,28 +267,9 @@ class Suite {
     return lines;
   }
 
-  static void Replace(std::string& text, const std::string& from, const std::string& to) {
-    const std::size_t at = text.find(from);
-    if (at == std::string::npos) throw std::runtime_error("no " + from + " in the configuration");
-    text.replace(at, from.size(), to);
-  }
-
-  static void Copy(Session& from, Session& to) {
-    to.Begin();
-    for (const std::string& table : TablesOf(from)) {
-      for (const std::vector<Variant>& row : ValuesOf(from, table)) {
-        std::string marks;
-        for (std::size_t i = 0; i < row.size(); ++i) marks += i == 0 ? "?" : ",?";
-        to.Execute("INSERT INTO " + table + " VALUES (" + marks + ")", row);
-      }
-    }
-    to.Commit();
-  }
-
   TemporaryFolder folder_;
   fs::path home_ = folder_.Path() / "home";
-  std::optional<ServerDatabase> orvane_;
-  std::optional<ServerDatabase> catalogue_;
+  std::optional<SuiteOnServer> moved_;
 };
 
 void ExpectSame(const Remains& found, const Remains& expected) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <stdexcept>
 
@@ -126,6 +127,13 @@ void RunningHost::Signal(int number) const {
   if (kill(child_, number) != 0) throw std::runtime_error("kill");
 }
 
+void RunningHost::AwaitEnd() const {
+  siginfo_t end{};
+  while (waitid(P_PID, static_cast<id_t>(child_), &end, WEXITED | WNOWAIT) != 0) {
+    if (errno != EINTR) throw std::runtime_error("waitid");
+  }
+}
+
 Outcome RunningHost::Wait() {
   while (ReadSome()) {
   }
@@ -141,8 +149,9 @@ Outcome RunHost(const std::vector<std::string>& words,
   return Run(words, environment, false);
 }
 
-Outcome RunHostUnprivileged(const std::vector<std::string>& words) {
-  return Run(words, {}, true);
+Outcome RunHostUnprivileged(const std::vector<std::string>& words,
+                            const std::map<std::string, std::string>& environment) {
+  return Run(words, environment, true);
 }
 
 }  // namespace orvane_test

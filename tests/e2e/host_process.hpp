@@ -32,6 +32,8 @@ class RunningHost {
   // Closes the test's end of its standard output and error: whoever reads hangs up.
   void HangUp();
   void Signal(int number) const;
+  // Waits for its end and reads nothing meanwhile of what it writes.
+  void AwaitEnd() const;
   // Its end, at most a minute away, and all that it has written.
   Outcome Wait();
 
@@ -51,7 +53,8 @@ Outcome RunHost(const std::vector<std::string>& words,
                 const std::map<std::string, std::string>& environment = {});
 
 // The same as an unprivileged user, for whom permissions count: root is refused nothing.
-Outcome RunHostUnprivileged(const std::vector<std::string>& words);
+Outcome RunHostUnprivileged(const std::vector<std::string>& words,
+                            const std::map<std::string, std::string>& environment = {});
 
 // The user and group that RunHostUnprivileged becomes when the tests run as root.
 constexpr unsigned kUnprivilegedId = 65534;

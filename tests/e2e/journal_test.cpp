@@ -1,11 +1,9 @@
 // What a run writes down of its effects, and how it stops at a safe point.
 #include <gmock/gmock.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -15,6 +13,7 @@
 #include "effects/journal_reader.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
+#include "tests/e2e/small_disk.hpp"
 
 namespace orvane_test {
 namespace {
@@ -179,28 +178,6 @@ TEST_F(RunJournalTest, OldOnesGoWhenARunBegins) {
   EXPECT_THAT(outcome.err,
               HasSubstr("key \"JournalDays\": found \"x\"; expected a number of days, 1 to 36500"));
 }
-
-// A small file system of its own for the journals.
-class SmallDisk {
- public:
-  SmallDisk(fs::path folder, const char* size) : folder_(std::move(folder)) {
-    fs::create_directories(folder_);
-    mounted_ = mount("none", folder_.c_str(), "tmpfs", 0, size) == 0;
-    problem_ = std::strerror(errno);
-  }
-  ~SmallDisk() {
-    if (mounted_) umount2(folder_.c_str(), MNT_DETACH);
-  }
-  SmallDisk(const SmallDisk&) = delete;
-
-  bool Mounted() const { return mounted_; }
-  const std::string& Problem() const { return problem_; }
-
- private:
-  fs::path folder_;
-  bool mounted_ = false;
-  std::string problem_;
-};
 
 TEST_F(RunJournalTest, AFullDiskUnderItStopsTheRunAtASafePointWithNoEffectUntold) {
   const SmallDisk disk(home_ / "journal", "size=1100k");

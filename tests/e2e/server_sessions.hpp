@@ -1,0 +1,16 @@
+// The sessions that others have with a database of the tests.
+#pragma once
+
+#include <string>
+
+#include "tests/servers/server_database.hpp"
+
+namespace orvane_test {
+
+// Ends them, as an administrator does.
+void EndOtherSessions(const ServerDatabase& database, const std::string& server);
+
+// How many there are.
+int OtherSessions(ADODB::engine::Session& own, const std::string& server);
+
+}  // namespace orvane_test
