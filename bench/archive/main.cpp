@@ -2,12 +2,13 @@
 // the same statements, files and syncs; and how its cost and its memory grow with the requests of one
 // customer.
 //
-//   bench_archive [REQUESTS [CUSTOMERS [SECONDS [LARGEST [JOURNALED [OF]]]]]] [--only servers|growth|journal]
+//   bench_archive [REQUESTS [CUSTOMERS [SECONDS [LARGEST [JOURNALED [OF]]]]]] [--only
+//   servers|growth|journal|preview]
 //
 // 20,000 requests of 200 customers unless given; of one customer LARGEST (50,000) and a tenth of it. Moving
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
-// rows moved by then; everything else is run to its end. With and without a journal JOURNALED (100,000)
-// requests OF (1,000) customers are archived.
+// rows moved by then; everything else is run to its end. With a journal, without one, and as a preview
+// JOURNALED (100,000) requests OF (1,000) customers are archived.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/archive/archive_bench.hpp"
@@ -34,6 +36,8 @@ namespace fs = std::filesystem;
 constexpr double kFasterThanSingleRows = 5;
 constexpr double kNotSlowerThanBulk = 1;
 constexpr double kAllowedForTheJournal = 1.15;
+constexpr double kAllowedForAPreview = 1;
+constexpr double kAllowedMebibytesOfAPreview = 128;  // beyond the run's
 constexpr double kAllowedGrowth = 1.5;
 constexpr double kAllowedMemoryPerFile = 6;
 // The program itself takes some 30 MiB, which says nothing about small files.
@@ -205,24 +209,55 @@ void MeasureGrowth(Bench& bench, std::int64_t largest) {
               AtMost(kAllowedMemoryPerFile));
 }
 
-// The embedded engine again: what it costs that every row is written down before it goes.
+// A trial on the embedded engine, by the host.
+Trial OnSqlite(const char* called, Trial::Kind kind, HistorySize size,
+               std::function<Measured(const Build&, const fs::path& home)> run) {
+  return {called, kind, [size, run = std::move(run)](const Build& build) {
+            const WorkFolder folder;
+            const fs::path home = folder.Path() / "suite" / "home";
+            MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
+            MakeEmbeddedHistory(home, size);
+            return run(build, home);
+          }};
+}
+
+Trial RunOnSqlite(const char* called, Trial::Kind kind, HistorySize size, bool recorded) {
+  return OnSqlite(called, kind, size, [recorded](const Build& build, const fs::path& home) {
+    return RunByHost(build, home, "Archive", recorded);
+  });
+}
+
+std::string OnSqliteName(HistorySize size) {
+  return "archive of " + std::to_string(size.requests) + " requests on SQLite";
+}
+
+// What it costs that every row is written down before it goes.
 void MeasureJournal(Bench& bench, HistorySize size) {
-  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
-    return Trial{called, kind, [&, recorded](const Build& build) {
-                   const WorkFolder folder;
-                   const fs::path home = folder.Path() / "suite" / "home";
-                   MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
-                   MakeEmbeddedHistory(home, size);
-                   return RunByHost(build, home, "Archive", recorded);
-                 }};
-  };
-  const std::string name = "archive of " + std::to_string(size.requests) + " requests on SQLite";
-  const Taken taken = bench.Take(
-      name + ", by the host",
-      {byHost("recorded", Trial::Kind::Job, true), byHost("not recorded", Trial::Kind::Peer, false)},
-      kRounds);
+  const std::string name = OnSqliteName(size);
+  const Taken taken = bench.Take(name + ", by the host",
+                                 {RunOnSqlite("recorded", Trial::Kind::Job, size, true),
+                                  RunOnSqlite("not recorded", Trial::Kind::Peer, size, false)},
+                                 kRounds);
   bench.Ratio(name + ", with journal and progress to without", taken.Whole("recorded"),
               taken.Whole("not recorded"), AtMost(kAllowedForTheJournal));
+}
+
+void MeasurePreview(Bench& bench, HistorySize size) {
+  const std::string name = OnSqliteName(size);
+  const Trial preview =
+      OnSqlite("preview", Trial::Kind::Job, size, [](const Build& build, const fs::path& home) {
+        const Measured measured = PreviewByHost(build, home, "Archive");
+        const fs::path archives = home / "Data" / "Archives";
+        if (fs::exists(archives) && !fs::is_empty(archives))
+          throw std::runtime_error("a preview wrote archive files");
+        return measured;
+      });
+  const Taken taken = bench.Take(name + ", by the host",
+                                 {preview, RunOnSqlite("run", Trial::Kind::Peer, size, true)}, kRounds);
+  bench.Ratio(name + ", preview to run", taken.Whole("preview"), taken.Whole("run"),
+              AtMost(kAllowedForAPreview));
+  bench.Limit(name + ", memory of a preview beyond the run's", "MiB",
+              Beyond(taken.Peak("preview"), taken.Peak("run")), AtMost(kAllowedMebibytesOfAPreview));
 }
 
 void Measure(Bench& bench) {
@@ -230,6 +265,9 @@ void Measure(Bench& bench) {
   if (bench.Wanted("servers")) CompareOnServers(bench, size, static_cast<int>(bench.Size(2, 4, 4)));
   if (bench.Wanted("journal")) {
     MeasureJournal(bench, {bench.Size(4, 100'000, 1'000), bench.Size(5, 1'000, 20)});
+  }
+  if (bench.Wanted("preview")) {
+    MeasurePreview(bench, {bench.Size(4, 100'000, 1'000), bench.Size(5, 1'000, 20)});
   }
   if (bench.Wanted("growth")) MeasureGrowth(bench, bench.Size(3, 50'000, 1'000));
 }

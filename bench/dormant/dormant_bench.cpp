@@ -1,7 +1,8 @@
 // Dormant user expiry against a C program that deletes the same rows by key.
 //
-//   bench_dormant [--only job|journal] [ROWS...]      1,000,000 and 100,000 rows when none is given; 30 % of
-//   them are dormant
+//   bench_dormant [--only job|journal|preview] [ROWS...]
+//
+// 1,000,000 and 100,000 rows when none is given; 30 % of them are dormant.
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -24,6 +25,8 @@ namespace fs = std::filesystem;
 constexpr double kAllowedRatio = 1.5;
 constexpr double kAllowedMebibytes = 128;
 constexpr double kAllowedForTheJournal = 1.15;
+constexpr double kAllowedForAPreview = 1;
+constexpr double kAllowedMebibytesOfAPreview = 128;  // beyond the run's
 constexpr int kRounds = 5;
 // The provider's durability setting, which the peer uses too.
 constexpr const char* kSynchronous = "NORMAL";
@@ -72,6 +75,12 @@ void CheckResult(const fs::path& database, std::int64_t rows) {
   }
 }
 
+void CheckUnchanged(const fs::path& database, std::int64_t rows) {
+  if (SqliteFile(database).Number("SELECT count(*) FROM PROSPECT") != rows) {
+    throw std::runtime_error("a preview deleted rows from " + database.string());
+  }
+}
+
 // The job's part of the process: "job HOME ROWS".
 void RunJob(const std::vector<std::string>& words) {
   const BenchSuite suite(words.at(0));
@@ -85,13 +94,16 @@ void Compare(Bench& bench, std::int64_t rows) {
   WriteKeys(folder.Path() / "keys", rows);
 
   const fs::path home = folder.Path() / "home";
-  const auto onACopy = [&](const auto& run) {
+  const auto measuredOnACopy = [&](const auto& run, const auto& check) {
     fs::copy(original, home, fs::copy_options::recursive);
     MakeSuiteConfiguration(home);
     const Measured measured = run();
-    CheckResult(DatabaseOf(home), rows);
+    check();
     fs::remove_all(home);
     return measured;
+  };
+  const auto onACopy = [&](const auto& run) {
+    return measuredOnACopy(run, [&] { CheckResult(DatabaseOf(home), rows); });
   };
   const Trial job{"job", Trial::Kind::Job, [&](const Build& build) {
                     return onACopy([&] { return build.Part({"job", home.string(), std::to_string(rows)}); });
@@ -104,18 +116,31 @@ void Compare(Bench& bench, std::int64_t rows) {
                      });
                    }};
   const std::string name = "dormant expiry, " + std::to_string(rows) + " rows";
+  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
+    return Trial{called, kind, [&, recorded](const Build& build) {
+                   return onACopy([&] { return RunByHost(build, home, "DormantUserExpiry", recorded); });
+                 }};
+  };
   if (bench.Wanted("journal")) {
-    const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
-      return Trial{called, kind, [&, recorded](const Build& build) {
-                     return onACopy([&] { return RunByHost(build, home, "DormantUserExpiry", recorded); });
-                   }};
-    };
     const Taken both = bench.Take(
         name + ", by the host",
         {byHost("recorded", Trial::Kind::Job, true), byHost("not recorded", Trial::Kind::Peer, false)},
         kRounds);
     bench.Ratio(name + ", with journal and progress to without", both.Whole("recorded"),
                 both.Whole("not recorded"), AtMost(kAllowedForTheJournal));
+  }
+  if (bench.Wanted("preview")) {
+    const Trial preview{"preview", Trial::Kind::Job, [&](const Build& build) {
+                          return measuredOnACopy(
+                              [&] { return PreviewByHost(build, home, "DormantUserExpiry"); },
+                              [&] { CheckUnchanged(DatabaseOf(home), rows); });
+                        }};
+    const Taken both =
+        bench.Take(name + ", by the host", {preview, byHost("run", Trial::Kind::Peer, true)}, kRounds);
+    bench.Ratio(name + ", preview to run", both.Whole("preview"), both.Whole("run"),
+                AtMost(kAllowedForAPreview));
+    bench.Limit(name + ", memory of a preview beyond the run's", "MiB",
+                Beyond(both.Peak("preview"), both.Peak("run")), AtMost(kAllowedMebibytesOfAPreview));
   }
   if (!bench.Wanted("job")) return;
   const Taken taken = bench.Take(name, {job, peer}, kRounds);

@@ -16,6 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double kAllowedForTheJournal = 1.05;
+constexpr double kAllowedForAPreview = 1.5;
+constexpr double kAllowedMebibytesOfAPreview = 128;  // beyond the run's
 constexpr double kAllowedRatio = 1.3;
 constexpr double kArchiverFactor = 3;
 constexpr int kRounds = 5;
@@ -34,6 +36,12 @@ void RequireExpired(const BenchDatabase& database, std::int64_t rows) {
   if (database.Number("SELECT COUNT(*) FROM PROSPECT") != kept ||
       database.Number("SELECT COUNT(*) FROM PROSPECT WHERE PROSPECTID % 10 < 3") != 0) {
     throw std::runtime_error("the wrong rows were deleted");
+  }
+}
+
+void RequireUnchanged(const BenchDatabase& database, std::int64_t rows) {
+  if (database.Number("SELECT COUNT(*) FROM PROSPECT") != rows) {
+    throw std::runtime_error("a preview deleted rows");
   }
 }
 
@@ -62,12 +70,16 @@ void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t 
   const fs::path keys = folder.Path() / "keys";
   const fs::path home = folder.Path() / "home";
   WriteKeys(keys, rows);
-  const auto onANewDatabase = [&](const auto& run) {
+  const auto measuredOnANewDatabase = [&](const auto& run, const auto& check) {
     const BenchDatabase database(server);
     FillProspects(database, server.Name(), rows);
     const Measured measured = run(database);
-    RequireExpired(database, rows);
+    check(database);
     return measured;
+  };
+  const auto onANewDatabase = [&](const auto& run) {
+    return measuredOnANewDatabase(run,
+                                  [&](const BenchDatabase& database) { RequireExpired(database, rows); });
   };
   const std::string name = "dormant expiry of " + std::to_string(rows) + " rows" +
                            (durable ? "" : " without waiting for the disk");
@@ -106,6 +118,14 @@ void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t 
   };
   trials.push_back(byHost("by the host, recorded", Trial::Kind::Job, true));
   trials.push_back(byHost("by the host, not recorded", Trial::Kind::Peer, false));
+  trials.push_back({"preview by the host", Trial::Kind::Job, [&](const Build& build) {
+                      return measuredOnANewDatabase(
+                          [&](const BenchDatabase& database) {
+                            MakeSuiteConfiguration(home, database.ConnectionString());
+                            return PreviewByHost(build, home, "DormantUserExpiry");
+                          },
+                          [&](const BenchDatabase& database) { RequireUnchanged(database, rows); });
+                    }});
   const Taken taken = bench.Take(server.Name(), trials, kRounds);
   const std::string full = server.Name() + ", " + name;
   const auto judged = [durable](Target target) { return durable ? std::optional(target) : std::nullopt; };
@@ -114,6 +134,11 @@ void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t 
               judged(AtMost(kAllowedRatio)));
   bench.Ratio(full + ", with journal and progress to without", taken.Whole("by the host, recorded"),
               taken.Whole("by the host, not recorded"), judged(AtMost(kAllowedForTheJournal)));
+  bench.Ratio(full + ", preview to run", taken.Whole("preview by the host"),
+              taken.Whole("by the host, recorded"), judged(AtMost(kAllowedForAPreview)));
+  bench.Limit(full + ", memory of a preview beyond the run's", "MiB",
+              Beyond(taken.Peak("preview by the host"), taken.Peak("by the host, recorded")),
+              AtMost(kAllowedMebibytesOfAPreview));
   bench.Ratio(full + ", pt-archiver --limit 1 to it", taken.Whole("pt-archiver --limit 1"), taken.Whole(name),
               AtLeast(kArchiverFactor));
   bench.Ratio(full + ", pt-archiver --limit 1000 to it", taken.Whole("pt-archiver --limit 1000"),

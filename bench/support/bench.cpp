@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <iterator>
 #include <random>
 #include <stdexcept>
@@ -47,6 +48,18 @@ Measured RunByHost(const Build& build, const std::filesystem::path& home, const 
   if (!recorded) words.insert(words.end(), {"--journal", "off"});
   words.insert(words.end(), {"--progress", recorded ? "always" : "never"});
   return build.Run("orvane-host", words);
+}
+
+Measured PreviewByHost(const Build& build, const std::filesystem::path& home, const std::string& job) {
+  return build.Run("orvane-host", {"preview", "--home", home.string(), job});
+}
+
+Samples Beyond(const Samples& samples, const Samples& others) {
+  Samples beyond;
+  std::transform(samples.begin(),
+                 samples.begin() + static_cast<std::ptrdiff_t>(std::min(samples.size(), others.size())),
+                 others.begin(), std::back_inserter(beyond), std::minus<>());
+  return beyond;
 }
 
 Samples Taken::Of(const std::string& trial, double Measured::*member) const {

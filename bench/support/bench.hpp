@@ -38,6 +38,9 @@ class Build {
 Measured RunByHost(const Build& build, const std::filesystem::path& home, const std::string& job,
                    bool recorded);
 
+// Previews it, for people to read.
+Measured PreviewByHost(const Build& build, const std::filesystem::path& home, const std::string& job);
+
 struct Trial {
   enum class Kind { Job, Peer };
   std::string name;
@@ -112,6 +115,9 @@ class Bench {
   Options options_;
   Report report_;
 };
+
+// What each sample is beyond the other of its round; empty where there are none.
+Samples Beyond(const Samples& samples, const Samples& others);
 
 using Parts = std::map<std::string, std::function<void(const std::vector<std::string>& words)>, std::less<>>;
 
