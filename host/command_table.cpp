@@ -90,7 +90,7 @@ constexpr Option kRunOptions[] = {
      [](const std::string& value, Arguments& into) {
        into.limit = effects::Limit::Parse(value);
        if (!into.limit) {
-         throw UsageError("--limit takes a number, or a share such as 5%, not \"" + value + "\"");
+         throw UsageError("--limit takes a number, or a share from 0% to 100%, not \"" + value + "\"");
        }
      }},
     {"metrics", "FILE", "write what came of the run for a monitoring system, in the format of Prometheus",

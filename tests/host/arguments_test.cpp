@@ -48,6 +48,103 @@ TEST(ArgumentsTest, RunAsksTheServicesUnlessItIsTold) {
   EXPECT_FALSE(ParseArguments({"run", "--home", "/h", "--no-preflight", "Archive"}, nullptr).preflight);
 }
 
+TEST(ArgumentsTest, RunTakesWhatIsKeptAndToldOfIt) {
+  using orvane_host::JournalLevel;
+  using orvane_host::ShowProgress;
+  const auto run = [](const std::vector<std::string>& more) {
+    std::vector<std::string> words{"run", "--home", "/h", "Archive"};
+    words.insert(words.end(), more.begin(), more.end());
+    return ParseArguments(words, nullptr);
+  };
+  EXPECT_EQ(run({}).journal, std::nullopt) << "as the job's journals usually are";
+  EXPECT_EQ(run({"--journal", "keys"}).journal, JournalLevel::Keys);
+  EXPECT_EQ(run({"--journal=rows"}).journal, JournalLevel::Rows);
+  EXPECT_EQ(run({"--journal", "off"}).journal, JournalLevel::Off);
+  EXPECT_EQ(run({}).progress, ShowProgress::Auto);
+  EXPECT_EQ(run({"--progress", "auto"}).progress, ShowProgress::Auto);
+  EXPECT_EQ(run({"--progress=always"}).progress, ShowProgress::Always);
+  EXPECT_EQ(run({"--progress", "never"}).progress, ShowProgress::Never);
+  EXPECT_FALSE(run({}).limit);
+  EXPECT_EQ(run({"--limit", "500"}).limit->count, 500U);
+  EXPECT_EQ(run({"--limit=2.5%"}).limit->percent, 2.5);
+}
+
+TEST(ArgumentsTest, PreviewTakesAMomentAndAForm) {
+  const Arguments arguments = ParseArguments(
+      {"preview", "--home", "/h", "--at", "2026-02-28 23:59:59", "--json", "Archive", "CleanUp"}, nullptr);
+  EXPECT_EQ(arguments.command->name, "preview");
+  EXPECT_EQ(arguments.at, automation::DateTime::FromParts(
+                              {.year = 2026, .month = 2, .day = 28, .hour = 23, .minute = 59, .second = 59}));
+  EXPECT_TRUE(arguments.json);
+  EXPECT_EQ(arguments.jobs, (std::vector<std::string>{"Archive", "CleanUp"}));
+  const Arguments plain = ParseArguments({"preview", "--home", "/h", "Archive"}, nullptr);
+  EXPECT_FALSE(plain.at);
+  EXPECT_FALSE(plain.json);
+  EXPECT_EQ(Refusal({"preview", "--home", "/h"}),
+            "preview needs the name of at least one job; \"orvane-host list\" shows them");
+}
+
+// Each option that takes a value: what it says of one that it does not take, which must name all three.
+struct BadValue {
+  const char* command;
+  const char* option;
+  const char* value;
+  const char* allowed;
+};
+
+class BadValueTest : public testing::TestWithParam<BadValue> {};
+
+TEST_P(BadValueTest, NamesTheOptionTheValueAndWhatIsAllowed) {
+  const BadValue& bad = GetParam();
+  const std::string option = std::string("--") + bad.option;
+  const std::string expected = option + " takes " + bad.allowed + ", not \"" + bad.value + "\"";
+  EXPECT_EQ(Refusal({bad.command, "--home", "/h", option, bad.value, "Archive"}), expected);
+  EXPECT_EQ(Refusal({bad.command, "--home", "/h", option + "=" + bad.value, "Archive"}), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Options, BadValueTest,
+    testing::Values(
+        BadValue{"run", "wait", "", "a number of seconds"},
+        BadValue{"run", "wait", "soon", "a number of seconds"},
+        BadValue{"run", "wait", "-1", "a number of seconds"},
+        BadValue{"run", "wait", "1.5", "a number of seconds"},
+        BadValue{"run", "wait", "4294967296", "a number of seconds"},
+        BadValue{"run", "limit", "", "a number, or a share from 0% to 100%"},
+        BadValue{"run", "limit", "many", "a number, or a share from 0% to 100%"},
+        BadValue{"run", "limit", "-5", "a number, or a share from 0% to 100%"},
+        BadValue{"run", "limit", "101%", "a number, or a share from 0% to 100%"},
+        BadValue{"run", "limit", "5 %", "a number, or a share from 0% to 100%"},
+        BadValue{"run", "journal", "", "one of keys, rows, off"},
+        BadValue{"run", "journal", "all", "one of keys, rows, off"},
+        BadValue{"run", "journal", "Rows", "one of keys, rows, off"},
+        BadValue{"run", "progress", "", "one of auto, always, never"},
+        BadValue{"run", "progress", "yes", "one of auto, always, never"},
+        BadValue{"preview", "at", "", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "tonight", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "2026-11-22", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "2026-02-29 02:00:00", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "2026-11-22 24:00:00", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "0000-11-22 02:00:00", "a moment such as \"2026-11-22 02:00:00\""},
+        BadValue{"preview", "at", "2026-11-22 02:00:00Z", "a moment such as \"2026-11-22 02:00:00\""}));
+
+TEST(ArgumentsTest, OptionsBelongToTheirCommands) {
+  for (const char* option :
+       {"--limit", "--journal", "--progress", "--wait", "--no-wait", "--no-preflight", "--strict"}) {
+    EXPECT_EQ(Refusal({"preview", "--home", "/h", "Archive", option}),
+              std::string("unknown option ") + option + " of preview");
+  }
+  for (const char* option : {"--at", "--json"}) {
+    EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", option}),
+              std::string("unknown option ") + option + " of run");
+  }
+  for (const char* option : {"--limit", "--journal", "--progress", "--wait"}) {
+    EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", option}), std::string(option) + " needs a value");
+  }
+  EXPECT_EQ(Refusal({"preview", "--home", "/h", "Archive", "--at"}), "--at needs a value");
+  EXPECT_EQ(Refusal({"run", "--home", "/h", "Archive", "--no-preflight=1"}), "--no-preflight takes no value");
+}
+
 TEST(ArgumentsTest, StatusTakesAnAgeInHours) {
   const Arguments arguments =
       ParseArguments({"status", "--home", "/h", "--max-age", "26", "--json", "Archive"}, nullptr);
