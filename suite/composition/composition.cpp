@@ -54,8 +54,7 @@ std::shared_ptr<base::FileLayer> LayerOf(const World* world) {
 }
 
 void RegisterFilesMailsAndLog(ClassTable& classes, const SuiteHome& home, const Vantrel::SiteFile& site,
-                              const Wiring& wiring, const PendingFilesPtr& pending) {
-  const World* const world = wiring.world;
+                              const World* world, const PendingFilesPtr& pending) {
   const auto created = std::make_shared<base::CreatedFiles>();
   Scripting::local::RegisterClasses(classes, Drives(site), created, LayerOf(world), pending);
   CDO::Settings mail = MailSettings(site, home);

@@ -49,8 +49,8 @@ TEST(ArgumentsTest, RunAsksTheServicesUnlessItIsTold) {
 }
 
 TEST(ArgumentsTest, RunTakesWhatIsKeptAndToldOfIt) {
-  using orvane_host::JournalLevel;
-  using orvane_host::ShowProgress;
+  using orvane::JournalLevel;
+  using orvane::host::ShowProgress;
   const auto run = [](const std::vector<std::string>& more) {
     std::vector<std::string> words{"run", "--home", "/h", "Archive"};
     words.insert(words.end(), more.begin(), more.end());

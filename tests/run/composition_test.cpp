@@ -7,10 +7,10 @@
 
 #include "components/interfaces/file_handling.hpp"
 #include "host/init/suite_files.hpp"
-#include "host/preview_world.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/msxml2/dom_document.hpp"
 #include "platform/scripting/file_system_object.hpp"
+#include "run/preview_world.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -83,14 +83,15 @@ TEST(CompositionTest, ADriveOfTheSiteReachesFilesAndDocuments) {
 
 TEST(CompositionTest, SharedFilesAreAsOldAsTheMomentOfAPreviewMakesThem) {
   orvane_test::TemporaryFolder folder;
-  const orvane_host::SuiteHome home(folder.Path() / "home");
-  orvane_host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x", "Provider=SQLite;Data Source=db\\y");
+  const orvane::SuiteHome home(folder.Path() / "home");
+  orvane::host::MakeSuiteFiles(home, "Provider=SQLite;Data Source=db\\x",
+                               "Provider=SQLite;Data Source=db\\y");
   folder.Write("farm/CHAT/transcript.txt", "said");
-  const orvane_host::PreviewWorld world(home, [](const std::string& why, int) { ADD_FAILURE() << why; });
+  const orvane::PreviewWorld world(home, [](const std::string& why, int) { ADD_FAILURE() << why; });
   const auto deleted = [&](std::optional<automation::DateTime> at) {
     automation::Runtime runtime;
-    orvane_host::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()),
-                               {.world = &world, .at = at});
+    orvane::RegisterSuite(runtime, home, Vantrel::SiteFile::Read(home.SiteConfiguration()),
+                          {.world = &world.Parts(), .at = at});
     const automation::RuntimeScope scope(runtime);
     return automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId)
         ->DeleteAgedFiles((folder.Path() / "farm").string(), 60, OrvCommonMTS::FolderKind::Chat);
