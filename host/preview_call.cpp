@@ -16,8 +16,13 @@ int LookAtRun(const Arguments& arguments, const Console& console,
   const EndsWhenAsked endsWhenAsked;
   RunOptions options{.home = arguments.home, .caller = "orvane-host"};
   options.tell = [&console, thread = std::this_thread::get_id()](Telling kind, std::string_view text) {
-    // On another thread the time is over, and this one may be waiting for whoever reads the output.
-    if (std::this_thread::get_id() == thread) console.out.flush();
+    if (std::this_thread::get_id() == thread) {
+      console.out.flush();
+    } else {
+      // The time is over, and the first thread may be waiting for whoever reads the output: it stays as it
+      // is.
+      console.err.tie(nullptr);
+    }
     Print(console, kind, text);
   };
   return orvane::LookAtRun(*jobs, options, look);
