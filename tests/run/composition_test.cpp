@@ -78,6 +78,9 @@ TEST(CompositionTest, ADriveOfTheSiteReachesFilesAndDocuments) {
   ASSERT_TRUE(document->load("Q:\\archive.xml")) << document->parseErrorReason();
   EXPECT_EQ(document->documentElement()->text(), "here");
   document->save("q:\\copy.xml");
+  // A document that was saved appears when somebody looks, or a row is changed.
+  EXPECT_TRUE(automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject")
+                  ->FileExists("Q:\\copy.xml"));
   EXPECT_TRUE(std::filesystem::exists(folder.Path() / "share" / "copy.xml"));
 }
 
