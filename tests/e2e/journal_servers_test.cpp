@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <map>
@@ -108,14 +109,6 @@ class ServerJournalTest : public testing::TestWithParam<std::string> {
     return gone;
   }
 
-  // Whether the run that is going on has begun a transaction behind so many commits, and deleted rows in it.
-  bool IsWithinTransaction(int commits) const {
-    const std::string text = suite_.Journals();
-    std::size_t at = 0;
-    for (; commits > 0 && at != std::string::npos; --commits) at = text.find("\"op\":\"commit\"", at + 1);
-    return at != std::string::npos && text.find("\"op\":\"rows.delete\"", at) != std::string::npos;
-  }
-
   fs::path Journal(const std::string& job) const {
     fs::path last;
     for (const auto& journal : effects::JournalsIn(suite_.Home() / "journal")) {
@@ -183,16 +176,13 @@ TEST_P(ServerJournalTest, MarksWhatWasUndone) {
 
 // Killed while it waits for a row that another session has locked.
 TEST_P(ServerJournalTest, SaysOfAKilledRunWhatBecamePermanent) {
-  // Whose rows go in the middle of the run?
+  // The rows of a customer that comes late in a preview; in which order a server gives customers is its own
+  // affair.
   int held = 0;
-  int commits = 0;
-  const Outcome previewed = suite_.Preview({"Archive"});
-  std::istringstream stream(previewed.out);
-  for (std::string text; held == 0 && std::getline(stream, text);) {
+  std::istringstream stream(suite_.Preview({"Archive"}).out);
+  for (std::string text; std::getline(stream, text);) {
     const Json line = Json::parse(text);
-    if (line["op"] == "commit") ++commits;
-    if (commits == 3 && line["op"] == "rows.delete" && line["table"] == "QUESTIONHISTORY")
-      held = line["keys"][0]["Q_ID"];
+    if (line["op"] == "rows.delete" && line["table"] == "QUESTIONHISTORY") held = line["keys"][0]["Q_ID"];
   }
   ASSERT_NE(held, 0);
   const Keys before = Rows();
@@ -202,7 +192,10 @@ TEST_P(ServerJournalTest, SaysOfAKilledRunWhatBecamePermanent) {
   const auto observer = suite_.Server().Orvane().Connect();
   {
     RunningHost run(suite_.Words("run", {"Archive"}), suite_.Environment());
-    while (!IsWithinTransaction(3)) std::this_thread::yield();
+    // MariaDB shows anew who waits when nobody has asked for a tenth of a second.
+    while (WaitingSessions(*observer, GetParam()) == 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    }
     run.Signal(SIGKILL);
     run.Wait();
   }
@@ -212,7 +205,6 @@ TEST_P(ServerJournalTest, SaysOfAKilledRunWhatBecamePermanent) {
   const Told told(Journal("Archive"));
   EXPECT_NE(told.lines.back()["op"], "run.end");
   EXPECT_TRUE(told.isOpen);
-  EXPECT_EQ(told.commits, 3);
   EXPECT_EQ(told.deleted, Gone(before, Rows()));
 }
 

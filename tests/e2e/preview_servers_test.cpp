@@ -35,12 +35,17 @@ class ServerPreviewTest : public testing::TestWithParam<std::string> {
     suite_.Sql("UPDATE PROSPECT SET LASTVISITEDTIME = '2001-01-01 00:00:00', PENDINGQUESTIONS = 0");
   }
 
+  static std::vector<std::string> ThreeTimesAllJobs() {
+    std::vector<std::string> words = {"--json"};
+    for (int again = 0; again < 3; ++again) words.insert(words.end(), AllJobs().begin(), AllJobs().end());
+    return words;
+  }
+
   // A preview that has changed rows and cannot come to its end, since nobody reads what it prints.
   std::unique_ptr<RunningHost> PreviewInTheMiddle() const {
     const auto session = suite_.Server().Orvane().Connect();
-    std::vector<std::string> jobs = {"--json"};
-    for (int again = 0; again < 3; ++again) jobs.insert(jobs.end(), AllJobs().begin(), AllJobs().end());
-    auto preview = std::make_unique<RunningHost>(suite_.Words("preview", jobs), suite_.Environment());
+    auto preview =
+        std::make_unique<RunningHost>(suite_.Words("preview", ThreeTimesAllJobs()), suite_.Environment());
     while (!HoldsRows(*session)) std::this_thread::yield();
     return preview;
   }
@@ -78,9 +83,10 @@ TEST_P(ServerPreviewTest, EndsWhenItsServerGoesAwayInTheMiddle) {
 TEST_P(ServerPreviewTest, HoldsRowsNoLongerThanItMay) {
   suite_.SetHostKey("PreviewSeconds", "3");
   const auto before = suite_.State();
-  const auto preview = PreviewInTheMiddle();
-  preview->AwaitEnd();
-  const Outcome outcome = preview->Wait();
+  // Nobody reads what it prints, so that it cannot come to its end.
+  RunningHost preview(suite_.Words("preview", ThreeTimesAllJobs()), suite_.Environment());
+  preview.AwaitEnd();
+  const Outcome outcome = preview.Wait();
   EXPECT_EQ(outcome.exitCode, 75) << outcome.err;
   EXPECT_THAT(outcome.err,
               HasSubstr("nothing was changed: it has held rows of the suite's database for 3 s"));

@@ -37,4 +37,13 @@ int OtherSessions(ADODB::engine::Session& own, const std::string& server) {
                            " WHERE DB = database() AND ID <> CONNECTION_ID()");
 }
 
+int WaitingSessions(ADODB::engine::Session& own, const std::string& server) {
+  return Number(own, server == "postgresql"
+                         ? "SELECT CAST(count(*) AS integer) FROM pg_stat_activity"
+                           " WHERE datname = current_database() AND wait_event_type = 'Lock'"
+                         : "SELECT CAST(count(*) AS integer) FROM information_schema.INNODB_TRX t"
+                           " JOIN information_schema.PROCESSLIST p ON p.ID = t.trx_mysql_thread_id"
+                           " WHERE p.DB = database() AND t.trx_state = 'LOCK WAIT'");
+}
+
 }  // namespace orvane_test

@@ -10,7 +10,8 @@ namespace orvane_test {
 // Ends them, as an administrator does.
 void EndOtherSessions(const ServerDatabase& database, const std::string& server);
 
-// How many there are.
+// How many there are; and how many of them wait for a lock.
 int OtherSessions(ADODB::engine::Session& own, const std::string& server);
+int WaitingSessions(ADODB::engine::Session& own, const std::string& server);
 
 }  // namespace orvane_test
