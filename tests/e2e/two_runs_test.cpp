@@ -77,7 +77,8 @@ class DemoSuite {
             {"archived", Occurrences("<SR ", "_SR.xml")},
             {"archived transactions", Occurrences("<Transaction>", "_trans.xml")},
             {"mails", Files(home_ / "mail/pickup")},
-            {"pages", Files(home_ / "Data/HTML")},
+            // Named after the second, so that their number depends on how fast the run was.
+            {"any page", Files(home_ / "Data/HTML") > 0 ? 1 : 0},
             {"chat files", Files(home_ / "Data/CHAT")}};
   }
 
