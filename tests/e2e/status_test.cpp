@@ -117,5 +117,30 @@ TEST_F(StatusTest, ARunIsOverWithItsStopLine) {
   EXPECT_THAT(Status({"--json", kJob}).out, Not(HasSubstr("\"running\"")));
 }
 
+TEST_F(StatusTest, AReportTellsWhatRunsDidAndWhichJournalCannotBeRead) {
+  const std::string home = suite_.Home().string();
+  const Outcome before = RunHost({"report", "--home", home});
+  EXPECT_EQ(before.exitCode, 0) << before.err;
+  ASSERT_EQ(RunHost({"run", "--home", home, kJob}).exitCode, 70) << "the suite has no parameters";
+  const std::filesystem::path journals = suite_.Home() / "journal";
+  std::ofstream(journals / "20260101T000000Z-1-Archive.jsonl") << "{\"torn";
+
+  const Outcome text = RunHost({"report", "--home", home});
+  EXPECT_EQ(text.exitCode, 0) << text.err;
+  EXPECT_THAT(text.out, HasSubstr("DormantUserExpiry"));
+  const Outcome json = RunHost({"report", "--home", home, "--json"});
+  EXPECT_EQ(json.exitCode, 0) << json.err;
+  EXPECT_THAT(json.out, testing::StartsWith("{"));
+  EXPECT_THAT(json.out, HasSubstr("\"ending\":\"exit 70\""));
+  EXPECT_THAT(json.out, HasSubstr("\"ending\":\"unreadable\",\"problem\":\"" + journals.string() +
+                                  "/20260101T000000Z-1-Archive.jsonl: it has no whole line\""));
+  const std::filesystem::path page = suite_.Home() / "report.html";
+  EXPECT_EQ(RunHost({"report", "--home", home, "--html", page.string()}).exitCode, 0);
+  const std::string html = TemporaryFolder::Read(page);
+  EXPECT_THAT(html, testing::StartsWith("<!DOCTYPE html>"));
+  EXPECT_THAT(html, HasSubstr("20260101T000000Z-1-Archive"));
+  EXPECT_THAT(html, Not(HasSubstr("<script")));
+}
+
 }  // namespace
 }  // namespace orvane_test
