@@ -14,6 +14,7 @@
 
 #include "platform/adodb/engines/sqlite/embedded/private_copy.hpp"
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
+#include "tests/adodb/preview_steps.hpp"
 #include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -42,13 +43,6 @@ class PreviewCopyTest : public testing::TestWithParam<bool> {
     return provider_->Connect(ConnectionString::Parse("Data Source=suite.sqlite"));
   }
 
-  static std::vector<std::string> Names(Session& session) {
-    std::vector<std::string> names;
-    const auto rows = session.Query("SELECT NAME FROM T ORDER BY ID", {});
-    while (rows->Next()) names.push_back(automation::ToText(rows->Value(0)));
-    return names;
-  }
-
   std::map<std::string, std::string> FilesBeside() const {
     std::map<std::string, std::string> files;
     for (const auto& entry : fs::directory_iterator(folder_.Path())) {
@@ -74,8 +68,8 @@ TEST_P(PreviewCopyTest, EveryConnectionSeesWhatOneHasChangedAndTheFileStaysAsItI
     const auto other = Connect();
     one->Execute("DELETE FROM T WHERE ID = 1", {});
     other->Execute("INSERT INTO T VALUES(3,'three')", {});
-    EXPECT_THAT(Names(*one), ElementsAre("two", "three"));
-    EXPECT_THAT(Names(*Connect()), ElementsAre("two", "three"));
+    EXPECT_THAT(NamesOf(*one), ElementsAre("two", "three"));
+    EXPECT_THAT(NamesOf(*Connect()), ElementsAre("two", "three"));
     EXPECT_THAT(database_->Rows("SELECT NAME FROM T ORDER BY ID"), ElementsAre("one", "two"));
   }
   provider_.reset();
@@ -101,7 +95,7 @@ TEST_P(PreviewCopyTest, LeavesTheLogOfAKilledProgramAsItIs) {
   auto provider = ADODB::engine::MakePreviewProvider(
       ADODB::sqlite::MakeCopyProvider(killed.Path(), own_.Path()), {.failed = nullptr, .isCopy = true});
   auto session = provider->Connect(ConnectionString::Parse("Data Source=suite.sqlite"));
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
+  EXPECT_THAT(NamesOf(*session), ElementsAre("one", "two"));
   session->Execute("DELETE FROM T", {});
   session.reset();
   provider.reset();
@@ -118,33 +112,19 @@ TEST_P(PreviewCopyTest, OthersReadAndWriteMeanwhile) {
   const auto session = Connect();
   session->Execute("DELETE FROM T WHERE ID = 1", {});
   database_->Run("INSERT INTO T VALUES(9,'nine')");
-  EXPECT_THAT(Names(*session), ElementsAre("two"));
+  EXPECT_THAT(NamesOf(*session), ElementsAre("two"));
   EXPECT_THAT(database_->Rows("SELECT NAME FROM T ORDER BY ID"), ElementsAre("one", "two", "nine"));
 }
 
 TEST_P(PreviewCopyTest, RollsBackWhatAConnectionRollsBackOrLeavesOpen) {
-  const auto session = Connect();
-  session->Begin();
-  session->Execute("DELETE FROM T WHERE ID = 1", {});
-  session->Rollback();
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
-  {
-    const auto other = Connect();
-    other->Begin();
-    other->Execute("DELETE FROM T", {});
-    EXPECT_TRUE(other->Reset());
-  }
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
-  session->Begin();
-  session->Execute("DELETE FROM T WHERE ID = 2", {});
-  session->Commit();
-  EXPECT_THAT(Names(*Connect()), ElementsAre("one"));
+  RollBackSomeAndDeleteTheSecond([this] { return Connect(); });
+  EXPECT_THAT(NamesOf(*Connect()), ElementsAre("one"));
 }
 
 TEST_P(PreviewCopyTest, AFailedStatementFailsAsItWould) {
   const auto session = Connect();
   EXPECT_THROW(session->Execute("INSERT INTO T VALUES(1,'again')", {}), automation::Error);
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
+  EXPECT_THAT(NamesOf(*session), ElementsAre("one", "two"));
   EXPECT_THAT(failures_, IsEmpty());
 }
 

@@ -19,7 +19,7 @@
 #include "effects/journal_reader.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/e2e/previewed_suite.hpp"
-#include "tests/e2e/server_sessions.hpp"
+#include "tests/servers/server_sessions.hpp"
 
 namespace orvane_test {
 namespace {

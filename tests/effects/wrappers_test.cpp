@@ -256,17 +256,17 @@ TEST_F(WrappersTest, WhatIsDoneInTheSharedFoldersIsTold) {
   using OrvCommonMTS::FolderKind;
   EXPECT_TRUE(files->FileExists("x", {}));
   files->SetInUse("BP7_a.xml", -1);
-  files->FetchFile("ftp://u:p@farm/x", "BP7_a.xml", "C:\\a\\BP7_a.xml", FolderKind::Archives, 10);
+  files->FetchFile("ftp://u:p@shared/x", "BP7_a.xml", "C:\\a\\BP7_a.xml", FolderKind::Archives, 10);
   files->StoreFile("C:\\a\\BP7_a.xml", FolderKind::Archives);
-  EXPECT_EQ(files->DeleteAgedFiles("ftp://us@er:p@farm/x", 60, FolderKind::Chat), automation::Variant(3));
-  EXPECT_EQ(files->DeleteListedItems("ftp://u:p@farm/x", automation::VariantArray{"1Q", "", "2Q"},
+  EXPECT_EQ(files->DeleteAgedFiles("ftp://us@er:p@shared/x", 60, FolderKind::Chat), automation::Variant(3));
+  EXPECT_EQ(files->DeleteListedItems("ftp://u:p@shared/x", automation::VariantArray{"1Q", "", "2Q"},
                                      FolderKind::QuestionFolders),
             automation::Variant(2));
   EXPECT_THAT(heard_.all,
               ElementsAre(R"j({"op":"shared.mark","name":"BP7_a.xml","folder":""})j",
                           R"j({"op":"shared.fetch","path":"C:/a/BP7_a.xml","folder":"Archives"})j",
                           R"j({"op":"shared.store","path":"C:/a/BP7_a.xml","folder":"Archives"})j",
-                          R"j({"op":"shared.delete","path":"ftp://farm/x","folder":"CHAT"})j",
+                          R"j({"op":"shared.delete","path":"ftp://shared/x","folder":"CHAT"})j",
                           R"j({"op":"shared.delete","name":"1Q","folder":"SRATTACHMENTS"})j",
                           R"j({"op":"shared.delete","name":"2Q","folder":"SRATTACHMENTS"})j"));
 }

@@ -9,7 +9,9 @@
 
 #include "platform/adodb/odbc/provider.hpp"
 #include "platform/adodb/session/preview_provider.hpp"
+#include "tests/adodb/preview_steps.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/servers/server_sessions.hpp"
 
 namespace orvane_test {
 namespace {
@@ -38,32 +40,7 @@ class PreviewSessionTest : public testing::TestWithParam<std::string> {
     return provider_->Connect(ConnectionString::Parse(database_.ConnectionString()));
   }
 
-  static std::vector<std::string> Names(Session& session) {
-    std::vector<std::string> names;
-    const auto rows = session.Query("SELECT NAME FROM T ORDER BY ID", {});
-    while (rows->Next()) names.push_back(automation::ToText(rows->Value(0)));
-    return names;
-  }
-  std::vector<std::string> NamesForOthers() const { return Names(*database_.Connect()); }
-
-  void EndSessions() const {
-    const auto session = database_.Connect();
-    if (GetParam() == "postgresql") {
-      session->Query(
-          "SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity WHERE datname = current_database()"
-          " AND pid <> pg_backend_pid()",
-          {});
-      return;
-    }
-    std::vector<std::string> others;
-    {
-      const auto rows = session->Query(
-          "SELECT ID FROM information_schema.PROCESSLIST WHERE DB = database() AND ID <> CONNECTION_ID()",
-          {});
-      while (rows->Next()) others.push_back(automation::ToText(rows->Value(0)));
-    }
-    for (const std::string& id : others) session->Execute("KILL " + id, {});
-  }
+  std::vector<std::string> NamesForOthers() const { return NamesOf(*database_.Connect()); }
 
   ServerDatabase database_{GetParam()};
   std::vector<PreviewFailure> failures_;
@@ -76,7 +53,7 @@ TEST_P(PreviewSessionTest, EveryConnectionSeesWhatOneHasChangedAndNothingIsLeftO
     const auto other = Connect();
     one->Execute("DELETE FROM T WHERE ID = 1", {});
     other->Execute("INSERT INTO T VALUES(3,'three')", {});
-    EXPECT_THAT(Names(*one), ElementsAre("two", "three"));
+    EXPECT_THAT(NamesOf(*one), ElementsAre("two", "three"));
     EXPECT_THAT(NamesForOthers(), ElementsAre("one", "two"));
   }
   provider_.reset();
@@ -85,22 +62,8 @@ TEST_P(PreviewSessionTest, EveryConnectionSeesWhatOneHasChangedAndNothingIsLeftO
 }
 
 TEST_P(PreviewSessionTest, RollsBackWhatAConnectionRollsBackOrLeavesOpen) {
-  const auto session = Connect();
-  session->Begin();
-  session->Execute("DELETE FROM T WHERE ID = 1", {});
-  session->Rollback();
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
-  {
-    const auto other = Connect();
-    other->Begin();
-    other->Execute("DELETE FROM T", {});
-    EXPECT_TRUE(other->Reset());
-  }
-  EXPECT_THAT(Names(*session), ElementsAre("one", "two"));
-  session->Begin();
-  session->Execute("DELETE FROM T WHERE ID = 2", {});
-  session->Commit();
-  EXPECT_THAT(Names(*Connect()), ElementsAre("one"));
+  RollBackSomeAndDeleteTheSecond([this] { return Connect(); });
+  EXPECT_THAT(NamesOf(*Connect()), ElementsAre("one"));
   EXPECT_THAT(NamesForOthers(), ElementsAre("one", "two"));
 }
 
@@ -113,7 +76,7 @@ TEST_P(PreviewSessionTest, AFailedStatementLeavesTheOthersAsTheyAre) {
   session->Execute("INSERT INTO T VALUES(4,'four')", {});
   EXPECT_THROW(session->Execute("INSERT INTO T VALUES(1,'again')", {}), automation::Error);
   session->Commit();
-  EXPECT_THAT(Names(*session), ElementsAre("one", "four"));
+  EXPECT_THAT(NamesOf(*session), ElementsAre("one", "four"));
   EXPECT_THAT(failures_, IsEmpty());
   provider_.reset();
   EXPECT_THAT(NamesForOthers(), ElementsAre("one", "two"));
@@ -122,7 +85,7 @@ TEST_P(PreviewSessionTest, AFailedStatementLeavesTheOthersAsTheyAre) {
 TEST_P(PreviewSessionTest, EndsWhenItsSessionIsLost) {
   const auto session = Connect();
   session->Execute("DELETE FROM T WHERE ID = 1", {});
-  EndSessions();
+  EndOtherSessions(database_, GetParam());
   EXPECT_THROW(session->Execute("DELETE FROM T WHERE ID = 2", {}), automation::Error);
   ASSERT_EQ(failures_.size(), 1U);
   EXPECT_EQ(failures_.front().kind, PreviewFailure::Kind::Unreachable);

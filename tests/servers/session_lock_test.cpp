@@ -14,6 +14,7 @@
 #include "platform/adodb/odbc/provider.hpp"
 #include "run/lock/database_lock.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/servers/server_sessions.hpp"
 #include "tests/servers/tcp_proxy.hpp"
 
 namespace {
@@ -30,25 +31,6 @@ class SessionLockTest : public testing::TestWithParam<std::string> {
   }
   std::unique_ptr<SessionLock> Open() const { return Open(database_.ConnectionString()); }
 
-  // Ends every session with the database but the one that says so.
-  void EndSessions() {
-    const auto session = database_.Connect();
-    if (GetParam() == "postgresql") {
-      session->Query(
-          "SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity WHERE datname = current_database()"
-          " AND pid <> pg_backend_pid()",
-          {});
-      return;
-    }
-    std::vector<std::string> ids;
-    {
-      const auto rows = session->Query(
-          "SELECT id FROM information_schema.processlist WHERE db = database() AND id <> connection_id()",
-          {});
-      while (rows->Next()) ids.push_back(automation::ToText(rows->Value(0)));
-    }
-    for (const std::string& id : ids) session->Execute("KILL " + id, {});
-  }
   // The server ends a session some time after it was told to.
   static void TakeOnceFree(SessionLock& lock) {
     while (!lock.TryTake()) {
@@ -105,7 +87,7 @@ TEST_P(SessionLockTest, TheJobsAccountNeedsNoRightsForIt) {
 TEST_P(SessionLockTest, ASessionThatTheServerEndsHasItNoMore) {
   const auto first = Open();
   ASSERT_TRUE(first->TryTake());
-  EndSessions();
+  orvane_test::EndOtherSessions(database_, GetParam());
   EXPECT_FALSE(first->IsHeld());
 }
 
@@ -113,7 +95,7 @@ TEST_P(SessionLockTest, ALockThatWentWithItsSessionIsTakenAgain) {
   DatabaseLock lock([this] { return Open(); }, std::chrono::hours(1));
   ASSERT_TRUE(lock.TryTake());
   EXPECT_TRUE(lock.IsHeld());
-  EndSessions();
+  orvane_test::EndOtherSessions(database_, GetParam());
   EXPECT_TRUE(lock.IsHeld());
   EXPECT_FALSE(Open()->TryTake());
 }
@@ -121,7 +103,7 @@ TEST_P(SessionLockTest, ALockThatWentWithItsSessionIsTakenAgain) {
 TEST_P(SessionLockTest, ALockThatSomebodyElseHasTakenMeanwhileIsLostForGood) {
   DatabaseLock lock([this] { return Open(); }, std::chrono::hours(1));
   ASSERT_TRUE(lock.TryTake());
-  EndSessions();
+  orvane_test::EndOtherSessions(database_, GetParam());
   auto other = Open();
   TakeOnceFree(*other);
   EXPECT_FALSE(lock.IsHeld());
@@ -142,7 +124,7 @@ TEST_P(SessionLockTest, TheWatcherNoticesWithoutBeingAsked) {
       },
       std::chrono::milliseconds(20));
   ASSERT_TRUE(lock.TryTake());
-  EndSessions();
+  orvane_test::EndOtherSessions(database_, GetParam());
   std::unique_lock waiting(mutex);
   EXPECT_TRUE(again.wait_for(waiting, std::chrono::minutes(1), [&] { return opened == 2; }));
 }

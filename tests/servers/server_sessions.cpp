@@ -1,4 +1,4 @@
-#include "tests/e2e/server_sessions.hpp"
+#include "tests/servers/server_sessions.hpp"
 
 #include <vector>
 
