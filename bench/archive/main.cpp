@@ -210,9 +210,9 @@ void MeasureGrowth(Bench& bench, std::int64_t largest) {
 }
 
 // A trial on the embedded engine, by the host.
-Trial OnSqlite(const char* called, Trial::Kind kind, HistorySize size,
+Trial OnSqlite(const char* called, HistorySize size,
                std::function<Measured(const Build&, const fs::path& home)> run) {
-  return {called, kind, [size, run = std::move(run)](const Build& build) {
+  return {called, Trial::Kind::Peer, [size, run = std::move(run)](const Build& build) {
             const WorkFolder folder;
             const fs::path home = folder.Path() / "suite" / "home";
             MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
@@ -221,8 +221,8 @@ Trial OnSqlite(const char* called, Trial::Kind kind, HistorySize size,
           }};
 }
 
-Trial RunOnSqlite(const char* called, Trial::Kind kind, HistorySize size, bool recorded) {
-  return OnSqlite(called, kind, size, [recorded](const Build& build, const fs::path& home) {
+Trial RunOnSqlite(const char* called, HistorySize size, bool recorded) {
+  return OnSqlite(called, size, [recorded](const Build& build, const fs::path& home) {
     return RunByHost(build, home, "Archive", recorded);
   });
 }
@@ -234,26 +234,23 @@ std::string OnSqliteName(HistorySize size) {
 // What it costs that every row is written down before it goes.
 void MeasureJournal(Bench& bench, HistorySize size) {
   const std::string name = OnSqliteName(size);
-  const Taken taken = bench.Take(name + ", by the host",
-                                 {RunOnSqlite("recorded", Trial::Kind::Job, size, true),
-                                  RunOnSqlite("not recorded", Trial::Kind::Peer, size, false)},
-                                 kRounds);
+  const Taken taken =
+      bench.Take(name + ", by the host",
+                 {RunOnSqlite("recorded", size, true), RunOnSqlite("not recorded", size, false)}, kRounds);
   bench.Ratio(name + ", with journal and progress to without", taken.Whole("recorded"),
               taken.Whole("not recorded"), AtMost(kAllowedForTheJournal));
 }
 
 void MeasurePreview(Bench& bench, HistorySize size) {
   const std::string name = OnSqliteName(size);
-  const Trial preview =
-      OnSqlite("preview", Trial::Kind::Job, size, [](const Build& build, const fs::path& home) {
-        const Measured measured = PreviewByHost(build, home, "Archive");
-        const fs::path archives = home / "Data" / "Archives";
-        if (fs::exists(archives) && !fs::is_empty(archives))
-          throw std::runtime_error("a preview wrote archive files");
-        return measured;
-      });
-  const Taken taken = bench.Take(name + ", by the host",
-                                 {preview, RunOnSqlite("run", Trial::Kind::Peer, size, true)}, kRounds);
+  const Trial preview = OnSqlite("preview", size, [](const Build& build, const fs::path& home) {
+    const Measured measured = PreviewByHost(build, home, "Archive");
+    const fs::path archives = home / "Data" / "Archives";
+    if (fs::exists(archives) && !fs::is_empty(archives))
+      throw std::runtime_error("a preview wrote archive files");
+    return measured;
+  });
+  const Taken taken = bench.Take(name + ", by the host", {preview, RunOnSqlite("run", size, true)}, kRounds);
   bench.Ratio(name + ", preview to run", taken.Whole("preview"), taken.Whole("run"),
               AtMost(kAllowedForAPreview));
   bench.Limit(name + ", memory of a preview beyond the run's", "MiB",

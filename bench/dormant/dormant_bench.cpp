@@ -116,27 +116,24 @@ void Compare(Bench& bench, std::int64_t rows) {
                      });
                    }};
   const std::string name = "dormant expiry, " + std::to_string(rows) + " rows";
-  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
-    return Trial{called, kind, [&, recorded](const Build& build) {
+  const auto byHost = [&](const char* called, bool recorded) {
+    return Trial{called, Trial::Kind::Peer, [&, recorded](const Build& build) {
                    return onACopy([&] { return RunByHost(build, home, "DormantUserExpiry", recorded); });
                  }};
   };
   if (bench.Wanted("journal")) {
-    const Taken both = bench.Take(
-        name + ", by the host",
-        {byHost("recorded", Trial::Kind::Job, true), byHost("not recorded", Trial::Kind::Peer, false)},
-        kRounds);
+    const Taken both = bench.Take(name + ", by the host",
+                                  {byHost("recorded", true), byHost("not recorded", false)}, kRounds);
     bench.Ratio(name + ", with journal and progress to without", both.Whole("recorded"),
                 both.Whole("not recorded"), AtMost(kAllowedForTheJournal));
   }
   if (bench.Wanted("preview")) {
-    const Trial preview{"preview", Trial::Kind::Job, [&](const Build& build) {
+    const Trial preview{"preview", Trial::Kind::Peer, [&](const Build& build) {
                           return measuredOnACopy(
                               [&] { return PreviewByHost(build, home, "DormantUserExpiry"); },
                               [&] { CheckUnchanged(DatabaseOf(home), rows); });
                         }};
-    const Taken both =
-        bench.Take(name + ", by the host", {preview, byHost("run", Trial::Kind::Peer, true)}, kRounds);
+    const Taken both = bench.Take(name + ", by the host", {preview, byHost("run", true)}, kRounds);
     bench.Ratio(name + ", preview to run", both.Whole("preview"), both.Whole("run"),
                 AtMost(kAllowedForAPreview));
     bench.Limit(name + ", memory of a preview beyond the run's", "MiB",

@@ -108,17 +108,17 @@ void MeasureDormantExpiry(Bench& bench, const BenchServer& server, std::int64_t 
            }});
     }
   }
-  const auto byHost = [&](const char* called, Trial::Kind kind, bool recorded) {
-    return Trial{called, kind, [&, recorded](const Build& build) {
+  const auto byHost = [&](const char* called, bool recorded) {
+    return Trial{called, Trial::Kind::Peer, [&, recorded](const Build& build) {
                    return onANewDatabase([&](const BenchDatabase& database) {
                      MakeSuiteConfiguration(home, database.ConnectionString());
                      return RunByHost(build, home, "DormantUserExpiry", recorded);
                    });
                  }};
   };
-  trials.push_back(byHost("by the host, recorded", Trial::Kind::Job, true));
-  trials.push_back(byHost("by the host, not recorded", Trial::Kind::Peer, false));
-  trials.push_back({"preview by the host", Trial::Kind::Job, [&](const Build& build) {
+  trials.push_back(byHost("by the host, recorded", true));
+  trials.push_back(byHost("by the host, not recorded", false));
+  trials.push_back({"preview by the host", Trial::Kind::Peer, [&](const Build& build) {
                       return measuredOnANewDatabase(
                           [&](const BenchDatabase& database) {
                             MakeSuiteConfiguration(home, database.ConnectionString());

@@ -42,6 +42,7 @@ Measured RunByHost(const Build& build, const std::filesystem::path& home, const 
 Measured PreviewByHost(const Build& build, const std::filesystem::path& home, const std::string& job);
 
 struct Trial {
+  // Only jobs are held against another build, and only their instructions are counted.
   enum class Kind { Job, Peer };
   std::string name;
   Kind kind = Kind::Job;
