@@ -40,7 +40,8 @@ struct Settings {
 
   std::map<char, std::string> drives = {};  // drive letters ("C") and the folders that they stand for
   std::shared_ptr<base::FileLayer> layer = nullptr;  // attachments are read as it shows them
-  // Files that an attachment may be among: they get their names before it is said to be missing.
+  // Files that an attachment may be among. One that is named as it was made is read there and gets no name;
+  // all get theirs before an attachment is said to be missing.
   std::shared_ptr<base::PendingFiles> pending = nullptr;
 };
 

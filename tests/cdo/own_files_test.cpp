@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/base/created_files.hpp"
+#include "platform/base/pending_files.hpp"
 #include "platform/cdo/curl/encoding.hpp"
 #include "platform/cdo/message.hpp"
 #include "platform/cdo/registration.hpp"
@@ -27,13 +28,14 @@ namespace fs = std::filesystem;
 // A run of its own, with a pickup folder of its own beside the shared page folder.
 class RunningJob {
  public:
-  RunningJob(const TemporaryFolder& folder, const std::string& name)
+  RunningJob(const TemporaryFolder& folder, const std::string& name,
+             const std::shared_ptr<base::PendingFiles>& pending = nullptr)
       : page_((folder.Path() / "26953.htm").string()), pickup_(folder.Path() / name) {
     fs::create_directory(pickup_);
     const auto created = std::make_shared<base::CreatedFiles>();
-    Scripting::local::RegisterClasses(runtime_.runtime.classes, {}, created);
+    Scripting::local::RegisterClasses(runtime_.runtime.classes, {}, created, nullptr, pending);
     CDO::RegisterClasses(runtime_.runtime.classes,
-                         {.pickupDirectory = pickup_.string(), .ownFiles = created});
+                         {.pickupDirectory = pickup_.string(), .ownFiles = created, .pending = pending});
     files_ = automation::CreateObject<Scripting::FileSystemObject>("Scripting.FileSystemObject");
   }
 
@@ -86,6 +88,45 @@ TEST_F(OwnFilesTest, APageOfTheRunTravels) {
   ASSERT_EQ(job.Mails().size(), 1U);
   EXPECT_THAT(job.Mails().front(), testing::HasSubstr(CDO::curl::Base64Lines("page of 26")));
   EXPECT_FALSE(fs::exists(Page()));
+}
+
+TEST_F(OwnFilesTest, APageThatWaitsForItsNameTravelsAndGoesWithoutOne) {
+  const auto pending = std::make_shared<base::PendingFiles>();
+  RunningJob job(folder_, "one", pending);
+  job.MakePage("page of 26");
+  job.AttachPage()->send();
+  EXPECT_FALSE(fs::exists(Page()));
+  EXPECT_TRUE(pending->Holds(Page()));
+  job.DeletePage();
+  EXPECT_FALSE(pending->Show());
+  EXPECT_FALSE(fs::exists(Page()));
+  ASSERT_EQ(job.Mails().size(), 1U);
+  EXPECT_THAT(job.Mails().front(), testing::HasSubstr(CDO::curl::Base64Lines("page of 26")));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 1) << "more than the pickup folder";
+}
+
+TEST_F(OwnFilesTest, APageOfAnUnsentMailGetsItsNameWithTheOthers) {
+  const auto pending = std::make_shared<base::PendingFiles>();
+  RunningJob job(folder_, "one", pending);
+  job.MakePage("page of 26");
+  job.AttachPage();
+  pending->MakeDurable();
+  EXPECT_EQ(TemporaryFolder::Read(Page()), "page of 26");
+  job.AttachPage()->send();
+  job.DeletePage();
+  EXPECT_FALSE(fs::exists(Page()));
+}
+
+TEST_F(OwnFilesTest, AnotherPageUnderTheNameOfOneThatWaitsIsRefusedAndHoldsUpNothing) {
+  const auto pending = std::make_shared<base::PendingFiles>();
+  RunningJob job(folder_, "one", pending);
+  job.MakePage("page of 26");
+  folder_.Write("26953.htm", "page of 27");
+  EXPECT_EQ(ErrorOf([&] { job.AttachPage(); }).Description(),
+            "Permission denied: " + Page().string() + " was not made by this run");
+  EXPECT_EQ(ErrorOf([&] { job.DeletePage(); }).Number(), 70);
+  pending->MakeDurable();  // rows can be changed
+  EXPECT_EQ(TemporaryFolder::Read(Page()), "page of 27");
 }
 
 TEST_F(OwnFilesTest, APageThatAnotherPutInItsPlaceIsRefusedAndStays) {

@@ -70,19 +70,31 @@ bool ReadWhole(const std::string& path, std::string& bytes) {
 
 }  // namespace
 
-void MessageImpl::AddAttachment(std::string_view path) {
+// A page that is made, mailed and deleted never needs a name on the disk: it is read where it waits for one.
+MessageImpl::Attached MessageImpl::Read(std::string_view path) const {
+  if (std::optional<std::string> target = paths_->FindPending(path)) {
+    if (std::optional<std::string> bytes = pending_->Content(*target)) {
+      return {std::move(*target), std::move(*bytes)};
+    }
+  }
   const auto found = paths_->Find(path);
   if (!found) Refuse(ErrorNumber::FileNotFound, path);
   std::string bytes;
   const bool read = layer_ ? layer_->Read(found->path, bytes) == 0 : ReadWhole(found->path, bytes);
   if (!read) Refuse(ErrorNumber::PermissionDenied, path);
-  base::ContentDigest content;
-  content.Add(bytes);
-  if (ownFiles_ && !ownFiles_->Made(found->path, content.Get())) {
+  return {found->path, std::move(bytes)};
+}
+
+void MessageImpl::AddAttachment(std::string_view path) {
+  Attached attached = Read(path);
+  if (ownFiles_ && !ownFiles_->Made(attached.path, base::DigestOf(attached.bytes))) {
+    // A page of the run's own that waits for the name which somebody else has taken goes with its mail: it
+    // could never get it, and no row could be changed while it waits.
+    if (pending_) pending_->Drop(attached.path);
     Refuse(ErrorNumber::PermissionDenied, std::string(path) + " was not made by this run");
   }
-  const std::string name = found->path.substr(found->path.rfind('/') + 1);
-  mail_.attachments.push_back({Scripting::local::ShownName(name), std::move(bytes)});
+  const std::string name = attached.path.substr(attached.path.rfind('/') + 1);
+  mail_.attachments.push_back({Scripting::local::ShownName(name), std::move(attached.bytes)});
 }
 
 void MessageImpl::send() {

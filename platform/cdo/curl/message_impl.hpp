@@ -8,6 +8,7 @@
 
 #include "platform/base/created_files.hpp"
 #include "platform/base/file_layer.hpp"
+#include "platform/base/pending_files.hpp"
 #include "platform/cdo/curl/mime.hpp"
 #include "platform/cdo/curl/transport.hpp"
 #include "platform/cdo/message.hpp"
@@ -20,11 +21,12 @@ class MessageImpl final : public Message {
   MessageImpl(std::shared_ptr<Transport> transport,
               std::shared_ptr<const Scripting::local::PathResolver> paths,
               std::shared_ptr<const base::CreatedFiles> ownFiles,
-              std::shared_ptr<const base::FileLayer> layer)
+              std::shared_ptr<const base::FileLayer> layer, std::shared_ptr<base::PendingFiles> pending)
       : transport_(std::move(transport)),
         paths_(std::move(paths)),
         ownFiles_(std::move(ownFiles)),
-        layer_(std::move(layer)) {}
+        layer_(std::move(layer)),
+        pending_(std::move(pending)) {}
 
   void setFrom(std::string_view address) override { from_ = address; }
   void setTo(std::string_view address) override { to_ = address; }
@@ -35,10 +37,17 @@ class MessageImpl final : public Message {
   void send() override;
 
  private:
+  struct Attached {
+    std::string path;  // the operating system's
+    std::string bytes;
+  };
+  Attached Read(std::string_view path) const;
+
   std::shared_ptr<Transport> transport_;
   std::shared_ptr<const Scripting::local::PathResolver> paths_;
   std::shared_ptr<const base::CreatedFiles> ownFiles_;  // null: any file may be attached
   std::shared_ptr<const base::FileLayer> layer_;        // null: files are read from the tree itself
+  std::shared_ptr<base::PendingFiles> pending_;         // null: every file has its name
   std::string from_;
   std::string to_;
   Mail mail_;

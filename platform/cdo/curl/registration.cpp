@@ -40,9 +40,10 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   const std::shared_ptr<curl::Transport> transport = MakeTransport(settings);
   const auto paths = std::make_shared<const Scripting::local::PathResolver>(settings.drives, settings.layer,
                                                                             settings.pending);
-  classes.Register("CDO.Message", [=, ownFiles = settings.ownFiles, layer = settings.layer] {
-    return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles, layer);
-  });
+  classes.Register("CDO.Message",
+                   [=, ownFiles = settings.ownFiles, layer = settings.layer, pending = settings.pending] {
+                     return std::make_shared<curl::MessageImpl>(transport, paths, ownFiles, layer, pending);
+                   });
 }
 
 }  // namespace CDO

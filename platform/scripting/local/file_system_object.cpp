@@ -121,6 +121,11 @@ TextStreamPtr LocalFileSystem::OpenTextFile(std::string_view path, IOMode mode, 
 }
 
 void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
+  if (const auto pending = NamesFolder(path) ? std::nullopt : resolver_.FindPending(path)) {
+    pending_->Drop(*pending);
+    if (created_) created_->Forget(*pending);
+    return;
+  }
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || NamesFolder(path) || !IsFile(*found, layer_)) Raise(ErrorNumber::FileNotFound);
   if (!force && IsReadOnly(found->status)) Raise(ErrorNumber::PermissionDenied);

@@ -115,6 +115,15 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   return other;
 }
 
+std::optional<std::string> PathResolver::FindPending(std::string_view path) const {
+  std::optional<std::string> native = Translate(path);
+  struct stat status {};
+  if (!native || !pending_ || !pending_->Holds(*native) || !IsMissing(Lstat(layer_, *native, status))) {
+    return std::nullopt;
+  }
+  return native;
+}
+
 std::optional<Found> PathResolver::FindIgnoringCase(const std::string& native, std::string_view path) const {
   // The folder that a drive stands for is the administrator's, not the caller's: its spelling is taken as it
   // is.

@@ -43,6 +43,10 @@ class PathResolver {
   // that holds a control character unless an item has exactly this name, as those that a listing gave have.
   std::optional<Found> Find(std::string_view path) const;
 
+  // Where the pending file that `path` names in this very spelling will lie; nothing when there is none, or
+  // when there is an item at the path. Gives no names.
+  std::optional<std::string> FindPending(std::string_view path) const;
+
   // The path under which an item can be made: the existing folder that will hold it, and the last part as it
   // is spelled on disk or, when there is none yet, as given. Raises 76 when the folder does not exist, and 52
   // as Find does: no such name is made.
