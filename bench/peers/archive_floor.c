@@ -4,7 +4,7 @@
  *
  * It sends the statements that the job sends, through ODBC as the job does, on two connections, as the job has them; it
  * fetches the same rows, writes the same files in the same steps with the same syncs, and the same run log. (Statements
- * as the server's log shows them, files as strace shows them: for each customer seven reads of parameters, two selections
+ * as the server's log shows them, files as strace shows them: for each customer three reads of parameters, two selections
  * and one transaction; two files, each made, written as a skeleton, read back and written whole beside its name, which
  * it gets before the rows are deleted: three syncs.)
  *
@@ -459,7 +459,7 @@ static void purge(SQLHDBC connection, const char* condition) {
   free(of_transactions.bytes);
 }
 
-static void archive_customer(SQLHDBC connection, struct parameter_read* both, struct parameter_read* one,
+static void archive_customer(SQLHDBC connection, struct parameter_read* farm, struct parameter_read* places,
                              const char* age, const char* customer) {
   static long requests[PAGE];
   char condition[1000];
@@ -470,23 +470,19 @@ static void archive_customer(SQLHDBC connection, struct parameter_read* both, st
   int count = 0;
   const char* number = customer + strcspn(customer, "0123456789");
 
-  read_parameter(both, "");
+  read_parameter(farm, "");
   snprintf(condition, sizeof condition, "%s and Q_ORIGINATOR='%s'", age, customer);
   snprintf(owner, sizeof owner, strcmp(number, "0") == 0 ? "NoBP_%.0s%s" : "BP%s_%s", number, customer);
   snprintf(questions_name, sizeof questions_name, "%s_SR.xml", owner);
   snprintf(transactions_name, sizeof transactions_name, "%s_trans.xml", owner);
 
-  read_parameter(one, "Webfarm Implemented");
-  read_parameter(one, "DataFileRelativePath");
+  read_parameter(places, "");
   make_skeleton(questions_name, "QuestionsArchive", "SRs");
   archive_questions(connection, condition, questions_name, requests, &count);
   give_name(questions_name);
-  read_parameter(one, "Webfarm Implemented");
-  read_parameter(one, "Webfarm Implemented");
-  read_parameter(one, "DataFileRelativePath");
+  read_parameter(places, "");
   make_skeleton(transactions_name, "TransactionsArchive", "Transactions");
   archive_transactions(connection, condition, transactions_name, requests, count);
-  read_parameter(one, "Webfarm Implemented");
   give_name(transactions_name);
   sync_names();
   purge(connection, condition);
@@ -497,7 +493,8 @@ static void archive_customer(SQLHDBC connection, struct parameter_read* both, st
 
 int main(int argc, char** argv) {
   SQLHENV environment = SQL_NULL_HENV;
-  struct parameter_read both;
+  struct parameter_read farm;
+  struct parameter_read places;
   struct parameter_read one;
   struct text customers = {0};
   char now[40];
@@ -515,8 +512,12 @@ int main(int argc, char** argv) {
   SQLSetEnvAttr(environment, SQL_ATTR_ODBC_VERSION, (SQLPOINTER)SQL_OV_ODBC3, 0);
   SQLHDBC job = connect_to(environment, argv[2]);
   SQLHDBC small_reads = connect_to(environment, argv[2]);
-  prepare_read(&both, small_reads,
+  prepare_read(&farm, small_reads,
                "SELECT PARAM_NAME, PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME IN ('Webfarm Implemented', 'FTPPath')", 0);
+  prepare_read(&places, small_reads,
+               "SELECT PARAM_NAME, PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME IN ('DataFileRelativePath', "
+               "'Webfarm Implemented', 'FTPPath')",
+               0);
   prepare_read(&one, small_reads, "select PARAM_VALUE from PARAMETERS where PARAM_NAME = ?", 1);
 
   snprintf(archives, sizeof archives, "%s/Data", argv[3]);
@@ -544,11 +545,12 @@ int main(int argc, char** argv) {
   SQLFreeHandle(SQL_HANDLE_STMT, selection);
 
   for (size_t at = 0; at < customers.size; at += strlen(customers.bytes + at) + 1) {
-    archive_customer(job, &both, &one, age, customers.bytes + at);
+    archive_customer(job, &farm, &places, age, customers.bytes + at);
   }
   log_line("Archiving Process ended.");
   free(customers.bytes);
-  SQLFreeHandle(SQL_HANDLE_STMT, both.statement);
+  SQLFreeHandle(SQL_HANDLE_STMT, farm.statement);
+  SQLFreeHandle(SQL_HANDLE_STMT, places.statement);
   SQLFreeHandle(SQL_HANDLE_STMT, one.statement);
   SQLDisconnect(small_reads);
   SQLDisconnect(job);

@@ -46,6 +46,7 @@ class Archive : public ArchiveService {
   // it was, for the undo.
   struct ArchiveFile {
     std::string path;
+    OrvCommonMTS::FileHandlingPtr handling;
     MSXML2::DOMDocumentPtr working;
     MSXML2::DOMDocumentPtr snapshot;
     bool inUse = false;  // told to the other servers by this run
@@ -100,7 +101,7 @@ class Archive : public ArchiveService {
 
   // The documents (archive_documents.cpp)
   void openArchiveFile(const FileKind& kind, ArchiveFile& file);
-  void prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file);
+  void prepareExistingFile(ArchiveFile& file);
   void saveArchiveFile(ArchiveFile& file);
   void restoreArchiveFile(ArchiveFile& file);
   static void shareFile(ArchiveFile& file);

@@ -43,10 +43,6 @@ NodePtr Required(const NodePtr& node) {
   return node;
 }
 
-OrvCommonMTS::FileHandlingPtr FileHandling() {
-  return automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
-}
-
 DOMDocumentPtr LoadDocument(const std::string& path) {
   auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
   if (!document->load(path)) {
@@ -62,10 +58,10 @@ const Archive::FileKind Archive::kQuestionsFile{"Q", "QuestionsArchive", "SRs"};
 const Archive::FileKind Archive::kTransactionsFile{"T", "TransactionsArchive", "Transactions"};
 
 void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
-  const OrvCommonMTS::FileHandlingPtr files = FileHandling();
+  file.handling = automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
   const automation::VariantArray archives{static_cast<std::int32_t>(OrvCommonMTS::FolderKind::Archives)};
-  if (files->FileExists(BareName(file.path), archives)) {
-    prepareExistingFile(*files, file);
+  if (file.handling->FileExists(BareName(file.path), archives)) {
+    prepareExistingFile(file);
   } else {
     createArchiveFile(kind.root, file.path);
   }
@@ -84,14 +80,14 @@ void Archive::openArchiveFile(const FileKind& kind, ArchiveFile& file) {
   }
 }
 
-void Archive::prepareExistingFile(OrvCommonMTS::FileHandling& files, ArchiveFile& file) {
+void Archive::prepareExistingFile(ArchiveFile& file) {
   const std::string name = BareName(file.path);
-  if (files.IsInUse(name)) return;
+  if (file.handling->IsInUse(name)) return;
   if (m_bWebfarm) {
     constexpr std::int16_t kFetchMode = 10;
-    files.FetchFile(m_sFTPPath, name, file.path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
+    file.handling->FetchFile(m_sFTPPath, name, file.path, OrvCommonMTS::FolderKind::Archives, kFetchMode);
   }
-  files.SetInUse(name, -1);
+  file.handling->SetInUse(name, -1);
   file.inUse = true;
 }
 
@@ -117,9 +113,8 @@ void Archive::restoreArchiveFile(ArchiveFile& file) {
 }
 
 void Archive::shareFile(ArchiveFile& file) {
-  const OrvCommonMTS::FileHandlingPtr files = FileHandling();
-  files->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
-  files->SetInUse(BareName(file.path), 0);
+  file.handling->StoreFile(file.path, OrvCommonMTS::FolderKind::Archives);
+  file.handling->SetInUse(BareName(file.path), 0);
   file.inUse = false;
 }
 
@@ -128,7 +123,7 @@ void Archive::shareFile(ArchiveFile& file) {
 void Archive::clearInUse(ArchiveFile& file) {
   if (!file.inUse) return;
   try {
-    FileHandling()->SetInUse(BareName(file.path), 0);
+    file.handling->SetInUse(BareName(file.path), 0);
   } catch (...) {
   }
   file.inUse = false;

@@ -148,9 +148,8 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
     return names->Find(folder, name);
   };
   OrvCommonMTS::RegisterFileHandling(
-      classes, {.dataRoot = [path = home.Path()] { return DataFolder(path); },
+      classes, {.places = [path = home.Path()] { return FilePlaces(path); },
                 .otherSpelling = otherSpelling,
-                .sharedPath = &SharedPath,
                 .beforeLooking = [pending] { Scripting::local::ShowPending(pending); },
                 .ftp = FtpSettings(site, home),
                 .layer = LayerOf(world),

@@ -2,16 +2,17 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
+
+#include "suite/file_handling/file_handling.hpp"
 
 namespace orvane {
 
 // The data folder, by the parameter DataFileRelativePath.
 std::string DataFolder(const std::filesystem::path& home);
 
-// The place that the servers of a web farm share, by the parameters "Webfarm Implemented" and FTPPath;
-// nothing without a web farm.
-std::optional<std::string> SharedPath();
+// That folder and the place that the servers of a web farm share, by the parameters "Webfarm Implemented" and
+// FTPPath, in one statement.
+OrvCommonMTS::Places FilePlaces(const std::filesystem::path& home);
 
 }  // namespace orvane

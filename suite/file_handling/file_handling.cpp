@@ -92,13 +92,13 @@ class SharedFiles : public FileHandling {
   bool FileExists(std::string_view name, const automation::VariantArray& kinds) override {
     RequireBareName(name);
     if (options_.beforeLooking) options_.beforeLooking();
-    const std::optional<std::string> shared = SharedPath();
+    const Places& places = FindPlaces();
     std::unique_ptr<SharedStore> store;
     for (const automation::Variant& number : kinds) {
       const std::string_view folder = FolderOf(static_cast<FolderKind>(automation::ToInt16(number)));
-      if (ExistsHere(folder, name)) return true;
-      if (!shared) continue;
-      if (!store) store = OpenStore(*shared);
+      if (ExistsHere(places.dataRoot, folder, name)) return true;
+      if (!places.shared) continue;
+      if (!store) store = OpenStore(*places.shared);
       if (store->FileExists(folder, std::string(name))) return true;
     }
     return false;
@@ -118,7 +118,7 @@ class SharedFiles : public FileHandling {
   bool IsInUse(std::string_view name) override { return marks_->IsSet(name); }
 
   void StoreFile(std::string_view fullPath, FolderKind kind) override {
-    const std::optional<std::string> shared = SharedPath();
+    const std::optional<std::string>& shared = FindPlaces().shared;
     if (!shared) return;
     RequirePath(fullPath);
     const std::string name = NameParts(fullPath).back();
@@ -188,8 +188,9 @@ class SharedFiles : public FileHandling {
   }
 
  private:
-  std::optional<std::string> SharedPath() const {
-    return options_.sharedPath ? options_.sharedPath() : std::nullopt;
+  const Places& FindPlaces() {
+    if (!places_) places_ = options_.places();
+    return *places_;
   }
 
   std::unique_ptr<SharedStore> OpenStore(std::string_view path) const {
@@ -204,9 +205,7 @@ class SharedFiles : public FileHandling {
     return changes_ ? MakeReadOnlyStore(std::move(store), std::string(path), changes_) : std::move(store);
   }
 
-  bool ExistsHere(std::string_view folder, std::string_view name) const {
-    if (!options_.dataRoot) return false;
-    const std::string dataRoot = options_.dataRoot();
+  bool ExistsHere(const std::string& dataRoot, std::string_view folder, std::string_view name) const {
     RequirePath(dataRoot);
     const std::filesystem::path root = suite::NativePath(dataRoot, "/");
     if (options_.layer) return ExistsInLayer(root, folder, name);
@@ -279,6 +278,7 @@ class SharedFiles : public FileHandling {
   }
 
   FileHandlingOptions options_;
+  std::optional<Places> places_;
   std::shared_ptr<InUseMarks> marks_;
   std::shared_ptr<SharedChanges> changes_;  // null where changes are made
 };

@@ -19,17 +19,22 @@
 
 namespace OrvCommonMTS {
 
+// Where files lie, for the members that are not told.
+struct Places {
+  std::string dataRoot;  // the suite's data folder on this machine
+  // The shared place; nothing where there is no web farm, so that this machine's files are all there are. An
+  // empty text is a web farm whose path is missing: members that need it raise 76, since a file that only the
+  // shared place has must not be made anew.
+  std::optional<std::string> shared;
+};
+
 struct FileHandlingOptions {
-  // The suite's data folder on this machine, for FileExists.
-  std::function<std::string()> dataRoot;
+  // Asked once by each object that FileExists or StoreFile is called on: what it stores goes where it looked.
+  std::function<Places()> places;
   // The name in a folder of this machine that is meant by one that does not exist as written; nothing when
   // there is none. May be called by several threads. When it is missing, the folder is read at every
   // question.
   std::function<std::optional<std::string>(const std::string& folder, const std::string& name)> otherSpelling;
-  // The shared place, for the members that are not told it (FileExists, StoreFile); nothing where there is no
-  // web farm. They then know this machine's files only. An empty text is a web farm whose path is missing:
-  // they raise 76, since a file that only the shared place has must not be made anew.
-  std::function<std::optional<std::string>()> sharedPath;
   // Called before files of this machine are looked for or copied, so that all that were made are there.
   std::function<void()> beforeLooking = {};
   FtpOptions ftp;

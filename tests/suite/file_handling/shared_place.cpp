@@ -76,8 +76,7 @@ std::vector<std::string> SharedPlace::Contents() const {
 Farm::Farm(const std::string& kind, OrvCommonMTS::FtpTimeouts timeouts, const std::string& authority)
     : place(kind) {
   OrvCommonMTS::FileHandlingOptions options;
-  options.dataRoot = [this] { return dataRoot; };
-  options.sharedPath = [this] { return sharedPath; };
+  options.places = [this] { return OrvCommonMTS::Places{dataRoot, sharedPath}; };
   options.ftp.timeouts = timeouts;
   options.ftp.certificateFile = authority.empty() ? place.CertificateFile() : authority;
   OrvCommonMTS::RegisterFileHandling(runtime.runtime.classes, options);

@@ -307,12 +307,12 @@ TEST_P(SharedPlaceTest, APathWithAControlCharacterIsUsedByNoMember) {
   const std::vector<std::string> before = place.Contents();
   const fs::path target = farm.data.Write("Archives/a.xml", "mine");
   const automation::VariantArray archives = {std::int16_t{13}};
-  const OrvCommonMTS::FileHandlingPtr handling = farm.Handling();
   for (const auto& [control, shown] : {std::pair(std::string("\0", 1), "\\x00"),
                                        {std::string("\r\nDELE x"), "\\x0D"},
                                        {std::string("\x7F"), "\\x7F"}}) {
     for (const std::string& path : {place.FtpPath() + control, place.FtpPath() + control + "/below"}) {
       farm.sharedPath = path;
+      const OrvCommonMTS::FileHandlingPtr handling = farm.Handling();
       for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
                [&] { handling->DeleteAgedFiles(path, 60, FolderKind::Chat); },
                [&] { handling->DeleteListedItems(path, Names({"s1.txt"}), FolderKind::Chat); },
@@ -355,7 +355,7 @@ TEST_P(SharedPlaceTest, ANameOrALocalPathWithAControlCharacterIsUsedByNoMember) 
   EXPECT_EQ(refused([&] { handling->StoreFile("/elsewhere" + nul + "/a.xml", FolderKind::Archives); }),
             "The path \"/elsewhere\\x00/a.xml\" is refused: it holds the control character \\x00.");
   farm.dataRoot += nul;
-  EXPECT_EQ(refused([&] { handling->FileExists("a.xml", archives); }),
+  EXPECT_EQ(refused([&] { farm.Handling()->FileExists("a.xml", archives); }),
             "The path \"" + farm.data.Path().string() +
                 "\\x00\" is refused: it holds the control character \\x00.");
   EXPECT_EQ(DeleteListed({"s1.txt" + nul}, FolderKind::Chat), automation::Variant(0));
