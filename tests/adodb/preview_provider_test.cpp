@@ -15,6 +15,7 @@
 #include "platform/adodb/engines/sqlite/embedded/private_copy.hpp"
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "tests/adodb/preview_steps.hpp"
+#include "tests/support/raised_error.hpp"
 #include "tests/support/sqlite_database.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -60,6 +61,22 @@ class PreviewCopyTest : public testing::TestWithParam<bool> {
   std::shared_ptr<ADODB::engine::Provider> provider_;
   std::vector<PreviewFailure> failures_;
 };
+
+TEST_P(PreviewCopyTest, AFileThatARunWouldMakeIsNotMade) {
+  const auto before = FilesBeside();
+  const auto session =
+      provider_->Connect(ConnectionString::Parse("Data Source=new.sqlite;Mode=ReadWriteCreate"));
+  session->Execute("CREATE TABLE T(NAME TEXT)", {});
+  session->Execute("INSERT INTO T VALUES('one')", {});
+  EXPECT_EQ(FilesBeside(), before);
+}
+
+TEST_P(PreviewCopyTest, WhatMayOnlyBeReadIsRead) {
+  const auto session = provider_->Connect(ConnectionString::Parse("Data Source=suite.sqlite;Mode=Read"));
+  EXPECT_EQ(session->Query("SELECT NAME FROM T", {})->Columns().size(), 1U);
+  EXPECT_THAT(ErrorOf([&] { session->Execute("DELETE FROM T", {}); }).Description(),
+              HasSubstr("attempt to write a readonly database"));
+}
 
 TEST_P(PreviewCopyTest, EveryConnectionSeesWhatOneHasChangedAndTheFileStaysAsItIs) {
   const auto before = FilesBeside();

@@ -56,7 +56,8 @@ class PrivateFolder {
 };
 
 // What a run would say of the original it says here: of a missing one, and of one that is no database.
-Database OpenOriginal(const OpenSettings& original) {
+Database OpenOriginal(OpenSettings original) {
+  original.flags &= ~SQLITE_OPEN_CREATE;
   // A log that somebody has left behind is not brought into the file.
   const bool leavesLog = fs::exists(original.path + "-wal");
   if (!fs::exists(original.path)) Connection{original};
@@ -88,8 +89,15 @@ std::unique_ptr<engine::Session> OpenCopy(const OpenSettings& original, const fs
   OpenSettings copy = original;
   copy.path = (folder.Path() / "copy.sqlite").string();
   copy.isPrivate = true;
-  Copy(original, copy.path);
-  return std::make_unique<Connection>(copy);
+  copy.flags = SQLITE_OPEN_READWRITE;
+  if ((original.flags & SQLITE_OPEN_CREATE) != 0 && !fs::exists(original.path)) {
+    copy.flags |= SQLITE_OPEN_CREATE;  // as the original would be
+  } else {
+    Copy(original, copy.path);
+  }
+  auto session = std::make_unique<Connection>(copy);
+  if ((original.flags & SQLITE_OPEN_READONLY) != 0) session->Execute("PRAGMA query_only = ON", {});
+  return session;
 }
 
 }  // namespace
