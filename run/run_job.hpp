@@ -31,7 +31,8 @@ struct RunOptions {
   std::string job = {};  // a ProgID or a class name, in any case
 
   // The caller's own components; each goes before the suite's of the same ProgID, and what it is told to
-  // change is recorded like everything else. In a preview those are left out that could change something.
+  // change is recorded like everything else, but for rows that ADODB classes of the caller's own change. In a
+  // preview those are left out that could change something.
   automation::ClassTable classes = {};
   // How the job is called; null: by its Run, which has come to its end when the run log says so. One of the
   // caller's own has when it returns; what it raises is told as the reason why the job ended.

@@ -4,12 +4,14 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/service_request.hpp"
 #include "components/registration/register_jobs.hpp"
 #include "effects/preview/nowhere.hpp"
@@ -25,6 +27,7 @@
 #include "platform/locale/icu_locale.hpp"
 #include "platform/msxml2/registration.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
+#include "platform/scripting/file_system_object.hpp"
 #include "platform/scripting/local/folder_names.hpp"
 #include "platform/scripting/local/path_resolver.hpp"
 #include "platform/scripting/local/pending.hpp"
@@ -163,13 +166,28 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
   OrvaneBackend::RegisterBackendCalls(classes, home.Path());
 }
 
-// What changes something outside the process, or nothing at all in a world of its own.
+// Whether new files may wait for their names: those who look for files, and those who change rows on the
+// strength of them, ask for the names first; a class of the caller's own does not.
+bool FilesMayWait(const ClassTable& callers) {
+  constexpr std::string_view kConcerned[] = {"ADODB.Connection",
+                                             "ADODB.Recordset",
+                                             "ADODB.Command",
+                                             "CDO.Message",
+                                             "MSXML2.DOMDocument",
+                                             OrvCommonMTS::kFileHandlingProgId,
+                                             Scripting::kFileSystemObjectProgId};
+  return std::none_of(std::begin(kConcerned), std::end(kConcerned),
+                      [&callers](std::string_view progId) { return callers.Contains(progId); });
+}
+
+// What changes something outside the process, or nothing at all in a world of its own. Below `callers`, the
+// classes that somebody else has registered.
 ClassTable ActingClasses(const SuiteHome& home, const Vantrel::SiteFile& site, const Wiring& wiring,
-                         const effects::Places& places) {
+                         const effects::Places& places, const ClassTable& callers) {
   ClassTable classes;
   PendingFilesPtr pending;
   std::function<void()> makeDurable;
-  if (wiring.world == nullptr) {  // whose files need not survive it
+  if (wiring.world == nullptr && FilesMayWait(callers)) {  // a world's files need not survive it
     pending = std::make_shared<base::PendingFiles>();
     // Rows are deleted on the strength of files.
     makeDurable = [pending] { Scripting::local::MakeDurable(*pending); };
@@ -236,7 +254,7 @@ void RegisterSuite(automation::Runtime& runtime, const SuiteHome& home, const Va
                    const Wiring& wiring) {
   const effects::Places places =
       wiring.recorder == nullptr ? effects::Places() : PlacesOf(home, site, wiring.world);
-  const ClassTable acting = ActingClasses(home, site, wiring, places);
+  const ClassTable acting = ActingClasses(home, site, wiring, places, runtime.classes);
   // The caller's own classes go before the suite's; where nothing is to be changed, not before those that see
   // to it.
   ClassTable real = wiring.world == nullptr ? runtime.classes : acting;

@@ -3,14 +3,20 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/job.hpp"
 #include "components/interfaces/log.hpp"
 #include "host/commands.hpp"
@@ -65,6 +71,33 @@ class FailingLog final : public Vantrel::Log {
   void WriteLogEntry(std::string_view, std::string_view, std::int32_t, automation::Variant&) override {
     throw std::runtime_error("the log is out of order");
   }
+};
+
+// Hands files on as the suite's component does on a web farm, by looking at them.
+class OwnFileHandling final : public OrvCommonMTS::FileHandling {
+ public:
+  explicit OwnFileHandling(std::vector<std::string>& missing) : missing_(missing) {}
+
+  bool FileExists(std::string_view, const automation::VariantArray&) override { return false; }
+  void SetInUse(std::string_view, std::int16_t) override {}
+  void FetchFile(std::string_view, std::string_view, std::string_view, OrvCommonMTS::FolderKind,
+                 std::int16_t) override {}
+  bool IsInUse(std::string_view) override { return false; }
+  void StoreFile(std::string_view fullPath, OrvCommonMTS::FolderKind) override {
+    std::string path(fullPath);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    if (!fs::exists(path)) missing_.push_back(path);
+  }
+  automation::Variant DeleteAgedFiles(std::string_view, std::int32_t, OrvCommonMTS::FolderKind) override {
+    return 0;
+  }
+  automation::Variant DeleteListedItems(std::string_view, const automation::Variant&,
+                                        OrvCommonMTS::FolderKind) override {
+    return 0;
+  }
+
+ private:
+  std::vector<std::string>& missing_;
 };
 
 class RunJobTest : public testing::Test {
@@ -175,6 +208,16 @@ TEST_F(RunJobTest, CallsAWorkMethodOfTheCallersChoice) {
   EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
   EXPECT_THAT(RunLogs(), Not(HasSubstr("Solve On No Response")));
   EXPECT_FALSE(fs::is_empty(home_.Path() / "mail" / "pickup"));
+}
+
+TEST_F(RunJobTest, AComponentOfTheCallersFindsTheFilesThatItIsTold) {
+  std::vector<std::string> missing;
+  options_.job = "Archive";
+  options_.classes.Register(OrvCommonMTS::kFileHandlingProgId,
+                            [&missing] { return std::make_shared<OwnFileHandling>(missing); });
+  EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
+  EXPECT_FALSE(fs::is_empty(home_.Path() / "Data/Archives"));
+  EXPECT_THAT(missing, IsEmpty());
 }
 
 TEST_F(RunJobTest, TellsWhatACallRaises) {
