@@ -17,7 +17,8 @@ constexpr int kMostTries = 100;
 
 std::string FreeName(const fs::path& folder, std::chrono::system_clock::time_point begin,
                      std::int64_t process, std::string_view job) {
-  fs::create_directories(folder);
+  // Whatever the umask of a program that runs a job.
+  if (fs::create_directories(folder)) fs::permissions(folder, fs::perms(0750));
   std::string run;
   for (int later = 0; later < kMostTries; ++later) {
     run = RunName(begin + std::chrono::seconds(later), process, job);

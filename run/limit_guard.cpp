@@ -28,11 +28,11 @@ std::string Figures(const Excess& excess, const Limit& limit) {
 
 std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& home,
                                            const Vantrel::SiteFile& site, const JobInfo& job,
-                                           const RunOptions& options) {
-  const auto stop = [&](const std::string& why, int exitCode) {
+                                           const RunOptions& options, int exitCode) {
+  const auto stop = [&](const std::string& why, int code) {
     Tell(options, Telling::Message,
          std::string(job.progId) + ": the limit could not be checked, nothing was begun: " + why);
-    Leave(options, exitCode);
+    Leave(options, Graver(exitCode, code));
   };
   PreviewWorld world(home, stop, LongestPreview(site));
   const PreviewedJob previewed = PreviewJob(home, site, job, world, {.options = options});

@@ -19,11 +19,11 @@ namespace orvane {
 class LimitGuard {
  public:
   // Previews the job. Nothing when it would delete more than the limit allows; the figures are told then.
-  // REQUIRES: nobody else runs jobs of the suite. FAILS: as PreviewJob and PreviewWorld; a preview that
-  // cannot go on ends the process with what says so.
+  // `exitCode` is that of the jobs before. REQUIRES: nobody else runs jobs of the suite. FAILS: as PreviewJob
+  // and PreviewWorld; a preview that cannot go on, or is asked to stop, ends the process with what says so.
   static std::optional<LimitGuard> Pass(const effects::Limit& limit, const SuiteHome& home,
                                         const Vantrel::SiteFile& site, const JobInfo& job,
-                                        const RunOptions& options);
+                                        const RunOptions& options, int exitCode);
 
   // To be asked at safe points: whether the run has come to the limit though its preview had not foretold so
   // many deletions, because the suite was changed in between.

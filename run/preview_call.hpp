@@ -22,7 +22,7 @@ struct PreviewCall {
 
 // Calls `look` apart from any run, with a world that stays as it is, when the services of the jobs answer;
 // gives its exit code, or the one that says why it was not called, which is told. A world that cannot be kept
-// apart ends the process. Of the options count home, caller, classes, call, leave and tell.
+// apart ends the process. Of the options count home, caller, classes, call, stop, leave and tell.
 int LookAtRun(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
               const std::function<int(const PreviewCall& call)>& look);
 

@@ -138,6 +138,7 @@ PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, co
                   .host = HostName(),
                   .version = std::string(Version())});
   const automation::SafePoints stopping([&] {
+    if (IsAskedToStop(preview.options)) world.End("asked to stop", kTryAgain);
     if (watch.Gone().empty()) return;
     recorder.Stopping(watch.Gone());
     recorder.End(kUnavailable);

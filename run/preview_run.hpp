@@ -42,7 +42,7 @@ struct PreviewedJob {
 std::optional<std::uint64_t> CountRows(const std::string& table);
 
 struct PreviewOptions {
-  const RunOptions& options;  // of which count the caller's classes, and how the job is called
+  const RunOptions& options;  // of which count the caller's classes, how the job is called, and stop
   // The job's clock, which stands still; nothing: the machine's.
   std::optional<automation::DateTime> at = std::nullopt;
   effects::Listener* listener = nullptr;  // hears every line; may be null

@@ -1,6 +1,9 @@
 #include "run/run_job.hpp"
 
-#include <exception>
+#include <pthread.h>
+
+#include <csignal>
+#include <ctime>
 #include <string>
 
 #include "effects/limit.hpp"
@@ -13,8 +16,39 @@
 #include "run/run_jobs.hpp"
 
 namespace orvane {
+namespace {
+
+// A peer that hangs up is an error of whoever writes to it. Libraries below write to sockets without saying
+// so, and the signal would end the caller's process in the middle of a job.
+class NoBrokenPipes {
+ public:
+  NoBrokenPipes() {
+    sigemptyset(&pipe_);
+    sigaddset(&pipe_, SIGPIPE);
+    sigset_t pending;
+    sigpending(&pending);
+    wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+    pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+  }
+  ~NoBrokenPipes() {
+    constexpr timespec kAtOnce{};
+    while (!wasPending_ && sigtimedwait(&pipe_, nullptr, &kAtOnce) == SIGPIPE) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  NoBrokenPipes(const NoBrokenPipes&) = delete;
+  NoBrokenPipes& operator=(const NoBrokenPipes&) = delete;
+
+ private:
+  sigset_t pipe_{};
+  sigset_t before_{};
+  bool wasPending_ = false;
+};
+
+}  // namespace
 
 int RunJob(const RunOptions& options) try {
+  const NoBrokenPipes noBrokenPipes;
   const JobInfo* const job = FindJob(options.job);
   if (job == nullptr) {
     const automation::Error unknown(automation::ErrorNumber::CannotCreateObject);
@@ -39,8 +73,8 @@ int RunJob(const RunOptions& options) try {
          std::string(previewed.job->progId) + ": would end unfinished: " + previewed.endedBy);
     return kUnfinished;
   });
-} catch (const std::exception& error) {
-  Tell(options, Telling::Message, error.what());
+} catch (...) {
+  Tell(options, Telling::Message, automation::PendingError().Description());
   return kUnfinished;
 }
 

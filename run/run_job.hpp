@@ -47,15 +47,18 @@ struct RunOptions {
   std::optional<std::string> limit = std::nullopt;     // on deletions: "500" of a table or folder, or "5%"
   bool strict = false;                                 // kErrorsLogged when something failed on the way
 
-  // Asked while the lock is waited for, and at each safe point: whether the run is to stop.
+  // Asked while the lock is waited for, and at each safe point, of a preview too: whether the run is to stop.
+  // One that raises is taken to say so.
   std::function<bool()> stop = nullptr;
   // A run that has to stop in its middle ends the process, for a job lets no error through and cannot be
   // left: because `stop` asks for it, the lock was lost, a service went away or the limit was reached, or
   // because a preview cannot go on; on a thread of its own where that has held a server's rows for too long.
-  // The journal is complete then, and why it ends was told. This may add
-  // something of the caller's own; when it returns, or is null, the process ends by std::_Exit with the code.
+  // The journal is complete then, and why it ends was told. This may
+  // add something of the caller's own; when it returns or raises, or is null, the process ends by std::_Exit
+  // with the code.
   std::function<void(int exitCode)> leave = nullptr;
-  // Hears what there is to tell, without a line break at its end. May not raise. Null: nobody hears it.
+  // Hears what there is to tell, without a line break at its end. What it raises is lost. Null: nobody
+  // hears it.
   std::function<void(Telling kind, std::string_view text)> tell = nullptr;
 
   // Changes nothing and makes no journal; `line` hears each line that the run's journal would get.
@@ -65,7 +68,7 @@ struct RunOptions {
 
 // Runs the job, or previews it, on the calling thread, in a runtime of its own, and gives the exit code that
 // "orvane-host run" would end with. Raises nothing. One at a time for each suite: another call waits for the
-// lock, on any thread of any process.
+// lock, on any thread of any process. SIGPIPE is kept back meanwhile on the calling thread.
 ORVANE_EXPORT int RunJob(const RunOptions& options);
 
 }  // namespace orvane

@@ -41,7 +41,7 @@ class JobCall {
     effects::RemoveOldJournals(home_.Journals(), std::chrono::system_clock::now(), JournalDays(site));
     for (const JobInfo* job : jobs) {
       const std::string before = "; stopped before " + std::string(job->progId);
-      if (IsAskedToStop()) return Stopped("asked to stop" + before, kTryAgain);
+      if (IsAskedToStop(options_)) return Stopped("asked to stop" + before, kTryAgain);
       if (!lock_->BeginJob(job->progId)) {
         return Stopped("the lock of the suite's database was lost" + before, kTryAgain);
       }
@@ -65,7 +65,7 @@ class JobCall {
     std::optional<LimitGuard> limit;
     if (options_.limit) {
       limit = LimitGuard::Pass(*effects::Limit::Parse(*options_.limit), home_, ReadConfiguration(home_), job,
-                               options_);
+                               options_, exitCode_);
       if (!limit) {
         exitCode_ = Graver(exitCode_, kLimit);
         return std::nullopt;
@@ -87,8 +87,6 @@ class JobCall {
     return stop;
   }
 
-  bool IsAskedToStop() const { return options_.stop && options_.stop(); }
-
   // Why the job has to stop at the safe point where it is.
   std::optional<Recording::Stop> MustStop(const Recording& recording,
                                           const std::optional<LimitGuard>& limit) const {
@@ -102,7 +100,7 @@ class JobCall {
     if (limit) {
       if (auto stop = limit->MustStop(recording.CountsSoFar())) return stop;
     }
-    if (IsAskedToStop()) return Recording::Stop{"asked to stop", kTryAgain, true};
+    if (IsAskedToStop(options_)) return Recording::Stop{"asked to stop", kTryAgain, true};
     return std::nullopt;
   }
 
@@ -143,8 +141,20 @@ int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
   }
 }
 
-void Tell(const RunOptions& options, Telling kind, std::string_view text) {
-  if (options.tell) options.tell(kind, text);
+void Tell(const RunOptions& options, Telling kind, std::string_view text) noexcept {
+  try {
+    if (options.tell) options.tell(kind, text);
+  } catch (...) {
+    // Nobody else is there to be told.
+  }
+}
+
+bool IsAskedToStop(const RunOptions& options) noexcept {
+  try {
+    return options.stop && options.stop();
+  } catch (...) {
+    return true;
+  }
 }
 
 void CallJob(const JobInfo& job, const RunOptions& options) {
@@ -156,8 +166,13 @@ void CallJob(const JobInfo& job, const RunOptions& options) {
   }
 }
 
-void Leave(const RunOptions& options, int exitCode) {
-  if (options.leave) options.leave(exitCode);
+// From the middle of a job, whose traps would take what came out of here for a failure of its own.
+void Leave(const RunOptions& options, int exitCode) noexcept {
+  try {
+    if (options.leave) options.leave(exitCode);
+  } catch (...) {
+    // The end stays the end.
+  }
   std::_Exit(exitCode);
 }
 

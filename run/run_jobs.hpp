@@ -29,12 +29,16 @@ int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
             const Surroundings& surroundings);
 
 // What the options' function for it hears, if there is one.
-void Tell(const RunOptions& options, Telling kind, std::string_view text);
+void Tell(const RunOptions& options, Telling kind, std::string_view text) noexcept;
+
+// Whether the options' function for it says so; a function that fails says so as well. Without one nobody
+// asks.
+bool IsAskedToStop(const RunOptions& options) noexcept;
 
 // Creates the job by its ProgID and calls it as the options say. Raises what the call raises.
 void CallJob(const JobInfo& job, const RunOptions& options);
 
 // Ends the process, the caller's own last words before.
-[[noreturn]] void Leave(const RunOptions& options, int exitCode);
+[[noreturn]] void Leave(const RunOptions& options, int exitCode) noexcept;
 
 }  // namespace orvane

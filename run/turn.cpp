@@ -46,7 +46,7 @@ std::unique_ptr<orvane_lock::SuiteLock> TakeTurn(const SuiteHome& home, const Va
                                                Tell(options, Telling::Message,
                                                     "the suite is held by " + holder + "; waiting");
                                              },
-                                         .givenUp = [&options] { return options.stop && options.stop(); }});
+                                         .givenUp = [&options] { return IsAskedToStop(options); }});
   } catch (const orvane_lock::GivenUp&) {
     return refused(kTryAgain, "asked to stop while waiting; nothing was begun");
   } catch (const orvane_lock::Busy& held) {

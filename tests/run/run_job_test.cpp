@@ -21,7 +21,9 @@
 #include "components/interfaces/log.hpp"
 #include "host/commands.hpp"
 #include "platform/automation/runtime.hpp"
+#include "run/job_table.hpp"
 #include "run/lock/file_lock.hpp"
+#include "run/run_jobs.hpp"
 #include "suite/composition/register_suite.hpp"
 #include "suite/composition/suite_home.hpp"
 #include "tests/support/raised_error.hpp"
@@ -228,6 +230,35 @@ TEST_F(RunJobTest, TellsWhatACallRaises) {
   EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("ended by: "))));
 }
 
+TEST_F(RunJobTest, RaisesNothingWhateverItsCallerDoes) {
+  options_.tell = [](Telling, std::string_view) { throw 1; };
+  EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
+  options_.preview = true;
+  options_.line = [](std::string_view) { throw 1; };
+  EXPECT_EQ(orvane::RunJob(options_), orvane::kUnfinished);
+}
+
+TEST_F(RunJobTest, APeerThatHangsUpDoesNotEndTheProcess) {
+  EXPECT_EXIT(
+      {
+        options_.call = [](const automation::ObjectPtr&) { std::raise(SIGPIPE); };
+        const int exitCode = orvane::RunJob(options_);
+        sigset_t pending;
+        sigpending(&pending);
+        std::_Exit(sigismember(&pending, SIGPIPE) == 1 ? 1 : exitCode);
+      },
+      testing::ExitedWithCode(orvane::kOk), "");
+}
+
+TEST_F(RunJobTest, TheJournalsAreForOwnerAndGroupWhateverTheUmask) {
+  const mode_t before = umask(0);
+  EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
+  umask(before);
+  EXPECT_EQ(fs::status(home_.Journals()).permissions(), fs::perms(0750));
+  ASSERT_EQ(Journals().size(), 1U);
+  EXPECT_EQ(fs::status(Journals()[0]).permissions(), fs::perms(0600));
+}
+
 TEST_F(RunJobTest, BeginsNothingThatALimitForbids) {
   options_.limit = "0";
   EXPECT_EQ(orvane::RunJob(options_), orvane::kLimit);
@@ -261,6 +292,53 @@ TEST_F(RunJobTest, EndsTheProcessAtASafePointWhenItIsToStop) {
   const std::string journal = orvane_test::TemporaryFolder::Read(Journals()[0]);
   EXPECT_THAT(journal, HasSubstr("\"op\":\"row.delete\""));
   EXPECT_THAT(journal, HasSubstr("\"op\":\"run.end\",\"exit\":75"));
+}
+
+TEST_F(RunJobTest, EndsAtASafePointAlsoWhenTheLastWordIsAnError) {
+  EXPECT_EXIT(
+      {
+        int asked = 0;
+        options_.stop = [&asked] { return ++asked > 3; };
+        options_.leave = [](int) { throw std::runtime_error("no last word"); };
+        orvane::RunJob(options_);
+        std::_Exit(0);
+      },
+      testing::ExitedWithCode(orvane::kTryAgain), "");
+}
+
+// The first job ends with an error; the second is asked to stop while its limit is checked.
+TEST_F(RunJobTest, StopsWhileALimitIsCheckedAndKeepsTheGraverCode) {
+  EXPECT_EXIT(
+      {
+        bool ended = false;
+        int asked = 0;
+        options_.limit = "100%";
+        options_.tell = [&ended](Telling kind, std::string_view text) {
+          ended = ended || kind == Telling::Outcome;
+          std::cerr << text << std::endl;
+        };
+        options_.stop = [&] { return ended && ++asked > 1; };
+        options_.call = [](const automation::ObjectPtr& job) {
+          if (dynamic_cast<OrvaneProcess::CleanUpService*>(job.get()) != nullptr) throw 1;
+          automation::As<OrvaneProcess::Job>(job)->Run();
+        };
+        std::_Exit(orvane::RunJobs({orvane::FindJob("CleanUp"), orvane::FindJob("DormantUserExpiry")},
+                                   options_, {}));
+      },
+      testing::ExitedWithCode(orvane::kUnfinished), "nothing was begun: asked to stop");
+  EXPECT_EQ(Journals().size(), 1U);
+}
+
+TEST_F(RunJobTest, APreviewIsStoppedToo) {
+  EXPECT_EXIT(
+      {
+        int asked = 0;
+        options_.preview = true;
+        options_.stop = [&asked] { return ++asked > 3; };
+        orvane::RunJob(options_);
+        std::_Exit(0);
+      },
+      testing::ExitedWithCode(orvane::kTryAgain), "");
 }
 
 TEST_F(RunJobTest, PreviewsWithoutACallersComponentThatCouldChangeSomething) {
