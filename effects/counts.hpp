@@ -34,6 +34,8 @@ class Counts {
   // An effect counts as done until its failure is told.
   void Add(const Effect& effect);
   void AddFailure(const Effect& effect, automation::Outcome outcome);
+  // An effect that counted as one turns out to be so many.
+  void Recount(const Effect& effect, std::uint64_t items) { At(effect).done += items - 1; }
   void AddLogText(bool known) { ++(known ? knownLogTexts_ : logTexts_); }
 
   const std::map<Key, Count, Less>& All() const { return all_; }

@@ -20,8 +20,18 @@ std::optional<Number> WholeText(std::string_view text) {
   return number;
 }
 
+using Of = Deletions::Of;
+
+std::optional<Of> KindOf(std::string_view op, bool apart) {
+  if (op == "row.delete" || op == "rows.delete") return Of::Rows;
+  if (op == "shared.delete") return Of::Shared;
+  if (op == "file.delete") return apart ? Of::Files : Of::Items;
+  if (op == "folder.delete") return apart ? Of::Folders : Of::Items;
+  return std::nullopt;
+}
+
 bool IsEmptiedByRule(const Deletions& deletions) {
-  if (deletions.isTable) return base::EqualsIgnoringAsciiCase(deletions.subject, "PREVIEW");
+  if (deletions.of == Of::Rows) return base::EqualsIgnoringAsciiCase(deletions.subject, "PREVIEW");
   const std::size_t slash = deletions.subject.find_last_of("/\\");
   const std::string_view name =
       std::string_view(deletions.subject).substr(slash == std::string::npos ? 0 : slash + 1);
@@ -50,13 +60,12 @@ std::string Limit::Text() const {
   return std::string(text, end) + "%";
 }
 
-std::vector<Deletions> DeletionsOf(const Counts& counts) {
-  std::map<std::pair<bool, std::string>, std::uint64_t> sums;
+std::vector<Deletions> DeletionsOf(const Limit& limit, const Counts& counts) {
+  std::map<std::pair<Of, std::string>, std::uint64_t> sums;
   for (const auto& [key, count] : counts.All()) {
     const auto& [op, subject] = key;
-    const bool row = op == "row.delete" || op == "rows.delete";
-    const bool item = op == "file.delete" || op == "folder.delete" || op == "shared.delete";
-    if ((row || item) && count.done + count.unknown > 0) sums[{row, subject}] += count.done + count.unknown;
+    const std::optional<Of> of = KindOf(op, limit.percent.has_value());
+    if (of && count.done + count.unknown > 0) sums[{*of, subject}] += count.done + count.unknown;
   }
   std::vector<Deletions> all;
   for (const auto& [key, count] : sums) {
@@ -73,10 +82,11 @@ std::uint64_t Allowed(const Limit& limit, std::uint64_t of) {
 
 std::vector<Excess> ExcessesOf(const Limit& limit, const Counts& counts, const Holding& holding) {
   std::vector<Excess> excesses;
-  for (Deletions& deletions : DeletionsOf(counts)) {
-    const std::uint64_t of = limit.percent ? holding(deletions) : 0;
-    const std::uint64_t allowed = Allowed(limit, of);
-    if (deletions.count > allowed) excesses.push_back({std::move(deletions), of, allowed});
+  for (Deletions& deletions : DeletionsOf(limit, counts)) {
+    const std::optional<std::uint64_t> of = limit.percent ? holding(deletions) : 0;
+    if (!of) continue;
+    const std::uint64_t allowed = Allowed(limit, *of);
+    if (deletions.count > allowed) excesses.push_back({std::move(deletions), *of, allowed});
   }
   return excesses;
 }

@@ -22,16 +22,24 @@ struct Limit {
   std::string Text() const;
 };
 
-// What deletions of one table or one folder come to.
+// What deletions in one place come to.
 struct Deletions {
+  enum class Of {
+    Rows,
+    Items,  // files and folders of a folder
+    Files,  // the same, each by themselves
+    Folders,
+    Shared,  // files of a folder that the servers of a web farm share
+  };
   std::string subject;  // the table or the folder
-  bool isTable = false;
+  Of of = Of::Rows;
   std::uint64_t count = 0;
 };
 
 // By tables and folders, those of the table PREVIEW and of the folder HTML left out: these are emptied by
-// rule.
-std::vector<Deletions> DeletionsOf(const Counts& counts);
+// rule. Where the limit is a share, files and folders are apart: a folder may go with all that is in it, and
+// counts as one.
+std::vector<Deletions> DeletionsOf(const Limit& limit, const Counts& counts);
 
 struct Excess {
   Deletions deletions;
@@ -39,8 +47,8 @@ struct Excess {
   std::uint64_t allowed = 0;
 };
 
-// How many a table or a folder holds before the run.
-using Holding = std::function<std::uint64_t(const Deletions& of)>;
+// How many a table or a folder holds before the run; nothing of one that no share is taken of.
+using Holding = std::function<std::optional<std::uint64_t>(const Deletions& of)>;
 
 std::uint64_t Allowed(const Limit& limit, std::uint64_t of);
 std::vector<Excess> ExcessesOf(const Limit& limit, const Counts& counts, const Holding& holding);

@@ -101,6 +101,10 @@ class Recorder final : public ADODB::ChangeObserver {
   // Tells an effect that is about to take place, and gives what stands for it.
   EntryPtr Tell(Effect effect);
   void TellFailed(const EntryPtr& told, const automation::Error& error) noexcept;
+  // What was told as one effect has changed so many items.
+  void Recount(const EntryPtr& told, std::uint64_t items) {
+    counts_.Recount(std::get<Effect>(told->what), items);
+  }
 
   // Tells the effect and does it; when that fails tells so and passes the error on.
   template <class Act>

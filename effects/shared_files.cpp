@@ -68,8 +68,20 @@ class RecordedSharedFiles final : public FileHandling {
 
   automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
                                       FolderKind kind) override {
-    return recorder_.Do(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(NameOf(kind))},
-                        [&] { return real_->DeleteAgedFiles(path, keepMinutes, kind); });
+    const EntryPtr told =
+        recorder_.Tell(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(NameOf(kind))});
+    try {
+      automation::Variant deleted = real_->DeleteAgedFiles(path, keepMinutes, kind);
+      if (const auto* files = std::get_if<std::int32_t>(&deleted.Get()); files != nullptr && *files >= 0) {
+        recorder_.Recount(told, static_cast<std::uint64_t>(*files));
+      }
+      return deleted;
+    } catch (...) {
+      automation::Error error = automation::PendingError();
+      error.WithOutcome(automation::Outcome::Unknown);  // some may be gone
+      recorder_.TellFailed(told, error);
+      throw;
+    }
   }
 
   // The whole list is one call: when it fails, nobody knows of which items.

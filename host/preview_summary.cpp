@@ -50,6 +50,17 @@ RunCounts CountsOf(const effects::Counts& counts) {
   return sums;
 }
 
+// How many there were of what is deleted.
+std::optional<std::uint64_t> HeldBefore(const PreviewedJob& previewed, std::string_view op,
+                                        const std::string& subject) {
+  using Of = effects::Deletions::Of;
+  if (op == "row.delete") return previewed.Held(Of::Rows, subject);
+  if (op == "file.delete") return previewed.Held(Of::Files, subject);
+  if (op == "folder.delete") return previewed.Held(Of::Folders, subject);
+  if (op == "shared.delete") return previewed.Held(Of::Shared, subject);
+  return std::nullopt;
+}
+
 std::string Grouped(std::uint64_t number) {
   std::string digits = std::to_string(number);
   for (std::size_t at = digits.size(); at > 3;) digits.insert(at -= 3, ",");
@@ -122,14 +133,11 @@ void PrintSummary(const PreviewedJob& previewed, const std::vector<RunCounts>& l
       if (key.first != words.op) continue;
       nothing = false;
       out << "  would " << words.doing << ' ' << Grouped(count);
-      const bool isTable = key.first.starts_with("row.");
-      const auto& held = isTable ? previewed.rows : previewed.items;
-      const auto of = held.find(key.second);
-      const bool deletes = key.first.ends_with(".delete");
-      if (deletes && of != held.end()) out << " of " << Grouped(of->second);
+      const std::optional<std::uint64_t> held = HeldBefore(previewed, key.first, key.second);
+      if (held) out << " of " << Grouped(*held);
       out << ' ' << words.what;
       if (!key.second.empty()) out << ' ' << base::WithControlsShown(key.second);
-      if (deletes && of != held.end()) out << Share(count, of->second);
+      if (held) out << Share(count, *held);
       out << Comparison(key, lastRuns) << '\n';
     }
   }

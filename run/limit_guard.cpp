@@ -1,6 +1,7 @@
 #include "run/limit_guard.hpp"
 
 #include <filesystem>
+#include <limits>
 #include <system_error>
 
 #include "effects/progress.hpp"
@@ -8,6 +9,7 @@
 #include "run/preview_run.hpp"
 #include "run/preview_world.hpp"
 #include "run/run_jobs.hpp"
+#include "suite/composition/composition.hpp"
 #include "suite/composition/site_settings.hpp"
 
 namespace orvane {
@@ -17,10 +19,39 @@ using effects::Deletions;
 using effects::Excess;
 using effects::Limit;
 
+constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
+
+LimitGuard::Key KeyOf(const Deletions& deletions) {
+  return {deletions.of, deletions.subject};
+}
+
+// What lies in the folder now.
+std::uint64_t CountIn(const std::filesystem::path& folder, bool deep, bool folders) {
+  using Walk = std::filesystem::recursive_directory_iterator;
+  std::uint64_t count = 0;
+  std::error_code failed;
+  for (Walk at(folder, std::filesystem::directory_options::skip_permission_denied, failed);
+       !failed && at != Walk(); at.increment(failed)) {
+    std::error_code unknown;
+    const bool isFolder = at->symlink_status(unknown).type() == std::filesystem::file_type::directory;
+    if (isFolder == folders) ++count;
+    if (!deep) at.disable_recursion_pending();
+  }
+  return count;
+}
+
+// What a share is taken of. Nothing of shared files that go by their names: they went here before, and count
+// there.
+std::optional<std::uint64_t> Whole(const PreviewedJob& previewed, const Deletions& deletions) {
+  const auto held = previewed.Held(deletions.of, deletions.subject);
+  return deletions.of == Deletions::Of::Shared ? held : held.value_or(0);
+}
+
 std::string Figures(const Excess& excess, const Limit& limit) {
   std::string text = std::to_string(excess.deletions.count);
   if (limit.percent) text += " of " + std::to_string(excess.of);
-  text += excess.deletions.isTable ? " rows of " : " items of ";
+  constexpr const char* kWhat[] = {" rows of ", " items of ", " files of ", " folders of ", " files of "};
+  text += kWhat[static_cast<std::size_t>(excess.deletions.of)];
   return text + excess.deletions.subject + ", " + std::to_string(excess.allowed) + " allowed";
 }
 
@@ -37,7 +68,7 @@ std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& 
   PreviewWorld world(home, stop, LongestPreview(site));
   const PreviewedJob previewed = PreviewJob(home, site, job, world, {.options = options});
   const auto excesses =
-      ExcessesOf(limit, previewed.counts, [&](const Deletions& of) { return previewed.Held(of); });
+      ExcessesOf(limit, previewed.counts, [&](const Deletions& of) { return Whole(previewed, of); });
   if (!excesses.empty()) {
     std::string text = std::string(job.progId) + ": the limit of " + limit.Text() +
                        " would be exceeded; nothing was begun. It would delete";
@@ -47,30 +78,38 @@ std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& 
   }
   LimitGuard guard(limit, home.Path().string());
   guard.progress_ = effects::ProgressTotal(previewed.counts);
-  for (const Deletions& deletions : DeletionsOf(previewed.counts)) {
-    guard.foretold_[{deletions.isTable, deletions.subject}] = {deletions.count,
-                                                               Allowed(limit, previewed.Held(deletions))};
+  for (const Deletions& deletions : DeletionsOf(limit, previewed.counts)) {
+    const auto of = limit.percent ? Whole(previewed, deletions) : 0;
+    guard.foretold_[KeyOf(deletions)] = {deletions.count, of ? Allowed(limit, *of) : kUnlimited};
   }
+  guard.sharedFiles_ = previewed.sharedFiles;
   return guard;
 }
 
 // Of what was not foretold the share is one of what there is now, and of what went.
 LimitGuard::Foretold LimitGuard::Of(const Deletions& deletions) const {
-  const auto known = foretold_.find({deletions.isTable, deletions.subject});
+  const auto known = foretold_.find(KeyOf(deletions));
   if (known != foretold_.end()) return known->second;
+  if (limit_.count) return {0, *limit_.count};
+  const std::string& subject = deletions.subject;
   std::uint64_t now = 0;
-  if (deletions.isTable) {
-    now = CountRows(deletions.subject).value_or(0);
-  } else {
-    std::error_code failed;
-    const std::filesystem::directory_iterator items(std::filesystem::path(home_) / deletions.subject, failed);
-    if (!failed) now = static_cast<std::uint64_t>(std::distance(begin(items), end(items)));
+  switch (deletions.of) {
+    case Deletions::Of::Rows:
+      now = CountRows(subject).value_or(0);
+      break;
+    case Deletions::Of::Shared: {
+      const auto held = sharedFiles_.find(subject);
+      return {0, held == sharedFiles_.end() ? kUnlimited : Allowed(limit_, held->second)};
+    }
+    default:
+      now = CountIn(std::filesystem::path(home_) / subject, IsCountedDeep(subject),
+                    deletions.of == Deletions::Of::Folders);
   }
   return {0, Allowed(limit_, now + deletions.count)};
 }
 
 std::optional<Recording::Stop> LimitGuard::MustStop(const effects::Counts& soFar) const {
-  for (const Deletions& deletions : DeletionsOf(soFar)) {
+  for (const Deletions& deletions : DeletionsOf(limit_, soFar)) {
     const Foretold foretold = Of(deletions);
     if (deletions.count < foretold.allowed || deletions.count <= foretold.count) continue;
     return Recording::Stop{"the limit of " + limit_.Text() + " is reached in " + deletions.subject + ": " +

@@ -18,6 +18,8 @@ namespace orvane {
 
 class LimitGuard {
  public:
+  using Key = std::pair<effects::Deletions::Of, std::string>;  // with the table or folder
+
   // Previews the job. Nothing when it would delete more than the limit allows; the figures are told then.
   // `exitCode` is that of the jobs before. REQUIRES: nobody else runs jobs of the suite. FAILS: as PreviewJob
   // and PreviewWorld; a preview that cannot go on, or is asked to stop, ends the process with what says so.
@@ -44,7 +46,8 @@ class LimitGuard {
   effects::Limit limit_;
   std::string home_;
   std::uint64_t progress_ = 0;
-  std::map<std::pair<bool, std::string>, Foretold> foretold_;  // by whether it is a table, and its name
+  std::map<Key, Foretold> foretold_;
+  std::map<std::string, std::uint64_t> sharedFiles_;  // of the shared folders that were looked through
 };
 
 }  // namespace orvane

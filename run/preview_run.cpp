@@ -1,5 +1,7 @@
 #include "run/preview_run.hpp"
 
+#include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -41,10 +43,23 @@ class Warnings final : public effects::Listener {
   std::vector<std::string>& texts_;
 };
 
-std::optional<std::uint64_t> ItemsNow(const base::FileLayer& layer, const std::filesystem::path& folder) {
+// Whether something is a folder, and no link to one.
+bool IsFolder(const base::FileLayer& layer, const std::filesystem::path& path, unsigned char type) {
+  if (type != DT_UNKNOWN) return type == DT_DIR;
+  struct stat status {};
+  return layer.Lstat(path.string(), status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool Count(const base::FileLayer& layer, const std::filesystem::path& folder, bool deep,
+           PreviewedJob::Items& items) {
   std::vector<base::FileLayer::Child> children;
-  if (layer.List(folder.string(), children) != 0) return std::nullopt;
-  return children.size();
+  if (layer.List(folder.string(), children) != 0) return false;
+  for (const base::FileLayer::Child& child : children) {
+    const bool isFolder = IsFolder(layer, folder / child.name, child.type);
+    ++(isFolder ? items.folders : items.files);
+    if (isFolder && deep) Count(layer, folder / child.name, deep, items);
+  }
+  return true;
 }
 
 // What there was before: what is there now, and what went, without what came.
@@ -52,13 +67,17 @@ std::uint64_t Before(std::uint64_t now, std::uint64_t gone, std::uint64_t come) 
   return now + gone < come ? 0 : now + gone - come;
 }
 
-void CountHoldings(PreviewedJob& previewed, const base::FileLayer& layer, const std::filesystem::path& home) {
+void CountHoldings(PreviewedJob& previewed, const World& world, const std::filesystem::path& home) {
   struct Change {
     std::uint64_t gone = 0;
     std::uint64_t come = 0;
   };
+  struct ChangeOfItems {
+    Change files;
+    Change folders;
+  };
   std::map<std::string, Change> tables;
-  std::map<std::string, Change> folders;
+  std::map<std::string, ChangeOfItems> folders;
   for (const auto& [key, count] : previewed.counts.All()) {
     const auto& [op, subject] = key;
     if (op.starts_with("row")) {
@@ -66,7 +85,7 @@ void CountHoldings(PreviewedJob& previewed, const base::FileLayer& layer, const 
       if (op.ends_with(".delete")) change.gone += count.done;
       if (op.ends_with(".insert")) change.come += count.done;
     } else if (op.starts_with("file.") || op.starts_with("folder.")) {
-      Change& change = folders[subject];
+      Change& change = op.starts_with("file.") ? folders[subject].files : folders[subject].folders;
       if (op.ends_with(".delete")) change.gone += count.done;
       if (op == "folder.create" || op == "file.write") change.come += count.done;
     }
@@ -75,10 +94,13 @@ void CountHoldings(PreviewedJob& previewed, const base::FileLayer& layer, const 
     if (const auto now = CountRows(table)) previewed.rows[table] = Before(*now, change.gone, change.come);
   }
   for (const auto& [folder, change] : folders) {
-    if (const auto now = ItemsNow(layer, home / folder)) {
-      previewed.items[folder] = Before(*now, change.gone, change.come);
+    PreviewedJob::Items now;
+    if (Count(*world.layer, home / folder, IsCountedDeep(folder), now)) {
+      previewed.items[folder] = {Before(now.files, change.files.gone, change.files.come),
+                                 Before(now.folders, change.folders.gone, change.folders.come)};
     }
   }
+  previewed.sharedFiles = *world.sharedFiles;
 }
 
 }  // namespace
@@ -92,10 +114,17 @@ std::optional<std::uint64_t> CountRows(const std::string& table) try {
   return std::nullopt;
 }
 
-std::uint64_t PreviewedJob::Held(const effects::Deletions& of) const {
-  const auto& held = of.isTable ? rows : items;
-  const auto found = held.find(of.subject);
-  return found == held.end() ? 0 : found->second;
+std::optional<std::uint64_t> PreviewedJob::Held(effects::Deletions::Of of, const std::string& subject) const {
+  using Of = effects::Deletions::Of;
+  const auto in = [&subject](const auto& held) {
+    const auto found = held.find(subject);
+    return found == held.end() ? std::nullopt : std::optional(found->second);
+  };
+  if (of == Of::Rows) return in(rows);
+  if (of == Of::Shared) return in(sharedFiles);
+  const std::optional<Items> there = in(items);
+  if (!there) return std::nullopt;
+  return of == Of::Files ? there->files : of == Of::Folders ? there->folders : there->files + there->folders;
 }
 
 PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, const JobInfo& job,
@@ -155,7 +184,7 @@ PreviewedJob PreviewJob(const SuiteHome& home, const Vantrel::SiteFile& site, co
   }
   recorder.End(previewed.finished ? kOk : kUnfinished);
   previewed.counts = recorder.CountsSoFar();
-  CountHoldings(previewed, *world.Parts().layer, home.Path());
+  CountHoldings(previewed, world.Parts(), home.Path());
   return previewed;
 }
 

@@ -28,13 +28,20 @@ struct PreviewedJob {
   effects::Counts counts;
   // What failed, as a run would print it; the first ones.
   std::vector<std::string> warnings;
-  // Rows of tables and items of folders before the job, of those that it would change.
+  struct Items {
+    std::uint64_t files = 0;
+    std::uint64_t folders = 0;
+  };
+  // Rows of tables, and what lies in folders, before the job, of those that it would change. Of shared
+  // folders the files where the job looks for old ones.
   std::map<std::string, std::uint64_t> rows;
-  std::map<std::string, std::uint64_t> items;
+  std::map<std::string, Items> items;
+  std::map<std::string, std::uint64_t> sharedFiles;
   bool finished = false;  // by its stop line, or by returning from a call of the caller's own
   std::string endedBy;    // if it did not
 
-  std::uint64_t Held(const effects::Deletions& of) const;
+  // How many there were of what is deleted; nothing where that is not known.
+  std::optional<std::uint64_t> Held(effects::Deletions::Of of, const std::string& subject) const;
 };
 
 // The rows that the table of the suite's database has for the current runtime; nothing when they cannot be

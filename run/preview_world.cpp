@@ -47,7 +47,10 @@ void EndHolding(const PreviewWorld::Stop& stop, std::chrono::seconds longest) {
 PreviewWorld::PreviewWorld(const SuiteHome& home, Stop stop, std::chrono::seconds longest)
     : stop_(stop),
       deadline_(std::make_unique<Deadline>(longest, [stop, longest] { EndHolding(stop, longest); })),
-      parts_{.providers = {}, .layer = nullptr, .ownFolder = OwnFolder(home.Path())} {
+      parts_{.providers = {},
+             .layer = nullptr,
+             .ownFolder = OwnFolder(home.Path()),
+             .sharedFiles = std::make_shared<std::map<std::string, std::uint64_t>>()} {
   const fs::path& folder = parts_.ownFolder;
   parts_.layer = std::make_shared<base::FileLayer>(folder.string(), [stop, folder](int error) {
     stop("the preview's own files in " + folder.string() + ": " + std::generic_category().message(error),

@@ -73,6 +73,8 @@ void RegisterFilesMailsAndLog(ClassTable& classes, const SuiteHome& home, const 
   CDO::RegisterClasses(classes, mail);
 }
 
+constexpr std::ptrdiff_t kCountedDepth = 2;
+
 // What a file is counted under: below the installation the folder that operators know, and not each of the
 // many that may lie in it.
 std::string CountedFolder(const std::filesystem::path& home, const std::string& native) {
@@ -80,9 +82,9 @@ std::string CountedFolder(const std::filesystem::path& home, const std::string& 
   const std::filesystem::path below = path.lexically_relative(home);
   if (below.empty() || *below.begin() == "..") return path.parent_path().string();
   std::filesystem::path folder;
-  int parts = 0;
+  std::ptrdiff_t parts = 0;
   for (const std::filesystem::path& part : below.parent_path()) {
-    if (++parts > 2) break;
+    if (++parts > kCountedDepth) break;
     folder /= part;
   }
   return folder.string();
@@ -137,6 +139,13 @@ class FolderNames {
   Scripting::local::FolderNames names_;
 };
 
+std::function<void(std::string_view, std::size_t)> CountOfShared(const World* world) {
+  if (world == nullptr || !world->sharedFiles) return nullptr;
+  return [counts = world->sharedFiles](std::string_view folder, std::size_t files) {
+    counts->try_emplace(std::string(folder), files);
+  };
+}
+
 std::function<std::chrono::system_clock::time_point()> FileClock(
     const std::optional<automation::DateTime>& at) {
   if (!at) return &std::chrono::system_clock::now;
@@ -157,6 +166,7 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
                 .ftp = FtpSettings(site, home),
                 .layer = LayerOf(world),
                 .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder,
+                .counted = CountOfShared(world),
                 .clock = FileClock(wiring.at)});
   if (world != nullptr) {
     effects::RegisterSilentComponents(classes);
@@ -233,6 +243,11 @@ ClassTable Wrappers(const ClassTable& real, const Wiring& wiring, const effects:
 
 std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home) {
   return {ADODB::sqlite::MakeProvider(home.Path()), ADODB::odbc::MakeProvider()};
+}
+
+bool IsCountedDeep(const std::string& folder) {
+  const std::filesystem::path path(folder);
+  return path.is_relative() && std::distance(path.begin(), path.end()) >= kCountedDepth;
 }
 
 Vantrel::SiteFile ReadConfiguration(const SuiteHome& home) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/adodb/session/provider.hpp"
@@ -12,6 +13,9 @@
 #include "suite/configuration/site_file.hpp"
 
 namespace orvane {
+
+// Whether changes deeper in a folder that changes of files are counted under count under it as well.
+bool IsCountedDeep(const std::string& folder);
 
 // What reaches the databases that connection strings of this suite lead to.
 std::vector<std::shared_ptr<ADODB::engine::Provider>> DatabaseProviders(const SuiteHome& home);

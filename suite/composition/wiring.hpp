@@ -1,9 +1,12 @@
 // What stands between a suite's classes and its jobs while a run is recorded or previewed.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/adodb/session/provider.hpp"
@@ -23,6 +26,8 @@ struct World {
   std::vector<std::shared_ptr<ADODB::engine::Provider>> providers;
   std::shared_ptr<base::FileLayer> layer;
   std::filesystem::path ownFolder;  // for files of its own; nameless, or gone when a call returns
+  // Files of the shared folders that are looked through for old ones, as first seen. May be null.
+  std::shared_ptr<std::map<std::string, std::uint64_t>> sharedFiles = nullptr;
 };
 
 // All of it must outlive what the runtime's classes make. Nothing is wrapped where there is no recorder.

@@ -141,6 +141,7 @@ class SharedFiles : public FileHandling {
     const std::chrono::sys_seconds keptSince =
         std::chrono::floor<std::chrono::seconds>(options_.clock()) - std::chrono::minutes(keepMinutes);
     const std::vector<StoredFile> files = store->Files(FolderOf(kind));
+    if (options_.counted) options_.counted(FolderOf(kind), files.size());
     Failures failures;
     for (const StoredFile& file : files) {
       if (file.lastUsed >= keptSince) continue;

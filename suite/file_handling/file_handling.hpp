@@ -7,11 +7,13 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/automation/class_table.hpp"
 #include "platform/base/file_layer.hpp"
@@ -42,6 +44,8 @@ struct FileHandlingOptions {
   // what a server holds; null where changes are made.
   std::shared_ptr<base::FileLayer> layer = nullptr;
   std::filesystem::path ownFolder = {};
+  // Told how many files a shared folder holds before old ones are deleted in it. May be null.
+  std::function<void(std::string_view folder, std::size_t files)> counted = {};
   // By which files are old.
   std::function<std::chrono::system_clock::time_point()> clock = &std::chrono::system_clock::now;
 };

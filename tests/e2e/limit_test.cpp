@@ -1,6 +1,8 @@
 // A limit is checked by a preview before a run, and latched while it lasts.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -56,6 +58,35 @@ TEST_F(RunLimitTest, ThePreviewTellsProgressHowMuchThereIsToDo) {
   const Outcome unknown = suite_.Run({"CleanUp"}, {"--progress", "always"});
   EXPECT_THAT(unknown.err, HasSubstr(" a second, 0:0"));
   EXPECT_THAT(unknown.err, Not(HasSubstr("%")));
+}
+
+// Of what the servers of a web farm share: files that have grown old.
+TEST_F(RunLimitTest, ASharedFolderHasItsLimitToo) {
+  // A sweep by age ends at the first file that lies here.
+  const fs::path here = suite_.Home() / "Data/tempAttachments";
+  fs::remove_all(here);
+  fs::create_directory(here);
+  const fs::path shared = suite_.Folder() / "shared";
+  fs::create_directories(shared / "tempAttachments");
+  for (int i = 0; i < 10; ++i) {
+    const fs::path file = shared / "tempAttachments" / std::to_string(i);
+    std::ofstream(file) << "x";
+    if (i >= 3) continue;
+    constexpr timespec kOld[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), kOld, 0), 0);
+  }
+  suite_.Sql("UPDATE PARAMETERS SET PARAM_VALUE = 'true' WHERE PARAM_NAME = 'Webfarm Implemented'");
+  suite_.Sql("UPDATE PARAMETERS SET PARAM_VALUE = '" + shared.string() + "' WHERE PARAM_NAME = 'FTPPath'");
+  EXPECT_THAT(suite_.Preview({"CleanUp"}, {}).out,
+              HasSubstr("would delete 3 of 10 shared items of tempAttachments (30.0 %)"));
+  EXPECT_THAT(suite_.Run({"CleanUp"}, {"--limit", "29%"}).err,
+              HasSubstr("3 of 10 files of tempAttachments, 2 allowed"));
+  EXPECT_THAT(suite_.Run({"CleanUp"}, {"--limit", "2"}).err,
+              HasSubstr("3 files of tempAttachments, 2 allowed"));
+  const Outcome allowed = suite_.Run({"CleanUp"}, {"--limit", "100%"});
+  EXPECT_EQ(allowed.exitCode, 0) << allowed.err;
+  EXPECT_EQ(std::distance(fs::directory_iterator(shared / "tempAttachments"), {}), 7);
+  EXPECT_THAT(suite_.Journals(), HasSubstr(R"("tempAttachments":3)"));
 }
 
 // The suite changes when the job has been previewed and cannot yet delete anything: another session has
@@ -169,13 +200,33 @@ TEST_F(LimitLatchOnFoldersTest, StopsTheRunWhenFilesAreAddedToAFolder) {
   EXPECT_EQ(Lines().back()["exit"], 77);
 }
 
+TEST_F(LimitLatchOnFoldersTest, AShareIsOneOfAllThatLiesInTheFolderHoweverDeep) {
+  {
+    SqliteDatabase database(suite_.DatabaseFile());
+    Attach(database, 1, 6);
+    Attach(database, 6, 11);
+    database.Run("UPDATE DATAFILES SET LASTUPLOAD = '2030-01-01 00:00:00' WHERE ID1 > 5");
+  }
+  const Outcome told = suite_.Preview({"CleanUp"}, {});
+  EXPECT_THAT(told.out, HasSubstr("would delete 5 of 10 files in Data/SRATTACHMENTS (50.0 %)"));
+  EXPECT_THAT(told.out, HasSubstr("would delete 5 of 10 folders in Data/SRATTACHMENTS (50.0 %)"));
+  EXPECT_THAT(suite_.Run({"CleanUp"}, {"--limit", "49%"}).err,
+              HasSubstr("5 of 10 folders of Data/SRATTACHMENTS, 4 allowed"));
+  const Outcome allowed = suite_.Run({"CleanUp"}, {"--limit", "50%"});
+  EXPECT_EQ(allowed.exitCode, 0) << allowed.err;
+}
+
 TEST_F(LimitLatchOnFoldersTest, HoldsWhereNothingWasToGo) {
   std::ofstream(attachments_ / "stays.txt") << "x";
+  suite_.Sql(
+      "WITH RECURSIVE n(i) AS (SELECT 1001 UNION ALL SELECT i + 1 FROM n WHERE i < 1100)"
+      " INSERT INTO DATAFILES(ID1, FILENAME, FILETYPE, LASTUPLOAD) SELECT i, 'a.txt', 1, '2030-01-01 "
+      "00:00:00' FROM n");
   const Outcome outcome = RunWhile({"--limit", "90%", "CleanUp"}, "file.delete",
                                    [&](SqliteDatabase& database) { Attach(database, 1, 10); });
   EXPECT_EQ(outcome.exitCode, 77) << outcome.out << outcome.err;
   EXPECT_THAT(outcome.err,
-              HasSubstr("the limit of 90% is reached in Data/SRATTACHMENTS: 18 deleted, 0 foretold"));
+              HasSubstr("the limit of 90% is reached in Data/SRATTACHMENTS: 9 deleted, 0 foretold"));
 }
 
 }  // namespace

@@ -65,6 +65,35 @@ TEST(LimitTest, AShareIsOneOfWhatThereWas) {
   EXPECT_EQ(excesses[0].allowed, 49U);
 }
 
+// A folder goes with all that is in it, and is one of few.
+TEST(LimitTest, TakesSharesOfFilesAndFoldersApart) {
+  effects::Counts counts;
+  counts.Add(Deleted("Data/SRATTACHMENTS"));
+  for (int i = 0; i < 3; ++i) {
+    counts.Add(FileChange{FileChange::Kind::DeleteFolder, "/x/1Q", "Data/SRATTACHMENTS"});
+  }
+  const auto holding = [](const Deletions& deletions) {
+    return std::optional<std::uint64_t>(deletions.of == Deletions::Of::Folders ? 10 : 1000);
+  };
+  const auto excesses = ExcessesOf(*Limit::Parse("29%"), counts, holding);
+  ASSERT_EQ(excesses.size(), 1U);
+  EXPECT_EQ(excesses[0].deletions.count, 3U);
+  EXPECT_THAT(ExcessesOf(*Limit::Parse("30%"), counts, holding), IsEmpty());
+  EXPECT_EQ(ExcessesOf(*Limit::Parse("3"), counts, holding).size(), 1U) << "four items";
+}
+
+TEST(LimitTest, TakesNoShareOfWhatNobodyCounts) {
+  effects::Counts counts;
+  counts.Add(effects::SharedChange{effects::SharedChange::Kind::Delete, "1Q", {}, "SRATTACHMENTS"});
+  counts.Add(Deleted("SRATTACHMENTS"));
+  const auto holding = [](const Deletions& deletions) {
+    return deletions.of == Deletions::Of::Shared ? std::nullopt : std::optional<std::uint64_t>(1);
+  };
+  EXPECT_THAT(ExcessesOf(*Limit::Parse("100%"), counts, holding), IsEmpty());
+  EXPECT_EQ(ExcessesOf(*Limit::Parse("0%"), counts, holding).size(), 1U);
+  EXPECT_EQ(ExcessesOf(*Limit::Parse("0"), counts, holding).size(), 2U);
+}
+
 TEST(LimitTest, LeavesOutWhatIsEmptiedByRuleAndWhatIsNoDeletion) {
   effects::Counts counts;
   counts.Add(Rows("PREVIEW", 5000));

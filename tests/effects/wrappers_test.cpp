@@ -271,6 +271,22 @@ TEST_F(WrappersTest, WhatIsDoneInTheSharedFoldersIsTold) {
                           R"j({"op":"shared.delete","name":"2Q","folder":"SRATTACHMENTS"})j"));
 }
 
+TEST_F(WrappersTest, OldSharedFilesCountByTheirNumber) {
+  const auto files = [this](bool fails) {
+    automation::ClassTable real;
+    real.Register(OrvCommonMTS::kFileHandlingProgId,
+                  [fails] { return std::make_shared<SharedFiles>(fails); });
+    runtime_.classes = {};
+    effects::RecordSharedFiles(runtime_.classes, real, recorder_, PlacesInMemory());
+    return automation::CreateObject<OrvCommonMTS::FileHandling>(OrvCommonMTS::kFileHandlingProgId);
+  };
+  files(false)->DeleteAgedFiles("x", 60, OrvCommonMTS::FolderKind::Chat);
+  EXPECT_EQ(recorder_.CountsSoFar().Of("shared.delete").done, 3U);
+  // Some may be gone when it fails.
+  EXPECT_THROW(files(true)->DeleteAgedFiles("x", 60, OrvCommonMTS::FolderKind::Chat), automation::Error);
+  EXPECT_EQ(recorder_.CountsSoFar().Of("shared.delete").unknown, 1U);
+}
+
 TEST_F(WrappersTest, OfAListThatFailsNobodyKnowsWhichItemsAreGone) {
   real_.Register(OrvCommonMTS::kFileHandlingProgId, [] { return std::make_shared<SharedFiles>(true); });
   effects::RecordSharedFiles(runtime_.classes, real_, recorder_, PlacesInMemory());
