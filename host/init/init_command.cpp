@@ -84,6 +84,7 @@ int InitSuite(const Arguments& arguments, const Console& console) {
   std::error_code failed;
   const bool madeHome = !std::filesystem::exists(home.Path(), failed);
   bool touched = false;
+  PlaceForOwner place;
   try {
     if (!IsFree(home)) {
       console.err
@@ -92,12 +93,17 @@ int InitSuite(const Arguments& arguments, const Console& console) {
       return kCannotCreate;
     }
     touched = true;
+    if (owner) place.Make(*owner, home);
+    const ActsAs account(owner);
     SuiteMaker(home, connections, arguments.demo).Make();
-    if (owner) GiveTo(*owner, home);
   } catch (const std::exception& error) {
     console.err << "orvane-host: " << home.Path().string()
                 << ": the suite could not be made: " << error.what() << '\n';
-    if (touched) RemoveSuiteFiles(home, madeHome);
+    if (touched) {
+      const ActsAs account(owner);
+      RemoveSuiteFiles(home, madeHome);
+    }
+    place.Remove();
     return kCannotCreate;
   }
   console.out << "Made a suite in " << home.Path().string()

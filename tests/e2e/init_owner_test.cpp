@@ -93,6 +93,38 @@ TEST_F(InitOwnerTest, WhoMayNotGiveFilesAwayLeavesNothingBehind) {
   EXPECT_FALSE(fs::exists(logs_));
 }
 
+TEST_F(InitOwnerTest, TheAccountReachesAPlaceThatHadToBeMade) {
+  const fs::path home = folder_.Path() / "srv/orvane/home";
+  ASSERT_EQ(RunHost({"init", home.string(), "--owner", kAccount}).exitCode, 0);
+  const Outcome run = RunHostUnprivileged({"run", "--home", home.string(), "DormantUserExpiry"});
+  EXPECT_EQ(run.exitCode, 0) << run.err;
+}
+
+// Whoever may write beside the place could have put the link there.
+TEST_F(InitOwnerTest, WhereALinkLeadsIsNotGivenAway) {
+  const fs::path elsewhere = folder_.Path() / "elsewhere";
+  ASSERT_TRUE(fs::create_directory(elsewhere));
+  fs::create_symlink(elsewhere, home_);
+  const Outcome outcome = RunHost({"init", home_.string(), "--owner", kAccount});
+  EXPECT_EQ(outcome.exitCode, 73);
+  EXPECT_TRUE(fs::is_empty(elsewhere));
+  EXPECT_EQ(StatusOf(elsewhere).st_uid, 0U);
+  EXPECT_FALSE(fs::exists(logs_));
+}
+
+// What root alone may change, a suite for the account does not change.
+TEST_F(InitOwnerTest, TheSuiteIsMadeWithTheAccountsRights) {
+  const fs::path own = folder_.Path() / "roots";
+  ASSERT_TRUE(fs::create_directory(own));
+  const std::string database = "Provider=SQLite;Mode=ReadWriteCreate;Data Source=" + own.string();
+  const Outcome outcome = RunHost({"init", home_.string(), "--owner", kAccount, "--database",
+                                   database + "/suite.sqlite", "--catalog", database + "/catalogue.sqlite"});
+  EXPECT_EQ(outcome.exitCode, 73);
+  EXPECT_TRUE(fs::is_empty(own));
+  EXPECT_FALSE(fs::exists(home_));
+  EXPECT_FALSE(fs::exists(logs_));
+}
+
 class InitConnectionsTest : public testing::Test {
  protected:
   Outcome Init(const std::vector<std::string>& words) {
