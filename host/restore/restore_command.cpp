@@ -200,15 +200,21 @@ class Restoring {
   bool isUnknown_ = false;
 };
 
-int Restore(const Arguments& arguments, const Console& console) {
-  const SuiteHome home(arguments.home);
-  const Vantrel::SiteFile site = ReadConfiguration(home);
-  ArchivedRun run = ReadArchivedRun(JournalOf(home, arguments.run));
+ArchivedRun WantedRows(const Arguments& arguments, const std::filesystem::path& journal) {
+  ArchivedRun run = ReadArchivedRun(journal);
   if (run.rowsWithoutContent > 0) {
     throw NothingToRestore("its journal holds the keys of " + Plural(run.rowsWithoutContent, "deleted row") +
                            " and not the rows; the archive files are all there is of them");
   }
   KeepOnly(run, Wanted(arguments, run));
+  return run;
+}
+
+int Restore(const Arguments& arguments, const Console& console) {
+  const SuiteHome home(arguments.home);
+  const Vantrel::SiteFile site = ReadConfiguration(home);
+  const std::filesystem::path journal = JournalOf(home, arguments.run);
+  ArchivedRun run = WantedRows(arguments, journal);
 
   automation::Runtime runtime;
   runtime.locale = automation::MakeLocale({.name = automation::LocaleNameFromEnvironment()});
@@ -221,7 +227,12 @@ int Restore(const Arguments& arguments, const Console& console) {
     options.tell = [&console](Telling kind, std::string_view what) { Print(console, kind, what); };
     lock = TakeTurn(home, site, options, exitCode);
     if (!lock) return exitCode;
-    lock->BeginJob("restore");
+    if (!lock->BeginJob("restore")) {
+      console.err << "orvane-host: the lock of the suite's database was lost; nothing was put back\n";
+      return kTryAgain;
+    }
+    // It may be the run that was waited for, which had not come to its end.
+    run = WantedRows(arguments, journal);
   }
   const auto providers = DatabaseProviders(home);
   ADODB::engine::ConnectionString text =
@@ -237,7 +248,7 @@ int RestoreRequests(const Arguments& arguments, const Console& console) {
     return Restore(arguments, console);
   } catch (const automation::Error& error) {
     console.err << "orvane-host: " << error.Description() << '\n';
-    return error.SqlState().starts_with("08") ? kUnavailable : kConfiguration;
+    return orvane_lock::MeansUnreachable(error) ? kUnavailable : kConfiguration;
   } catch (const effects::JournalError& error) {
     console.err << "orvane-host: " << error.what() << '\n';
   } catch (const NothingToRestore& error) {

@@ -274,5 +274,22 @@ TEST_F(RestoreTest, ApplyWaitsForItsTurn) {
   EXPECT_EQ(restoring.Wait().exitCode, 0);
 }
 
+// The run that it waits for goes on meanwhile, and so does its journal.
+TEST_F(RestoreTest, ApplyPutsBackWhatTheRunDeletedWhileItWasWaitedFor) {
+  const auto before = Dump();
+  const std::string run = Archive();
+  const fs::path journal = home_ / "journal" / (run + ".jsonl");
+  const std::string whole = TemporaryFolder::Read(journal);
+  auto lock = orvane_lock::FileLock::TryTake(home_ / ".lock", orvane_lock::ThisProcess("a test"));
+  std::ofstream(journal, std::ios::binary)
+      << whole.substr(0, whole.find('\n', whole.find("\"op\":\"commit\"")) + 1);
+  RunningHost restoring({"restore", "--home", home_.string(), "--apply", run});
+  restoring.AwaitError("the suite is held by process");
+  std::ofstream(journal, std::ios::binary) << whole;
+  lock.reset();
+  EXPECT_EQ(restoring.Wait().exitCode, 0);
+  EXPECT_EQ(Dump(), before);
+}
+
 }  // namespace
 }  // namespace orvane_test
