@@ -39,7 +39,10 @@ orvane::RunOptions OptionsOf(const char* home, const std::string& job, const Sto
   }
   options.stop = [&stop] { return stop.WasMade(); };
   // The job cannot be left in its middle, so the process ends there; having been asked to is no failure.
-  options.leave = [&stop](int exitCode) { std::_Exit(stop.WasMade() ? EXIT_SUCCESS : exitCode); };
+  options.leave = [&stop](int exitCode) {
+    const bool wasAskedTo = exitCode == orvane::kTryAgain && stop.WasMade();
+    std::_Exit(wasAskedTo ? EXIT_SUCCESS : exitCode);
+  };
   options.tell = [](orvane::Telling kind, std::string_view text) {
     std::cerr << (kind == orvane::Telling::Warning ? "<4>" : "<6>") << text << std::endl;
   };

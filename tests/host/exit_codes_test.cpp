@@ -77,9 +77,12 @@ TEST(CommandTableTest, TheManualPageNamesEveryCommandAndOption) {
   page = std::regex_replace(page, std::regex("\""), " ");
   for (const orvane::host::CommandEntry& command : orvane::host::Commands()) {
     if (command.name.starts_with("-")) continue;
-    EXPECT_NE(page.find(".B orvane-host " + std::string(command.name) + "\n"), std::string::npos)
-        << command.name;
+    const std::size_t call = page.find(".B orvane-host " + std::string(command.name) + "\n");
+    ASSERT_NE(call, std::string::npos) << command.name;
+    const std::string synopsis = page.substr(call, page.find(".br\n", call) - call);
     for (const orvane::host::Option& option : command.options) {
+      EXPECT_TRUE(std::regex_search(synopsis, std::regex("--" + std::string(option.name) + R"([ \n])")))
+          << command.name << ' ' << option.name;
       EXPECT_TRUE(
           std::regex_search(page, std::regex(R"(\.TP\n\.BI? --)" + std::string(option.name) + R"([ \n])")))
           << option.name;
