@@ -151,7 +151,7 @@ TEST_F(CleanUpFtpFailureTest, AServerThatIsDownIsReportedAndTheLocalSweepsRun) {
   EXPECT_EQ(entries.size(), 3u);
   for (const std::string& entry : entries) {
     EXPECT_THAT(entry, HasSubstr("Failed to connect"));
-    EXPECT_THAT(entry, Not(HasSubstr("farm-secret")));
+    EXPECT_THAT(entry, Not(HasSubstr("shared-secret")));
   }
   EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
 }

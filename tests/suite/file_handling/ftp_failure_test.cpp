@@ -30,7 +30,7 @@ automation::Error Failure(const Farm& farm, const std::string& path,
     farm.Handling()->DeleteListedItems(path, automation::VariantArray(names.begin(), names.end()), kind);
   } catch (const automation::Error& error) {
     EXPECT_EQ(error.Source(), "OrvCommonMTS.FileHandling");
-    EXPECT_THAT(error.Description(), Not(HasSubstr("farm-secret")));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("shared-secret")));
     EXPECT_THAT(error.Description(), Not(HasSubstr("p@ss")));
     EXPECT_THAT(error.Description(), Not(HasSubstr("%40")));
     return error;
@@ -45,7 +45,8 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
 }
 
 TEST(FtpFailureTest, AWrongPasswordIsToldByTheServersAnswer) {
-  for (const auto& [server, password] : {std::pair{"vsftpd", "farm-secret"}, {"pyftpd", "p%40ss%3Aw%2Frd"}}) {
+  for (const auto& [server, password] :
+       {std::pair{"vsftpd", "shared-secret"}, {"pyftpd", "p%40ss%3Aw%2Frd"}}) {
     Farm farm(server);
     farm.place.AddFile("CHAT/x");
     const automation::Error error = Failure(farm, Replaced(farm.place.FtpPath(), password, "wrong-one"));

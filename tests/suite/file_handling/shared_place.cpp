@@ -23,7 +23,7 @@ SharedPlace::SharedPlace(const std::string& kind) {
     return;
   }
   const Server server = Server::Shared(kind);
-  std::string pattern = server.Setting("root") + "/farm-XXXXXX";
+  std::string pattern = server.Setting("root") + "/place-XXXXXX";
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make " + pattern);
   root_ = pattern;
   fs::permissions(root_, fs::perms::all);
