@@ -9,6 +9,7 @@
 #include "platform/locale/icu_locale.hpp"
 #include "run/exit_codes.hpp"
 #include "run/lock/file_lock.hpp"
+#include "run/lock/suite_lock.hpp"
 #include "run/run_jobs.hpp"
 #include "run/services.hpp"
 #include "suite/composition/composition.hpp"
@@ -66,7 +67,7 @@ int LookAtRun(const std::vector<const JobInfo*>& jobs, const RunOptions& options
     return kTryAgain;
   } catch (const automation::Error& error) {
     Tell(options, Telling::Message, error.Description());
-    return error.SqlState().starts_with("08") ? kUnavailable : kConfiguration;
+    return orvane_lock::MeansUnreachable(error) ? kUnavailable : kConfiguration;
   } catch (const std::system_error& error) {
     Tell(options, Telling::Message, std::string("no place for the preview's own files: ") + error.what());
     return kConfiguration;

@@ -72,6 +72,12 @@ class Suite {
     return {};
   }
 
+  // Leads the suite to a server that does not answer.
+  void Unplug(const std::string& driver) const {
+    Replace("Provider=SQLite;Data Source=db\\orvane.sqlite",
+            "Driver={" + driver + "};Server=127.0.0.1;Port=1;Database=x;UID=x;PWD=x");
+  }
+
  private:
   void Replace(const std::string& what, const std::string& with) const {
     const std::string file = "home/config/siteConfiguration.xml";
@@ -188,6 +194,17 @@ TEST_P(CommandsServersTest, RestoreTakesTheJournalOfAnotherEnginesRun) {
     const Outcome applied = to.Host({"restore", run, "--apply"});
     EXPECT_EQ(applied.exitCode, 0) << applied.err;
     EXPECT_EQ(Rows(to), expected);
+  }
+}
+
+TEST_P(CommandsServersTest, AServerThatIsDownIsOneToEveryCommand) {
+  const Suite suite;
+  const std::string run = suite.Archive();
+  suite.Unplug(GetParam() == std::string("mariadb") ? "MariaDB Unicode" : "PostgreSQL Unicode");
+  for (const Strings& words :
+       {Strings{"run", "Archive"}, Strings{"preview", "Archive"}, Strings{"explain", "Archive", "5231"},
+        Strings{"restore", run}, Strings{"restore", "--apply", run}}) {
+    EXPECT_EQ(suite.Host(words).exitCode, 69) << words[0];
   }
 }
 
