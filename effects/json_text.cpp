@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <variant>
 
 namespace effects {
@@ -36,6 +38,42 @@ std::size_t CharacterLength(std::string_view text, std::size_t at) {
 bool IsPlain(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
+}
+
+// Texts are looked at by eight bytes, most of which stand for themselves.
+constexpr std::size_t kEight = sizeof(std::uint64_t);
+constexpr std::uint64_t kEach = 0x0101010101010101U;
+constexpr std::uint64_t kHighBits = 0x80 * kEach;
+
+std::uint64_t EightBytes(std::string_view text, std::size_t at) {
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, text.data() + at, sizeof bytes);
+  return bytes;
+}
+
+bool AreAscii(std::uint64_t bytes) {
+  return (bytes & kHighBits) == 0;
+}
+
+// REQUIRES: they are ASCII.
+bool AreAllPlain(std::uint64_t bytes) {
+  const auto holds = [bytes](char c) {
+    const std::uint64_t zero = bytes ^ (static_cast<unsigned char>(c) * kEach);
+    return ((zero - kEach) & ~zero & kHighBits) != 0;
+  };
+  const bool hasControl = (((bytes - 0x20 * kEach) | (bytes + kEach)) & kHighBits) != 0;
+  return !hasControl && !holds('"') && !holds('\\');
+}
+
+// Where the characters from `at` on that stand for themselves end.
+std::size_t EndOfPlain(std::string_view text, std::size_t at) {
+  while (at + kEight <= text.size()) {
+    const std::uint64_t bytes = EightBytes(text, at);
+    if (!AreAscii(bytes) || !AreAllPlain(bytes)) break;
+    at += kEight;
+  }
+  while (at < text.size() && IsPlain(text[at])) ++at;
+  return at;
 }
 
 void AppendEscape(std::string& to, unsigned int code) {
@@ -128,8 +166,7 @@ class ValueWriter {
 void AppendJsonText(std::string& to, std::string_view text) {
   to += '"';
   for (std::size_t at = 0; at < text.size();) {
-    std::size_t end = at;
-    while (end < text.size() && IsPlain(text[end])) ++end;
+    const std::size_t end = EndOfPlain(text, at);
     to.append(text, at, end - at);
     if (end == text.size()) break;
     at = end;
@@ -200,8 +237,8 @@ void AppendDateTime(std::string& to, automation::DateTime value) {
 
 bool IsUtf8(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
-    if (static_cast<unsigned char>(text[at]) < 0x80) {
-      ++at;
+    if (at + kEight <= text.size() && AreAscii(EightBytes(text, at))) {
+      at += kEight;
       continue;
     }
     const std::size_t length = CharacterLength(text, at);

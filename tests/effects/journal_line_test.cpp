@@ -7,6 +7,7 @@
 #include <string>
 
 #include "effects/counts.hpp"
+#include "effects/json_text.hpp"
 
 namespace {
 
@@ -33,6 +34,45 @@ std::string Rest(Entry::What what) {
   const std::string line = Line(std::move(what));
   EXPECT_EQ(line.substr(0, head.size()), head);
   return "{" + line.substr(head.size());
+}
+
+// Texts are looked at in pieces: what needs care is found wherever it stands among what does not.
+TEST(JournalLineTest, EveryCharacterIsWrittenTheSameWhereverItStands) {
+  const std::pair<std::string, std::string> characters[] = {{"\"", "\\\""},
+                                                            {"\\", "\\\\"},
+                                                            {"\x1F", "\\u001f"},
+                                                            {"\x7F", "\\u007f"},
+                                                            {"\n", "\\u000a"},
+                                                            {" ", " "},
+                                                            {"!", "!"},
+                                                            {"#", "#"},
+                                                            {"[", "["},
+                                                            {"]", "]"},
+                                                            {"~", "~"},
+                                                            {"\xC3\xBC", "\xC3\xBC"},
+                                                            {"\xC2\x85", "\\u0085"},
+                                                            {"\xFF", "\xEF\xBF\xBD"},
+                                                            {"\xC3", "\xEF\xBF\xBD"}};
+  for (const auto& [character, written] : characters) {
+    for (std::size_t before = 0; before < 18; ++before) {
+      for (const std::size_t after : {0U, 3U, 17U}) {
+        const std::string head(before, 'a');
+        const std::string tail(after, 'z');
+        EXPECT_EQ(Rest(effects::LogText{head + character + tail, false}),
+                  R"j({"op":"log","text":")j" + head + written + tail + "\"}")
+            << before << " " << after;
+      }
+    }
+  }
+}
+
+TEST(JournalLineTest, ATextThatIsNoUtf8IsWrittenAsBytesWhereverThatShows) {
+  for (std::size_t before = 0; before < 18; ++before) {
+    std::string json;
+    effects::AppendJson(json,
+                        ADODB::NamedValue{"A", std::string(before, 'a') + "\xFF" + std::string(9, 'z'), {}});
+    EXPECT_TRUE(json.starts_with(R"({"base64":")")) << json;
+  }
 }
 
 TEST(JournalLineTest, ARunBeginsAndEndsAsTheFormatSays) {

@@ -125,6 +125,7 @@ class Deletion {
 
   NamedRow NamedColumns(const std::vector<std::size_t>& places, std::span<const Variant> values) const {
     NamedRow named;
+    named.reserve(places.size());
     for (std::size_t i = 0; i < places.size(); ++i) {
       named.push_back(Named(deleted_.rows->Columns()[places[i]], values[i], dialect_));
     }
@@ -135,6 +136,7 @@ class Deletion {
     const Row& row = *deleted_.rows->At(ordinal, {});
     NamedRow named;
     const std::vector<Column>& columns = deleted_.rows->Columns();
+    named.reserve(columns.size());
     for (std::size_t i = 0; i < columns.size(); ++i) named.push_back(Named(columns[i], row[i], dialect_));
     return named;
   }
