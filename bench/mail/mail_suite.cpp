@@ -52,6 +52,33 @@ void ReplaceInFile(const fs::path& file, const std::string& from, const std::str
   std::ofstream(file) << text;
 }
 
+// A statement with one value, prepared once.
+class PreparedRun {
+ public:
+  PreparedRun(SqliteFile& database, const char* sql) {
+    if (sqlite3_prepare_v2(database.Handle(), sql, -1, &statement_, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sqlite3_errmsg(database.Handle()));
+  }
+  ~PreparedRun() { sqlite3_finalize(statement_); }
+  PreparedRun(const PreparedRun&) = delete;
+  PreparedRun& operator=(const PreparedRun&) = delete;
+
+  // Reads whatever rows there are.
+  void operator()(const std::string& value) const {
+    sqlite3_bind_text(statement_, 1, value.c_str(), -1, SQLITE_TRANSIENT);
+    int status = SQLITE_ROW;
+    while (status == SQLITE_ROW) {
+      status = sqlite3_step(statement_);
+      for (int i = 0; status == SQLITE_ROW && i < sqlite3_column_count(statement_); ++i)
+        sqlite3_column_text(statement_, i);
+    }
+    if (sqlite3_reset(statement_) != SQLITE_OK) throw std::runtime_error("a statement of a mail failed");
+  }
+
+ private:
+  sqlite3_stmt* statement_ = nullptr;
+};
+
 bool Answers(int port) {
   const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
@@ -154,31 +181,30 @@ void MakeDueSuite(const fs::path& home, int count, int smtpPort) {
   ReplaceInFile(configuration, "\"smtpserverport\">25", "\"smtpserverport\">" + std::to_string(smtpPort));
 }
 
+// Each prepared once, as the product sends them.
 void RunStatementsOfMails(const fs::path& home, int count) {
   SqliteFile database(DatabaseOf(home));
   database.Execute("PRAGMA synchronous=NORMAL");  // the provider's durability setting
+  const PreparedRun label(database, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?");
+  const PreparedRun mail(database, "SELECT * FROM EMAIL WHERE Mail_Id=?");
+  const PreparedRun text(database, "SELECT TEXT FROM DATALABEL WHERE LOCALEID=1033 AND TEXTID=?");
+  const PreparedRun question(database, "SELECT * FROM QUESTIONS WHERE Q_ID=?");
+  const PreparedRun parameter(database, "SELECT PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME=?");
+  const PreparedRun remind(database,
+                           "UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE R_STATUS=150 AND Q_ID=?");
+  const auto captions = Captions();
   for (int i = 1; i <= count; ++i) {
     const std::string id = std::to_string(100000 + i);
-    for (const auto& [label, text] : Captions()) {
-      database.Execute("SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL='" + label + "'");
-    }
-    for (const char* label :
+    for (const auto& caption : captions) label(caption.first);
+    for (const char* other :
          {"LBLQX3658", "LBLQX3996", "LBLQX3463", "LBLQX3478", "LBLQX3470", "LBLQX3388", "LBLQX3429"}) {
-      database.Execute(std::string("SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL='") + label +
-                       "'");
+      label(other);
     }
-    database.Execute("SELECT * FROM EMAIL WHERE Mail_Id=8");
-    for (const char* text : {"MAIL8BODY", "MAIL8SUBJECT"}) {
-      database.Execute(std::string("SELECT TEXT FROM DATALABEL WHERE LOCALEID=1033 AND TEXTID='") + text +
-                       "'");
-    }
-    for (int question = 0; question < 3; ++question)
-      database.Execute("SELECT * FROM QUESTIONS WHERE Q_ID = " + id);
-    for (int parameter = 0; parameter < 3; ++parameter) {
-      database.Execute("SELECT PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME='Conclusion_Time'");
-    }
-    database.Execute("UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE Q_ID=" + id +
-                     " AND R_STATUS=150");
+    mail("8");
+    for (const char* part : {"MAIL8BODY", "MAIL8SUBJECT"}) text(part);
+    for (int time = 0; time < 3; ++time) question(id);
+    for (int time = 0; time < 3; ++time) parameter("Conclusion_Time");
+    remind(id);
   }
 }
 

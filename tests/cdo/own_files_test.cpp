@@ -16,6 +16,7 @@
 #include "platform/cdo/registration.hpp"
 #include "platform/scripting/file_system_object.hpp"
 #include "platform/scripting/local/registration.hpp"
+#include "tests/cdo/watched_calls.hpp"
 #include "tests/support/raised_error.hpp"
 #include "tests/support/temporary_folder.hpp"
 #include "tests/support/test_runtime.hpp"
@@ -103,6 +104,14 @@ TEST_F(OwnFilesTest, APageThatWaitsForItsNameTravelsAndGoesWithoutOne) {
   ASSERT_EQ(job.Mails().size(), 1U);
   EXPECT_THAT(job.Mails().front(), testing::HasSubstr(CDO::curl::Base64Lines("page of 26")));
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 1) << "more than the pickup folder";
+}
+
+TEST_F(OwnFilesTest, APageThatWaitsForItsNameCostsItsMailNoSync) {
+  RunningJob job(folder_, "one", std::make_shared<base::PendingFiles>());
+  const WatchedCalls calls;
+  job.Mail("page of 26");
+  EXPECT_THAT(calls.Seen(), testing::SizeIs(3)) << "the mail, its name, and the folder";
+  EXPECT_THAT(calls.Seen(), testing::Each(testing::HasSubstr((folder_.Path() / "one").string())));
 }
 
 TEST_F(OwnFilesTest, APageOfAnUnsentMailGetsItsNameWithTheOthers) {
