@@ -102,8 +102,9 @@ class Restoring {
 
   int Restore(const ArchivedRun& run) {
     if (arguments_.apply) session_.Begin();
+    std::vector<ArchivedRow> rows;  // what fails is told of one of them
     try {
-      const std::vector<ArchivedRow> rows = Deleted(run);
+      rows = Deleted(run);
       if (!NoneIsThere(rows)) return Undone();
       if (arguments_.apply) {
         for (const ArchivedRow& row : rows) {
