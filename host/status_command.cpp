@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
@@ -169,8 +170,9 @@ int ShowStatus(const Arguments& arguments, const Console& console) {
   for (const JobStatus& status : StatusOfAll(jobs, home)) {
     std::optional<bool> young;
     if (arguments.maxAge) {
-      young = HasFinishedSince(
-          status, automation::AddHours(LocalTime(std::time(nullptr)), -arguments.maxAge->count()));
+      constexpr std::chrono::hours kLongerThanAnySuite = std::chrono::days(366 * 1000);
+      const auto age = std::min(*arguments.maxAge, kLongerThanAnySuite);
+      young = HasFinishedSince(status, automation::AddHours(LocalTime(std::time(nullptr)), -age.count()));
       allYoung = allYoung && *young;
     }
     arguments.json ? PrintJson(status, stopped, young, console) : Print(status, stopped, console);

@@ -73,6 +73,7 @@ TEST_F(StatusTest, FailsForAJobWithoutAYoungFinishedRun) {
   EXPECT_EQ(old.err,
             "orvane-host: OrvaneProcess.DormantUserExpiry: no run has finished in the last 26 hours\n");
   EXPECT_EQ(Status({"--max-age", "31", kJob}).exitCode, 0);
+  EXPECT_EQ(Status({"--max-age", "4294967295", kJob}).exitCode, 0);
   EXPECT_EQ(Status({kJob}).exitCode, 0);
   EXPECT_EQ(Status({"--max-age", "31"}).exitCode, 1);  // the other jobs have never run
 }
