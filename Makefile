@@ -2,6 +2,8 @@
 .PHONY: build run test quick soak format lint bench install package bootstrap clean
 
 BUILD_JOBS ?= $(shell nproc)
+# Tests wait for servers, disks and each other's locks: two more than the machine has cores.
+TEST_JOBS ?= $(shell expr $$(nproc) + 2)
 
 build:
 	@scripts/bootstrap build
@@ -18,13 +20,15 @@ test:
 	scripts/check-layers
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
-	ctest --preset debug -j $(BUILD_JOBS) -LE '^soak$$'
+	ctest --preset debug -j $(TEST_JOBS) -LE '^soak$$'
+	@scripts/skipped-tests
 
 # The everyday tests: no servers, under three minutes.
 quick:
 	cmake --preset debug
 	cmake --build --preset debug -j $(BUILD_JOBS)
-	ctest --preset debug -j $(BUILD_JOBS) -L quick
+	ctest --preset debug -j $(TEST_JOBS) -L quick
+	@scripts/skipped-tests
 
 # The tests that take longer than everyday ones may; their results go to docs/soak.md.
 soak:

@@ -29,33 +29,52 @@ function(orvane_test_headers name)
   target_precompile_headers(${name} REUSE_FROM test_headers)
 endfunction()
 
-# orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])
-# A GoogleTest program whose cases are registered with CTest one by one.
+# orvane_test_suites(PREFIX PROGRAM program [FILTER filter] LABELS label... [TIMEOUT seconds] [FIXTURES fixture...]
+#                    [ENVIRONMENT name=value...] [COST number])
+# Registers each suite of a GoogleTest program with CTest as PREFIX.Suite, once CTest looks. Its cases are run by one
+# process: what the first of them makes for all, a demo suite or a database, is made once. FILTER begins with "-" and says
+# what is left out. Tests with a higher COST begin earlier: 10 where servers are asked, 100 where servers are waited for.
+function(orvane_test_suites prefix)
+  cmake_parse_arguments(ARG "" "PROGRAM;FILTER;TIMEOUT;COST" "LABELS;FIXTURES;ENVIRONMENT" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 900)
+  endif()
+  if(NOT ARG_COST)
+    set(ARG_COST 0)
+    if(server IN_LIST ARG_LABELS)
+      set(ARG_COST 10)
+    endif()
+  endif()
+  set(base "${CMAKE_CURRENT_BINARY_DIR}/${prefix}")
+  file(GENERATE OUTPUT "${base}.suites.cmake" CONTENT
+"include(\"${PROJECT_SOURCE_DIR}/cmake/OrvaneTestSuites.cmake\")
+orvane_register_suites(PREFIX \"${prefix}\" PROGRAM \"$<TARGET_FILE:${ARG_PROGRAM}>\" LISTING \"${base}.cases.txt\"
+  FILTER \"${ARG_FILTER}\" TIMEOUT ${ARG_TIMEOUT} COST ${ARG_COST} LABELS ${ARG_LABELS} FIXTURES ${ARG_FIXTURES}
+  ENVIRONMENT ${ARG_ENVIRONMENT})
+")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${base}.suites.cmake")
+endfunction()
+
+# orvane_test(NAME SOURCES ... [DEPS target...] [LABELS label...] [FIXTURES fixture...] [TIMEOUT seconds] [COST number]
+#             [IN_MEMORY])
+# A GoogleTest program whose suites are registered with CTest.
 # IN_MEMORY puts the temporary folders of a test that runs a program hundreds of times where syncing costs nothing.
 # The label "quick" marks the everyday tests; "server" marks those that talk to a real server; "soak" those that take
 # longer than "make test" allows and are run by "make soak" alone.
 function(orvane_test name)
-  cmake_parse_arguments(ARG "IN_MEMORY" "TIMEOUT" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
+  cmake_parse_arguments(ARG "IN_MEMORY" "TIMEOUT;COST" "SOURCES;DEPS;LABELS;FIXTURES" ${ARGN})
   if(NOT ARG_LABELS)
     set(ARG_LABELS quick)
-  endif()
-  if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
   orvane_test_headers(${name})
-  set(properties LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  set(environment "")
   if(ARG_IN_MEMORY AND IS_DIRECTORY /dev/shm)
-    list(APPEND properties ENVIRONMENT TMPDIR=/dev/shm)
+    set(environment TMPDIR=/dev/shm)
   endif()
-  if(ARG_FIXTURES)
-    # One property with several values: on its way through the discovery the list is unquoted four times.
-    list(JOIN ARG_FIXTURES "\\\\\\\\\\\\\\\\;" fixtures)
-    list(APPEND properties FIXTURES_REQUIRED "${fixtures}")
-  endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
-    DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  orvane_test_suites(${name} PROGRAM ${name} TIMEOUT ${ARG_TIMEOUT} COST ${ARG_COST}
+    LABELS ${ARG_LABELS} FIXTURES ${ARG_FIXTURES} ENVIRONMENT ${environment})
 endfunction()
 
 # orvane_soak(NAME PROGRAM program [FILTER filter] [FIXTURES fixture...] [TIMEOUT seconds] [IN_MEMORY])

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 
@@ -106,7 +107,7 @@ std::map<std::string, std::string> Everything(const fs::path& folder) {
 
 TEST_F(CheckTest, TheDemoIsCheckedInSecondsAndStaysAsItIs) {
   const std::string home = (folder_.Path() / "demo" / "home").string();
-  ASSERT_EQ(RunHost({"init", home, "--demo"}).exitCode, 0);
+  MakeDemoSuite(home);
   const auto before = Everything(folder_.Path());
   const auto begin = std::chrono::steady_clock::now();
   const Outcome outcome = RunHost({"check", "--home", home});

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 
@@ -57,7 +58,7 @@ class ClockJumpTest : public testing::TestWithParam<long> {
 };
 
 TEST_P(ClockJumpTest, ARunComesToItsEndAndIsFoundAgain) {
-  ASSERT_EQ(RunHost({"init", home_.string(), "--demo"}).exitCode, 0);
+  orvane_test::MakeDemoSuite(home_);
   for (const char* job : {"DormantUserExpiry", "CleanUp", "Archive", "SolveOnNoResponse"}) {
     SCOPED_TRACE(job);
     const Outcome outcome = Run(job);

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -47,8 +48,7 @@ std::map<std::string, std::string> Tree(const fs::path& root) {
 class ExplainTest : public testing::Test {
  protected:
   ExplainTest() {
-    const Outcome made = RunHost({"init", home_.string(), "--demo"});
-    if (made.exitCode != 0) throw std::runtime_error(made.err);
+    MakeDemoSuite(home_);
     Sql("DELETE FROM PROSPECT WHERE PROSPECTID % 50 <> 0");
   }
 

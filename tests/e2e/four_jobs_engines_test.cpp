@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/e2e/suite_on_server.hpp"
 #include "tests/support/archive_files.hpp"
@@ -150,10 +151,7 @@ std::vector<std::string> SortedRows(Session& session, const std::string& table, 
 // A suite with the demo's data; its databases are moved to a server before the jobs run, if one is named.
 class Suite {
  public:
-  Suite() {
-    const Outcome made = RunHost({"init", home_.string(), "--demo"});
-    if (made.exitCode != 0) throw std::runtime_error(made.err);
-  }
+  Suite() { MakeDemoSuite(home_); }
 
   fs::path DatabaseFile(const char* name) const { return home_ / "db" / name; }
 

@@ -11,6 +11,7 @@
 
 #include "effects/journal_files.hpp"
 #include "effects/journal_reader.hpp"
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/e2e/small_disk.hpp"
@@ -31,10 +32,7 @@ constexpr const char* kJobs[] = {"Archive", "CleanUp", "DormantUserExpiry", "Sol
 
 class RunJournalTest : public testing::Test {
  protected:
-  void SetUp() override {
-    const Outcome made = RunHost({"init", home_.string(), "--demo"});
-    ASSERT_EQ(made.exitCode, 0) << made.err;
-  }
+  void SetUp() override { MakeDemoSuite(home_); }
 
   Outcome Run(const Strings& words) const {
     Strings all{"run", "--home", home_.string()};

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "run/lock/file_lock.hpp"
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -24,10 +25,7 @@ using Samples = std::map<std::string, double>;
 
 class MetricsTest : public testing::Test {
  protected:
-  MetricsTest() {
-    const Outcome made = RunHost({"init", home_.string(), "--demo"});
-    if (made.exitCode != 0) throw std::runtime_error(made.err);
-  }
+  MetricsTest() { MakeDemoSuite(home_); }
 
   Outcome Run(std::vector<std::string> jobs) const {
     jobs.insert(jobs.begin(), {"run", "--home", home_.string(), "--metrics", file_.string()});

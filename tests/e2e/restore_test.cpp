@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "run/lock/file_lock.hpp"
+#include "tests/e2e/demo_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -33,8 +34,7 @@ using Strings = std::vector<std::string>;
 class RestoreTest : public testing::Test {
  protected:
   RestoreTest() {
-    const Outcome made = RunHost({"init", home_.string(), "--demo"});
-    if (made.exitCode != 0) throw std::runtime_error(made.err);
+    MakeDemoSuite(home_);
     // What a column can hold beside plain text.
     Sql("UPDATE QUESTIONHISTORY SET Q_TEXT = 'it''s \"quoted\" \\ ' || char(9,10,233,128512), A_TEXT = NULL, "
         "EMAILID = '' WHERE Q_ID = 5231;"

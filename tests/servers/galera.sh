@@ -3,9 +3,11 @@
 # environment the node joins the cluster of those nodes, without it begins one.
 # STATE tells: connection (as mariadb.sh), port, folder, address (by which others join).
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/mariadb_data.sh"
 
 server_name=galera
 server_account=mysql
+server_removal_signal=KILL  # nothing is saved of what is thrown away
 provider=/usr/lib/galera/libgalera_smm.so
 
 server_create() {
@@ -41,15 +43,7 @@ server_create() {
     echo "wsrep_sst_receive_address=127.0.0.1:$transfer"
   } >"$folder/my.cnf"
   chmod 644 "$folder/my.cnf"
-  as_account mariadb-install-db --defaults-file="$folder/my.cnf" --wsrep-on=OFF --auth-root-authentication-method=normal \
-    --skip-test-db >"$folder/install.log" 2>&1 || { cat "$folder/install.log"; return 1; }
-  [ -z "${ORVANE_CLUSTER:-}" ] || return 0  # the accounts come with the others' data
-  as_account mariadbd --defaults-file="$folder/my.cnf" --wsrep-on=OFF --bootstrap >"$folder/bootstrap.log" 2>&1 <<'SQL' ||
-FLUSH PRIVILEGES;
-CREATE USER orvane_owner@'%' IDENTIFIED BY 'owner-secret';
-GRANT ALL PRIVILEGES ON *.* TO orvane_owner@'%' WITH GRANT OPTION;
-SQL
-    { cat "$folder/bootstrap.log"; return 1; }
+  server_data mariadb_data make_mariadb_data
 }
 
 server_command() {

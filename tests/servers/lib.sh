@@ -11,11 +11,16 @@
 #   SCRIPT resume STATE            starts it again
 #   SCRIPT stop STATE              stops the server and removes its data
 #
-# A script sets `server_name` and `server_account` (and `server_stop_signal` unless it is TERM), defines the functions below, and ends with: server_main "$@"
-#   server_create    makes the data in $folder; runs as the unprivileged user through as_account
+# A script sets `server_name` and `server_account` (and `server_stop_signal` unless it is TERM, `server_removal_signal` unless
+# it is the same), defines the functions below, and ends with: server_main "$@"
+#   server_create    makes what the server needs in $folder; runs as the unprivileged user through as_account
 #   server_command   sets the array `command` that runs the server in the foreground, as the unprivileged user
 #   server_ready     succeeds once the server answers
 #   server_settings  prints the lines of STATE that are the server's own
+#
+# A server whose first data take long to make has a function that makes them in $folder/data, and lets
+# "server_data KIND FUNCTION" call it: where ORVANE_SERVER_TEMPLATES names a folder, the data are kept there and copied the
+# next time, as long as this file and KIND.sh stay as they are.
 #
 # Set for them: folder (the server's own), port (a loopback port that was free), durable (empty: no fsync, for tests;
 # "durable": the settings of production, for benchmarks).
@@ -26,6 +31,7 @@ server_life=${ORVANE_SERVER_LIFE:-2h}
 
 # Servers live in sbin, which is not on everybody's path.
 export PATH=$PATH:/usr/sbin:/sbin
+servers=$(dirname "$0")
 account_prefix=()
 server_stop_signal=TERM
 
@@ -41,11 +47,28 @@ running() { [ -n "$1" ] && kill -0 "$1" 2>/dev/null; }
 
 wait_until_gone() {
   local pid=$1 tries
-  for ((tries = 0; tries < 300; tries++)); do
+  for ((tries = 0; tries < 1500; tries++)); do
     running "$pid" || return 0
-    sleep 0.1
+    sleep 0.02
   done
   return 1
+}
+
+server_data() {
+  local kind=$1 make=$2 templates=${ORVANE_SERVER_TEMPLATES:-} template
+  if [ -z "$templates" ] || [ -n "$durable" ]; then
+    "$make"
+    return
+  fi
+  mkdir -p "$templates"
+  template=$templates/$kind.$(id -u).$(cat "${BASH_SOURCE[0]}" "$servers/$kind.sh" | cksum | cut -d " " -f 1)
+  (
+    flock 9
+    [ -d "$template" ] || {
+      rm -rf "$templates/$kind.$(id -u)".*
+      "$make" && cp -a --sparse=always "$folder/data" "$template.new" && mv "$template.new" "$template"
+    }
+  ) 9>"$templates/lock" && { [ -d "$folder/data" ] || cp -a --sparse=always "$template" "$folder/data"; }
 }
 
 server_launch() {
@@ -58,11 +81,11 @@ server_launch() {
       "${account_prefix[@]}" "${command[@]}" >>"$folder/log" 2>&1 </dev/null
   ) &
   disown
-  for ((tries = 0; tries < 600; tries++)); do
+  for ((tries = 0; tries < 2000; tries++)); do
     if server_ready >/dev/null 2>&1; then return 0; fi
     # Without a number there it is still being started: on a busy machine that takes seconds.
     if [ -s "$folder/pid" ] && ! running "$(cat "$folder/pid")"; then break; fi
-    sleep 0.1
+    sleep 0.03
   done
   echo "$server_name did not start:" >&2
   tail -n 30 "$folder/log" >&2
@@ -82,7 +105,7 @@ server_end() {
 server_remove() {
   folder=$(state_value folder)
   if [ -n "$folder" ] && [ -d "$folder" ]; then
-    server_end "$server_stop_signal"
+    server_end "${server_removal_signal:-$server_stop_signal}"
     rm -rf "$folder"
   fi
   rm -f "$state"

@@ -2,9 +2,11 @@
 # A MariaDB server for the tests; see lib.sh for its use.
 # STATE tells: connection (an ODBC connection string of the owner, without the database), port, folder.
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/mariadb_data.sh"
 
 server_name=mariadb
 server_account=mysql
+server_removal_signal=KILL  # nothing is saved of what is thrown away
 
 server_create() {
   as_account mkdir "$folder/tmp"
@@ -34,14 +36,7 @@ server_create() {
     fi
   } >"$folder/my.cnf"
   chmod 644 "$folder/my.cnf"
-  as_account mariadb-install-db --defaults-file="$folder/my.cnf" --auth-root-authentication-method=normal \
-    --skip-test-db >"$folder/install.log" 2>&1 || { cat "$folder/install.log"; return 1; }
-  as_account mariadbd --defaults-file="$folder/my.cnf" --bootstrap >"$folder/bootstrap.log" 2>&1 <<'SQL' ||
-FLUSH PRIVILEGES;
-CREATE USER orvane_owner@'%' IDENTIFIED BY 'owner-secret';
-GRANT ALL PRIVILEGES ON *.* TO orvane_owner@'%' WITH GRANT OPTION;
-SQL
-    { cat "$folder/bootstrap.log"; return 1; }
+  server_data mariadb_data make_mariadb_data
 }
 
 server_command() { command=(mariadbd --defaults-file="$folder/my.cnf"); }

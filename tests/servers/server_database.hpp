@@ -12,10 +12,10 @@ namespace orvane_test {
 
 class ServerDatabase {
  public:
-  // A new, empty database on `server` ("postgresql" or "mariadb"); dropped by the destructor, whoever still
-  // uses it.
+  // An empty database on `server` ("postgresql" or "mariadb"): a new one, or one that another test has had
+  // and that is as if new. The destructor ends what still uses it.
   explicit ServerDatabase(std::string_view server);
-  // The same on a server of the caller's own, which must outlive it.
+  // A new one on a server of the caller's own, which must outlive it.
   ServerDatabase(const Server& server, std::string_view name);
   ~ServerDatabase();
   ServerDatabase(const ServerDatabase&) = delete;
@@ -35,11 +35,15 @@ class ServerDatabase {
   void Execute(std::string_view sql) const;
 
  private:
+  void Make();
+  void Drop() const;
   std::string AdministrationString() const;
 
   std::string serverName_;
   std::string serverConnection_;
   std::string name_;
+  bool shared_ = false;
+  bool hasJobsAccount_ = false;
 };
 
 // The statements of a script: cut at each ";" at the end of a line.

@@ -78,7 +78,9 @@ void Server::Resume() const {
 }
 
 void Server::Run(std::string_view action, std::string_view argument) const {
-  const std::string command = "'" + Script(name_) + "' " + std::string(action) + " '" + stateFile_ + "'" +
+  // What is made of each kind of server before it first starts is the same for all of them.
+  const std::string command = "ORVANE_SERVER_TEMPLATES='" ORVANE_SERVERS_DIR "/templates' '" + Script(name_) +
+                              "' " + std::string(action) + " '" + stateFile_ + "'" +
                               (argument.empty() ? "" : " " + std::string(argument));
   if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
 }

@@ -70,7 +70,8 @@ void SolveTest::AddReminder(int questionId, const std::string& t1, const std::st
 }
 
 void SolveTest::SetParameter(const std::string& name, const std::string& value) {
-  database_.Run("INSERT OR REPLACE INTO PARAMETERS (PARAM_NAME, PARAM_VALUE) VALUES (" + Quoted(name) + ", " +
+  database_.Run("DELETE FROM PARAMETERS WHERE PARAM_NAME = " + Quoted(name) +
+                "; INSERT INTO PARAMETERS (PARAM_NAME, PARAM_VALUE) VALUES (" + Quoted(name) + ", " +
                 Quoted(value) + ")");
 }
 
