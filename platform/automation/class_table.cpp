@@ -24,9 +24,7 @@ const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {
 
 void ClassTable::Add(std::string_view progId, Factory factory, const std::type_info* interface) {
   if (Contains(progId)) {
-    throw Error(static_cast<std::int32_t>(ErrorNumber::DuplicateKey), "ClassTable",
-                std::string(StandardDescription(static_cast<std::int32_t>(ErrorNumber::DuplicateKey))) +
-                    ": " + std::string(progId));
+    throw ErrorAbout(ErrorNumber::DuplicateKey, "ClassTable", progId);
   }
   const Entry*& bucket = byHash_[Hash(progId)];
   entries_.push_back(

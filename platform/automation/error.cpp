@@ -75,8 +75,10 @@ std::string_view StandardDescription(std::int32_t number) {
 }
 
 Error::Error(ErrorNumber number, std::string source)
-    : Error(static_cast<std::int32_t>(number), std::move(source),
-            std::string(StandardDescription(static_cast<std::int32_t>(number)))) {}
+    : Error(number, std::move(source), std::string(StandardDescription(static_cast<std::int32_t>(number)))) {}
+
+Error::Error(ErrorNumber number, std::string source, std::string description)
+    : Error(static_cast<std::int32_t>(number), std::move(source), std::move(description)) {}
 
 Error::Error(std::int32_t number, std::string source, std::string description)
     : number_(number), source_(std::move(source)), description_(std::move(description)) {}
@@ -92,6 +94,11 @@ Error& Error::WithOutcome(automation::Outcome outcome) {
   return *this;
 }
 
+Error ErrorAbout(ErrorNumber number, std::string source, std::string_view what) {
+  const Error usual(number);
+  return {number, std::move(source), usual.Description() + ": " + std::string(what)};
+}
+
 Error PendingError() {
   const std::exception_ptr pending = std::current_exception();
   if (!pending) return Error(0, {}, {});
@@ -102,8 +109,7 @@ Error PendingError() {
   } catch (const std::bad_alloc&) {
     return Error(ErrorNumber::OutOfMemory);
   } catch (const std::exception& other) {
-    return Error(static_cast<std::int32_t>(ErrorNumber::InternalError), std::string(kLibraryName),
-                 other.what());
+    return Error(ErrorNumber::InternalError, std::string(kLibraryName), other.what());
   } catch (...) {
     return Error(ErrorNumber::InternalError);
   }

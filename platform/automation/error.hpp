@@ -63,6 +63,7 @@ class ORVANE_EXPORT Error : public std::exception {
  public:
   // An error with the platform's usual description for `number`. `source` names the component that raised it.
   explicit Error(ErrorNumber number, std::string source = std::string(kLibraryName));
+  Error(ErrorNumber number, std::string source, std::string description);
   Error(std::int32_t number, std::string source, std::string description);
 
   std::int32_t Number() const { return number_; }
@@ -89,6 +90,9 @@ class ORVANE_EXPORT Error : public std::exception {
   std::int32_t nativeCode_ = 0;
   automation::Outcome outcome_ = automation::Outcome::NotDone;
 };
+
+// An error with the usual description and what it is about behind it: "Path not found: \suite\Data".
+ORVANE_EXPORT Error ErrorAbout(ErrorNumber number, std::string source, std::string_view what);
 
 // The error being handled, seen from inside a catch clause: an Error as it is, any other exception as the
 // platform error nearest to it (std::bad_alloc is 7, everything else 51 with its own text; the library is the

@@ -2,7 +2,7 @@
 
 #include <sys/time.h>
 
-#include <ctime>
+#include "platform/automation/local_time.hpp"
 
 namespace automation {
 namespace {
@@ -24,16 +24,7 @@ RuntimeScope::~RuntimeScope() {
 DateTime SystemClock() {
   timeval now{};
   gettimeofday(&now, nullptr);
-  std::tm local{};
-  localtime_r(&now.tv_sec, &local);
-  // A leap second that the zone data may report is folded into the second before it.
-  return DateTime::FromParts({.year = local.tm_year + 1900,
-                              .month = local.tm_mon + 1,
-                              .day = local.tm_mday,
-                              .hour = local.tm_hour,
-                              .minute = local.tm_min,
-                              .second = local.tm_sec < 60 ? local.tm_sec : 59,
-                              .microsecond = static_cast<int>(now.tv_usec)});
+  return LocalTime({.tv_sec = now.tv_sec, .tv_nsec = now.tv_usec * 1000});
 }
 
 Runtime& CurrentRuntime() {

@@ -103,17 +103,6 @@ bool operator==(const Variant& one, const Variant& other) {
   return one.value_ == other.value_;
 }
 
-std::string_view TypeName(const Variant& value) {
-  return std::visit(Overloaded{[](EmptyValue) { return "Empty"; }, [](NullValue) { return "Null"; },
-                               [](bool) { return "Boolean"; }, [](std::int16_t) { return "Integer"; },
-                               [](std::int32_t) { return "Long"; }, [](std::int64_t) { return "LongLong"; },
-                               [](double) { return "Double"; }, [](DateTime) { return "Date"; },
-                               [](const std::string&) { return "String"; },
-                               [](const std::shared_ptr<const VariantArray>&) { return "Variant()"; },
-                               [](const ObjectPtr& object) { return object ? "Object" : "Nothing"; }},
-                    value.Get());
-}
-
 std::int64_t ToInt64(const Variant& value) {
   return std::visit(
       Overloaded{[](EmptyValue) -> std::int64_t { return 0; },

@@ -71,10 +71,6 @@ class ORVANE_EXPORT Variant {
   Value value_;
 };
 
-// The platform's name of the value's type: "Empty", "Null", "Boolean", "Integer", "Long", "LongLong",
-// "Double", "Date", "String", "Variant()", "Object", or "Nothing" for a null object reference.
-ORVANE_EXPORT std::string_view TypeName(const Variant& value);
-
 // Whole number: fractions round half to even, text is read as a number (13 when it is none), True is -1,
 // Empty is 0; outside the type's range is 6.
 ORVANE_EXPORT std::int16_t ToInt16(const Variant& value);

@@ -17,13 +17,10 @@ std::optional<ContentDigest::Value> DigestOfFile(int descriptor) {
   ContentDigest digest;
   std::vector<char> chunk(std::size_t{1} << 16);
   while (true) {
-    const ssize_t count = read(descriptor, chunk.data(), chunk.size());
+    const ssize_t count = ReadSome(descriptor, chunk.data(), chunk.size());
+    if (count < 0) return std::nullopt;
     if (count == 0) return digest.Get();
-    if (count > 0) {
-      digest.Add({chunk.data(), static_cast<std::size_t>(count)});
-    } else if (errno != EINTR) {
-      return std::nullopt;
-    }
+    digest.Add({chunk.data(), static_cast<std::size_t>(count)});
   }
 }
 

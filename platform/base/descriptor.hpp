@@ -1,6 +1,8 @@
 // A file descriptor that is closed at the end, and whole reads and writes on one.
 #pragma once
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -73,6 +75,17 @@ inline int ReadAll(int descriptor, std::string& bytes) {
     }
     size += static_cast<std::size_t>(count);
   }
+}
+
+// The content of the regular file at a path, links followed; EISDIR for anything else. 0 or an errno value.
+inline int ReadFile(const std::string& path, std::string& bytes) {
+  // Opening a pipe would wait for its other end.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status {};
+  if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return errno;
+  if (!S_ISREG(status.st_mode)) return EISDIR;
+  bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // room to meet the end at once
+  return ReadAll(file.Get(), bytes);
 }
 
 }  // namespace base

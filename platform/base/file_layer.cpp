@@ -1,19 +1,18 @@
 #include "platform/base/file_layer.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <ctime>
-#include <memory>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
-#include "platform/base/open_folder.hpp"
+#include "platform/base/descriptor.hpp"
 #include "platform/base/text.hpp"
 
 namespace base {
@@ -21,43 +20,17 @@ namespace {
 
 constexpr int kMostLinks = 40;
 
-struct FreeText {
-  void operator()(char* text) const { std::free(text); }
-};
-
 std::string Joined(const std::string& folder, std::string_view name) {
   std::string path = folder;
   if (path.empty() || path.back() != '/') path += '/';
   return path.append(name);
 }
 
-// Of the tree below.
-std::optional<std::string> RealPath(const std::string& path) {
-  const std::unique_ptr<char, FreeText> real(realpath(path.c_str(), nullptr));
-  if (!real) return std::nullopt;
-  return std::string(real.get());
-}
-
-int ReadLink(const std::string& path, std::string& target) {
-  char text[PATH_MAX];
-  const ssize_t length = readlink(path.c_str(), text, sizeof text);
-  if (length < 0) return errno;
-  target.assign(text, static_cast<std::size_t>(length));
-  return 0;
-}
-
-int ReadBelow(const std::string& path, std::string& bytes) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file.IsOpen()) return errno;
-  bytes.clear();
-  std::string piece(std::size_t{1} << 16, '\0');
-  while (true) {
-    const ssize_t count = read(file.Get(), piece.data(), piece.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (count == 0) return 0;
-    bytes.append(piece, 0, static_cast<std::size_t>(count));
-  }
+// The folder of a path, and the name in it.
+std::pair<std::string, std::string> Split(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos) return {".", std::string(path)};
+  return {std::string(path.substr(0, std::max<std::size_t>(slash, 1))), std::string(path.substr(slash + 1))};
 }
 
 bool IsAscii(std::string_view text) {
@@ -80,13 +53,10 @@ FileLayer::FileLayer(const std::string& folder, std::function<void(int error)> o
 // A folder that only the layer has lies below one that the tree has.
 std::string FileLayer::RealFolder(const std::string& folder) const {
   if (!askedFolder_.empty() && folder == askedFolder_) return realFolder_;
-  std::string real;
-  if (std::optional<std::string> below = RealPath(folder.empty() ? "." : folder)) {
-    real = std::move(*below);
-  } else {
-    const std::size_t slash = folder.rfind('/');
-    const std::string name = slash == std::string::npos ? folder : folder.substr(slash + 1);
-    const std::string parent = slash == std::string::npos ? "." : slash == 0 ? "/" : folder.substr(0, slash);
+  std::error_code missing;
+  std::string real = std::filesystem::canonical(folder.empty() ? "." : folder, missing);
+  if (missing) {
+    const auto [parent, name] = Split(folder);
     real = Joined(RealFolder(parent), name);
   }
   askedFolder_ = folder;
@@ -97,17 +67,10 @@ std::string FileLayer::RealFolder(const std::string& folder) const {
 FileLayer::Place FileLayer::PlaceOf(const std::string& path) const {
   std::string_view given = path;
   while (given.size() > 1 && given.back() == '/') given.remove_suffix(1);
-  const std::size_t slash = given.rfind('/');
-  const std::string_view name = slash == std::string_view::npos ? given : given.substr(slash + 1);
-  if (name.empty() || name == "." || name == "..") {
-    const std::string real = RealFolder(std::string(given));
-    const std::size_t last = real.rfind('/');
-    return {last == 0 ? "/" : real.substr(0, last), real.substr(last + 1)};
-  }
-  const std::string_view folder = slash == std::string_view::npos ? "."
-                                  : slash == 0                    ? "/"
-                                                                  : given.substr(0, slash);
-  return {RealFolder(std::string(folder)), std::string(name)};
+  const auto [folder, name] = Split(given);
+  if (!name.empty() && name != "." && name != "..") return {RealFolder(folder), name};
+  const auto [real, last] = Split(RealFolder(std::string(given)));
+  return {real, last};
 }
 
 const FileLayer::Item* FileLayer::Find(const Place& place) const {
@@ -126,9 +89,8 @@ bool FileLayer::IsHidden(const std::string& folder, std::string_view name) const
 // Whether the folder is still the one of the tree below: neither it nor one that holds it was removed.
 bool FileLayer::ShowsBelow(const std::string& folder) const {
   if (hiddenFolders_ == 0 || folder.size() <= 1) return true;
-  const std::size_t slash = folder.rfind('/');
-  if (slash == std::string::npos) return true;
-  return !IsHidden(slash == 0 ? "/" : folder.substr(0, slash), std::string_view(folder).substr(slash + 1));
+  const auto [parent, name] = Split(folder);
+  return !IsHidden(parent, name);
 }
 
 bool FileLayer::Hides(const std::string& folder, std::string_view name) const {
@@ -185,8 +147,9 @@ int FileLayer::FollowLinks(Place& place, struct stat& status) const {
   for (int links = 0; links <= kMostLinks; ++links) {
     if (const int failure = Look(place, status)) return failure;
     if (!S_ISLNK(status.st_mode)) return 0;
-    std::string target;
-    if (const int failure = ReadLink(place.Path(), target)) return failure;
+    std::error_code failure;
+    const std::string target = std::filesystem::read_symlink(place.Path(), failure);
+    if (failure) return failure.value();
     place = PlaceOf(target.front() == '/' ? target : Joined(place.folder, target));
   }
   return ELOOP;
@@ -205,21 +168,12 @@ int FileLayer::List(const std::string& folder, std::vector<Child>& children) con
   if (!S_ISDIR(status.st_mode)) return ENOTDIR;
   const std::string real = place.Path();
   const auto known = folders_.find(real);
-  const bool made = Find(place) != nullptr;
-  if (!made) {
-    const OpenFolder listing(opendir(real.c_str()));
-    if (!listing) return errno;
-    while (true) {
-      errno = 0;
-      const dirent* entry = readdir(listing.get());
-      if (entry == nullptr && errno != 0) return errno;
-      if (entry == nullptr) break;
-      const std::string_view name = entry->d_name;
-      if (name == "." || name == "..") continue;
-      const bool changed = known != folders_.end() && (known->second.hidden.count(std::string(name)) > 0 ||
-                                                       known->second.items.count(name) > 0);
-      if (!changed) children.push_back({std::string(name), entry->d_type});
-    }
+  if (Find(place) == nullptr) {
+    if (const int failure = ListFolder(real, children)) return failure;
+    if (known == folders_.end()) return 0;
+    std::erase_if(children, [&](const Child& child) {
+      return known->second.hidden.contains(child.name) || known->second.items.contains(child.name);
+    });
   }
   if (known == folders_.end()) return 0;
   for (const auto& [name, item] : known->second.items) {
@@ -238,7 +192,7 @@ int FileLayer::Read(const std::string& path, std::string& bytes) const {
     bytes = contents_.Read(item->content);
     return 0;
   }
-  return ReadBelow(place.Path(), bytes);
+  return ReadFile(place.Path(), bytes);
 }
 
 // Whether an item may come or go there.
@@ -314,7 +268,7 @@ int FileLayer::Append(const std::string& path, std::string_view bytes) {
     if (access(place.Path().c_str(), W_OK) != 0) return errno;
     if (S_ISCHR(status.st_mode)) return 0;  // a device takes it and keeps nothing
     std::string before;
-    if (const int failure = ReadBelow(place.Path(), before)) return failure;
+    if (const int failure = ReadFile(place.Path(), before)) return failure;
     Put(place, false, status.st_mode & 07777U, before);
   }
   Item& item = folders_[place.folder].items.find(place.name)->second;

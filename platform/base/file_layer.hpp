@@ -15,6 +15,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "platform/base/open_folder.hpp"
 #include "platform/base/spare_file.hpp"
 
 namespace base {
@@ -39,10 +40,7 @@ class FileLayer {
   int Lstat(const std::string& path, struct stat& status) const;
   int Stat(const std::string& path, struct stat& status) const;
 
-  struct Child {
-    std::string name;
-    unsigned char type;  // as in dirent::d_type
-  };
+  using Child = FolderEntry;
   // What is in a folder, "." and ".." left out, in no order.
   int List(const std::string& folder, std::vector<Child>& children) const;
   // Whether an item of the folder in the tree below is one that the layer does not show.

@@ -26,19 +26,6 @@ Descriptor Make(const std::string& path, mode_t mode) {
   return made;
 }
 
-// How many bytes were written; errno says why not all.
-std::size_t WriteWhatFits(int descriptor, std::string_view piece) {
-  std::size_t written = 0;
-  errno = 0;
-  while (written < piece.size()) {
-    const ssize_t count = write(descriptor, piece.data() + written, piece.size() - written);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break;
-    written += static_cast<std::size_t>(count);
-  }
-  return written;
-}
-
 bool MeansFull(int code) {
   return code == ENOSPC || code == EDQUOT || code == EFBIG;
 }
@@ -54,7 +41,7 @@ GrowingFile::GrowingFile(std::string path, mode_t mode, std::size_t reserveBytes
     const std::string filling(64 * 1024, '#');
     for (std::size_t left = reserveBytes; left > 0;) {
       const std::string_view piece = std::string_view(filling).substr(0, left);
-      if (WriteWhatFits(reserve.Get(), piece) != piece.size()) Raise(errno, reserve_);
+      if (const int code = WriteAll(reserve.Get(), piece); code != 0) Raise(code, reserve_);
       left -= piece.size();
     }
     if (fdatasync(reserve.Get()) != 0) Raise(errno, reserve_);
@@ -71,24 +58,19 @@ GrowingFile::~GrowingFile() {
   unlink(reserve_.c_str());
 }
 
-std::size_t GrowingFile::Write(std::string_view piece) const {
-  return WriteWhatFits(descriptor_.Get(), piece);
+int GrowingFile::Write(std::string_view piece) const {
+  const int failure = WriteAll(descriptor_.Get(), piece);
+  return failure != 0 && ftruncate(descriptor_.Get(), size_) != 0 ? errno : failure;
 }
 
 void GrowingFile::Append(std::string_view piece) {
-  std::size_t written = Write(piece);
-  int failure = errno;
-  if (written < piece.size() && MeansFull(failure) && !outOfRoom_) {
+  int failure = Write(piece);
+  if (MeansFull(failure) && !outOfRoom_) {
     outOfRoom_ = true;
     unlink(reserve_.c_str());
-    written += Write(piece.substr(written));
-    failure = errno;
+    failure = Write(piece);
   }
-  if (written < piece.size()) {
-    // Half a piece would spoil those that still fit.
-    if (written > 0 && ftruncate(descriptor_.Get(), size_) != 0) failure = errno;
-    Raise(failure == 0 ? EIO : failure, path_);
-  }
+  if (failure != 0) Raise(failure, path_);
   size_ += static_cast<off_t>(piece.size());
 }
 

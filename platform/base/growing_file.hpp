@@ -38,8 +38,8 @@ class GrowingFile {
   static bool IsReserve(std::string_view name);
 
  private:
-  // How much of the piece was written; errno tells why it is not all.
-  std::size_t Write(std::string_view piece) const;
+  // The whole piece or nothing of it: half a piece would spoil those that still fit. 0 or an errno value.
+  int Write(std::string_view piece) const;
 
   const std::string path_;
   const std::string reserve_;

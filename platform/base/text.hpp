@@ -60,13 +60,20 @@ constexpr bool HasControl(std::string_view text) {
   return std::any_of(text.begin(), text.end(), IsControl);
 }
 
+// The byte in two hexadecimal digits, upper case.
+inline void AppendHex(std::string& text, char byte) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  text += kDigits[value >> 4];
+  text += kDigits[value & 15];
+}
+
 // The text with each control character as "\x0D", for messages.
 inline std::string WithControlsShown(std::string_view text) {
-  constexpr char kHex[] = "0123456789ABCDEF";
   std::string shown;
   for (const char c : text) {
     if (IsControl(c)) {
-      shown.append("\\x").append(1, kHex[c >> 4]).append(1, kHex[c & 15]);
+      AppendHex(shown.append("\\x"), c);
     } else {
       shown += c;
     }
@@ -94,6 +101,15 @@ constexpr std::size_t Utf8Length(std::string_view text) {
   if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F)) return 0;
   if ((lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F)) return 0;
   return length;
+}
+
+constexpr bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = Utf8Length(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
 }
 
 }  // namespace base

@@ -60,21 +60,6 @@ TEST(ToTextOrEmptyTest, TakesNullForEmptyTextOnly) {
   EXPECT_EQ(ErrorNumberOf([] { automation::ToTextOrEmpty(VariantArray{}); }), 13);
 }
 
-TEST(TypeNameTest, NamesEveryType) {
-  EXPECT_EQ(automation::TypeName(Variant()), "Empty");
-  EXPECT_EQ(automation::TypeName(Variant::Null()), "Null");
-  EXPECT_EQ(automation::TypeName(true), "Boolean");
-  EXPECT_EQ(automation::TypeName(std::int16_t{1}), "Integer");
-  EXPECT_EQ(automation::TypeName(std::int32_t{1}), "Long");
-  EXPECT_EQ(automation::TypeName(std::int64_t{1}), "LongLong");
-  EXPECT_EQ(automation::TypeName(1.0), "Double");
-  EXPECT_EQ(automation::TypeName(DateTime()), "Date");
-  EXPECT_EQ(automation::TypeName("a"), "String");
-  EXPECT_EQ(automation::TypeName(VariantArray{}), "Variant()");
-  EXPECT_EQ(automation::TypeName(automation::ObjectPtr(std::make_shared<Thing>())), "Object");
-  EXPECT_EQ(automation::TypeName(automation::ObjectPtr()), "Nothing");
-}
-
 TEST(VariantEqualityTest, NeedsTheSameTypeAndValue) {
   EXPECT_EQ(Variant("a"), Variant(std::string("a")));
   EXPECT_NE(Variant(std::int32_t{1}), Variant(std::int16_t{1}));

@@ -103,7 +103,7 @@ Strings Rows(const Suite& suite) {
       std::string line = table;
       for (std::size_t i = 0; i < rows->Columns().size(); ++i) {
         const automation::Variant value = rows->Value(i);
-        line += '|' + std::string(TypeName(value)) + ' ';
+        line += '|' + std::to_string(value.Get().index()) + ' ';
         if (const auto* moment = std::get_if<automation::DateTime>(&value.Get())) {
           line += std::to_string(moment->UnixMicroseconds());
         } else {
