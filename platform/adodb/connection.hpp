@@ -30,7 +30,6 @@ class ORVANE_EXPORT Connection : public automation::Object {
 
   // For transactions begun after the call. 3704 when it is not open.
   virtual void SetIsolationLevel(IsolationLevel level) = 0;
-  virtual IsolationLevel GetIsolationLevel() const = 0;
 
   // Runs one statement. A statement that yields rows returns them in a forward-only read-only record set,
   // unless `options` holds kExecuteNoRecords; any other returns null. `recordsAffected` may be null.

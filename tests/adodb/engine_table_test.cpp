@@ -7,13 +7,14 @@
 #include <functional>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "platform/adodb/engines/skeleton/dialect.hpp"
-#include "platform/adodb/engines/skeleton/failures.hpp"
-#include "platform/adodb/engines/skeleton/traits.hpp"
 #include "platform/adodb/engines/table.hpp"
 #include "tests/adodb/conformance/quirks.hpp"
+#include "tests/doubles/skeleton_engine/dialect.hpp"
+#include "tests/doubles/skeleton_engine/failures.hpp"
+#include "tests/doubles/skeleton_engine/traits.hpp"
 #include "tests/support/test_runtime.hpp"
 
 namespace {
@@ -110,25 +111,32 @@ std::string Row(const std::string& title, const std::function<std::string(const 
   return row + "\n";
 }
 
+constexpr std::pair<const char*, Quirk Quirks::*> kRows[] = {
+    {"`=` between strings ignores case", &Quirks::textIgnoresCase},
+    {"`=` between strings ignores trailing spaces", &Quirks::textIgnoresTrailingBlanks},
+    {"A keyset on a table without a primary key loses rows that others change",
+     &Quirks::losesChangedRowsWithoutKey},
+    {"A failed statement ends its transaction", &Quirks::failureEndsTransaction},
+    {"A column takes values of other types than declared", &Quirks::storesAnyType},
+    {"A writer waits for every other writer", &Quirks::locksWholeDatabase},
+};
+static_assert(sizeof(Quirks) == sizeof(Quirks::engine) + std::size(kRows) * sizeof(Quirk),
+              "each quirk has its row");
+
 std::string TableOfQuirks() {
-  const auto row = [](const char* title, Quirk Quirks::*quirk) {
-    return Row(title, [quirk](const Quirks& quirks) {
-      return quirks.*quirk ? "yes: " + std::string((quirks.*quirk).because) : std::string("no");
-    });
-  };
   std::string head = "| |";
   std::string line = "|---|";
   for (const EngineEntry& entry : Engines()) {
     head += " " + std::string(entry.dialect().Name()) + " |";
     line += "---|";
   }
-  return head + "\n" + line + "\n" + row("`=` between strings ignores case", &Quirks::textIgnoresCase) +
-         row("`=` between strings ignores trailing spaces", &Quirks::textIgnoresTrailingBlanks) +
-         row("A keyset on a table without a primary key loses rows that others change",
-             &Quirks::losesChangedRowsWithoutKey) +
-         row("A failed statement ends its transaction", &Quirks::failureEndsTransaction) +
-         row("A column takes values of other types than declared", &Quirks::storesAnyType) +
-         row("A writer waits for every other writer", &Quirks::locksWholeDatabase);
+  std::string table = head + "\n" + line + "\n";
+  for (const auto& [title, quirk] : kRows) {
+    table += Row(title, [quirk = quirk](const Quirks& quirks) {
+      return quirks.*quirk ? "yes: " + std::string((quirks.*quirk).because) : std::string("no");
+    });
+  }
+  return table;
 }
 
 TEST(EngineTableTest, TheUsersTableShowsTheQuirksAsTheyAre) {

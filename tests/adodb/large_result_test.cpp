@@ -20,8 +20,8 @@ class MadeUpRows : public ADODB::engine::Rows {
   explicit MadeUpRows(int count) : count_(count), columns_(2) {}
   const std::vector<ADODB::engine::Column>& Columns() const override { return columns_; }
   bool Next() override { return ++at_ <= count_; }
-  Variant Value(std::size_t column) const override {
-    return column == 0 ? Variant(at_) : Variant(TextOf(at_));
+  void ReadInto(std::size_t column, Variant& into) const override {
+    into = column == 0 ? Variant(at_) : Variant(TextOf(at_));
   }
   static std::string TextOf(int number) { return std::string(100, static_cast<char>('a' + number % 26)); }
 

@@ -6,15 +6,16 @@
 #include "platform/adodb/sql/iso_date_time.hpp"
 #include "platform/adodb/sql/select_shape.hpp"
 #include "platform/automation/error.hpp"
+#include "platform/automation/iso_text.hpp"
 
 namespace {
 
 using ADODB::engine::ConnectionString;
-using ADODB::engine::IsoText;
 using ADODB::engine::ParseCriterion;
 using ADODB::engine::ParseIso;
 using ADODB::engine::SelectShape;
 using automation::DateTime;
+using automation::IsoText;
 using automation::Variant;
 
 template <class Action>

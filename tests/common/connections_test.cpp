@@ -41,7 +41,6 @@ class ScriptedConnection : public ADODB::Connection {
     script_->calls.push_back("Isolation(" + std::to_string(static_cast<int>(level)) + ")");
     if (script_->isolationFails) throw Error(*script_->isolationFails);
   }
-  ADODB::IsolationLevel GetIsolationLevel() const override { return ADODB::IsolationLevel::ReadCommitted; }
   ADODB::RecordsetPtr Execute(const ADODB::Statement&, std::int64_t*, int) override { return nullptr; }
   ADODB::RecordsetPtr ExecuteDelete(const ADODB::Statement&, ADODB::Deleted) override { return nullptr; }
   void BeginTrans() override {}

@@ -21,7 +21,9 @@ class CountedRows : public Rows {
   ~CountedRows() override { --faults_->openRows; }
   const std::vector<Column>& Columns() const override { return inner_->Columns(); }
   bool Next() override { return inner_->Next(); }
-  automation::Variant Value(std::size_t column) const override { return inner_->Value(column); }
+  void ReadInto(std::size_t column, automation::Variant& into) const override {
+    inner_->ReadInto(column, into);
+  }
 
  private:
   std::unique_ptr<Rows> inner_;

@@ -104,7 +104,6 @@ class WatchedConnection : public ADODB::Connection {
     Step(journal_, "Connection.SetIsolationLevel");
     actual_->SetIsolationLevel(level);
   }
-  ADODB::IsolationLevel GetIsolationLevel() const override { return actual_->GetIsolationLevel(); }
   RecordsetPtr Execute(const ADODB::Statement& statement, std::int64_t* recordsAffected,
                        int options) override;
   RecordsetPtr ExecuteDelete(const ADODB::Statement& statement, ADODB::Deleted wanted) override;

@@ -28,7 +28,6 @@ void ConnectionImpl::Open(std::string_view connectionString, std::string_view us
                           int /*options*/) {
   if (session_) Raise(automation::ErrorNumber::ObjectOpen);
   session_ = std::make_shared<SharedSession>(pool_, pool_->Acquire(connectionString, user, password));
-  level_ = IsolationLevel::ReadCommitted;
 }
 
 void ConnectionImpl::Close() {
@@ -43,7 +42,6 @@ ObjectState ConnectionImpl::State() const {
 
 void ConnectionImpl::SetIsolationLevel(IsolationLevel level) {
   GetSession()->GetSession().SetIsolationLevel(level);
-  level_ = level;
 }
 
 RecordsetPtr ConnectionImpl::Execute(const Statement& statement, std::int64_t* recordsAffected, int options) {

@@ -18,7 +18,6 @@ class ConnectionImpl final : public Connection {
   void Close() override;
   ObjectState State() const override;
   void SetIsolationLevel(IsolationLevel level) override;
-  IsolationLevel GetIsolationLevel() const override { return level_; }
   RecordsetPtr Execute(const Statement& statement, std::int64_t* recordsAffected, int options) override;
   RecordsetPtr ExecuteDelete(const Statement& statement, Deleted wanted) override;
   void BeginTrans() override;
@@ -30,7 +29,6 @@ class ConnectionImpl final : public Connection {
  private:
   std::shared_ptr<Pool> pool_;
   std::shared_ptr<SharedSession> session_;  // null while closed
-  IsolationLevel level_ = IsolationLevel::ReadCommitted;
 };
 
 }  // namespace ADODB::engine

@@ -1,6 +1,5 @@
 #include "platform/adodb/cursor/key_list.hpp"
 
-#include <limits>
 #include <optional>
 
 namespace ADODB::engine {
@@ -13,14 +12,6 @@ std::optional<std::int64_t> WholeNumber(KeyView key) {
   if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
   if (const auto* number = std::get_if<std::int16_t>(&value)) return *number;
   return std::nullopt;
-}
-
-automation::Variant OfNumber(std::int64_t number) {
-  if (number >= std::numeric_limits<std::int32_t>::min() &&
-      number <= std::numeric_limits<std::int32_t>::max()) {
-    return static_cast<std::int32_t>(number);
-  }
-  return number;
 }
 
 }  // namespace
@@ -59,7 +50,7 @@ void KeyList::Set(std::size_t index, KeyView key) {
 Row KeyList::Get(std::size_t index) const {
   Row key;
   if (numeric_) {
-    key.push_back(OfNumber(numbers_[index]));
+    key.push_back(OfWhole(numbers_[index]));
     return key;
   }
   const char* at = bytes_.data() + offsets_[index];
@@ -85,7 +76,7 @@ void KeyList::MakeGeneral() {
   numeric_ = false;
   for (const std::int64_t number : numbers_) {
     offsets_.push_back(bytes_.size());
-    Encode(OfNumber(number), bytes_);
+    Encode(OfWhole(number), bytes_);
   }
   numbers_ = {};
 }

@@ -53,8 +53,7 @@ void TellAndMake(ChangeObserver& observer, Change change, std::string_view table
 namespace {
 
 [[noreturn]] void CannotTell() {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::FeatureNotAvailable),
-                          "ADODB.Connection",
+  throw automation::Error(automation::ErrorNumber::FeatureNotAvailable, "ADODB.Connection",
                           "This run is recorded, and of this statement it cannot be told what it changes.");
 }
 

@@ -1,7 +1,6 @@
 #include "platform/adodb/cursor/row_writer.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "platform/adodb/cursor/observed_changes.hpp"
@@ -231,14 +230,8 @@ automation::Variant Converted(const automation::Variant& value, ColumnType type)
   switch (type) {
     case ColumnType::Boolean:
       return automation::ToBoolean(value);
-    case ColumnType::Integer: {
-      const std::int64_t number = automation::ToInt64(value);
-      if (number < std::numeric_limits<std::int32_t>::min() ||
-          number > std::numeric_limits<std::int32_t>::max()) {
-        return number;
-      }
-      return static_cast<std::int32_t>(number);
-    }
+    case ColumnType::Integer:
+      return OfWhole(automation::ToInt64(value));
     case ColumnType::Decimal:
     case ColumnType::Double:
       if (std::holds_alternative<std::int32_t>(value.Get()) ||

@@ -12,7 +12,7 @@ constexpr std::size_t kTailBytes = 16 * 1024 * 1024;
 constexpr std::size_t kChunkBytes = 256 * 1024;
 
 [[noreturn]] void RaiseSpillFailure() {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::DiskFull), "ADODB.Recordset",
+  throw automation::Error(automation::ErrorNumber::DiskFull, "ADODB.Recordset",
                           "Disk full: the temporary file of a record set could not be written or read.");
 }
 

@@ -4,19 +4,16 @@
 #include <string_view>
 #include <variant>
 
+#include "platform/base/text.hpp"
+
 namespace ADODB::engine {
 namespace {
 
 // Bytes that need not be a text are compared as one of their digits.
 std::string HexDigits(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   std::string digits;
   digits.reserve(bytes.size() * 2);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    digits += kDigits[byte >> 4];
-    digits += kDigits[byte & 15];
-  }
+  for (const char c : bytes) base::AppendHex(digits, c);
   return digits;
 }
 

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <tuple>
 #include <type_traits>
+#include <utility>
 
 namespace ADODB::engine {
 namespace {
@@ -40,49 +39,29 @@ std::string ComparisonBytes(const automation::Variant& value, const Dialect& dia
 }
 
 void ValueIndex::Add(std::size_t ordinal, const automation::Variant& value) {
-  const std::string key = KeyOf(value);
-  if (key.empty()) return;
-  entries_.push_back({std::hash<std::string_view>()(key), bytes_.size(),
-                      static_cast<std::uint32_t>(key.size()), static_cast<std::uint32_t>(ordinal)});
-  bytes_ += key;
+  std::string key = KeyOf(value);
+  if (!key.empty()) entries_.emplace_back(std::move(key), static_cast<std::uint32_t>(ordinal));
 }
 
 void ValueIndex::Finish() {
-  std::sort(entries_.begin(), entries_.end(), [](const Entry& left, const Entry& right) {
-    return std::tie(left.hash, left.ordinal) < std::tie(right.hash, right.ordinal);
-  });
-}
-
-std::vector<ValueIndex::Entry>::const_iterator ValueIndex::Lower(std::uint64_t hash,
-                                                                 std::uint64_t ordinal) const {
-  return std::lower_bound(entries_.begin(), entries_.end(), std::pair(hash, ordinal),
-                          [](const Entry& entry, const std::pair<std::uint64_t, std::uint64_t>& wanted) {
-                            return entry.hash < wanted.first ||
-                                   (entry.hash == wanted.first && entry.ordinal < wanted.second);
-                          });
-}
-
-bool ValueIndex::Matches(const Entry& entry, std::uint64_t hash, std::string_view key) const {
-  return entry.hash == hash && std::string_view(bytes_).substr(entry.offset, entry.length) == key;
+  std::sort(entries_.begin(), entries_.end());
 }
 
 std::vector<std::uint32_t> ValueIndex::Find(const automation::Variant& value) const {
   std::vector<std::uint32_t> ordinals;
-  const std::string key = KeyOf(value);
-  const std::uint64_t hash = std::hash<std::string_view>()(key);
-  for (auto entry = Lower(hash, 0); entry != entries_.end() && entry->hash == hash; ++entry) {
-    if (Matches(*entry, hash, key)) ordinals.push_back(entry->ordinal);
+  const Entry first(KeyOf(value), 0);
+  for (auto entry = std::lower_bound(entries_.begin(), entries_.end(), first);
+       entry != entries_.end() && entry->first == first.first; ++entry) {
+    ordinals.push_back(entry->second);
   }
   return ordinals;
 }
 
 std::optional<std::uint32_t> ValueIndex::FirstFrom(const automation::Variant& value, std::size_t from) const {
-  const std::string key = KeyOf(value);
-  const std::uint64_t hash = std::hash<std::string_view>()(key);
-  for (auto entry = Lower(hash, from); entry != entries_.end() && entry->hash == hash; ++entry) {
-    if (Matches(*entry, hash, key)) return entry->ordinal;
-  }
-  return std::nullopt;
+  const Entry first(KeyOf(value), static_cast<std::uint32_t>(from));
+  const auto entry = std::lower_bound(entries_.begin(), entries_.end(), first);
+  if (entry == entries_.end() || entry->first != first.first) return std::nullopt;
+  return entry->second;
 }
 
 }  // namespace ADODB::engine

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/adodb/sql/dialect.hpp"
@@ -31,23 +31,14 @@ class ValueIndex {
   std::optional<std::uint32_t> FirstFrom(const automation::Variant& value, std::size_t from) const;
 
  private:
-  struct Entry {
-    std::uint64_t hash;
-    std::uint64_t offset;
-    std::uint32_t length;
-    std::uint32_t ordinal;
-  };
+  using Entry = std::pair<std::string, std::uint32_t>;  // a key and an ordinal
 
   std::string KeyOf(const automation::Variant& value) const {
     return ComparisonBytes(value, dialect_, column_);
   }
-  std::vector<Entry>::const_iterator Lower(std::uint64_t hash, std::uint64_t ordinal) const;
-  bool Matches(const Entry& entry, std::uint64_t hash, std::string_view key) const;
-
   const Dialect& dialect_;
   Column column_;
-  std::vector<Entry> entries_;  // by hash, then by ordinal
-  std::string bytes_;
+  std::vector<Entry> entries_;  // ascending
 };
 
 }  // namespace ADODB::engine

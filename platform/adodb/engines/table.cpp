@@ -41,7 +41,7 @@ std::span<const EngineEntry> Engines() {
 }
 
 const EngineEntry* EngineOfDriver(std::string_view driver) {
-  const std::string name = LowerCased(driver);
+  const std::string name = base::ToAsciiLower(driver);
   return First([&](const Traits& traits) {
     return std::any_of(traits.drivers.begin(), traits.drivers.end(),
                        [&](std::string_view word) { return name.find(word) != std::string::npos; });

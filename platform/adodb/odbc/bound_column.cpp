@@ -69,7 +69,7 @@ void BoundColumn::Read(automation::Variant& into, TextBuffer& buffer) const {
   }
   switch (type_) {
     case ColumnType::Integer:
-      into = OfWhole(fixed_.whole);
+      into = engine::OfWhole(fixed_.whole);
       return;
     case ColumnType::Decimal:
       into = OfDecimal(fixed_.number);

@@ -39,10 +39,8 @@ bool ReadsBoundColumns(SQLHANDLE connection) {
 
 // Whether a statement reads or writes rows and nothing else: such a one leaves a session's settings alone.
 bool KeepsSettings(std::string_view sql) {
-  const std::size_t start = sql.find_first_not_of(" \t\r\n(");
-  if (start == std::string_view::npos) return true;
-  std::string_view word = sql.substr(start);
-  word = word.substr(0, word.find_first_of(" \t\r\n(*"));
+  const std::string_view word = engine::FirstWord(sql);
+  if (word.empty()) return true;
   for (const char* keyword : {"select", "insert", "update", "delete", "with"}) {
     if (engine::EqualsIgnoringAsciiCase(word, keyword)) return true;
   }
@@ -59,11 +57,6 @@ class Connection::ResultRows : public engine::Rows {
 
   const std::vector<engine::Column>& Columns() const override { return statement_.Columns(); }
   bool Next() override { return !statement_.Columns().empty() && statement_.Fetch(); }
-  automation::Variant Value(std::size_t column) const override {
-    automation::Variant value;
-    statement_.ReadInto(column, value);
-    return value;
-  }
   void ReadInto(std::size_t column, automation::Variant& into) const override {
     statement_.ReadInto(column, into);
   }

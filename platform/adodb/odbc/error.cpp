@@ -39,9 +39,7 @@ Diagnostics ReadDiagnostics(SQLSMALLINT handleKind, SQLHANDLE handle) {
       diagnostics.sqlState = ToUtf8(state.data(), 5);
       diagnostics.nativeCode = native;
     }
-    std::size_t used = 0;
-    while (used < text.size() && text[used] != 0) ++used;
-    AppendOnOneLine(ToUtf8(text.data(), used), diagnostics.message);
+    AppendOnOneLine(ToUtf8(text), diagnostics.message);
   }
   if (diagnostics.sqlState.empty()) {
     diagnostics = {

@@ -26,6 +26,19 @@ SQL_TIMESTAMP_STRUCT ToTimestamp(automation::DateTime value) {
 
 }  // namespace
 
+template <class Text>
+ParameterBuffer::Shape ParameterBuffer::Keep(Text text, Text& kept, SQLSMALLINT cType, SQLSMALLINT sqlType,
+                                             SQLSMALLINT longType) {
+  indicator_ = static_cast<SQLLEN>(text.size() * sizeof(typename Text::value_type));
+  if (text.size() > kept.size()) {
+    kept = std::move(text);
+  } else {
+    std::copy(text.begin(), text.end(), kept.begin());
+  }
+  if (kept.empty()) kept.resize(1);  // an empty text still needs an address
+  return {cType, kept.size() > kLongText ? longType : sqlType, kept.size(), 0, kept.data()};
+}
+
 ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value, TextForm form) {
   struct Visitor {
     ParameterBuffer& to;
@@ -35,74 +48,45 @@ ParameterBuffer::Shape ParameterBuffer::Take(const automation::Variant& value, T
     Shape operator()(automation::NullValue) const { return Null(); }
     Shape operator()(bool v) const {
       to.bit_ = v ? 1 : 0;
-      to.indicator_ = 0;
       return {SQL_C_BIT, SQL_BIT, 1, 0, &to.bit_};
     }
     Shape operator()(std::int16_t v) const { return (*this)(std::int32_t{v}); }
     Shape operator()(std::int32_t v) const {
       to.integer_ = v;
-      to.indicator_ = 0;
       return {SQL_C_SLONG, SQL_INTEGER, 10, 0, &to.integer_};
     }
     Shape operator()(std::int64_t v) const {
       to.wideInteger_ = v;
-      to.indicator_ = 0;
       return {SQL_C_SBIGINT, SQL_BIGINT, 19, 0, &to.wideInteger_};
     }
     Shape operator()(double v) const {
       to.number_ = v;
-      to.indicator_ = 0;
       return {SQL_C_DOUBLE, SQL_DOUBLE, 15, 0, &to.number_};
     }
     Shape operator()(automation::DateTime v) const {
       to.moment_ = ToTimestamp(v);
-      to.indicator_ = 0;
       return {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6, &to.moment_};
     }
     Shape operator()(const std::string& v) const {
-      return form == TextForm::Utf8 ? to.TakeBytes(v) : to.TakeWide(ToWide(v));
+      if (form == TextForm::Utf16) {
+        return to.Keep(ToWide(v), to.text_, SQL_C_WCHAR, SQL_WVARCHAR, SQL_WLONGVARCHAR);
+      }
+      RequireUtf8(v);
+      return to.Keep(v, to.bytes_, SQL_C_CHAR, SQL_VARCHAR, SQL_LONGVARCHAR);
     }
     Shape operator()(const std::shared_ptr<const automation::VariantArray>&) const { Refuse(); }
     Shape operator()(const automation::ObjectPtr&) const { Refuse(); }
 
     // Null has no type of its own: what was bound before serves, so that a column's type stays what it was.
     Shape Null() const {
-      to.indicator_ = SQL_NULL_DATA;
-      if (to.bound_.memory != nullptr) return to.bound_;
-      const Shape text = (*this)(std::string());
+      const Shape text = to.bound_.memory != nullptr ? to.bound_ : (*this)(std::string());
       to.indicator_ = SQL_NULL_DATA;
       return text;
     }
     [[noreturn]] static void Refuse() { throw automation::Error(automation::ErrorNumber::TypeMismatch); }
   };
+  indicator_ = 0;
   return std::visit(Visitor{*this, form}, value.Get());
-}
-
-ParameterBuffer::Shape ParameterBuffer::TakeWide(WideText text) {
-  indicator_ = static_cast<SQLLEN>(text.size() * sizeof(SQLWCHAR));
-  if (text.size() > text_.size()) {
-    text_ = std::move(text);
-  } else {
-    std::copy(text.begin(), text.end(), text_.begin());
-  }
-  if (text_.empty()) text_.resize(1);  // an empty text still needs an address
-  const std::size_t room = text_.size();
-  return {SQL_C_WCHAR, static_cast<SQLSMALLINT>(room > kLongText ? SQL_WLONGVARCHAR : SQL_WVARCHAR), room, 0,
-          text_.data()};
-}
-
-ParameterBuffer::Shape ParameterBuffer::TakeBytes(const std::string& text) {
-  RequireUtf8(text);
-  indicator_ = static_cast<SQLLEN>(text.size());
-  if (text.size() > bytes_.size()) {
-    bytes_ = text;
-  } else {
-    std::copy(text.begin(), text.end(), bytes_.begin());
-  }
-  if (bytes_.empty()) bytes_.resize(1);
-  const std::size_t room = bytes_.size();
-  return {SQL_C_CHAR, static_cast<SQLSMALLINT>(room > kLongText ? SQL_LONGVARCHAR : SQL_VARCHAR), room, 0,
-          bytes_.data()};
 }
 
 SQLRETURN ParameterBuffer::Bind(SQLHANDLE statement, SQLUSMALLINT number, const automation::Variant& value,

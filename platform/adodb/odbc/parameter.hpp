@@ -32,8 +32,8 @@ class ParameterBuffer {
 
   Shape Take(const automation::Variant& value, TextForm form);
   // Texts keep their memory for shorter ones that follow.
-  Shape TakeWide(WideText text);
-  Shape TakeBytes(const std::string& text);
+  template <class Text>
+  Shape Keep(Text text, Text& kept, SQLSMALLINT cType, SQLSMALLINT sqlType, SQLSMALLINT longType);
 
   Shape bound_;
   SQLLEN indicator_ = 0;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <string>
 
 #include "platform/adodb/odbc/error.hpp"
@@ -23,19 +22,20 @@ bool ReadFixed(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, T& v
   return Succeeded(status) && indicator != SQL_NULL_DATA;
 }
 
-// Texts come in pieces: the size that a driver declares for a column is no bound, nor is it always known. The
-// text is left at the front of `buffer`, `filled` characters of it; false when it is Null or could not be
-// read.
+// Texts and bytes come in pieces: the size that a driver declares for a column is no bound, nor is it always
+// known. The value is left at the front of `buffer`, `filled` characters of it; false when it is Null or
+// could not be read.
 template <class Buffer>
 bool ReadPieces(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, Buffer& buffer,
                 std::size_t& filled, SQLRETURN& status) {
   constexpr std::size_t kUnit = sizeof(typename Buffer::value_type);
   constexpr std::size_t kFirstPiece = 2048;
   constexpr std::size_t kLargestUnaskedPiece = 1 << 20;
+  const std::size_t closing = cType == SQL_C_BINARY ? 0 : 1;  // the zero behind a text
   if (buffer.size() < kFirstPiece) buffer.resize(kFirstPiece);
   filled = 0;
   for (;;) {
-    const std::size_t room = buffer.size() - filled;  // one of them for the closing zero
+    const std::size_t room = buffer.size() - filled;
     SQLLEN indicator = 0;
     status = SQLGetData(statement, number, cType, buffer.data() + filled, static_cast<SQLLEN>(room * kUnit),
                         &indicator);
@@ -46,13 +46,13 @@ bool ReadPieces(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, Buf
     if (!Succeeded(status) || indicator == SQL_NULL_DATA) return false;
     const bool known = indicator != SQL_NO_TOTAL;
     const std::size_t rest = known ? static_cast<std::size_t>(indicator) / kUnit : 0;
-    if (known && rest < room) {
+    if (known && rest + closing <= room) {
       filled += rest;
       return true;
     }
-    filled += room - 1;
-    const std::size_t more = known ? rest - (room - 1) : std::min(buffer.size(), kLargestUnaskedPiece);
-    buffer.resize(filled + more + 1);
+    filled += room - closing;
+    const std::size_t more = known ? rest + closing - room : std::min(buffer.size(), kLargestUnaskedPiece);
+    buffer.resize(filled + more + closing);
   }
 }
 
@@ -64,55 +64,35 @@ void GiveBackMemory(Buffer& buffer) {
   buffer.shrink_to_fit();
 }
 
-SQLRETURN ReadText(SQLHANDLE statement, SQLUSMALLINT number, TextForm form, TextBuffer& buffer,
-                   Variant& value) {
+SQLRETURN ReadBytes(SQLHANDLE statement, SQLUSMALLINT number, SQLSMALLINT cType, TextBuffer& buffer,
+                    Variant& value) {
   SQLRETURN status = SQL_SUCCESS;
   std::size_t filled = 0;
-  if (form == TextForm::Utf8) {
-    if (ReadPieces(statement, number, SQL_C_CHAR, buffer.bytes, filled, status)) {
-      value = std::string(buffer.bytes, 0, filled);
-      GiveBackMemory(buffer.bytes);
-    }
-  } else if (ReadPieces(statement, number, SQL_C_WCHAR, buffer.wide, filled, status)) {
+  if (ReadPieces(statement, number, cType, buffer.bytes, filled, status)) {
+    value = std::string(buffer.bytes, 0, filled);
+    GiveBackMemory(buffer.bytes);
+  }
+  return status;
+}
+
+SQLRETURN ReadText(SQLHANDLE statement, SQLUSMALLINT number, TextForm form, TextBuffer& buffer,
+                   Variant& value) {
+  if (form == TextForm::Utf8) return ReadBytes(statement, number, SQL_C_CHAR, buffer, value);
+  SQLRETURN status = SQL_SUCCESS;
+  std::size_t filled = 0;
+  if (ReadPieces(statement, number, SQL_C_WCHAR, buffer.wide, filled, status)) {
     value = ToUtf8(buffer.wide.data(), filled);
     GiveBackMemory(buffer.wide);
   }
   return status;
 }
 
-SQLRETURN ReadBinary(SQLHANDLE statement, SQLUSMALLINT number, Variant& value) {
-  std::string bytes;
-  std::string piece(4096, '\0');
-  for (;;) {
-    SQLLEN indicator = 0;
-    const SQLRETURN status = SQLGetData(statement, number, SQL_C_BINARY, piece.data(),
-                                        static_cast<SQLLEN>(piece.size()), &indicator);
-    if (status == SQL_NO_DATA) break;
-    if (!Succeeded(status)) return status;
-    if (indicator == SQL_NULL_DATA) {
-      value = Variant::Null();
-      return SQL_SUCCESS;
-    }
-    const bool last = indicator != SQL_NO_TOTAL && static_cast<std::size_t>(indicator) <= piece.size();
-    bytes.append(piece, 0, last ? static_cast<std::size_t>(indicator) : piece.size());
-    if (last) break;
-  }
-  value = std::move(bytes);
-  return SQL_SUCCESS;
-}
-
 }  // namespace
-
-Variant OfWhole(std::int64_t number) {
-  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
-                    number <= std::numeric_limits<std::int32_t>::max();
-  return fits ? Variant(static_cast<std::int32_t>(number)) : Variant(number);
-}
 
 Variant OfDecimal(double number) {
   constexpr double kWholeUpTo = 9007199254740992.0;  // 2 to the 53rd
   const bool whole = std::nearbyint(number) == number && std::fabs(number) <= kWholeUpTo;
-  return whole ? OfWhole(static_cast<std::int64_t>(number)) : Variant(number);
+  return whole ? engine::OfWhole(static_cast<std::int64_t>(number)) : Variant(number);
 }
 
 Variant OfTimestamp(const SQL_TIMESTAMP_STRUCT& moment) {
@@ -169,7 +149,7 @@ SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, T
     }
     case ColumnType::Integer: {
       SQLBIGINT whole = 0;
-      if (ReadFixed(statement, number, SQL_C_SBIGINT, whole, status)) value = OfWhole(whole);
+      if (ReadFixed(statement, number, SQL_C_SBIGINT, whole, status)) value = engine::OfWhole(whole);
       return status;
     }
     case ColumnType::Decimal: {
@@ -188,7 +168,7 @@ SQLRETURN ReadValue(SQLHANDLE statement, SQLUSMALLINT number, ColumnType type, T
       return status;
     }
     case ColumnType::Binary:
-      return ReadBinary(statement, number, value);
+      return ReadBytes(statement, number, SQL_C_BINARY, buffer, value);
     case ColumnType::Text:
       return ReadText(statement, number, form, buffer, value);
   }

@@ -16,7 +16,6 @@ namespace ADODB::odbc {
 engine::ColumnType TypeOf(SQLSMALLINT sqlType);
 
 // Values as engine::Rows promises them.
-automation::Variant OfWhole(std::int64_t number);
 automation::Variant OfDecimal(double number);
 automation::Variant OfTimestamp(const SQL_TIMESTAMP_STRUCT& moment);
 

@@ -129,9 +129,7 @@ std::string Statement::ColumnText(SQLUSMALLINT column, SQLUSMALLINT field) {
   const SQLRETURN status = SQLColAttributeW(handle_.Get(), column, field, text.data(),
                                             static_cast<SQLSMALLINT>(sizeof text), &bytes, nullptr);
   if (!Succeeded(status)) return {};  // a driver need not know where a column comes from
-  std::size_t length = 0;
-  while (length < text.size() && text[length] != 0) ++length;
-  return ToUtf8(text.data(), length);
+  return ToUtf8(text);
 }
 
 bool Statement::Fetch() {

@@ -8,6 +8,7 @@
 #include <sqlucode.h>
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,8 @@ void RequireUtf8(std::string_view text);
 
 // Half a surrogate pair becomes U+FFFD.
 std::string ToUtf8(const SQLWCHAR* text, std::size_t length);
+// Up to a zero character, or the end.
+std::string ToUtf8(std::span<const SQLWCHAR> text);
 // Into a string whose memory is used again.
 void ToUtf8(const SQLWCHAR* text, std::size_t length, std::string& utf8);
 

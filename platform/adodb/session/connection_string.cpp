@@ -7,15 +7,11 @@ namespace ADODB::engine {
 namespace {
 
 std::string_view Trimmed(std::string_view text) {
-  const auto blank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
+  return base::Trimmed(text, " \t\n\v\f\r");
 }
 
 [[noreturn]] void Refuse(std::string_view what, std::size_t offset) {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid),
-                          "ADODB.Connection",
+  throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "ADODB.Connection",
                           "The connection string is not valid: " + std::string(what) + " at character " +
                               std::to_string(offset + 1) + ".");
 }

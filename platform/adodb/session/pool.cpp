@@ -108,11 +108,4 @@ void Pool::GiveBack(Lease lease) noexcept {
   }
 }
 
-std::size_t Pool::IdleCount() const {
-  const std::lock_guard lock(mutex_);
-  std::size_t count = 0;
-  for (const auto& [key, target] : targets_) count += target->idle.size();
-  return count;
-}
-
 }  // namespace ADODB::engine

@@ -58,8 +58,6 @@ class Pool {
   // are pinged before they are handed out again.
   void GiveBack(Lease lease) noexcept;
 
-  std::size_t IdleCount() const;
-
   // Of the rows that are read through the pool's sessions.
   Freshness& GetFreshness() { return freshness_; }
 
@@ -86,7 +84,7 @@ class Pool {
   Freshness freshness_;
   ChangeObserver* const observer_;
   const std::function<void()> beforeChange_;
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   struct TextHash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }

@@ -68,10 +68,7 @@ class Trunk {
 
   void RequireTransactional(std::string_view sql) {
     if (unsafe_.empty() || IsRead(sql)) return;
-    for (const Token& token : Tokenize(sql).tokens) {
-      if (token.kind != TokenKind::Word && token.kind != TokenKind::QuotedName) continue;
-      std::string_view name = token.In(sql);
-      if (token.kind == TokenKind::QuotedName && name.size() >= 2) name = name.substr(1, name.size() - 2);
+    for (const std::string& name : Names(sql)) {
       for (const std::string& table : unsafe_) {
         if (!EqualsIgnoringAsciiCase(name, table)) continue;
         const automation::Error refused(automation::ErrorNumber::FeatureNotAvailable, "Preview");
@@ -117,10 +114,8 @@ class Trunk {
   }
 
   static bool IsRead(std::string_view sql) {
-    constexpr std::string_view kSelect = "select";
-    const std::size_t start = sql.find_first_not_of(" \t\r\n(");
-    return start == std::string_view::npos ||
-           EqualsIgnoringAsciiCase(sql.substr(start, kSelect.size()), kSelect);
+    const std::string_view word = FirstWord(sql);
+    return word.empty() || EqualsIgnoringAsciiCase(word, "select");
   }
 
   std::optional<PreviewFailure::Kind> KindOf(const automation::Error& error) {

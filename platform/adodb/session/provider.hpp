@@ -36,9 +36,13 @@ class Rows {
   // where it fits, std::int64_t where it does not; Decimal is one of these for a whole number, double
   // otherwise; Double is double; DateTime is DateTime; Text and Binary are text. A value that is stored in
   // another form than the column declares comes as what it is, but a number in a date column comes as a text.
-  virtual automation::Variant Value(std::size_t column) const = 0;
+  automation::Variant Value(std::size_t column) const {
+    automation::Variant value;
+    ReadInto(column, value);
+    return value;
+  }
   // Value() into memory that is used again: a long walk allocates nothing for a row.
-  virtual void ReadInto(std::size_t column, automation::Variant& into) const { into = Value(column); }
+  virtual void ReadInto(std::size_t column, automation::Variant& into) const = 0;
 };
 
 // What a session has made of a statement, to run it again.

@@ -15,15 +15,18 @@ automation::Variant SessionLock::Ask(std::string_view sql) {
   return rows->Next() ? rows->Value(0) : automation::Variant::Null();
 }
 
-bool SessionLock::TryTake() {
-  const automation::Variant answer = Ask(texts_->take);
+bool SessionLock::Affirms(std::string_view sql) {
+  const automation::Variant answer = Ask(sql);
   return !answer.IsNull() && automation::ToInt64(answer) == 1;
+}
+
+bool SessionLock::TryTake() {
+  return Affirms(texts_->take);
 }
 
 bool SessionLock::IsHeld() noexcept {
   try {
-    const automation::Variant answer = Ask(texts_->isHeld);
-    return !answer.IsNull() && automation::ToInt64(answer) == 1;
+    return Affirms(texts_->isHeld);
   } catch (const std::exception&) {
     return false;
   }

@@ -28,6 +28,7 @@ class SessionLock {
  private:
   // The value of a query's only row and column; Null without a row.
   automation::Variant Ask(std::string_view sql);
+  bool Affirms(std::string_view sql);  // whether that is 1
 
   std::unique_ptr<Session> session_;
   const Dialect::SessionLockTexts* texts_;

@@ -91,12 +91,7 @@ bool ValuesToBind(const Statement& statement, Parameters& values) {
       const std::optional<std::int64_t> number = WholeNumber(value);
       const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
       if (!number || !delimited) return false;
-      // As an engine types the literal.
-      if (*number == static_cast<std::int32_t>(*number)) {
-        values.emplace_back(static_cast<std::int32_t>(*number));
-      } else {
-        values.emplace_back(*number);
-      }
+      values.push_back(OfWhole(*number));  // as an engine types the literal
       at = end;
     }
   }

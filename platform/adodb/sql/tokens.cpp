@@ -6,19 +6,17 @@
 namespace ADODB::engine {
 namespace {
 
+using base::AsciiLower;
+
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 bool IsBlank(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 // Bytes beyond ASCII are letters of some alphabet.
 bool IsWordStart(char c) {
-  return (Lower(c) >= 'a' && Lower(c) <= 'z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+  return (AsciiLower(c) >= 'a' && AsciiLower(c) <= 'z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 bool IsWordPart(char c) {
   return IsWordStart(c) || IsDigit(c) || c == '$' || c == '#';
@@ -93,7 +91,7 @@ class Scanner {
     const std::size_t start = at_;
     Quoted(TokenKind::Text, '\'');
     const bool escapes =
-        start > 0 && Lower(sql_[start - 1]) == 'e' && (start < 2 || !IsWordPart(sql_[start - 2]));
+        start > 0 && AsciiLower(sql_[start - 1]) == 'e' && (start < 2 || !IsWordPart(sql_[start - 2]));
     if (escapes && sql_.substr(start, at_ - start).find('\\') != std::string_view::npos) MarkAmbiguous(start);
   }
 
@@ -126,7 +124,7 @@ class Scanner {
   void Number() {
     const std::size_t start = at_;
     while (IsDigit(At(at_)) || At(at_) == '.') ++at_;
-    if (Lower(At(at_)) == 'e') {
+    if (AsciiLower(At(at_)) == 'e') {
       const std::size_t digits = at_ + (At(at_ + 1) == '+' || At(at_ + 1) == '-' ? 2u : 1u);
       if (IsDigit(At(digits))) {
         at_ = digits;
@@ -151,20 +149,6 @@ TokenList Tokenize(std::string_view sql) {
   return Scanner(sql).Run();
 }
 
-bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right) {
-  if (left.size() != right.size()) return false;
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    if (Lower(left[i]) != Lower(right[i])) return false;
-  }
-  return true;
-}
-
-std::string LowerCased(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = Lower(c);
-  return lower;
-}
-
 std::string Unquoted(std::string_view quoted) {
   const char closing = quoted.back();
   std::string text;
@@ -173,6 +157,21 @@ std::string Unquoted(std::string_view quoted) {
     if (quoted[i] == closing) ++i;
   }
   return text;
+}
+
+std::vector<std::string> Names(std::string_view sql) {
+  std::vector<std::string> names;
+  for (const Token& token : Tokenize(sql).tokens) {
+    if (token.kind == TokenKind::QuotedName) names.push_back(Unquoted(token.In(sql)));
+    if (token.kind == TokenKind::Word) names.emplace_back(token.In(sql));
+  }
+  return names;
+}
+
+std::string_view FirstWord(std::string_view sql) {
+  constexpr std::string_view kBefore = " \t\r\n(";
+  sql.remove_prefix(std::min(sql.find_first_not_of(kBefore), sql.size()));
+  return sql.substr(0, sql.find_first_of(" \t\r\n(*"));
 }
 
 bool Is(std::string_view sql, const Token& token, std::string_view lowerCase) {

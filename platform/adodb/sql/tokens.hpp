@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base/text.hpp"
+
 namespace ADODB::engine {
 
 enum class TokenKind {
@@ -44,12 +46,16 @@ TokenList Tokenize(std::string_view sql);
 // Whether `token` is the given keyword or symbol; `lowerCase` is in lower case, words match in any case.
 bool Is(std::string_view sql, const Token& token, std::string_view lowerCase);
 
-bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right);
-
-std::string LowerCased(std::string_view text);  // ASCII letters alone
+using base::EqualsIgnoringAsciiCase;
 
 // What stands between the quotes of a quoted token, doubled ones inside as one.
 std::string Unquoted(std::string_view quoted);
+
+// The words and quoted names of a text in order, the latter without their quotes.
+std::vector<std::string> Names(std::string_view sql);
+
+// The word that a statement begins with, brackets before it left out; empty where there is none.
+std::string_view FirstWord(std::string_view sql);
 
 // Tokens from `begin` up to `end`.
 struct TokenRange {

@@ -4,8 +4,8 @@
 
 #include "platform/adodb/sql/change_shape.hpp"
 #include "platform/adodb/sql/engine_error.hpp"
-#include "platform/adodb/sql/iso_date_time.hpp"
 #include "platform/adodb/sql/or_chain.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/automation/runtime.hpp"
 
 namespace ADODB::engine {
@@ -239,7 +239,7 @@ class Translator {
     usesLocale_ = true;
     const std::string text = Unquoted(tokens_[at].In(sql_));
     try {
-      return dialect_.Timestamp(IsoText(automation::CurrentLocale().ParseDateTime(text)));
+      return dialect_.Timestamp(automation::IsoText(automation::CurrentLocale().ParseDateTime(text)));
     } catch (const automation::Error& error) {
       if (error.Number() != static_cast<std::int32_t>(automation::ErrorNumber::TypeMismatch)) throw;
       throw EngineError(

@@ -187,17 +187,6 @@ TEST_P(Conformance, RollsBackAfterAStatementFailedInsideATransaction) {
   EXPECT_THAT(Rows("SELECT ID FROM NUMBERS ORDER BY ID"), ElementsAre("1", "2"));
 }
 
-TEST_P(Conformance, KeepsTheIsolationLevelItWasGiven) {
-  const auto connection = Connect();
-  connection->SetIsolationLevel(ADODB::IsolationLevel::Serializable);
-  EXPECT_EQ(connection->GetIsolationLevel(), ADODB::IsolationLevel::Serializable);
-  connection->BeginTrans();
-  connection->CommitTrans();
-  connection->Close();
-  connection->Open(engine->ConnectionString(), "", "", -1);
-  EXPECT_EQ(connection->GetIsolationLevel(), ADODB::IsolationLevel::ReadCommitted);
-}
-
 // --- Errors of the engine ---
 
 TEST_P(Conformance, TellsThatATableIsMissing) {

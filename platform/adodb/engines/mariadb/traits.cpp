@@ -22,14 +22,14 @@ constexpr Traits::Option kOptions[] = {
 };
 
 std::string Encoding(const ConnectionString& text) {
-  return LowerCased(text.Value("CHARSET").value_or(""));
+  return base::ToAsciiLower(text.Value("CHARSET").value_or(""));
 }
 
 void RequireExactText(const ConnectionString& text) {
   const std::string encoding = Encoding(text);
   if (encoding == "utf8mb4" || encoding == "utf8mb3" || encoding == "utf8") return;
   throw automation::Error(
-      static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid), "MSDASQL",
+      automation::ErrorNumber::ArgumentsInvalid, "MSDASQL",
       "The connection string must say CHARSET=utf8mb4. In another character set the driver replaces what it "
       "cannot write by what looks like it, a typographic apostrophe by a quote for instance.");
 }
@@ -45,22 +45,8 @@ bool GivesUtf8(const ConnectionString& text) {
   return Encoding(text) == "utf8mb4";
 }
 
-// "`schema`.`table`" in its parts, as written or as the quotes keep them.
-std::vector<std::string> NameParts(std::string_view name) {
-  std::vector<std::string> parts;
-  for (const Token& token : Tokenize(name).tokens) {
-    const std::string_view part = token.In(name);
-    if (token.kind == TokenKind::QuotedName && part.size() >= 2) {
-      parts.push_back(Unquoted(part));
-    } else if (token.kind == TokenKind::Word) {
-      parts.emplace_back(part);
-    }
-  }
-  return parts;
-}
-
 Traits::Query Describe(std::string_view table) {
-  const std::vector<std::string> parts = NameParts(table);
+  const std::vector<std::string> parts = Names(table);
   const automation::Variant schema =
       parts.size() > 1 ? automation::Variant(parts[parts.size() - 2]) : automation::Variant::Null();
   const automation::Variant name = parts.empty() ? std::string(table) : parts.back();

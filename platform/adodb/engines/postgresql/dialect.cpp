@@ -1,9 +1,11 @@
 #include "platform/adodb/engines/postgresql/dialect.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <variant>
 
 #include "platform/adodb/sql/engine_error.hpp"
+#include "platform/base/text.hpp"
 
 namespace ADODB::engine {
 namespace {
@@ -106,12 +108,9 @@ class PostgreSql : public Dialect {
   // upper-case letter was quoted when it was made, and stands as it is.
   bool FoldsNames() const override { return true; }
   std::string ShownName(std::string_view reported) const override {
-    std::string shown(reported);
-    for (char& c : shown) {
-      if (c >= 'A' && c <= 'Z') return std::string(reported);
-      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    }
-    return shown;
+    const bool wasQuoted =
+        std::any_of(reported.begin(), reported.end(), [](char c) { return base::AsciiLower(c) != c; });
+    return wasQuoted ? std::string(reported) : base::ToAsciiUpper(reported);
   }
 
   // The engine's collations order texts, but only equal bytes are equal to it.

@@ -31,7 +31,7 @@ std::string SetUp(const ConnectionString& text) {
 
 // The driver converts a string twice when asked for UTF-16, once for its length.
 bool GivesUtf8(const ConnectionString& text) {
-  const std::string settings = LowerCased(text.Value("ConnSettings").value_or(""));
+  const std::string settings = base::ToAsciiLower(text.Value("ConnSettings").value_or(""));
   return settings.find("client_encoding+to+'utf8'") != std::string::npos;
 }
 

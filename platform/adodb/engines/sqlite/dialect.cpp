@@ -62,15 +62,9 @@ class Sqlite : public Dialect {
 
   // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).
   std::string ComparisonKey(std::string_view text, const Column& column) const override {
-    std::string key(text);
-    if (EqualsIgnoringAsciiCase(column.collation, "NOCASE")) {
-      for (char& c : key) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-      }
-    } else if (EqualsIgnoringAsciiCase(column.collation, "RTRIM")) {
-      while (!key.empty() && key.back() == ' ') key.pop_back();
-    }
-    return key;
+    if (EqualsIgnoringAsciiCase(column.collation, "NOCASE")) return base::ToAsciiLower(text);
+    const bool trims = EqualsIgnoringAsciiCase(column.collation, "RTRIM");
+    return std::string(trims ? text.substr(0, text.find_last_not_of(' ') + 1) : text);
   }
 
   automation::Error SyntaxError(std::string_view near) const override {

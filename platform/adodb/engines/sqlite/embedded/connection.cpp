@@ -15,29 +15,6 @@
 namespace ADODB::sqlite {
 namespace {
 
-sqlite3* OpenFile(const OpenSettings& settings) {
-  sqlite3* database = nullptr;
-  errno = 0;
-  const int code =
-      sqlite3_open_v2(settings.path.c_str(), &database, settings.flags | SQLITE_OPEN_NOMUTEX, nullptr);
-  if (code == SQLITE_OK) return database;
-  std::string message = database == nullptr ? "out of memory" : sqlite3_errmsg(database);
-  const int reason = database == nullptr ? 0 : sqlite3_system_errno(database);
-  sqlite3_close(database);
-  message += ": " + settings.path;
-  if (reason != 0) message += std::string(" (") + std::strerror(reason) + ")";
-  throw ErrorOf(code, std::move(message));
-}
-
-// The last part of a table's name as a statement writes it, without quotes.
-std::string PlainName(const std::string& table) {
-  const engine::TokenList list = engine::Tokenize(table);
-  if (list.tokens.empty()) return table;
-  const engine::Token& last = list.tokens.back();
-  const std::string_view name = last.In(table);
-  return last.kind == engine::TokenKind::QuotedName ? engine::Unquoted(name) : std::string(name);
-}
-
 // Whether the changes may be there after a commit that failed.
 void NoteOutcome(automation::Error& failure) {
   if (engine::SqliteFailures().leavesCommitOpen(failure.SqlState(), failure.NativeCode())) {
@@ -47,7 +24,21 @@ void NoteOutcome(automation::Error& failure) {
 
 }  // namespace
 
-Connection::Connection(const OpenSettings& settings) : database_(OpenFile(settings)) {
+Database OpenDatabase(const std::string& path, int flags) {
+  sqlite3* raw = nullptr;
+  errno = 0;
+  const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  Database database(raw);
+  if (code == SQLITE_OK) return database;
+  std::string message = raw == nullptr ? "out of memory" : sqlite3_errmsg(raw);
+  const int reason = raw == nullptr ? 0 : sqlite3_system_errno(raw);
+  message += ": " + path;
+  if (reason != 0) message += std::string(" (") + std::strerror(reason) + ")";
+  throw ErrorOf(code, std::move(message));
+}
+
+Connection::Connection(const OpenSettings& settings)
+    : database_(OpenDatabase(settings.path, settings.flags)) {
   sqlite3_extended_result_codes(database_.get(), 1);
   sqlite3_busy_timeout(database_.get(), settings.timeoutMilliseconds);
   RegisterFunctions(database_.get());
@@ -131,7 +122,8 @@ void Connection::Rollback() {
 }
 
 engine::TableShape Connection::Describe(const std::string& table) {
-  const std::string name = PlainName(table);
+  const std::vector<std::string> parts = engine::Names(table);  // "schema.table" or "table"
+  const std::string name = parts.empty() ? table : parts.back();
   if (const auto known = shapes_.find(name); known != shapes_.end()) return known->second;
   engine::TableShape shape;
   bool isTable = false;

@@ -21,6 +21,14 @@ struct OpenSettings {
       false;  // nobody else opens the file, and it goes with the connection: its name may go first
 };
 
+struct CloseDatabase {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+};
+using Database = std::unique_ptr<sqlite3, CloseDatabase>;
+
+// With sqlite3_open_v2's flags. Raises what the engine says, with the path.
+Database OpenDatabase(const std::string& path, int flags);
+
 class Connection : public engine::Session {
  public:
   explicit Connection(const OpenSettings& settings);
@@ -40,15 +48,11 @@ class Connection : public engine::Session {
   const engine::Dialect& GetDialect() const override;
 
  private:
-  struct Close {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-  };
-
   void Run(const char* sql);
   void OpenAlone();
   bool FileIsStillThere();
 
-  std::unique_ptr<sqlite3, Close> database_;
+  Database database_;
   // What the session asks for itself.
   std::unique_ptr<engine::PreparedStatement> tableQuery_;
   std::unique_ptr<engine::PreparedStatement> columnQuery_;

@@ -7,7 +7,7 @@
 #include "platform/adodb/engines/sqlite/embedded/error.hpp"
 #include "platform/adodb/sql/iso_date_time.hpp"
 #include "platform/adodb/sql/tokens.hpp"
-#include "platform/automation/date_time.hpp"
+#include "platform/automation/iso_text.hpp"
 
 namespace ADODB::sqlite {
 namespace {
@@ -25,7 +25,7 @@ void Moment(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) 
   if (sqlite3_value_type(arguments[0]) != SQLITE_TEXT) return;
   try {
     if (const auto moment = engine::ParseIso(TextOf(arguments[0])))
-      GiveText(context, engine::IsoText(*moment));
+      GiveText(context, automation::IsoText(*moment));
   } catch (...) {
     sqlite3_result_error_nomem(context);
   }
@@ -37,7 +37,7 @@ void AddDays(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
   try {
     const auto moment = engine::ParseIso(TextOf(arguments[1]));
     if (!moment) return;
-    GiveText(context, engine::IsoText(automation::AddDays(*moment, sqlite3_value_int64(arguments[0]))));
+    GiveText(context, automation::IsoText(automation::AddDays(*moment, sqlite3_value_int64(arguments[0]))));
   } catch (const automation::Error&) {
     sqlite3_result_error(context, "Adding a value to a 'datetime' column caused an overflow.", -1);
   } catch (...) {
@@ -56,7 +56,7 @@ void AsDate(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) 
     const bool isText = IsText(arguments[0]);
     const std::string_view text = TextOf(arguments[0]);
     const auto moment = isText ? engine::ParseIso(text) : std::nullopt;
-    GiveText(context, moment ? engine::IsoText(*moment) : text);
+    GiveText(context, moment ? automation::IsoText(*moment) : text);
   } catch (...) {
     sqlite3_result_error_nomem(context);
   }

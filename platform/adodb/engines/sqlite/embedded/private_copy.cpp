@@ -17,23 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct CloseDatabase {
-  void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-
-[[noreturn]] void Raise(sqlite3* database, int code, const fs::path& file) {
-  throw ErrorOf(code, std::string(sqlite3_errmsg(database)) + ": " + file.string());
-}
-
-Database Open(const fs::path& file, int flags) {
-  sqlite3* raw = nullptr;
-  const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-  Database database(raw);
-  if (code != SQLITE_OK) Raise(raw, code, file);
-  return database;
-}
-
 // A folder that goes, with what is in it, when the object does.
 class PrivateFolder {
  public:
@@ -61,7 +44,7 @@ Database OpenOriginal(OpenSettings original) {
   // A log that somebody has left behind is not brought into the file.
   const bool leavesLog = fs::exists(original.path + "-wal");
   if (!fs::exists(original.path)) Connection{original};
-  Database database = Open(original.path, SQLITE_OPEN_READWRITE);
+  Database database = OpenDatabase(original.path, SQLITE_OPEN_READWRITE);
   sqlite3_extended_result_codes(database.get(), 1);
   sqlite3_busy_timeout(database.get(), original.timeoutMilliseconds);
   if (leavesLog) sqlite3_db_config(database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
@@ -73,9 +56,11 @@ Database OpenOriginal(OpenSettings original) {
 
 void Copy(const OpenSettings& original, const fs::path& to) {
   const Database from = OpenOriginal(original);
-  const Database into = Open(to, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  const Database into = OpenDatabase(to, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
   sqlite3_backup* const backup = sqlite3_backup_init(into.get(), "main", from.get(), "main");
-  if (backup == nullptr) Raise(into.get(), sqlite3_errcode(into.get()), to);
+  if (backup == nullptr) {
+    throw ErrorOf(sqlite3_errcode(into.get()), sqlite3_errmsg(into.get()) + (": " + to.string()));
+  }
   const int copied = sqlite3_backup_step(backup, -1);
   const int finished = sqlite3_backup_finish(backup);
   if (copied == SQLITE_DONE && finished == SQLITE_OK) return;

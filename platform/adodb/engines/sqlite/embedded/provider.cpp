@@ -13,7 +13,7 @@ namespace {
 
 [[noreturn]] void Refuse(std::string_view keyword, const std::string& value) {
   throw automation::Error(
-      static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid), "SQLite",
+      automation::ErrorNumber::ArgumentsInvalid, "SQLite",
       "The connection string's value of '" + std::string(keyword) + "' is not valid: '" + value + "'.");
 }
 

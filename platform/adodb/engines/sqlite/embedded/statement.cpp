@@ -6,7 +6,7 @@
 
 #include "platform/adodb/engines/sqlite/embedded/error.hpp"
 #include "platform/adodb/engines/sqlite/embedded/values.hpp"
-#include "platform/adodb/sql/iso_date_time.hpp"
+#include "platform/automation/iso_text.hpp"
 
 namespace ADODB::sqlite {
 namespace {
@@ -30,7 +30,7 @@ int BindOne(sqlite3_stmt* statement, int place, const automation::Variant& value
         } else if constexpr (std::is_arithmetic_v<Held>) {
           return sqlite3_bind_int64(statement, place, held ? static_cast<std::int64_t>(held) : 0);
         } else if constexpr (std::is_same_v<Held, automation::DateTime>) {
-          return bindText(engine::IsoText(held));
+          return bindText(automation::IsoText(held));
         } else if constexpr (std::is_same_v<Held, std::string>) {
           return bindText(held);
         } else {

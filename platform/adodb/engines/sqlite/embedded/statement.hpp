@@ -63,11 +63,6 @@ class StatementRows : public engine::Rows {
   const std::vector<engine::Column>& Columns() const override { return **columns_; }
   std::shared_ptr<const std::vector<engine::Column>> SharedColumns() const override { return *columns_; }
   bool Next() override;
-  automation::Variant Value(std::size_t column) const override {
-    automation::Variant value;
-    ReadInto(column, value);
-    return value;
-  }
   void ReadInto(std::size_t column, automation::Variant& into) const override {
     statement_->ReadInto(column, into);
   }

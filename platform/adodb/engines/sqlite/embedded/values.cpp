@@ -1,10 +1,10 @@
 #include "platform/adodb/engines/sqlite/embedded/values.hpp"
 
 #include <cstdint>
-#include <limits>
 #include <string>
 
 #include "platform/adodb/sql/iso_date_time.hpp"
+#include "platform/adodb/sql/parameters.hpp"
 #include "platform/adodb/sql/tokens.hpp"
 
 namespace ADODB::sqlite {
@@ -12,22 +12,6 @@ namespace {
 
 using automation::Variant;
 using engine::ColumnType;
-
-std::string UpperCased(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
-
-Variant Whole(std::int64_t value) {
-  if (value >= std::numeric_limits<std::int32_t>::min() &&
-      value <= std::numeric_limits<std::int32_t>::max()) {
-    return static_cast<std::int32_t>(value);
-  }
-  return value;
-}
 
 std::string_view Bytes(sqlite3_stmt* statement, int place) {
   // Asked for as a blob, a text is not converted; its length is right after the pointer was fetched.
@@ -57,7 +41,7 @@ void OfText(std::string_view text, ColumnType type, Variant& into) {
 
 ColumnType TypeOfDeclaration(std::string_view declaration) {
   if (declaration.empty()) return ColumnType::Text;
-  const std::string name = UpperCased(declaration);
+  const std::string name = base::ToAsciiUpper(declaration);
   const auto has = [&](const char* part) { return name.find(part) != std::string::npos; };
   if (has("BOOL") || name == "BIT" || name == "BIT(1)") return ColumnType::Boolean;
   if (has("DATE") || has("TIMESTAMP")) return ColumnType::DateTime;
@@ -89,7 +73,7 @@ void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& int
       } else if (type == ColumnType::Double) {
         into = static_cast<double>(number);
       } else {
-        into = Whole(number);
+        into = engine::OfWhole(number);
       }
       break;
     }

@@ -1,4 +1,4 @@
-#include "platform/adodb/engines/skeleton/dialect.hpp"
+#include "tests/doubles/skeleton_engine/dialect.hpp"
 
 namespace ADODB::engine {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/adodb/engines/skeleton/failures.hpp"
+#include "tests/doubles/skeleton_engine/failures.hpp"
 
 namespace ADODB::engine {
 

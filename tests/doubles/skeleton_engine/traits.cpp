@@ -1,4 +1,4 @@
-#include "platform/adodb/engines/skeleton/traits.hpp"
+#include "tests/doubles/skeleton_engine/traits.hpp"
 
 namespace ADODB::engine {
 
