@@ -34,10 +34,8 @@ std::string FoldedName(std::string_view name) {
 }
 
 void RefuseControls(std::string_view path) {
-  const auto number = static_cast<std::int32_t>(automation::ErrorNumber::BadFileName);
-  throw automation::Error(
-      number, "Scripting.FileSystemObject",
-      std::string(automation::StandardDescription(number)) + ": " + base::WithControlsShown(path));
+  throw automation::ErrorAbout(automation::ErrorNumber::BadFileName, "Scripting.FileSystemObject",
+                               base::WithControlsShown(path));
 }
 
 }  // namespace Scripting

@@ -42,7 +42,7 @@ void ForEachName(const std::string& path, const Action& action) {
     if (errno == ENOENT || errno == ENOTDIR) return;
     RaiseSystemError(errno, automation::ErrorNumber::PathNotFound);
   }
-  while (const dirent* entry = readdir(listing.get())) action(std::string_view(entry->d_name));
+  base::ForEachEntry(listing, [&](const dirent& entry) { action(std::string_view(entry.d_name)); });
 }
 
 bool IsPlain(std::string_view name) {

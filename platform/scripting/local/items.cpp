@@ -6,12 +6,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <ctime>
 #include <functional>
 #include <string_view>
 #include <utility>
 
-#include "platform/base/open_folder.hpp"
+#include "platform/automation/local_time.hpp"
 #include "platform/scripting/local/layer_stream.hpp"
 #include "platform/scripting/local/native_name.hpp"
 #include "platform/scripting/local/system_error.hpp"
@@ -22,18 +21,6 @@ namespace Scripting::local {
 namespace {
 
 using automation::ErrorNumber;
-
-automation::DateTime LocalTime(const timespec& moment) {
-  std::tm local{};
-  localtime_r(&moment.tv_sec, &local);
-  return automation::DateTime::FromParts({.year = local.tm_year + 1900,
-                                          .month = local.tm_mon + 1,
-                                          .day = local.tm_mday,
-                                          .hour = local.tm_hour,
-                                          .minute = local.tm_min,
-                                          .second = std::min(local.tm_sec, 59),
-                                          .microsecond = static_cast<int>(moment.tv_nsec / 1000)});
-}
 
 // A dangling link is an item all the same, with a time of its own.
 bool IsDangling(int code) {
@@ -79,11 +66,11 @@ class LocalFile : public File {
     const std::string native = folder_->NativeOf(name_);
     struct stat status {};
     const int code = Stat(folder_->layer, native, status);
-    if (code == 0) return LocalTime(status.st_atim);
+    if (code == 0) return automation::LocalTime(status.st_atim);
     if (!IsDangling(code) || Lstat(folder_->layer, native, status) != 0) {
       RaiseSystemError(code, ErrorNumber::FileNotFound);
     }
-    return LocalTime(status.st_atim);
+    return automation::LocalTime(status.st_atim);
   }
   TextStreamPtr OpenAsTextStream(IOMode mode) override {
     if (mode != IOMode::ForReading && IsReadOnly(Status())) Raise(ErrorNumber::PermissionDenied);
@@ -114,7 +101,7 @@ class LocalFolder : public Folder {
   }
   std::string Path() const override { return path_->shown; }
   automation::DateTime DateLastAccessed() const override {
-    return LocalTime(StatusOf(path_->layer, path_->native, ErrorNumber::PathNotFound).st_atim);
+    return automation::LocalTime(StatusOf(path_->layer, path_->native, ErrorNumber::PathNotFound).st_atim);
   }
   bool IsLink() const override {
     struct stat itself {};
@@ -142,65 +129,25 @@ class LocalFolder : public Folder {
 
  private:
   std::vector<std::string> Names(bool folders) const {
-    return path_->layer ? LayeredNames(folders) : NamesOnDisk(folders);
-  }
-
-  std::vector<std::string> LayeredNames(bool folders) const {
-    std::vector<base::FileLayer::Child> children;
-    if (const int failure = path_->layer->List(path_->native, children)) {
+    std::vector<base::FolderEntry> entries;
+    if (const int failure = List(path_->layer, path_->native, entries)) {
       RaiseSystemError(failure, ErrorNumber::PathNotFound);
     }
     std::vector<std::string> names;
-    for (base::FileLayer::Child& child : children) {
-      if (IsWantedInLayer(child, folders)) names.push_back(std::move(child.name));
+    for (base::FolderEntry& entry : entries) {
+      if (IsWanted(entry, folders)) names.push_back(std::move(entry.name));
     }
     std::sort(names.begin(), names.end());
     return names;
   }
 
-  bool IsWantedInLayer(const base::FileLayer::Child& child, bool folders) const {
-    if (child.type == DT_REG) return !folders;
-    if (child.type == DT_DIR) return folders;
-    if (child.type != DT_LNK && child.type != DT_UNKNOWN) return false;
-    Found found{path_->NativeOf(child.name), {}};
+  bool IsWanted(const base::FolderEntry& entry, bool folders) const {
+    if (entry.type == DT_REG) return !folders;
+    if (entry.type == DT_DIR) return folders;
+    if (entry.type != DT_LNK && entry.type != DT_UNKNOWN) return false;
+    Found found{path_->NativeOf(entry.name), {}};
     if (Lstat(path_->layer, found.path, found.status) != 0) return false;
     return folders ? IsFolder(found, path_->layer) : IsFile(found, path_->layer);
-  }
-
-  std::vector<std::string> NamesOnDisk(bool folders) const {
-    const base::OpenFolder listing(opendir(path_->native.c_str()));
-    if (!listing) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-    std::vector<std::string> names;
-    while (true) {
-      errno = 0;
-      const dirent* entry = readdir(listing.get());
-      if (entry == nullptr && errno != 0) RaiseSystemError(errno, ErrorNumber::PathNotFound);
-      if (entry == nullptr) break;
-      const std::string_view name = entry->d_name;
-      if (name == "." || name == "..") continue;
-      if (IsWanted(dirfd(listing.get()), *entry, folders)) names.emplace_back(name);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
-  static bool IsWanted(int folder, const dirent& entry, bool folders) {
-    switch (entry.d_type) {
-      case DT_REG:
-        return !folders;
-      case DT_DIR:
-        return folders;
-      case DT_LNK:
-      case DT_UNKNOWN:
-        break;
-      default:
-        return false;
-    }
-    struct stat target {};
-    if (fstatat(folder, entry.d_name, &target, 0) == 0 && S_ISDIR(target.st_mode)) return folders;
-    struct stat itself {};
-    if (fstatat(folder, entry.d_name, &itself, AT_SYMLINK_NOFOLLOW) != 0) return false;
-    return !folders && (S_ISREG(itself.st_mode) || S_ISLNK(itself.st_mode));
   }
 
   FolderPathPtr path_;

@@ -4,11 +4,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <utility>
 
-#include "platform/automation/runtime.hpp"
 #include "platform/base/content_digest.hpp"
+#include "platform/scripting/local/buffered_stream.hpp"
 #include "platform/scripting/local/system_error.hpp"
 
 namespace Scripting::local {
@@ -16,125 +15,68 @@ namespace {
 
 using automation::ErrorNumber;
 
-constexpr std::size_t kBufferSize = 65'536;
-
 void RequireNone(int failure, ErrorNumber missing) {
   if (failure != 0) RaiseSystemError(failure, missing);
 }
 
-class LayerStream : public TextStream {
+class LayerStream final : public BufferedStream {
  public:
-  LayerStream(LayerPtr layer, std::string native, IOMode mode,
-              std::shared_ptr<const automation::Locale> locale)
-      : layer_(std::move(layer)), native_(std::move(native)), mode_(mode), locale_(std::move(locale)) {}
-
+  LayerStream(LayerPtr layer, std::string native, IOMode mode, LocalePtr locale)
+      : BufferedStream(mode, std::move(locale)), layer_(std::move(layer)), native_(std::move(native)) {}
   ~LayerStream() override {
-    if (isOpen_) WriteOut();
-  }
-
-  void Write(std::string_view text) override {
-    RequireMode(mode_ != IOMode::ForReading);
-    buffer_ += locale_->ToCodePage(text);
-    if (buffer_.size() >= kBufferSize) Flush();
-  }
-
-  void WriteLine(std::string_view text) override {
-    Write(text);
-    buffer_ += "\r\n";
-  }
-
-  std::string ReadAll() override {
-    RequireMode(mode_ == IOMode::ForReading);
-    std::string bytes;
-    RequireNone(layer_->Read(native_, bytes), ErrorNumber::FileNotFound);
-    if (std::exchange(wasRead_, true) || bytes.empty()) Raise(ErrorNumber::InputPastEnd);
-    return locale_->FromCodePage(bytes);
-  }
-
-  void Close() override {
-    if (!std::exchange(isOpen_, false)) return;
-    Flush();
+    if (IsOpen()) WriteOut();
   }
 
  private:
-  void RequireMode(bool right) const {
-    if (!isOpen_) Raise(ErrorNumber::ObjectNotSet);
-    if (!right) Raise(ErrorNumber::BadFileMode);
+  int WriteBytes(std::string_view bytes) override { return layer_->Append(native_, bytes); }
+  std::string ReadBytes() override {
+    std::string bytes;
+    RequireNone(layer_->Read(native_, bytes), ErrorNumber::FileNotFound);
+    return std::exchange(wasRead_, true) ? std::string() : bytes;
   }
-
-  void Flush() {
-    if (const int problem = WriteOut(); problem != 0) RaiseWriteError(problem);
-  }
-
-  int WriteOut() {
-    const std::string bytes = std::exchange(buffer_, {});
-    return bytes.empty() ? 0 : layer_->Append(native_, bytes);
-  }
+  void CloseFile(bool /*complete*/) override {}
 
   const LayerPtr layer_;
   const std::string native_;
-  const IOMode mode_;
-  const std::shared_ptr<const automation::Locale> locale_;
-  std::string buffer_;
-  bool isOpen_ = true;
   bool wasRead_ = false;
 };
 
 // Shows under its name when it is closed.
-class NewLayerStream : public TextStream {
+class NewLayerStream final : public BufferedStream {
  public:
   NewLayerStream(LayerPtr layer, std::string native, bool replaces,
-                 std::shared_ptr<base::CreatedFiles> created,
-                 std::shared_ptr<const automation::Locale> locale)
-      : layer_(std::move(layer)),
+                 std::shared_ptr<base::CreatedFiles> created, LocalePtr locale)
+      : BufferedStream(IOMode::ForWriting, std::move(locale)),
+        layer_(std::move(layer)),
         native_(std::move(native)),
         replaces_(replaces),
-        created_(std::move(created)),
-        locale_(std::move(locale)) {}
+        created_(std::move(created)) {}
 
-  void Write(std::string_view text) override {
-    if (!isOpen_) Raise(ErrorNumber::ObjectNotSet);
-    bytes_ += locale_->ToCodePage(text);
+ private:
+  int WriteBytes(std::string_view bytes) override {
+    bytes_ += bytes;
+    return 0;
   }
-
-  void WriteLine(std::string_view text) override {
-    Write(text);
-    Write("\r\n");
-  }
-
-  std::string ReadAll() override { Raise(isOpen_ ? ErrorNumber::BadFileMode : ErrorNumber::ObjectNotSet); }
-
-  void Close() override {
-    if (!std::exchange(isOpen_, false)) return;
+  void CloseFile(bool /*complete*/) override {
     struct stat status {};
     if (!replaces_ && layer_->Lstat(native_, status) == 0) Raise(ErrorNumber::FileAlreadyExists);
     RequireNone(layer_->Replace(native_, bytes_), ErrorNumber::PathNotFound);
     if (!created_) return;
-    base::ContentDigest content;
-    content.Add(bytes_);
     RequireNone(layer_->Lstat(native_, status), ErrorNumber::PathNotFound);
-    created_->Add(native_, status, content.Get());
+    created_->Add(native_, status, base::DigestOf(bytes_));
   }
 
- private:
   const LayerPtr layer_;
   const std::string native_;
   const bool replaces_;
   const std::shared_ptr<base::CreatedFiles> created_;
-  const std::shared_ptr<const automation::Locale> locale_;
   std::string bytes_;
-  bool isOpen_ = true;
 };
-
-std::shared_ptr<const automation::Locale> Locale() {
-  automation::CurrentLocale();  // raises before anything is made or emptied
-  return automation::CurrentRuntime().locale;
-}
 
 }  // namespace
 
 TextStreamPtr OpenInLayer(LayerPtr layer, const std::string& native, IOMode mode, int flags) {
-  auto locale = Locale();
+  LocalePtr locale = RequiredLocale();
   struct stat status {};
   const int missing = layer->Stat(native, status);
   if (missing != 0 && (missing != ENOENT || (flags & O_CREAT) == 0)) {
@@ -156,7 +98,7 @@ TextStreamPtr OpenInLayer(LayerPtr layer, const std::string& native, IOMode mode
 
 TextStreamPtr OpenNewInLayer(LayerPtr layer, const std::string& native, bool replaces,
                              std::shared_ptr<base::CreatedFiles> created) {
-  auto locale = Locale();
+  LocalePtr locale = RequiredLocale();
   RequireNone(layer->CanReplace(native), ErrorNumber::PathNotFound);
   return std::make_shared<NewLayerStream>(std::move(layer), native, replaces, std::move(created),
                                           std::move(locale));

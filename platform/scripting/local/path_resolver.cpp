@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -49,17 +50,8 @@ std::vector<std::string> Parts(std::string_view path) {
 
 // `rest` with "." and ".." worked out as text; what would climb past the start stays there.
 std::string WithinRoot(std::string_view rest) {
-  std::vector<std::string> kept;
-  for (std::string& part : Parts(rest)) {
-    if (part == ".") continue;
-    if (part == "..") {
-      if (!kept.empty()) kept.pop_back();
-    } else {
-      kept.push_back(std::move(part));
-    }
-  }
-  std::string path;
-  for (const std::string& part : kept) path = Joined(path, part);
+  std::string path = std::filesystem::path("/" + std::string(rest)).lexically_normal().relative_path();
+  if (path.ends_with('/')) path.pop_back();
   return path;
 }
 

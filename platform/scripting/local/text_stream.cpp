@@ -4,12 +4,11 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <memory>
 #include <utility>
 
-#include "platform/automation/runtime.hpp"
 #include "platform/base/descriptor.hpp"
+#include "platform/scripting/local/buffered_stream.hpp"
 #include "platform/scripting/local/system_error.hpp"
 
 namespace Scripting::local {
@@ -17,61 +16,30 @@ namespace {
 
 using automation::ErrorNumber;
 
-constexpr std::size_t kBufferSize = 65'536;
-
-class FileStream : public TextStream {
+class FileStream final : public BufferedStream {
  public:
-  FileStream(base::Descriptor file, IOMode mode, std::shared_ptr<const automation::Locale> locale)
-      : file_(std::move(file)), mode_(mode), locale_(std::move(locale)) {}
+  FileStream(base::Descriptor file, IOMode mode, LocalePtr locale)
+      : BufferedStream(mode, std::move(locale)), file_(std::move(file)) {}
 
   // A destructor has nobody to tell of a failure; callers who want to know call Close.
   ~FileStream() override {
-    if (file_.IsOpen()) WriteOut();
+    if (IsOpen()) WriteOut();
   }
 
-  void Write(std::string_view text) override {
-    RequireMode(mode_ != IOMode::ForReading);
-    buffer_ += locale_->ToCodePage(text);
-    if (buffer_.size() < kBufferSize) return;
-    if (const int code = WriteOut(); code != 0) RaiseWriteError(code);
-  }
-
-  void WriteLine(std::string_view text) override {
-    Write(text);
-    Write("\r\n");
-  }
-
-  std::string ReadAll() override {
-    RequireMode(mode_ == IOMode::ForReading);
+ private:
+  int WriteBytes(std::string_view bytes) override { return base::WriteAll(file_.Get(), bytes); }
+  std::string ReadBytes() override {
     std::string bytes;
     if (const int code = base::ReadAll(file_.Get(), bytes); code != 0) {
       RaiseSystemError(code, ErrorNumber::FileNotFound);
     }
-    if (bytes.empty()) Raise(ErrorNumber::InputPastEnd);
-    return locale_->FromCodePage(bytes);
+    return bytes;
   }
-
-  void Close() override {
-    if (!file_.IsOpen()) return;
-    const int written = WriteOut();
-    const int closed = file_.Close();
-    if (written != 0) RaiseWriteError(written);
-    if (closed != 0) RaiseWriteError(closed);
+  void CloseFile(bool complete) override {
+    if (const int code = file_.Close(); complete && code != 0) RaiseWriteError(code);
   }
-
- private:
-  void RequireMode(bool right) const {
-    if (!file_.IsOpen()) Raise(ErrorNumber::ObjectNotSet);
-    if (!right) Raise(ErrorNumber::BadFileMode);
-  }
-
-  // 0, or the errno of the write that failed; what could not be written is dropped.
-  int WriteOut() { return base::WriteAll(file_.Get(), std::exchange(buffer_, {})); }
 
   base::Descriptor file_;
-  IOMode mode_;
-  std::shared_ptr<const automation::Locale> locale_;
-  std::string buffer_;
 };
 
 int AccessFlags(IOMode mode) {
@@ -89,8 +57,7 @@ int AccessFlags(IOMode mode) {
 }  // namespace
 
 TextStreamPtr OpenStream(const std::string& native, IOMode mode, int flags) {
-  automation::CurrentLocale();  // raises before anything is made or emptied
-  std::shared_ptr<const automation::Locale> locale = automation::CurrentRuntime().locale;
+  LocalePtr locale = RequiredLocale();
   // Without O_NONBLOCK, opening a pipe would wait for its other end.
   base::Descriptor file(open(native.c_str(), AccessFlags(mode) | flags | O_CLOEXEC | O_NONBLOCK, 0640));
   if (!file.IsOpen()) RaiseSystemError(errno, ErrorNumber::FileNotFound);

@@ -43,10 +43,7 @@ std::vector<std::string> Children(int folder) {
     Raise(ErrorNumber::OutOfMemory);
   }
   std::vector<std::string> names;
-  while (const dirent* entry = readdir(listing.get())) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(name);
-  }
+  base::ForEachEntry(listing, [&](const dirent& entry) { names.emplace_back(entry.d_name); });
   std::sort(names.begin(), names.end(), std::greater<>());
   return names;
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/base/file_layer.hpp"
 
@@ -23,6 +24,10 @@ inline int Lstat(const LayerPtr& layer, const std::string& path, struct stat& st
 inline int Stat(const LayerPtr& layer, const std::string& path, struct stat& status) {
   if (layer) return layer->Stat(path, status);
   return stat(path.c_str(), &status) == 0 ? 0 : errno;
+}
+
+inline int List(const LayerPtr& layer, const std::string& path, std::vector<base::FolderEntry>& entries) {
+  return layer ? layer->List(path, entries) : base::ListFolder(path, entries);
 }
 
 }  // namespace Scripting::local
