@@ -31,8 +31,7 @@ CodePage::CodePage(const std::string& name) {
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(name.c_str(), &status));
   if (U_FAILURE(status) || name.empty() || ucnv_getMaxCharSize(converter.get()) != 1) {
-    throw Error(static_cast<std::int32_t>(ErrorNumber::InvalidProcedureCall), "Locale",
-                "\"" + name + "\" is no single-byte code page");
+    throw Error(ErrorNumber::InvalidProcedureCall, "Locale", "\"" + name + "\" is no single-byte code page");
   }
   for (int byte = 0; byte < 256; ++byte) {
     const char source = static_cast<char>(byte);

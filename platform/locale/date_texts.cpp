@@ -24,7 +24,7 @@ constexpr int kShortWithTime = 3;
 constexpr std::int32_t kFallbackLocaleId = 1033;
 
 [[noreturn]] void RaiseInternal(const char* what) {
-  throw Error(static_cast<std::int32_t>(ErrorNumber::InternalError), "Locale", what);
+  throw Error(ErrorNumber::InternalError, "Locale", what);
 }
 
 std::unique_ptr<icu::SimpleDateFormat> Take(icu::DateFormat* made) {

@@ -7,21 +7,16 @@
 
 #include "platform/msxml2/dom/document_impl.hpp"
 #include "platform/msxml2/libxml/budget.hpp"
+#include "platform/msxml2/libxml/messages.hpp"
 #include "platform/msxml2/libxml/template_impl.hpp"
 
 namespace MSXML2 {
-namespace {
-
-void Ignore(void*, const char*, ...) {}
-
-}  // namespace
-
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {
   libxml::WatchAllocations();
   xmlInitParser();
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
-  xsltSetGenericDebugFunc(nullptr, &Ignore);
-  xsltSetGenericErrorFunc(nullptr, &Ignore);
+  xsltSetGenericDebugFunc(nullptr, &libxml::IgnoreMessage);
+  xsltSetGenericErrorFunc(nullptr, &libxml::IgnoreMessage);
   const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives, settings.layer);
   surroundings->saving = settings.saving;
   surroundings->pending = settings.pending;

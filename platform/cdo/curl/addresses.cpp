@@ -28,12 +28,6 @@ std::string_view WithoutSpaces(std::string_view text) {
   return base::Trimmed(text, " ");
 }
 
-bool IsUtf8(std::string_view text) {
-  std::size_t length = 0;
-  while ((length = base::Utf8Length(text)) > 0) text.remove_prefix(length);
-  return text.empty();
-}
-
 struct IdnaCloser {
   void operator()(UIDNA* idna) const { uidna_close(idna); }
 };
@@ -78,11 +72,9 @@ class Parser {
   [[noreturn]] void Refuse(const std::string& why) const {
     std::string shown = text_.substr(0, kMostShown);
     std::replace_if(shown.begin(), shown.end(), IsControl, '?');
-    const auto number = automation::ErrorNumber::InvalidProcedureCall;
-    const std::string usual(automation::StandardDescription(static_cast<std::int32_t>(number)));
-    throw automation::Error(
-        static_cast<std::int32_t>(number), kSource,
-        usual + ": the " + std::string(what_) + " \"" + shown + "\" is no mail address: " + why);
+    throw automation::ErrorAbout(
+        automation::ErrorNumber::InvalidProcedureCall, kSource,
+        "the " + std::string(what_) + " \"" + shown + "\" is no mail address: " + why);
   }
 
   // Reads up to the next separator, which is passed over as well; nothing for an empty place. A separator
@@ -185,7 +177,7 @@ class Parser {
     const std::string_view local = address.substr(0, localEnd);
     if (local.empty()) Refuse("nothing stands before the \"@\"");
     if (!quoted) RequirePlain(local);
-    if (!IsUtf8(local)) Refuse("it is not UTF-8");
+    if (!base::IsUtf8(local)) Refuse("it is not UTF-8");
     if (localEnd == address.size()) {
       if (quoted) Refuse(kNoAt);
       return std::string(address);  // a mailbox of the mail server's own

@@ -1,47 +1,13 @@
 #include "platform/cdo/curl/encoding.hpp"
 
-#include <cstdint>
-
+#include "platform/base/base64.hpp"
 #include "platform/base/text.hpp"
 
 namespace CDO::curl {
 namespace {
 
-constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr char kHex[] = "0123456789ABCDEF";
 constexpr std::size_t kLine = 76;
 constexpr std::size_t kLongestQuoted = 200;
-
-std::uint32_t Byte(char c) {
-  return static_cast<unsigned char>(c);
-}
-
-void AppendBase64(std::string& out, std::string_view bytes) {
-  const std::size_t start = out.size();
-  out.resize(start + (bytes.size() + 2) / 3 * 4);
-  char* to = out.data() + start;
-  std::size_t i = 0;
-  for (; i + 2 < bytes.size(); i += 3) {
-    const std::uint32_t group = Byte(bytes[i]) << 16 | Byte(bytes[i + 1]) << 8 | Byte(bytes[i + 2]);
-    *to++ = kBase64[group >> 18];
-    *to++ = kBase64[group >> 12 & 63U];
-    *to++ = kBase64[group >> 6 & 63U];
-    *to++ = kBase64[group & 63U];
-  }
-  if (i == bytes.size()) return;
-  const bool two = bytes.size() - i == 2;
-  const std::uint32_t group = Byte(bytes[i]) << 16 | (two ? Byte(bytes[i + 1]) << 8 : 0U);
-  *to++ = kBase64[group >> 18];
-  *to++ = kBase64[group >> 12 & 63U];
-  *to++ = two ? kBase64[group >> 6 & 63U] : '=';
-  *to++ = '=';
-}
-
-void AppendHex(std::string& out, char mark, char c) {
-  out += mark;
-  out += kHex[Byte(c) >> 4];
-  out += kHex[Byte(c) & 15U];
-}
 
 // The longest beginning of `text` of at most `limit` bytes that does not cut a UTF-8 character in two.
 std::size_t WholeCharacters(std::string_view text, std::size_t limit) {
@@ -67,7 +33,7 @@ std::string EncodedWords(std::string_view utf8) {
     const std::size_t count = WholeCharacters(utf8, kBytesPerWord);
     if (!out.empty()) out += "\r\n ";
     out += "=?utf-8?B?";
-    AppendBase64(out, utf8.substr(0, count));
+    base::AppendBase64(out, utf8.substr(0, count));
     out += "?=";
     utf8.remove_prefix(count);
   }
@@ -88,7 +54,7 @@ std::string Base64Lines(std::string_view bytes) {
   std::string out;
   out.reserve(bytes.size() / kBytesPerLine * (kLine + 2) + kLine + 2);
   for (std::size_t i = 0; i < bytes.size(); i += kBytesPerLine) {
-    AppendBase64(out, bytes.substr(i, kBytesPerLine));
+    base::AppendBase64(out, bytes.substr(i, kBytesPerLine));
     out += "\r\n";
   }
   return out;
@@ -116,7 +82,7 @@ std::string QuotedPrintable(std::string_view text) {
     if (plain) {
       out += c;
     } else {
-      AppendHex(out, '=', c);
+      base::AppendHex(out += '=', c);
     }
     column += width;
   }
@@ -143,7 +109,7 @@ std::string HeaderParameter(std::string_view name, std::string_view utf8) {
     if (plain) {
       out += c;
     } else {
-      AppendHex(out, '%', c);
+      base::AppendHex(out += '%', c);
     }
   }
   return out;

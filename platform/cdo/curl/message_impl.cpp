@@ -1,7 +1,5 @@
 #include "platform/cdo/curl/message_impl.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -54,18 +52,7 @@ std::string HostName() {
 
 // The platform's usual text for the number, and what it is about.
 [[noreturn]] void Refuse(ErrorNumber number, std::string_view what) {
-  const auto code = static_cast<std::int32_t>(number);
-  throw automation::Error(
-      code, kSource,
-      std::string(automation::StandardDescription(code)) + ": " + base::WithControlsShown(what));
-}
-
-// False when it is no file, or cannot be read.
-bool ReadWhole(const std::string& path, std::string& bytes) {
-  const base::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status {};
-  return file.IsOpen() && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
-         base::ReadAll(file.Get(), bytes) == 0;
+  throw automation::ErrorAbout(number, kSource, base::WithControlsShown(what));
 }
 
 }  // namespace
@@ -80,8 +67,8 @@ MessageImpl::Attached MessageImpl::Read(std::string_view path) const {
   const auto found = paths_->Find(path);
   if (!found) Refuse(ErrorNumber::FileNotFound, path);
   std::string bytes;
-  const bool read = layer_ ? layer_->Read(found->path, bytes) == 0 : ReadWhole(found->path, bytes);
-  if (!read) Refuse(ErrorNumber::PermissionDenied, path);
+  const int failure = layer_ ? layer_->Read(found->path, bytes) : base::ReadFile(found->path, bytes);
+  if (failure != 0) Refuse(ErrorNumber::PermissionDenied, path);
   return {found->path, std::move(bytes)};
 }
 

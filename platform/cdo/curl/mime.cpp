@@ -1,7 +1,9 @@
 #include "platform/cdo/curl/mime.hpp"
 
 #include <algorithm>
-#include <cstdlib>
+#include <iomanip>
+#include <locale>
+#include <sstream>
 
 #include "platform/base/text.hpp"
 #include "platform/cdo/curl/encoding.hpp"
@@ -30,17 +32,12 @@ std::string AddressField(const std::vector<Mailbox>& mailboxes) {
 }
 
 std::string DateField(std::time_t time) {
-  static constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  static constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
   std::tm local{};
   localtime_r(&time, &local);
-  const long offset = local.tm_gmtoff / 60;
-  const auto two = [](long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
-  return std::string(kDays[local.tm_wday]) + ", " + std::to_string(local.tm_mday) + " " +
-         kMonths[local.tm_mon] + " " + std::to_string(local.tm_year + 1900) + " " + two(local.tm_hour) + ":" +
-         two(local.tm_min) + ":" + two(local.tm_sec) + (offset < 0 ? " -" : " +") +
-         two(std::labs(offset) / 60) + two(std::labs(offset) % 60);
+  std::ostringstream field;
+  field.imbue(std::locale::classic());
+  field << std::put_time(&local, "%a, ") << local.tm_mday << std::put_time(&local, " %b %Y %H:%M:%S %z");
+  return field.str();
 }
 
 struct EncodedText {

@@ -66,10 +66,7 @@ class PickupTransport final : public Transport {
 
  private:
   [[noreturn]] void Raise(ErrorNumber number) const {
-    const auto code = static_cast<std::int32_t>(number);
-    throw automation::Error(
-        code, kSource,
-        std::string(automation::StandardDescription(code)) + ": the pickup folder " + directory_);
+    throw automation::ErrorAbout(number, kSource, "the pickup folder " + directory_);
   }
 
   std::mutex mutex_;

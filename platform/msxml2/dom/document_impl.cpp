@@ -1,9 +1,5 @@
 #include "platform/msxml2/dom/document_impl.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -26,29 +22,11 @@ namespace {
 
 // The whole file, or nothing and errno.
 std::optional<std::string> Content(const std::string& path, const base::FileLayer* layer) {
-  if (layer != nullptr) {
-    std::string bytes;
-    errno = layer->Read(path, bytes);
-    if (errno == 0) return bytes;
-    if (errno == EINVAL) errno = EISDIR;
-    return std::nullopt;
-  }
-  const base::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status {};
-  if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return std::nullopt;
-  if (!S_ISREG(status.st_mode)) {
-    errno = EISDIR;
-    return std::nullopt;
-  }
-  std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-  for (std::size_t read = 0; read < bytes.size();) {
-    const ssize_t count = ::read(file.Get(), bytes.data() + read, bytes.size() - read);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return std::nullopt;
-    if (count == 0) bytes.resize(read);
-    read += static_cast<std::size_t>(count);
-  }
-  return bytes;
+  std::string bytes;
+  errno = layer != nullptr ? layer->Read(path, bytes) : base::ReadFile(path, bytes);
+  if (errno == 0) return bytes;
+  if (errno == EINVAL) errno = EISDIR;
+  return std::nullopt;
 }
 
 [[noreturn]] void RaiseFileChanged(std::string_view path) {
@@ -147,12 +125,8 @@ void DocumentImpl::SaveInLayer(const Scripting::local::PathResolver::Place& plac
   };
   base::FileLayer& layer = *surroundings_->layer;
   require(layer.CanReplace(place.path));
-  std::string bytes;
-  if (const std::string* source = tree_->Source()) {
-    bytes = *source;
-  } else {
-    Write(*tree_, [&bytes](std::string_view piece) { bytes.append(piece); });
-  }
+  const std::string* const source = tree_->Source();
+  const std::string bytes = source != nullptr ? *source : xml();
   std::string now;
   const bool known = place.path == fileState_.path;
   if (known && (layer.Read(place.path, now) != 0 || base::DigestOf(now) != fileState_.digest))

@@ -9,6 +9,8 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/msxml2/libxml/messages.hpp"
+
 namespace MSXML2::libxml {
 namespace {
 
@@ -48,8 +50,6 @@ char* Duplicate(const char* text) {
   return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
 }
 
-void Ignore(void*, const char*, ...) {}
-
 }  // namespace
 
 void WatchAllocations() {
@@ -65,7 +65,7 @@ Budget::Budget(const Limits& limits, xsltTransformContext& context)
       errors_(xmlGenericError),
       errorsContext_(xmlGenericErrorContext) {
   // The library would print that it has run out of memory; what went wrong is raised.
-  xmlSetGenericErrorFunc(nullptr, &Ignore);
+  xmlSetGenericErrorFunc(nullptr, &IgnoreMessage);
 }
 
 Budget::~Budget() {

@@ -3,7 +3,6 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
-#include <libxml/xpath.h>
 
 #include <memory>
 #include <string>
@@ -14,8 +13,6 @@ namespace MSXML2::libxml {
 struct Freer {
   void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
   void operator()(xmlChar* text) const { xmlFree(text); }
-  void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
-  void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
   void operator()(xmlParserCtxt* context) const {
     if (context->myDoc != nullptr) xmlFreeDoc(context->myDoc);
     context->myDoc = nullptr;

@@ -3,16 +3,14 @@
 #include <libxslt/imports.h>
 #include <libxslt/xsltutils.h>
 
-#include <cstdarg>
-#include <cstdio>
-#include <fstream>
 #include <mutex>
 #include <new>
 #include <set>
-#include <sstream>
 #include <string>
 
+#include "platform/base/descriptor.hpp"
 #include "platform/msxml2/failure.hpp"
+#include "platform/msxml2/libxml/messages.hpp"
 #include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::libxml {
@@ -24,8 +22,8 @@ class CompilerMessages {
  public:
   CompilerMessages()
       : lock_(Mutex()), previous_(xsltGenericError), previousContext_(xsltGenericErrorContext) {
-    xsltSetGenericErrorFunc(&text_, &Take);
-    xmlSetGenericErrorFunc(&text_, &Take);
+    xsltSetGenericErrorFunc(&text_, &CollectMessage);
+    xmlSetGenericErrorFunc(&text_, &CollectMessage);
   }
   ~CompilerMessages() {
     xsltSetGenericErrorFunc(previousContext_, previous_);
@@ -34,25 +32,12 @@ class CompilerMessages {
   CompilerMessages(const CompilerMessages&) = delete;
   CompilerMessages& operator=(const CompilerMessages&) = delete;
 
-  std::string Text() const {
-    std::string text = text_;
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return text.empty() ? "no style sheet" : text;
-  }
+  std::string Text() const { return Collected(text_, "no style sheet"); }
 
  private:
   static std::mutex& Mutex() {
     static std::mutex mutex;
     return mutex;
-  }
-
-  static void Take(void* context, const char* format, ...) __attribute__((format(printf, 2, 3))) {
-    char buffer[2048];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    va_end(arguments);
-    static_cast<std::string*>(context)->append(buffer);
   }
 
   std::lock_guard<std::mutex> lock_;
@@ -99,10 +84,9 @@ class Includer {
     if (!fromFile_ || !bareName)
       Refuse("xsl:include is allowed within the folder of the style sheet only", include);
     if (!open_.insert(name).second) Refuse("A style sheet includes itself", include);
-    std::ifstream file(folder_ + name, std::ios::binary);
-    std::ostringstream bytes;
-    if (!file || !(bytes << file.rdbuf())) Refuse("An included style sheet cannot be read", include);
-    Parsed parsed = Parse(bytes.str(), Encoding::Declared);
+    std::string bytes;
+    if (base::ReadFile(folder_ + name, bytes) != 0) Refuse("An included style sheet cannot be read", include);
+    Parsed parsed = Parse(bytes, Encoding::Declared);
     if (!parsed.doc) Fail(name + ": " + parsed.reason, kTemplateSource);
     Resolve(parsed.doc.get());
     const xmlNode* root = xmlDocGetRootElement(parsed.doc.get());

@@ -5,13 +5,12 @@
 #include <libxslt/variables.h>
 #include <libxslt/xsltutils.h>
 
-#include <cstdarg>
-#include <cstdio>
 #include <memory>
 #include <new>
 
 #include "platform/msxml2/dom/characters.hpp"
 #include "platform/msxml2/failure.hpp"
+#include "platform/msxml2/libxml/messages.hpp"
 #include "platform/msxml2/libxml/parse.hpp"
 
 namespace MSXML2::libxml {
@@ -22,27 +21,12 @@ constexpr unsigned long kMostTemplateSteps = 2'000'000;
 constexpr unsigned long kMostPathSteps = 200'000'000;
 constexpr int kDeepestTemplate = 1000;
 
+constexpr char kFailed[] = "The transformation failed.";
+
 struct ContextFreer {
   void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
   void operator()(xsltSecurityPrefs* preferences) const { xsltFreeSecurityPrefs(preferences); }
 };
-
-void TakeMessage(void* context, const char* format, ...) __attribute__((format(printf, 2, 3)));
-void TakeMessage(void* context, const char* format, ...) {
-  char buffer[2048];
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(buffer, sizeof buffer, format, arguments);
-  va_end(arguments);
-  // Each further message only tells what the first one led to.
-  auto* text = static_cast<std::string*>(context);
-  if (text->size() < 4096) text->append(buffer);
-}
-
-std::string Trimmed(std::string text) {
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  return text.empty() ? "The transformation failed." : text;
-}
 
 void ForbidEverything(xsltSecurityPrefs* preferences) {
   for (const xsltSecurityOption option :
@@ -96,20 +80,20 @@ bool ProcessorImpl::transform() {
   ForbidEverything(preferences.get());
   std::string messages;
   xsltSetCtxtSecurityPrefs(preferences.get(), context.get());
-  xsltSetTransformErrorFunc(context.get(), &messages, &TakeMessage);
+  xsltSetTransformErrorFunc(context.get(), &messages, &CollectMessage);
   context->maxTemplateDepth = kDeepestTemplate;
   context->opLimit = kMostTemplateSteps;
   context->xpathCtxt->opLimit = kMostPathSteps;
   for (const auto& [name, value] : parameters_) {
     if (xsltQuoteOneUserParam(context.get(), XmlChars(name.c_str()), XmlChars(value.c_str())) != 0) {
-      Fail("The parameter '" + name + "' cannot be set: " + Trimmed(messages), kTemplateSource);
+      Fail("The parameter '" + name + "' cannot be set: " + Collected(messages, kFailed), kTemplateSource);
     }
   }
   const Budget budget(limits_, *context);
   const Owned<xmlDoc> result(
       xsltApplyStylesheetUser(sheet_.get(), input.doc.get(), nullptr, nullptr, nullptr, context.get()));
   if (!budget.Exceeded().empty()) Fail(budget.Exceeded(), kTemplateSource);
-  if (!result || context->state != XSLT_STATE_OK) Fail(Trimmed(messages), kTemplateSource);
+  if (!result || context->state != XSLT_STATE_OK) Fail(Collected(messages, kFailed), kTemplateSource);
   xmlChar* text = nullptr;
   int length = 0;
   const int saved = xsltSaveResultToString(&text, &length, result.get(), sheet_.get());
