@@ -1,16 +1,12 @@
 #include "demo/history_text.hpp"
 
-#include <cstdio>
+#include "platform/automation/iso_text.hpp"
 
 namespace demo {
 namespace {
 
 std::string Entry(std::string_view mark, automation::DateTime time, std::string_view text) {
-  const automation::DateTimeParts parts = time.Parts();
-  char stamp[64];
-  std::snprintf(stamp, sizeof stamp, " %04d-%02d-%02d %02d:%02d:%02d.000", parts.year, parts.month, parts.day,
-                parts.hour, parts.minute, parts.second);
-  return std::string(mark) + stamp + std::string(text);
+  return std::string(mark) + " " + automation::IsoText(time.WithoutFraction()) + ".000" + std::string(text);
 }
 
 }  // namespace

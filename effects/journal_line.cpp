@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "effects/json_text.hpp"
+#include "platform/automation/iso_text.hpp"
 
 namespace effects {
 namespace {
@@ -43,10 +44,7 @@ class Line {
     Text("op", "run.start");
     Text("job", start.job);
     Flag("preview", start.preview);
-    Name("at");
-    to_ += '"';
-    AppendDateTime(to_, start.at.WithoutFraction());
-    to_ += '"';
+    Text("at", automation::IsoText(start.at.WithoutFraction()));
     Number("pid", start.process);
     Text("host", start.host);
     Text("version", start.version);

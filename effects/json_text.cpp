@@ -8,32 +8,15 @@
 #include <cstring>
 #include <variant>
 
+#include "platform/automation/iso_text.hpp"
+#include "platform/base/base64.hpp"
+#include "platform/base/text.hpp"
+
 namespace effects {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kHex = "0123456789abcdef";
-
-// Length of the well-formed UTF-8 character at `at`; 0 when there is none.
-std::size_t CharacterLength(std::string_view text, std::size_t at) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[at + i]); };
-  const unsigned char lead = byte(0);
-  const std::size_t length = lead < 0x80                    ? 1
-                             : lead >= 0xC2 && lead <= 0xDF ? 2
-                             : lead >= 0xE0 && lead <= 0xEF ? 3
-                             : lead >= 0xF0 && lead <= 0xF4 ? 4
-                                                            : 0;
-  if (length == 0 || text.size() - at < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return 0;
-  }
-  // Overlong forms, surrogates and what lies beyond U+10FFFF.
-  if (lead == 0xE0 && byte(1) < 0xA0) return 0;
-  if (lead == 0xED && byte(1) > 0x9F) return 0;
-  if (lead == 0xF0 && byte(1) < 0x90) return 0;
-  if (lead == 0xF4 && byte(1) > 0x8F) return 0;
-  return length;
-}
 
 bool IsPlain(char c) {
   const auto byte = static_cast<unsigned char>(c);
@@ -76,24 +59,15 @@ std::size_t EndOfPlain(std::string_view text, std::size_t at) {
   return at;
 }
 
+bool IsUtf8(std::string_view text) {
+  std::size_t at = 0;  // most texts are ASCII to their end, or nearly
+  while (at + kEight <= text.size() && AreAscii(EightBytes(text, at))) at += kEight;
+  return base::IsUtf8(text.substr(at));
+}
+
 void AppendEscape(std::string& to, unsigned int code) {
   to += "\\u";
   for (int shift = 12; shift >= 0; shift -= 4) to += kHex[(code >> shift) & 0xF];
-}
-
-void AppendBase64(std::string& to, std::string_view bytes) {
-  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  for (std::size_t at = 0; at < bytes.size(); at += 3) {
-    const std::size_t left = bytes.size() - at;
-    const auto byte = [&](std::size_t i) {
-      return i < left ? static_cast<unsigned int>(static_cast<unsigned char>(bytes[at + i])) : 0U;
-    };
-    const unsigned int group = (byte(0) << 16) | (byte(1) << 8) | byte(2);
-    to += kDigits[group >> 18];
-    to += kDigits[(group >> 12) & 0x3F];
-    to += left > 1 ? kDigits[(group >> 6) & 0x3F] : '=';
-    to += left > 2 ? kDigits[group & 0x3F] : '=';
-  }
 }
 
 template <class Number>
@@ -103,15 +77,9 @@ void AppendNumber(std::string& to, Number number) {
   to.append(digits.data(), end);
 }
 
-void AppendDigits(std::string& to, int number, int width) {
-  for (int divisor = width == 6 ? 100'000 : width == 4 ? 1000 : 10; divisor > 0; divisor /= 10) {
-    to += static_cast<char>('0' + number / divisor % 10);
-  }
-}
-
 void AppendBytes(std::string& to, std::string_view bytes) {
   to += R"({"base64":")";
-  AppendBase64(to, bytes);
+  base::AppendBase64(to, bytes);
   to += "\"}";
 }
 
@@ -131,9 +99,7 @@ class ValueWriter {
     Quoted([&] { AppendJsonNumber(to_, number); });
   }
   void operator()(automation::DateTime moment) const {
-    to_ += '"';
-    AppendDateTime(to_, moment);
-    to_ += '"';
+    to_.append("\"").append(automation::IsoText(moment)).append("\"");
   }
   void operator()(const std::string& text) const {
     if (form_ == ADODB::NamedValue::Form::Bytes || !IsUtf8(text)) {
@@ -171,7 +137,7 @@ void AppendJsonText(std::string& to, std::string_view text) {
     if (end == text.size()) break;
     at = end;
     const char c = text[at];
-    const std::size_t length = CharacterLength(text, at);
+    const std::size_t length = base::Utf8Length(text.substr(at));
     if (length == 0) {
       to += kReplacement;
       ++at;
@@ -218,34 +184,6 @@ void AppendJson(std::string& to, const ADODB::NamedRow& row) {
     AppendJson(to, row[i]);
   }
   to += '}';
-}
-
-void AppendDateTime(std::string& to, automation::DateTime value) {
-  const automation::DateTimeParts parts = value.Parts();
-  AppendDigits(to, parts.year, 4);
-  for (const auto& [separator, part] :
-       {std::pair('-', parts.month), std::pair('-', parts.day), std::pair(' ', parts.hour),
-        std::pair(':', parts.minute), std::pair(':', parts.second)}) {
-    to += separator;
-    AppendDigits(to, part, 2);
-  }
-  if (parts.microsecond == 0) return;
-  to += '.';
-  AppendDigits(to, parts.microsecond, 6);
-  while (to.back() == '0') to.pop_back();
-}
-
-bool IsUtf8(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    if (at + kEight <= text.size() && AreAscii(EightBytes(text, at))) {
-      at += kEight;
-      continue;
-    }
-    const std::size_t length = CharacterLength(text, at);
-    if (length == 0) return false;
-    at += length;
-  }
-  return true;
 }
 
 }  // namespace effects

@@ -21,9 +21,4 @@ void AppendJson(std::string& to, const ADODB::NamedValue& value);
 // An object of the columns and their values.
 void AppendJson(std::string& to, const ADODB::NamedRow& row);
 
-// "YYYY-MM-DD HH:MM:SS", with a fraction where there is one.
-void AppendDateTime(std::string& to, automation::DateTime value);
-
-bool IsUtf8(std::string_view text);
-
 }  // namespace effects

@@ -12,24 +12,6 @@ using OrvCommonMTS::FileHandling;
 using OrvCommonMTS::FolderKind;
 using Kind = SharedChange::Kind;
 
-// As the servers of a farm call the folder.
-std::string_view NameOf(FolderKind kind) {
-  switch (kind) {
-    case FolderKind::QuestionFolders:
-    case FolderKind::OldAttachmentFiles:
-      return "SRATTACHMENTS";
-    case FolderKind::Dispatch:
-      return "DispatchFiles";
-    case FolderKind::TempAttachments:
-      return "tempAttachments";
-    case FolderKind::Archives:
-      return "Archives";
-    case FolderKind::Chat:
-      return "CHAT";
-  }
-  return {};
-}
-
 // An address may hold the account that opens it.
 std::string WithoutAccount(std::string_view address) {
   const std::size_t scheme = address.find("://");
@@ -57,19 +39,19 @@ class RecordedSharedFiles final : public FileHandling {
 
   void FetchFile(std::string_view ftpPath, std::string_view name, std::string_view fullPath, FolderKind kind,
                  std::int16_t mode) override {
-    recorder_.Do(SharedChange{Kind::Fetch, {}, places_.native(fullPath, true), std::string(NameOf(kind))},
+    recorder_.Do(SharedChange{Kind::Fetch, {}, places_.native(fullPath, true), std::string(FolderName(kind))},
                  [&] { real_->FetchFile(ftpPath, name, fullPath, kind, mode); });
   }
 
   void StoreFile(std::string_view fullPath, FolderKind kind) override {
-    recorder_.Do(SharedChange{Kind::Store, {}, places_.native(fullPath, true), std::string(NameOf(kind))},
+    recorder_.Do(SharedChange{Kind::Store, {}, places_.native(fullPath, true), std::string(FolderName(kind))},
                  [&] { real_->StoreFile(fullPath, kind); });
   }
 
   automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
                                       FolderKind kind) override {
     const EntryPtr told =
-        recorder_.Tell(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(NameOf(kind))});
+        recorder_.Tell(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(FolderName(kind))});
     try {
       automation::Variant deleted = real_->DeleteAgedFiles(path, keepMinutes, kind);
       if (const auto* files = std::get_if<std::int32_t>(&deleted.Get()); files != nullptr && *files >= 0) {
@@ -95,7 +77,7 @@ class RecordedSharedFiles final : public FileHandling {
           std::string name = automation::ToTextOrEmpty(item);
           if (name.empty()) continue;
           told.push_back(
-              recorder_.Tell(SharedChange{Kind::Delete, std::move(name), {}, std::string(NameOf(kind))}));
+              recorder_.Tell(SharedChange{Kind::Delete, std::move(name), {}, std::string(FolderName(kind))}));
         }
       }
       return real_->DeleteListedItems(path, names, kind);

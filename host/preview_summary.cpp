@@ -7,6 +7,7 @@
 
 #include "effects/journal_files.hpp"
 #include "effects/journal_reader.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/base/text.hpp"
 #include "run/recording.hpp"
 
@@ -92,14 +93,6 @@ std::string Comparison(const std::pair<std::string, std::string>& key,
   return "; " + runs + ": " + range;
 }
 
-std::string Moment(automation::DateTime at) {
-  const automation::DateTimeParts parts = at.Parts();
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", parts.year, parts.month, parts.day,
-                parts.hour, parts.minute, parts.second);
-  return text;
-}
-
 }  // namespace
 
 std::vector<RunCounts> LastRunsOf(const SuiteHome& home, const JobInfo& job) {
@@ -124,7 +117,7 @@ std::vector<RunCounts> LastRunsOf(const SuiteHome& home, const JobInfo& job) {
 }
 
 void PrintSummary(const PreviewedJob& previewed, const std::vector<RunCounts>& lastRuns, std::ostream& out) {
-  out << previewed.job->progId << " at " << Moment(previewed.at)
+  out << previewed.job->progId << " at " << automation::IsoText(previewed.at.WithoutFraction())
       << (previewed.finished ? "" : ", would end without its stop line") << '\n';
   const RunCounts counts = CountsOf(previewed.counts);
   bool nothing = true;

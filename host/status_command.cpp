@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "host/commands.hpp"
 #include "host/named_jobs.hpp"
 #include "host/stopped_runs.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/automation/runtime.hpp"
 #include "run/exit_codes.hpp"
 #include "run/job_table.hpp"
@@ -114,11 +114,7 @@ void Print(const JobStatus& status, const StoppedRuns& stopped, const Console& c
 
 nlohmann::ordered_json TimeOf(const LoggedTime& time) {
   if (!time.at) return time.text;
-  const automation::DateTimeParts parts = time.at->Parts();
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", parts.year, parts.month, parts.day,
-                parts.hour, parts.minute, parts.second);
-  return text;
+  return automation::IsoText(time.at->WithoutFraction());
 }
 
 void PrintJson(const JobStatus& status, const StoppedRuns& stopped, const std::optional<bool>& young,

@@ -16,7 +16,7 @@ namespace orvane {
 namespace {
 
 [[noreturn]] void CannotBegin(const std::exception& error) {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::DeviceIoError), "OrvaneProcess",
+  throw automation::Error(automation::ErrorNumber::DeviceIoError, "OrvaneProcess",
                           std::string("the journal cannot be begun, nothing was done: ") + error.what());
 }
 

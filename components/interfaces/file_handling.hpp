@@ -25,6 +25,24 @@ enum class FolderKind : std::int16_t {
   OldAttachmentFiles = 15,  // files inside attachment folders, named like "1234A\report.txt"
 };
 
+// The folder's name, the same on every server; empty for a number that is no kind.
+constexpr std::string_view FolderName(FolderKind kind) {
+  switch (kind) {
+    case FolderKind::QuestionFolders:
+    case FolderKind::OldAttachmentFiles:
+      return "SRATTACHMENTS";
+    case FolderKind::Dispatch:
+      return "DispatchFiles";
+    case FolderKind::TempAttachments:
+      return "tempAttachments";
+    case FolderKind::Archives:
+      return "Archives";
+    case FolderKind::Chat:
+      return "CHAT";
+  }
+  return {};
+}
+
 class ORVANE_EXPORT FileHandling : public automation::Object {
  public:
   // Whether the file exists in one of the folders of the given kinds (numbers of FolderKind).

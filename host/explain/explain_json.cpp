@@ -1,6 +1,7 @@
 #include "effects/journal_line.hpp"
 #include "effects/json_text.hpp"
 #include "host/explain/explain_report.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "run/exit_codes.hpp"
 #include "run/job_table.hpp"
 
@@ -88,8 +89,7 @@ std::string_view Named(Deed::Outcome outcome) {
 std::string ExplanationJson(const Explanation& explanation, const PreviewedJob& previewed,
                             std::string_view run) {
   Lines lines;
-  std::string at;
-  effects::AppendDateTime(at, previewed.at.WithoutFraction());
+  const std::string at = automation::IsoText(previewed.at.WithoutFraction());
   lines.Begin("job").Text("job", ClassName(*previewed.job)).Text("key", explanation.Of().key).Text("at", at);
   lines.List("notLookedInto", explanation.Of().notLookedInto, &effects::AppendJsonText).End();
   for (const auto& [name, value] : explanation.Parameters()) {

@@ -5,6 +5,7 @@
 
 #include "effects/json_text.hpp"
 #include "host/explain/explain_report.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/base/text.hpp"
 
 namespace orvane::host {
@@ -19,7 +20,7 @@ std::string Shown(const NamedValue& value) {
   constexpr std::size_t kMost = 100;
   if (value.value.IsNull()) return "(null)";
   std::string text;
-  if (value.value.IsText() && effects::IsUtf8(std::get<std::string>(value.value.Get()))) {
+  if (value.value.IsText() && base::IsUtf8(std::get<std::string>(value.value.Get()))) {
     text = base::WithControlsShown(std::get<std::string>(value.value.Get()));
   } else {
     effects::AppendJson(text, value);
@@ -130,10 +131,8 @@ class Report {
   void Line(const std::string& line) { text_ += line + '\n'; }
 
   void Head() {
-    std::string at;
-    effects::AppendDateTime(at, previewed_.at.WithoutFraction());
-    Line(std::string(previewed_.job->progId) + " at " + at + ": " +
-         base::WithControlsShown(explanation_.Of().key));
+    Line(std::string(previewed_.job->progId) + " at " + automation::IsoText(previewed_.at.WithoutFraction()) +
+         ": " + base::WithControlsShown(explanation_.Of().key));
     for (const std::string& table : explanation_.Of().notLookedInto) {
       Line("  not looked into: " + base::WithControlsShown(table));
     }

@@ -68,7 +68,7 @@ void FillTexts(const ADODB::ConnectionPtr& connection) {
 const EngineEntry& EngineOf(std::string_view connectionString) {
   const auto text = ADODB::engine::ConnectionString::Parse(connectionString);
   if (const EngineEntry* engine = ADODB::engine::EngineOf(text)) return *engine;
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::ArgumentsInvalid), "orvane-host",
+  throw automation::Error(automation::ErrorNumber::ArgumentsInvalid, "orvane-host",
                           "The connection string names neither Provider=SQLite nor a Driver of PostgreSQL, "
                           "MariaDB or SQL Server");
 }

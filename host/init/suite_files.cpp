@@ -7,27 +7,12 @@
 #include <system_error>
 
 #include "host/init/embedded.hpp"
+#include "host/markup.hpp"
 
 namespace orvane::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string XmlText(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '&') {
-      result += "&amp;";
-    } else if (c == '<') {
-      result += "&lt;";
-    } else if (c == '>') {
-      result += "&gt;";
-    } else {
-      result += c;
-    }
-  }
-  return result;
-}
 
 constexpr const char* kFolders[] = {
     "config",
@@ -69,11 +54,11 @@ std::string SiteConfigurationText(std::string_view database, std::string_view ca
 <siteConfiguration>
   <product name="Orvane">
     <connection name="Orvane">)" +
-         XmlText(database) + R"(</connection>
+         MarkupText(database) + R"(</connection>
   </product>
   <product name="VnServer">
     <connection name="ECatalog">)" +
-         XmlText(catalogue) + R"(</connection>
+         MarkupText(catalogue) + R"(</connection>
   </product>
 
   <section name="COMMONPARAMETERS">

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <set>
 
+#include "host/markup.hpp"
 #include "host/report/recorded_run.hpp"
+#include "platform/base/text.hpp"
 
 namespace orvane::host {
 namespace {
@@ -30,21 +32,9 @@ summary { cursor: pointer; padding: .3rem 0; }
 )";
 
 std::string Escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '&') {
-      result += "&amp;";
-    } else if (c == '<') {
-      result += "&lt;";
-    } else if (c == '>') {
-      result += "&gt;";
-    } else if (c == '"') {
-      result += "&quot;";
-    } else {
-      result += (c >= 0 && c < ' ') || c == '\x7F' ? ' ' : c;
-    }
-  }
-  return result;
+  std::string shown(text);
+  std::replace_if(shown.begin(), shown.end(), base::IsControl, ' ');
+  return MarkupText(shown);
 }
 
 std::string_view ClassOf(Ending ending) {

@@ -46,8 +46,7 @@ NodePtr Required(const NodePtr& node) {
 DOMDocumentPtr LoadDocument(const std::string& path) {
   auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
   if (!document->load(path)) {
-    throw Error(static_cast<std::int32_t>(ErrorNumber::PathFileAccess), kArchiveSource,
-                path + ": " + document->parseErrorReason());
+    throw Error(ErrorNumber::PathFileAccess, kArchiveSource, path + ": " + document->parseErrorReason());
   }
   return document;
 }

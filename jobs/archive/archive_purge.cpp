@@ -111,7 +111,7 @@ void Archive::deleteWrittenRows(const Customer& customer) {
       requireWritten(*command->ExecuteDelete(ADODB::Deleted::Rows), customer.writtenRequests);
   // Nothing keeps a request from being reopened between the two statements.
   if (!std::includes(requests.begin(), requests.end(), emptied.begin(), emptied.end())) {
-    throw Error(static_cast<std::int32_t>(ErrorNumber::InternalError), kArchiveSource,
+    throw Error(ErrorNumber::InternalError, kArchiveSource,
                 "There are transactions of requests that are not to be deleted any more");
   }
   m_cnConnection->CommitTrans();
@@ -129,7 +129,7 @@ std::set<std::string> Archive::requireWritten(ADODB::Recordset& deleted, const R
   }
   const std::size_t count = gone.NotAmong(written);
   if (count == 0) return requests;
-  throw Error(static_cast<std::int32_t>(ErrorNumber::InternalError), kArchiveSource,
+  throw Error(ErrorNumber::InternalError, kArchiveSource,
               std::to_string(count) + " rows came in or were changed after the files were written");
 }
 

@@ -69,16 +69,19 @@ std::vector<Scripting::FilePtr> CleanUp::AttachedFiles(const Scripting::Folder& 
   return folder.IsLink() ? std::vector<Scripting::FilePtr>() : folder.Files();
 }
 
+bool CleanUp::FindRows(const ADODB::Statement& query) {
+  Rows().Open(query, m_cnOrvane, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
+              ADODB::kOptionsUnspecified);
+  if (!Rows().Eof()) return true;
+  Rows().Close();
+  return false;
+}
+
 void CleanUp::DeleteSRAttchmentsFilesWithzerostatus() {
   try {
     ADODB::Statement query = "SELECT * FROM QUESTIONS WHERE Q_STATUS = 0 AND Q_DATE < ";
     query += ADODB::SqlFragment(CutoffLiteral());
-    Rows().Open(query, m_cnOrvane, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
-                ADODB::kOptionsUnspecified);
-    if (Rows().Eof()) {
-      Rows().Close();
-      return;
-    }
+    if (!FindRows(query)) return;
 
     m_sCurrentFolderPath = m_sDataRoot + "SRATTACHMENTS\\";
     automation::VariantArray names = EmptyTexts(Rows().RecordCount());
@@ -136,12 +139,7 @@ void CleanUp::DeleteSRAttchmentsFilesWithotherstatus() {
     ADODB::Statement query = "SELECT ID1, FILENAME, FILETYPE FROM DATAFILES WHERE LASTUPLOAD < ";
     query += ADODB::SqlFragment(CutoffLiteral());
     query += " AND FILETYPE IN (3, 1)";
-    Rows().Open(query, m_cnOrvane, ADODB::CursorType::Static, ADODB::LockType::ReadOnly,
-                ADODB::kOptionsUnspecified);
-    if (Rows().Eof()) {
-      Rows().Close();
-      return;
-    }
+    if (!FindRows(query)) return;
 
     m_sCurrentFolderPath = m_sDataRoot + "SRATTACHMENTS\\";
     automation::VariantArray names = EmptyTexts(Rows().RecordCount());

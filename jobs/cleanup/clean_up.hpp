@@ -73,6 +73,8 @@ class CleanUp : public CleanUpService {
 
   bool AgeTest(automation::DateTime lastAccessed);
   bool MonthTest(automation::DateTime lastAccessed);
+  // Opens the run's record set, to be read; false, and closed again, when it has no row.
+  bool FindRows(const ADODB::Statement& query);
   // The files directly in the folder of a question's attachments. A link in its place holds none of them:
   // what lies behind it is not the suite's, whatever its name.
   static std::vector<Scripting::FilePtr> AttachedFiles(const Scripting::Folder& folder);

@@ -28,20 +28,9 @@ namespace {
 constexpr std::size_t kFailuresNamed = 3;
 
 std::string_view FolderOf(FolderKind kind) {
-  switch (kind) {
-    case FolderKind::QuestionFolders:
-    case FolderKind::OldAttachmentFiles:
-      return "SRATTACHMENTS";
-    case FolderKind::Dispatch:
-      return "DispatchFiles";
-    case FolderKind::TempAttachments:
-      return "tempAttachments";
-    case FolderKind::Archives:
-      return "Archives";
-    case FolderKind::Chat:
-      return "CHAT";
-  }
-  throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kErrorSource);
+  const std::string_view name = FolderName(kind);
+  if (name.empty()) throw automation::Error(automation::ErrorNumber::InvalidProcedureCall, kErrorSource);
+  return name;
 }
 
 // The files that this process is working on. Kept in memory: a process that dies leaves no mark behind that
@@ -198,7 +187,7 @@ class SharedFiles : public FileHandling {
     // Spaces around it come from the row of PARAMETERS, whose values nobody trims.
     path = base::Trimmed(path, " ");
     if (path.empty()) {
-      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+      throw automation::Error(automation::ErrorNumber::PathNotFound, kErrorSource,
                               "The path of the shared folders is empty.");
     }
     if (!IsFtpAddress(path)) return OpenFolderStore(path, options_.layer);
@@ -222,8 +211,8 @@ class SharedFiles : public FileHandling {
     }
     // What cannot be looked at must not be taken for missing: the caller would make it anew.
     if (status.type() == std::filesystem::file_type::none) {
-      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
-                              kErrorSource, path.string() + ": " + failed.message());
+      throw automation::Error(automation::ErrorNumber::PathFileAccess, kErrorSource,
+                              path.string() + ": " + failed.message());
     }
     return std::filesystem::is_regular_file(status);
   }
@@ -240,8 +229,8 @@ class SharedFiles : public FileHandling {
     const int failure = options_.layer->Stat(path, status);
     if (failure == ENOENT || failure == ENOTDIR) return false;
     if (failure != 0) {
-      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
-                              kErrorSource, path.string() + ": " + std::generic_category().message(failure));
+      throw automation::Error(automation::ErrorNumber::PathFileAccess, kErrorSource,
+                              path.string() + ": " + std::generic_category().message(failure));
     }
     return S_ISREG(status.st_mode);
   }
@@ -264,7 +253,7 @@ class SharedFiles : public FileHandling {
   [[noreturn]] static void Refuse(const std::string& what, std::string_view text,
                                   const std::string& problem) {
     throw automation::Error(
-        static_cast<std::int32_t>(automation::ErrorNumber::BadFileName), kErrorSource,
+        automation::ErrorNumber::BadFileName, kErrorSource,
         "The " + what + " \"" + base::WithControlsShown(text) + "\" is refused: " + problem + ".");
   }
 

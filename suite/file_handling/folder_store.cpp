@@ -106,8 +106,7 @@ class FolderStore : public SharedStore {
   }
 
   static automation::Error Failure(const fs::path& path, const std::error_code& code) {
-    return {static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource,
-            path.string() + ": " + code.message()};
+    return {automation::ErrorNumber::PathFileAccess, kErrorSource, path.string() + ": " + code.message()};
   }
 
   // A reader of `target` sees the old file or the new one, never a half, and neither does one that comes
@@ -147,8 +146,7 @@ class FolderStore : public SharedStore {
 std::unique_ptr<SharedStore> OpenFolderStore(std::string_view path,
                                              const std::shared_ptr<base::FileLayer>& layer) {
   const auto refuse = [](const std::string& description) {
-    throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
-                            description);
+    throw automation::Error(automation::ErrorNumber::PathNotFound, kErrorSource, description);
   };
   // An address of a kind that is not known could hold a password.
   if (path.find("://") != std::string_view::npos) {

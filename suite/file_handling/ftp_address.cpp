@@ -22,7 +22,7 @@ constexpr Scheme kSchemes[] = {{"ftp://", FtpTls::None, "ftp://"},
                                {"ftps://", FtpTls::Implicit, "ftps://"}};
 
 [[noreturn]] void Refuse(const std::string& reason) {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+  throw automation::Error(automation::ErrorNumber::PathNotFound, kErrorSource,
                           "The FTP path of the shared folders cannot be used: " + reason + ".");
 }
 

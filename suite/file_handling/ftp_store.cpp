@@ -33,7 +33,7 @@ std::optional<ListedKind> Find(const Items& items, const std::string& name) {
 }
 
 automation::Error Failure(const std::string& description) {
-  return {static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource, description};
+  return {automation::ErrorNumber::PathFileAccess, kErrorSource, description};
 }
 
 // Whether a listing with "-a" holds the folder itself, as those of servers that ask "ls" or do as it does.
@@ -53,7 +53,7 @@ class FtpStore : public SharedStore {
   FtpStore(const FtpAddress& address, const FtpOptions& options) : session_(address, options) {
     const std::optional<std::vector<ListedItem>> items = List(session_.Root());
     if (!items) {
-      throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathNotFound), kErrorSource,
+      throw automation::Error(automation::ErrorNumber::PathNotFound, kErrorSource,
                               "FTP server " + address.server + ": the folder " + session_.Root() +
                                   " does not exist or may not be entered.");
     }

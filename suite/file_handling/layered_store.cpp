@@ -25,8 +25,7 @@ std::string Message(const fs::path& path, int code) {
 }
 
 [[noreturn]] void Fail(const fs::path& path, int code) {
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess), kErrorSource,
-                          Message(path, code));
+  throw automation::Error(automation::ErrorNumber::PathFileAccess, kErrorSource, Message(path, code));
 }
 
 void RequireNone(const fs::path& path, int code) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "components/interfaces/log.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/automation/runtime.hpp"
 #include "platform/base/descriptor.hpp"
 #include "platform/base/text.hpp"
@@ -86,11 +87,8 @@ class FileLog : public Log {
 
 std::string LogLine(automation::DateTime time, std::int32_t code, std::string_view errorSource,
                     std::string_view message) {
-  const automation::DateTimeParts parts = time.Parts();
-  char stamp[64];
-  std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d | %d | ", parts.year, parts.month,
-                parts.day, parts.hour, parts.minute, parts.second, static_cast<int>(code));
-  return stamp + Printable(errorSource) + " | " + Printable(message) + "\n";
+  return automation::IsoText(time.WithoutFraction()) + " | " + std::to_string(code) + " | " +
+         Printable(errorSource) + " | " + Printable(message) + "\n";
 }
 
 void RegisterLog(automation::ClassTable& classes, const std::filesystem::path& file) {

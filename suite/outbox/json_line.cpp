@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/automation/error.hpp"
+#include "platform/automation/iso_text.hpp"
 #include "platform/base/text.hpp"
 
 namespace suite {
@@ -30,19 +31,12 @@ std::string Quoted(std::string_view text) {
   return result + "\"";
 }
 
-std::string DateAndTime(automation::DateTime value) {
-  const automation::DateTimeParts parts = value.Parts();
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", parts.year, parts.month, parts.day,
-                parts.hour, parts.minute, parts.second);
-  return text;
-}
-
 std::string Json(const automation::Variant& value) {
   if (value.IsNull() || value.IsEmpty()) return "null";
   if (const bool* flag = std::get_if<bool>(&value.Get())) return *flag ? "true" : "false";
   if (value.IsText()) return Quoted(std::get<std::string>(value.Get()));
-  if (value.IsDate()) return Quoted(DateAndTime(std::get<automation::DateTime>(value.Get())));
+  if (value.IsDate())
+    return Quoted(automation::IsoText(std::get<automation::DateTime>(value.Get()).WithoutFraction()));
   if (automation::IsNumeric(value)) return automation::ToText(value);
   throw automation::Error(automation::ErrorNumber::TypeMismatch);
 }

@@ -80,8 +80,8 @@ void AppendToOutbox(const std::filesystem::path& file, std::string_view line, st
   if (failure == 0) return;
   const std::string reason =
       failure == EWOULDBLOCK ? "another program keeps it locked" : std::generic_category().message(failure);
-  throw automation::Error(static_cast<std::int32_t>(automation::ErrorNumber::PathFileAccess),
-                          std::string(errorSource), file.string() + ": " + reason);
+  throw automation::Error(automation::ErrorNumber::PathFileAccess, std::string(errorSource),
+                          file.string() + ": " + reason);
 }
 
 }  // namespace suite

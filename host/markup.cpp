@@ -1,0 +1,28 @@
+#include "host/markup.hpp"
+
+namespace orvane::host {
+
+std::string MarkupText(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '>':
+        result += "&gt;";
+        break;
+      case '"':
+        result += "&quot;";
+        break;
+      default:
+        result += c;
+    }
+  }
+  return result;
+}
+
+}  // namespace orvane::host
