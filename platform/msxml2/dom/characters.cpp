@@ -42,6 +42,10 @@ void RequireXmlText(std::string_view text, const char* source) {
       at += sizeof(std::uint64_t);
       continue;
     }
+    if (static_cast<signed char>(text[at]) >= ' ') {  // the rest of ASCII
+      ++at;
+      continue;
+    }
     int length = static_cast<int>(base::Utf8Length(text.substr(at)));
     const int character =
         length == 0 ? -1 : xmlGetUTF8Char(reinterpret_cast<const xmlChar*>(text.data() + at), &length);
