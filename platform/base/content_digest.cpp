@@ -1,9 +1,8 @@
 #include "platform/base/content_digest.hpp"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <vector>
+
+#include "platform/base/descriptor.hpp"
 
 namespace base {
 

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "platform/adodb/sql/parameters.hpp"
+
 namespace ADODB::engine {
 namespace {
 

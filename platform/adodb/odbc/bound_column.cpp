@@ -1,6 +1,7 @@
 #include "platform/adodb/odbc/bound_column.hpp"
 
 #include "platform/adodb/odbc/unicode.hpp"
+#include "platform/adodb/sql/parameters.hpp"
 
 namespace ADODB::odbc {
 namespace {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/adodb/odbc/error.hpp"
+#include "platform/adodb/sql/parameters.hpp"
 #include "platform/automation/date_time.hpp"
 
 namespace ADODB::odbc {

@@ -30,20 +30,22 @@ UChar32 LowerCase(UChar32 c) {
 std::string Reduced(std::string_view utf8, bool accentsToo) {
   std::string text;
   text.reserve(utf8.size());
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(utf8.data());
   const auto length = static_cast<std::int64_t>(utf8.size());
   for (std::int64_t at = 0; at < length;) {
     const std::int64_t start = at;
     UChar32 c = 0;
-    U8_NEXT(utf8.data(), at, length, c);
+    U8_NEXT(bytes, at, length, c);
     if (c < 0) {  // what is no UTF-8 stays as it is
       text.append(utf8, static_cast<std::size_t>(start), static_cast<std::size_t>(at - start));
       continue;
     }
     c = LowerCase(c);
-    char bytes[U8_MAX_LENGTH];
+    if (accentsToo) c = BareLetter(c);
+    std::uint8_t character[U8_MAX_LENGTH];
     std::size_t count = 0;
-    U8_APPEND_UNSAFE(bytes, count, accentsToo ? BareLetter(c) : c);
-    text.append(bytes, count);
+    U8_APPEND_UNSAFE(character, count, static_cast<std::uint32_t>(c));
+    text.append(character, character + count);
   }
   return text;
 }
