@@ -62,7 +62,7 @@ Journal::~Journal() {
   }
 }
 
-void Journal::Hear(const EntryPtr& entry) {
+void Journal::OnEntry(const EntryPtr& entry) {
   line_.clear();
   AppendLine(line_, run_, *entry);
   line_ += '\n';

@@ -35,7 +35,7 @@ class Journal final : public Listener {
 
   // A line is with the operating system when this returns; one that tells of a commit is on the disk, and so
   // is all before it. The rest is synced once a second.
-  void Hear(const EntryPtr& entry) override;
+  void OnEntry(const EntryPtr& entry) override;
 
   // Why the run has to come to its end, empty while there is no reason: the disk is full and the reserve is
   // being used, or what was written could not be synced.

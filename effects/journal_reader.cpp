@@ -140,7 +140,7 @@ JournalSummary SummaryOf(const std::filesystem::path& file) {
         summary.end = EndOf(line);
         return true;
       }
-      if (line["op"] == "log") summary.lastWords = line.at("text");
+      if (line["op"] == "log") summary.lastLogText = line.at("text");
       return false;
     });
   } catch (const nlohmann::json::exception& error) {

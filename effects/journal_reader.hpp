@@ -54,7 +54,7 @@ struct JournalSummary {
   // Nothing: the run was killed, or has not ended yet; the last line is uncertain then.
   std::optional<End> end;
   // What the error log got last before the end, if that was the last line before it: why a run was stopped.
-  std::string lastWords;
+  std::string lastLogText;
 };
 
 // FAILS: as ReadJournal, of the lines that it reads.

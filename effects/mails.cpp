@@ -13,7 +13,7 @@ constexpr std::string_view kMessage = "CDO.Message";
 // Called from inside a catch clause.
 void TellRefused(Recorder& recorder, const std::string& to, const std::string& subject) {
   const automation::Error reason = automation::PendingError();
-  recorder.TellFailed(recorder.Tell(MailSending{to, subject}), reason);
+  recorder.RecordFailure(recorder.Record(MailSending{to, subject}), reason);
 }
 
 class RecordedMessage final : public CDO::Message {

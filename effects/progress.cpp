@@ -76,7 +76,7 @@ Progress::~Progress() {
   thread_.join();
 }
 
-void Progress::Hear(const EntryPtr& entry) {
+void Progress::OnEntry(const EntryPtr& entry) {
   const std::lock_guard lock(mutex_);
   if (const auto* start = std::get_if<RunStart>(&entry->what)) {
     state_ = {.job = start->job, .expected = state_.expected};

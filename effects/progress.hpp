@@ -51,7 +51,7 @@ class Progress final : public Listener {
   Progress(std::ostream& out, Options options);
   ~Progress() override;
 
-  void Hear(const EntryPtr& entry) override;
+  void OnEntry(const EntryPtr& entry) override;
 
   // How many effects the run will have, as ProgressTotal counts them; where nobody knows, no share is shown.
   void Expect(std::uint64_t effects);

@@ -13,30 +13,30 @@ EntryPtr Recorder::Make(Entry::What what) {
 void Recorder::Start(RunStart start) {
   started_ = std::chrono::steady_clock::now();
   const EntryPtr entry = Make(std::move(start));
-  for (Listener* listener : listeners_) listener->Hear(entry);
+  for (Listener* listener : listeners_) listener->OnEntry(entry);
 }
 
 void Recorder::End(int exit) {
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started_;
   // To the millisecond, as the times of the lines.
   const double seconds = static_cast<double>(static_cast<std::int64_t>(taken.count() * 1000)) / 1000;
-  TellQuietly(RunEnd{exit, seconds, counts_});
+  RecordQuietly(RunEnd{exit, seconds, counts_});
 }
 
-EntryPtr Recorder::Tell(Effect effect) {
+EntryPtr Recorder::Record(Effect effect) {
   EntryPtr entry = Make(std::move(effect));
   const auto& told = std::get<Effect>(entry->what);
   std::size_t heard = 0;
   try {
     for (Listener* listener : listeners_) {
-      listener->Hear(entry);
+      listener->OnEntry(entry);
       ++heard;
     }
   } catch (...) {
     if (heard > 0) {
       const std::vector<Listener*> all = listeners_;
       listeners_.resize(heard);
-      TellQuietly(Failure{entry, automation::PendingError()});
+      RecordQuietly(Failure{entry, automation::PendingError()});
       listeners_ = all;
     }
     throw;
@@ -45,18 +45,18 @@ EntryPtr Recorder::Tell(Effect effect) {
   return entry;
 }
 
-void Recorder::TellFailed(const EntryPtr& told, const automation::Error& error) noexcept try {
+void Recorder::RecordFailure(const EntryPtr& told, const automation::Error& error) noexcept try {
   counts_.AddFailure(std::get<Effect>(told->what), error.Outcome());
-  TellQuietly(Failure{told, error});
+  RecordQuietly(Failure{told, error});
 } catch (...) {
   // No memory to tell it.
 }
 
-void Recorder::TellQuietly(Entry::What what) noexcept try {
+void Recorder::RecordQuietly(Entry::What what) noexcept try {
   const EntryPtr entry = Make(std::move(what));
   for (Listener* listener : listeners_) {
     try {
-      listener->Hear(entry);
+      listener->OnEntry(entry);
     } catch (...) {
       // What has happened cannot be kept from happening.
     }
@@ -67,7 +67,7 @@ void Recorder::TellQuietly(Entry::What what) noexcept try {
 
 void Recorder::Log(std::string_view text, bool known, LogText::Origin origin) noexcept try {
   counts_.AddLogText(known);
-  TellQuietly(LogText{std::string(text), known, origin});
+  RecordQuietly(LogText{std::string(text), known, origin});
 } catch (...) {
   // No memory to tell it.
 }
@@ -91,37 +91,37 @@ void Recorder::Stopping(std::string_view why) noexcept {
 
 Recorder::Ticket Recorder::RowChanges(ADODB::Change change, std::string_view table, ADODB::NamedRow key,
                                       std::optional<ADODB::NamedRow> before) {
-  return Tell(RowChange{change, std::string(table), std::move(key), options_.rows,
-                        before ? std::move(*before) : ADODB::NamedRow()});
+  return Record(RowChange{change, std::string(table), std::move(key), options_.rows,
+                          before ? std::move(*before) : ADODB::NamedRow()});
 }
 
 Recorder::Ticket Recorder::RowsChange(ADODB::Change change, std::string_view table,
                                       std::vector<ADODB::NamedRow> keys,
                                       std::vector<ADODB::NamedRow> before) {
-  return Tell(
+  return Record(
       effects::RowsChange{change, std::string(table), std::move(keys), options_.rows, std::move(before)});
 }
 
 Recorder::Ticket Recorder::RowsCounted(ADODB::Change change, std::string_view table, std::size_t count) {
   effects::RowsChange rows{change, std::string(table), {}, false, {}};
   rows.withoutKeys = count;
-  return Tell(std::move(rows));
+  return Record(std::move(rows));
 }
 
 Recorder::Ticket Recorder::Begin() {
-  return Tell(TransactionStep{TransactionStep::Kind::Begin});
+  return Record(TransactionStep{TransactionStep::Kind::Begin});
 }
 
 Recorder::Ticket Recorder::Commit() {
-  return Tell(TransactionStep{TransactionStep::Kind::Commit});
+  return Record(TransactionStep{TransactionStep::Kind::Commit});
 }
 
 Recorder::Ticket Recorder::Rollback() {
-  return Tell(TransactionStep{TransactionStep::Kind::Rollback});
+  return Record(TransactionStep{TransactionStep::Kind::Rollback});
 }
 
 void Recorder::Failed(const Ticket& told, const automation::Error& error) noexcept {
-  if (told) TellFailed(std::static_pointer_cast<const Entry>(told), error);
+  if (told) RecordFailure(std::static_pointer_cast<const Entry>(told), error);
 }
 
 }  // namespace effects

@@ -73,7 +73,7 @@ class Listener {
 
   // An effect is told before it takes place, or before it becomes permanent. What this raises keeps it from
   // that; those who heard of it before are told of its failure. What is raised for another entry is ignored.
-  virtual void Hear(const EntryPtr& entry) = 0;
+  virtual void OnEntry(const EntryPtr& entry) = 0;
 };
 
 // Not to be shared between threads.
@@ -99,8 +99,8 @@ class Recorder final : public ADODB::ChangeObserver {
   void End(int exit);
 
   // Tells an effect that is about to take place, and gives what stands for it.
-  EntryPtr Tell(Effect effect);
-  void TellFailed(const EntryPtr& told, const automation::Error& error) noexcept;
+  EntryPtr Record(Effect effect);
+  void RecordFailure(const EntryPtr& told, const automation::Error& error) noexcept;
   // What was told as one effect has changed so many items.
   void Recount(const EntryPtr& told, std::uint64_t items) {
     counts_.Recount(std::get<Effect>(told->what), items);
@@ -109,11 +109,11 @@ class Recorder final : public ADODB::ChangeObserver {
   // Tells the effect and does it; when that fails tells so and passes the error on.
   template <class Act>
   decltype(auto) Do(Effect effect, Act&& act) {
-    const EntryPtr told = Tell(std::move(effect));
+    const EntryPtr told = Record(std::move(effect));
     try {
       return std::forward<Act>(act)();
     } catch (...) {
-      TellFailed(told, automation::PendingError());
+      RecordFailure(told, automation::PendingError());
       throw;
     }
   }
@@ -140,7 +140,7 @@ class Recorder final : public ADODB::ChangeObserver {
 
  private:
   EntryPtr Make(Entry::What what);
-  void TellQuietly(Entry::What what) noexcept;
+  void RecordQuietly(Entry::What what) noexcept;
   void Log(std::string_view text, bool known, LogText::Origin origin) noexcept;
 
   const Options options_;

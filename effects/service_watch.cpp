@@ -24,7 +24,7 @@ bool IsMail(const Effect& effect) {
 
 }  // namespace
 
-void ServiceWatch::Hear(const EntryPtr& entry) {
+void ServiceWatch::OnEntry(const EntryPtr& entry) {
   if (const auto* failure = std::get_if<Failure>(&entry->what)) {
     if (!IsMail(std::get<Effect>(failure->of->what))) return;
     mailOpen_ = false;

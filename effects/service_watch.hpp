@@ -17,7 +17,7 @@ class ServiceWatch final : public Listener {
   static constexpr int kFailures = 3;
 
   // Hears of mails.
-  void Hear(const EntryPtr& entry) override;
+  void OnEntry(const EntryPtr& entry) override;
   // A person was looked up, with this failure if any.
   void LookedUp(const std::optional<automation::Error>& failure);
 

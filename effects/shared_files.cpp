@@ -51,7 +51,7 @@ class RecordedSharedFiles final : public FileHandling {
   automation::Variant DeleteAgedFiles(std::string_view path, std::int32_t keepMinutes,
                                       FolderKind kind) override {
     const EntryPtr told =
-        recorder_.Tell(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(FolderName(kind))});
+        recorder_.Record(SharedChange{Kind::Delete, {}, WithoutAccount(path), std::string(FolderName(kind))});
     try {
       automation::Variant deleted = real_->DeleteAgedFiles(path, keepMinutes, kind);
       if (const auto* files = std::get_if<std::int32_t>(&deleted.Get()); files != nullptr && *files >= 0) {
@@ -61,7 +61,7 @@ class RecordedSharedFiles final : public FileHandling {
     } catch (...) {
       automation::Error error = automation::PendingError();
       error.WithOutcome(automation::Outcome::Unknown);  // some may be gone
-      recorder_.TellFailed(told, error);
+      recorder_.RecordFailure(told, error);
       throw;
     }
   }
@@ -76,15 +76,15 @@ class RecordedSharedFiles final : public FileHandling {
         for (const automation::Variant& item : **list) {
           std::string name = automation::ToTextOrEmpty(item);
           if (name.empty()) continue;
-          told.push_back(
-              recorder_.Tell(SharedChange{Kind::Delete, std::move(name), {}, std::string(FolderName(kind))}));
+          told.push_back(recorder_.Record(
+              SharedChange{Kind::Delete, std::move(name), {}, std::string(FolderName(kind))}));
         }
       }
       return real_->DeleteListedItems(path, names, kind);
     } catch (...) {
       automation::Error error = automation::PendingError();
       error.WithOutcome(automation::Outcome::Unknown);
-      for (const EntryPtr& entry : told) recorder_.TellFailed(entry, error);
+      for (const EntryPtr& entry : told) recorder_.RecordFailure(entry, error);
       throw;
     }
   }

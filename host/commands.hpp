@@ -15,7 +15,7 @@ struct Console {
 };
 
 // One thing that a run has to say: how jobs ended to `out`, everything else to `err`, after what it is.
-void Print(const Console& console, Telling kind, std::string_view text);
+void Print(const Console& console, MessageKind kind, std::string_view text);
 
 int CheckSuite(const Arguments& arguments, const Console& console);
 int ExplainJob(const Arguments& arguments, const Console& console);

@@ -2,18 +2,18 @@
 
 namespace orvane::host {
 
-void Print(const Console& console, Telling kind, std::string_view text) {
+void Print(const Console& console, MessageKind kind, std::string_view text) {
   switch (kind) {
-    case Telling::Outcome:
+    case MessageKind::Outcome:
       console.out << text << std::endl;
       return;
-    case Telling::Message:
+    case MessageKind::Error:
       console.err << "orvane-host: " << text << std::endl;
       return;
-    case Telling::Warning:
+    case MessageKind::Warning:
       console.err << "warning: " << text << std::endl;
       return;
-    case Telling::Note:
+    case MessageKind::Note:
       console.err << "note: " << text << std::endl;
       return;
   }

@@ -134,8 +134,8 @@ class RunMetrics::Listener final : public effects::Listener {
   Listener(RunMetrics& owner, std::shared_ptr<effects::Listener> other)
       : owner_(owner), other_(std::move(other)) {}
 
-  void Hear(const effects::EntryPtr& entry) override {
-    if (other_) other_->Hear(entry);
+  void OnEntry(const effects::EntryPtr& entry) override {
+    if (other_) other_->OnEntry(entry);
     if (const auto* start = std::get_if<effects::RunStart>(&entry->what)) {
       job_ = start->job;
       started_ = Seconds(entry->time);

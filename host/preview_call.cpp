@@ -15,7 +15,7 @@ int LookAtRun(const Arguments& arguments, const Console& console,
   if (!jobs) return kUsage;
   const EndsWhenAsked endsWhenAsked;
   RunOptions options{.home = arguments.home, .caller = "orvane-host"};
-  options.tell = [&console, thread = std::this_thread::get_id()](Telling kind, std::string_view text) {
+  options.tell = [&console, thread = std::this_thread::get_id()](MessageKind kind, std::string_view text) {
     if (std::this_thread::get_id() == thread) {
       console.out.flush();
     } else {

@@ -54,7 +54,7 @@ int RunJobs(const Arguments& arguments, const Console& console) {
                      .strict = arguments.strict};
   if (arguments.limit) options.limit = arguments.limit->Text();
   options.stop = [&stopRequest] { return stopRequest.WasMade(); };
-  options.tell = [&](Telling kind, std::string_view text) {
+  options.tell = [&](MessageKind kind, std::string_view text) {
     std::optional<Progress::Pause> pause;
     if (progress) pause.emplace(*progress);
     Print(console, kind, text);

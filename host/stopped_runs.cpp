@@ -32,10 +32,10 @@ std::string OneLine(std::string text) {
 std::optional<std::string> HowStopped(const effects::JournalSummary& summary) {
   if (!summary.end) return std::nullopt;
   const int exit = summary.end->exit;
-  if (exit == kTryAgain && summary.lastWords.empty()) return "stopped on request";
+  if (exit == kTryAgain && summary.lastLogText.empty()) return "stopped on request";
   const bool wasStopped = exit == kTryAgain || exit == kUnavailable || exit == kUnfinished || exit == kLimit;
-  if (!wasStopped || summary.lastWords.empty()) return std::nullopt;
-  return "stopped: " + OneLine(summary.lastWords);
+  if (!wasStopped || summary.lastLogText.empty()) return std::nullopt;
+  return "stopped: " + OneLine(summary.lastLogText);
 }
 
 }  // namespace

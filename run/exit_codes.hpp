@@ -31,7 +31,7 @@ struct ExitCodeMeaning {
 ORVANE_EXPORT std::span<const ExitCodeMeaning> ExitCodes();
 
 // The one of two that a call of run ends with.
-constexpr int Graver(int one, int other) {
+constexpr int MoreSevere(int one, int other) {
   constexpr int kOrder[] = {kConfiguration, kUnavailable, kUnfinished, kLimit, kTryAgain, kErrorsLogged};
   for (const int code : kOrder) {
     if (one == code || other == code) return code;

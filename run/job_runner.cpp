@@ -30,7 +30,7 @@ std::string OneLine(std::string_view text) {
 
 }  // namespace
 
-void JobRunner::Hear(const effects::EntryPtr& entry) {
+void JobRunner::OnEntry(const effects::EntryPtr& entry) {
   if (const auto* failure = std::get_if<effects::Failure>(&entry->what)) {
     Failed(std::get<effects::Effect>(failure->of->what), failure->error);
   } else if (const auto* log = std::get_if<effects::LogText>(&entry->what)) {
@@ -42,8 +42,8 @@ void JobRunner::Failed(const effects::Effect& effect, const automation::Error& r
   if (const auto* mail = std::get_if<effects::MailSending>(&effect)) {
     sawFailures_ = true;
     // Each one, and at once: nothing else says who did not get what, and a run may be killed.
-    TellOfJob(Telling::Warning, OneLine("a mail was not taken: to \"" + mail->to + "\", subject \"" +
-                                        mail->subject + "\": " + effects::ErrorText(reason)));
+    TellOfJob(MessageKind::Warning, OneLine("a mail was not taken: to \"" + mail->to + "\", subject \"" +
+                                            mail->subject + "\": " + effects::ErrorText(reason)));
     return;
   }
   const auto* file = std::get_if<effects::FileChange>(&effect);
@@ -98,20 +98,20 @@ bool JobRunner::Run(const JobInfo& job, automation::Runtime& runtime, Recording&
   sawFailures_ = sawFailures_ || sawFailuresBefore;
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, "%.1f s", taken.count());
-  TellOfJob(Telling::Outcome, (finished        ? "finished in "
-                               : options_.call ? "ended with an error after "
-                                               : "ended without its stop line after ") +
-                                  std::string(seconds));
+  TellOfJob(MessageKind::Outcome, (finished        ? "finished in "
+                                   : options_.call ? "ended with an error after "
+                                                   : "ended without its stop line after ") +
+                                      std::string(seconds));
   TellWarnings();
-  if (!finished) TellOfJob(Telling::Message, "ended by: " + ReasonOfEnding());
+  if (!finished) TellOfJob(MessageKind::Error, "ended by: " + ReasonOfEnding());
   return finished;
 }
 
 void JobRunner::TellStopped(std::string_view why) {
-  TellOfJob(Telling::Outcome, "stopped");
+  TellOfJob(MessageKind::Outcome, "stopped");
   TakeLogLines();
   TellWarnings();
-  TellOfJob(Telling::Message, std::string(why));
+  TellOfJob(MessageKind::Error, std::string(why));
 }
 
 bool JobRunner::Call(automation::Runtime& runtime) {
@@ -141,19 +141,20 @@ AddedLines JobRunner::TakeLogLines() {
   return added;
 }
 
-void JobRunner::TellOfJob(Telling kind, const std::string& text) {
+void JobRunner::TellOfJob(MessageKind kind, const std::string& text) {
   Tell(options_, kind, std::string(job_->progId) + ": " + text);
 }
 
 void JobRunner::TellWarnings() {
-  for (const std::string& warning : warnings_) TellOfJob(Telling::Warning, warning);
+  for (const std::string& warning : warnings_) TellOfJob(MessageKind::Warning, warning);
   if (warningCount_ > warnings_.size()) {
-    TellOfJob(Telling::Warning, std::to_string(warningCount_ - warnings_.size()) +
-                                    " more; the error log is " + home_.ErrorLog().string());
+    TellOfJob(MessageKind::Warning, std::to_string(warningCount_ - warnings_.size()) +
+                                        " more; the error log is " + home_.ErrorLog().string());
   }
-  for (const std::string& entry : known_) TellOfJob(Telling::Note, OneLine(entry));
+  for (const std::string& entry : known_) TellOfJob(MessageKind::Note, OneLine(entry));
   if (!known_.empty()) {
-    TellOfJob(Telling::Note, "a sweep by age ends so at its first file, in every run; nothing is to be done");
+    TellOfJob(MessageKind::Note,
+              "a sweep by age ends so at its first file, in every run; nothing is to be done");
   }
 }
 

@@ -34,7 +34,7 @@ class JobRunner : public effects::Listener {
   bool SawFailures() const { return sawFailures_; }
 
   // Failures and entries in the error log: jobs stay silent about some of them by their rules.
-  void Hear(const effects::EntryPtr& entry) override;
+  void OnEntry(const effects::EntryPtr& entry) override;
 
  private:
   bool Call(automation::Runtime& runtime);  // whether it returned
@@ -43,7 +43,7 @@ class JobRunner : public effects::Listener {
   void Warn(const std::string& text);
   AddedLines TakeLogLines();  // and warn of the failures that they tell of
   void TellWarnings();
-  void TellOfJob(Telling kind, const std::string& text);  // of the job being run
+  void TellOfJob(MessageKind kind, const std::string& text);  // of the job being run
   std::string ReasonOfEnding() const;
 
   const SuiteHome& home_;

@@ -16,7 +16,7 @@ class JournalLines final : public effects::Listener {
   // `use` gets each line without its end.
   explicit JournalLines(std::function<void(std::string_view line)> use) : use_(std::move(use)) {}
 
-  void Hear(const effects::EntryPtr& entry) override {
+  void OnEntry(const effects::EntryPtr& entry) override {
     if (const auto* start = std::get_if<effects::RunStart>(&entry->what)) {
       run_ = effects::RunName(entry->time, start->process, start->job);
     }

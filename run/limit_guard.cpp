@@ -61,9 +61,9 @@ std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& 
                                            const Vantrel::SiteFile& site, const JobInfo& job,
                                            const RunOptions& options, int exitCode) {
   const auto stop = [&](const std::string& why, int code) {
-    Tell(options, Telling::Message,
+    Tell(options, MessageKind::Error,
          std::string(job.progId) + ": the limit could not be checked, nothing was begun: " + why);
-    Leave(options, Graver(exitCode, code));
+    Leave(options, MoreSevere(exitCode, code));
   };
   PreviewWorld world(home, stop, LongestPreview(site));
   const PreviewedJob previewed = PreviewJob(home, site, job, world, {.options = options});
@@ -73,23 +73,23 @@ std::optional<LimitGuard> LimitGuard::Pass(const Limit& limit, const SuiteHome& 
     std::string text = std::string(job.progId) + ": the limit of " + limit.Text() +
                        " would be exceeded; nothing was begun. It would delete";
     for (const Excess& excess : excesses) text += "\n  " + Figures(excess, limit);
-    Tell(options, Telling::Message, text);
+    Tell(options, MessageKind::Error, text);
     return std::nullopt;
   }
   LimitGuard guard(limit, home.Path().string());
   guard.progress_ = effects::ProgressTotal(previewed.counts);
   for (const Deletions& deletions : DeletionsOf(limit, previewed.counts)) {
     const auto of = limit.percent ? Whole(previewed, deletions) : 0;
-    guard.foretold_[KeyOf(deletions)] = {deletions.count, of ? Allowed(limit, *of) : kUnlimited};
+    guard.predicted_[KeyOf(deletions)] = {deletions.count, of ? Allowed(limit, *of) : kUnlimited};
   }
   guard.sharedFiles_ = previewed.sharedFiles;
   return guard;
 }
 
-// Of what was not foretold the share is one of what there is now, and of what went.
-LimitGuard::Foretold LimitGuard::Of(const Deletions& deletions) const {
-  const auto known = foretold_.find(KeyOf(deletions));
-  if (known != foretold_.end()) return known->second;
+// Of what was not predicted the share is one of what there is now, and of what went.
+LimitGuard::Predicted LimitGuard::Of(const Deletions& deletions) const {
+  const auto known = predicted_.find(KeyOf(deletions));
+  if (known != predicted_.end()) return known->second;
   if (limit_.count) return {0, *limit_.count};
   const std::string& subject = deletions.subject;
   std::uint64_t now = 0;
@@ -110,11 +110,11 @@ LimitGuard::Foretold LimitGuard::Of(const Deletions& deletions) const {
 
 std::optional<Recording::Stop> LimitGuard::MustStop(const effects::Counts& soFar) const {
   for (const Deletions& deletions : DeletionsOf(limit_, soFar)) {
-    const Foretold foretold = Of(deletions);
-    if (deletions.count < foretold.allowed || deletions.count <= foretold.count) continue;
+    const Predicted predicted = Of(deletions);
+    if (deletions.count < predicted.allowed || deletions.count <= predicted.count) continue;
     return Recording::Stop{"the limit of " + limit_.Text() + " is reached in " + deletions.subject + ": " +
                                std::to_string(deletions.count) + " deleted, " +
-                               std::to_string(foretold.count) + " foretold",
+                               std::to_string(predicted.count) + " foretold",
                            kLimit};
   }
   return std::nullopt;

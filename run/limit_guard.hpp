@@ -27,26 +27,26 @@ class LimitGuard {
                                         const Vantrel::SiteFile& site, const JobInfo& job,
                                         const RunOptions& options, int exitCode);
 
-  // To be asked at safe points: whether the run has come to the limit though its preview had not foretold so
+  // To be asked at safe points: whether the run has come to the limit though its preview had not predicted so
   // many deletions, because the suite was changed in between.
   std::optional<Recording::Stop> MustStop(const effects::Counts& soFar) const;
 
   // How much the run will show as progress, while the suite stays as it was previewed.
-  std::uint64_t ProgressForetold() const { return progress_; }
+  std::uint64_t PredictedProgress() const { return progress_; }
 
  private:
-  struct Foretold {
+  struct Predicted {
     std::uint64_t count = 0;
     std::uint64_t allowed = 0;
   };
 
   explicit LimitGuard(effects::Limit limit, std::string home) : limit_(limit), home_(std::move(home)) {}
-  Foretold Of(const effects::Deletions& deletions) const;
+  Predicted Of(const effects::Deletions& deletions) const;
 
   effects::Limit limit_;
   std::string home_;
   std::uint64_t progress_ = 0;
-  std::map<Key, Foretold> foretold_;
+  std::map<Key, Predicted> predicted_;
   std::map<std::string, std::uint64_t> sharedFiles_;  // of the shared folders that were looked through
 };
 

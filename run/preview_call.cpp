@@ -56,20 +56,20 @@ int LookAtRun(const std::vector<const JobInfo*>& jobs, const RunOptions& options
     const Apart apart(home, site, options.caller);
     if (!ServicesAnswer(jobs, home, site, options)) return kUnavailable;
     const auto stop = [&options](const std::string& why, int exitCode) {
-      Tell(options, Telling::Message, "the preview ended, nothing was changed: " + why);
+      Tell(options, MessageKind::Error, "the preview ended, nothing was changed: " + why);
       // Sessions and copies go with the process.
       Leave(options, exitCode);
     };
     PreviewWorld world(home, stop, LongestPreview(site));
     return look({jobs, options, home, site, world});
   } catch (const Apart::Held& held) {
-    Tell(options, Telling::Message, "the suite is held by " + held.by + "; nothing was previewed");
+    Tell(options, MessageKind::Error, "the suite is held by " + held.by + "; nothing was previewed");
     return kTryAgain;
   } catch (const automation::Error& error) {
-    Tell(options, Telling::Message, error.Description());
+    Tell(options, MessageKind::Error, error.Description());
     return orvane_lock::MeansUnreachable(error) ? kUnavailable : kConfiguration;
   } catch (const std::system_error& error) {
-    Tell(options, Telling::Message, std::string("no place for the preview's own files: ") + error.what());
+    Tell(options, MessageKind::Error, std::string("no place for the preview's own files: ") + error.what());
     return kConfiguration;
   }
 }

@@ -28,7 +28,7 @@ class Warnings final : public effects::Listener {
  public:
   explicit Warnings(std::vector<std::string>& texts) : texts_(texts) {}
 
-  void Hear(const effects::EntryPtr& entry) override {
+  void OnEntry(const effects::EntryPtr& entry) override {
     if (const auto* log = std::get_if<effects::LogText>(&entry->what); log != nullptr && !log->known)
       Add(log->text);
     if (const auto* failure = std::get_if<effects::Failure>(&entry->what))

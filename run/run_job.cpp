@@ -52,12 +52,12 @@ int RunJob(const RunOptions& options) try {
   const JobInfo* const job = FindJob(options.job);
   if (job == nullptr) {
     const automation::Error unknown(automation::ErrorNumber::CannotCreateObject);
-    Tell(options, Telling::Message,
+    Tell(options, MessageKind::Error,
          options.job + ": " + unknown.Description() + " (" + std::to_string(unknown.Number()) + ")");
     return kUsage;
   }
   if (options.limit && !effects::Limit::Parse(*options.limit)) {
-    Tell(options, Telling::Message,
+    Tell(options, MessageKind::Error,
          "\"" + *options.limit + "\" is no limit: a number, or a share such as 5%");
     return kUsage;
   }
@@ -69,12 +69,12 @@ int RunJob(const RunOptions& options) try {
     const PreviewedJob previewed = PreviewJob(call.home, call.site, *call.jobs.front(), call.world,
                                               {.options = call.options, .listener = &lines, .watches = true});
     if (previewed.finished) return kOk;
-    Tell(call.options, Telling::Message,
+    Tell(call.options, MessageKind::Error,
          std::string(previewed.job->progId) + ": would end unfinished: " + previewed.endedBy);
     return kUnfinished;
   });
 } catch (...) {
-  Tell(options, Telling::Message, automation::PendingError().Description());
+  Tell(options, MessageKind::Error, automation::PendingError().Description());
   return kUnfinished;
 }
 

@@ -19,9 +19,9 @@ namespace orvane {
 // What a run's journal keeps of rows.
 enum class JournalLevel { Keys, Rows, Off };
 
-enum class Telling {
+enum class MessageKind {
   Outcome,  // how the job ended: one for each that was begun
-  Message,  // why something was not begun, or came to its end
+  Error,    // why something was not begun, or came to its end
   Warning,  // something failed, and the run went on
   Note,     // a failure that is part of every run: nothing is to be done
 };
@@ -59,7 +59,7 @@ struct RunOptions {
   std::function<void(int exitCode)> leave = nullptr;
   // Hears what there is to tell, without a line break at its end. What it raises is lost. Null: nobody
   // hears it.
-  std::function<void(Telling kind, std::string_view text)> tell = nullptr;
+  std::function<void(MessageKind kind, std::string_view text)> tell = nullptr;
 
   // Changes nothing and makes no journal; `line` hears each line that the run's journal would get.
   bool preview = false;

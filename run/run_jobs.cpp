@@ -28,14 +28,14 @@ namespace {
 
 class JobCall {
  public:
-  JobCall(const RunOptions& options, const Surroundings& surroundings)
-      : options_(options), surroundings_(surroundings), home_(options.home), runner_(home_, options) {}
+  JobCall(const RunOptions& options, const RunHooks& hooks)
+      : options_(options), surroundings_(hooks), home_(options.home), runner_(home_, options) {}
 
   int Run(const std::vector<const JobInfo*>& jobs) {
     const Vantrel::SiteFile site = ReadConfiguration(home_);
     if (!TakeLock(site)) return exitCode_;
     if (options_.preflight && !ServicesAnswer(jobs, home_, site, options_)) {
-      if (!surroundings_.refusedHint.empty()) Tell(options_, Telling::Message, surroundings_.refusedHint);
+      if (!surroundings_.refusedHint.empty()) Tell(options_, MessageKind::Error, surroundings_.refusedHint);
       return kUnavailable;
     }
     effects::RemoveOldJournals(home_.Journals(), std::chrono::system_clock::now(), JournalDays(site));
@@ -49,7 +49,7 @@ class JobCall {
         return Stopped(stop->why + "; stopped behind " + std::string(job->progId), stop->exitCode);
       }
     }
-    return options_.strict && runner_.SawFailures() ? Graver(exitCode_, kErrorsLogged) : exitCode_;
+    return options_.strict && runner_.SawFailures() ? MoreSevere(exitCode_, kErrorsLogged) : exitCode_;
   }
 
  private:
@@ -67,12 +67,12 @@ class JobCall {
       limit = LimitGuard::Pass(*effects::Limit::Parse(*options_.limit), home_, ReadConfiguration(home_), job,
                                options_, exitCode_);
       if (!limit) {
-        exitCode_ = Graver(exitCode_, kLimit);
+        exitCode_ = MoreSevere(exitCode_, kLimit);
         return std::nullopt;
       }
     }
     const std::shared_ptr<effects::Listener> shown =
-        surroundings_.show ? surroundings_.show(limit ? limit->ProgressForetold() : 0) : nullptr;
+        surroundings_.show ? surroundings_.show(limit ? limit->PredictedProgress() : 0) : nullptr;
     Recording recording(home_, job, options_, shown.get(), runner_);
     // A runtime of its own for each job, as each would have in a service of its own.
     automation::Runtime runtime;
@@ -81,7 +81,7 @@ class JobCall {
     const automation::SafePoints stopping([&] {
       if (const auto stop = MustStop(recording, limit)) StopHere(recording, *stop);
     });
-    if (!runner_.Run(job, runtime, recording)) exitCode_ = Graver(exitCode_, kUnfinished);
+    if (!runner_.Run(job, runtime, recording)) exitCode_ = MoreSevere(exitCode_, kUnfinished);
     auto stop = recording.MustStop();
     if (!stop && limit) stop = limit->MustStop(recording.CountsSoFar());
     return stop;
@@ -109,16 +109,16 @@ class JobCall {
   [[noreturn]] void StopHere(Recording& recording, const Recording::Stop& stop) {
     recording.End(stop.exitCode, stop.wasAskedFor ? std::string_view() : std::string_view(stop.why));
     runner_.TellStopped(stop.why + "; stopped at a safe point");
-    Leave(options_, Graver(exitCode_, stop.exitCode));
+    Leave(options_, MoreSevere(exitCode_, stop.exitCode));
   }
 
   int Stopped(const std::string& why, int exitCode) const {
-    Tell(options_, Telling::Message, why);
-    return Graver(exitCode_, exitCode);
+    Tell(options_, MessageKind::Error, why);
+    return MoreSevere(exitCode_, exitCode);
   }
 
   const RunOptions& options_;
-  const Surroundings& surroundings_;
+  const RunHooks& surroundings_;
   const SuiteHome home_;
   JobRunner runner_;
   std::unique_ptr<orvane_lock::SuiteLock> lock_;
@@ -127,21 +127,20 @@ class JobCall {
 
 }  // namespace
 
-int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
-            const Surroundings& surroundings) {
+int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options, const RunHooks& hooks) {
   try {
-    return JobCall(options, surroundings).Run(jobs);
+    return JobCall(options, hooks).Run(jobs);
   } catch (const automation::Error& error) {
-    Tell(options, Telling::Message, error.Description());
+    Tell(options, MessageKind::Error, error.Description());
     return kConfiguration;
   } catch (const std::system_error& error) {
-    Tell(options, Telling::Message,
+    Tell(options, MessageKind::Error,
          std::string("no place for the files of the preview that a limit needs: ") + error.what());
     return kConfiguration;
   }
 }
 
-void Tell(const RunOptions& options, Telling kind, std::string_view text) noexcept {
+void Tell(const RunOptions& options, MessageKind kind, std::string_view text) noexcept {
   try {
     if (options.tell) options.tell(kind, text);
   } catch (...) {

@@ -14,7 +14,7 @@
 namespace orvane {
 
 // What a program puts around the runs.
-struct Surroundings {
+struct RunHooks {
   // Made for each job: hears of everything that it does, to show it. `total` is what that will come to as
   // effects::ProgressTotal counts it; 0 where nobody knows. May be null, and give null.
   std::function<std::shared_ptr<effects::Listener>(std::uint64_t total)> show = nullptr;
@@ -25,11 +25,10 @@ struct Surroundings {
 };
 
 // As RunJob, the job that `options` names aside.
-int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options,
-            const Surroundings& surroundings);
+int RunJobs(const std::vector<const JobInfo*>& jobs, const RunOptions& options, const RunHooks& hooks);
 
 // What the options' function for it hears, if there is one.
-void Tell(const RunOptions& options, Telling kind, std::string_view text) noexcept;
+void Tell(const RunOptions& options, MessageKind kind, std::string_view text) noexcept;
 
 // Whether the options' function for it says so; a function that fails says so as well. Without one nobody
 // asks.

@@ -11,8 +11,8 @@
 namespace orvane {
 
 orvane_preflight::Probes ProbesOf(const SuiteHome& home, const Vantrel::SiteFile& site) {
-  return {.directory = &orvane_preflight::AskDirectory,
-          .mail = [&home, &site] { CDO::AskTransport(MailSettings(site, home)); }};
+  return {.directory = &orvane_preflight::ProbeDirectory,
+          .mail = [&home, &site] { CDO::ProbeTransport(MailSettings(site, home)); }};
 }
 
 bool ServicesAnswer(const std::vector<const JobInfo*>& jobs, const SuiteHome& home,
@@ -25,7 +25,7 @@ bool ServicesAnswer(const std::vector<const JobInfo*>& jobs, const SuiteHome& ho
   const automation::RuntimeScope scope(runtime);
   const auto refusals = orvane_preflight::Ask(progIds, ProbesOf(home, site));
   for (const auto& [progId, service, reason] : refusals) {
-    Tell(options, Telling::Message,
+    Tell(options, MessageKind::Error,
          std::string(service) + " does not do what " + std::string(progId) +
              " needs of it, nothing was begun: " + reason);
   }

@@ -34,7 +34,7 @@ std::unique_ptr<orvane_lock::SuiteLock> TakeTurn(const SuiteHome& home, const Va
                                                  const RunOptions& options, int& exitCode) {
   const auto refused = [&](int code, const std::string& why) {
     exitCode = code;
-    Tell(options, Telling::Message, why);
+    Tell(options, MessageKind::Error, why);
     return nullptr;
   };
   try {
@@ -43,7 +43,7 @@ std::unique_ptr<orvane_lock::SuiteLock> TakeTurn(const SuiteHome& home, const Va
                                          .longest = options.wait,
                                          .waiting =
                                              [&options](const std::string& holder) {
-                                               Tell(options, Telling::Message,
+                                               Tell(options, MessageKind::Error,
                                                     "the suite is held by " + holder + "; waiting");
                                              },
                                          .givenUp = [&options] { return IsAskedToStop(options); }});

@@ -43,8 +43,8 @@ orvane::RunOptions OptionsOf(const char* home, const std::string& job, const Sto
     const bool wasAskedTo = exitCode == orvane::kTryAgain && stop.WasMade();
     std::_Exit(wasAskedTo ? EXIT_SUCCESS : exitCode);
   };
-  options.tell = [](orvane::Telling kind, std::string_view text) {
-    std::cerr << (kind == orvane::Telling::Warning ? "<4>" : "<6>") << text << std::endl;
+  options.tell = [](orvane::MessageKind kind, std::string_view text) {
+    std::cerr << (kind == orvane::MessageKind::Warning ? "<4>" : "<6>") << text << std::endl;
   };
   return options;
 }

@@ -76,7 +76,7 @@ std::string Addition(const Deed& deed) {
   return {};
 }
 
-class Telling {
+class EffectText {
  public:
   std::string operator()(const effects::RowChange& row) const {
     constexpr std::array<std::string_view, 3> kDoing = {"insert a row into ", "change the row of ",
@@ -197,7 +197,7 @@ class Report {
     for (const Deed& deed : explanation_.Deeds()) {
       if (!deed.rows.empty()) continue;
       if (std::exchange(first, false)) Line("\nWith it the job would");
-      Line("  " + std::visit(Telling(), EffectOf(deed)) + Addition(deed));
+      Line("  " + std::visit(EffectText(), EffectOf(deed)) + Addition(deed));
     }
   }
 

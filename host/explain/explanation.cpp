@@ -293,7 +293,7 @@ std::vector<std::string> Explanation::StatementsWithout(std::size_t row) const {
 
 // --- What is done ---
 
-void Explanation::Hear(const effects::EntryPtr& entry) {
+void Explanation::OnEntry(const effects::EntryPtr& entry) {
   if (const auto* failure = std::get_if<effects::Failure>(&entry->what)) return HearFailure(*failure);
   if (const auto* log = std::get_if<effects::LogText>(&entry->what)) {
     if (++textCount_ <= kMostTexts) texts_.push_back(*log);

@@ -72,7 +72,7 @@ class Explanation final : public effects::Listener, public effects::ReadListener
 
   // --- What it hears ---
 
-  void Hear(const effects::EntryPtr& entry) override;
+  void OnEntry(const effects::EntryPtr& entry) override;
   std::unique_ptr<effects::SetReader> Opened(const ADODB::Statement& statement,
                                              const std::vector<std::string>& columns) override;
   bool Wants(std::string_view fileName) const override;

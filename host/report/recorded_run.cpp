@@ -100,8 +100,8 @@ std::string TroubleOf(const RecordedRun& run) {
   add(end.logTexts, "entries in the error log: ");
   add(Sum(end.failed), "failed effects: ");
   add(Sum(end.unknown), "uncertain effects: ");
-  if (run.ending == Ending::Failed && !run.summary->lastWords.empty()) {
-    text += (text.empty() ? "" : "; ") + run.summary->lastWords;
+  if (run.ending == Ending::Failed && !run.summary->lastLogText.empty()) {
+    text += (text.empty() ? "" : "; ") + run.summary->lastLogText;
   }
   return text;
 }

@@ -53,7 +53,7 @@ std::string ReportJson(const std::vector<RecordedRun>& runs) {
       line["unknown"] = end.unknown;
       line["log"] = end.logTexts;
       line["known"] = end.knownLogTexts;
-      if (!run.summary->lastWords.empty()) line["why"] = run.summary->lastWords;
+      if (!run.summary->lastLogText.empty()) line["why"] = run.summary->lastLogText;
     }
     constexpr int kNoIndent = -1;
     text += line.dump(kNoIndent, ' ', false, Json::error_handler_t::replace) + '\n';

@@ -225,7 +225,7 @@ int Restore(const Arguments& arguments, const Console& console) {
     int exitCode = kOk;
     const EndsWhenAsked endsWhenAsked;
     RunOptions options{.home = arguments.home, .caller = "orvane-host"};
-    options.tell = [&console](Telling kind, std::string_view what) { Print(console, kind, what); };
+    options.tell = [&console](MessageKind kind, std::string_view what) { Print(console, kind, what); };
     lock = TakeTurn(home, site, options, exitCode);
     if (!lock) return exitCode;
     if (!lock->BeginJob("restore")) {

@@ -126,7 +126,7 @@ void FileLayer::StatusOf(const Item& item, struct stat& status) const {
   status.st_ino = item.number;
   status.st_uid = geteuid();
   status.st_gid = getegid();
-  status.st_size = static_cast<off_t>(SpareFile::SizeOf(item.content));
+  status.st_size = static_cast<off_t>(ScratchFile::SizeOf(item.content));
   status.st_atim = status.st_mtim = status.st_ctim = item.changed;
 }
 

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "platform/base/open_folder.hpp"
-#include "platform/base/spare_file.hpp"
+#include "platform/base/scratch_file.hpp"
 
 namespace base {
 
@@ -66,7 +66,7 @@ class FileLayer {
   struct Item {
     bool isFolder = false;
     mode_t mode = 0;
-    std::vector<SpareFile::Piece> content;
+    std::vector<ScratchFile::Piece> content;
     timespec changed{};
     ino_t number = 0;
   };
@@ -103,7 +103,7 @@ class FileLayer {
 
   timespec Now() const;
 
-  mutable SpareFile contents_;
+  mutable ScratchFile contents_;
   std::optional<timespec> now_;
   std::unordered_map<std::string, Folder> folders_;
   std::size_t hiddenFolders_ = 0;

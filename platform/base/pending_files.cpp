@@ -20,7 +20,7 @@ int ReadAllOf(int descriptor, std::string& bytes) {
 
 PendingFiles::~PendingFiles() {
   try {
-    Show();
+    Publish();
   } catch (const std::system_error&) {
   }
 }
@@ -56,12 +56,12 @@ void PendingFiles::Drop(const std::string& target) {
   files_.erase(target);
 }
 
-bool PendingFiles::Show() {
+bool PendingFiles::Publish() {
   const std::lock_guard lock(mutex_);
-  return ShowAll();
+  return PublishAll();
 }
 
-bool PendingFiles::ShowAll() {
+bool PendingFiles::PublishAll() {
   const bool any = !files_.empty();
   int failure = 0;
   for (auto each = files_.begin(); each != files_.end();) {
@@ -92,7 +92,7 @@ void PendingFiles::NoteName(const std::string& folder) {
 
 void PendingFiles::MakeDurable() {
   const std::lock_guard lock(mutex_);
-  ShowAll();
+  PublishAll();
   while (!folders_.empty()) {
     const int code = SyncFolder(*folders_.begin());
     // A folder that is gone has taken its names along.

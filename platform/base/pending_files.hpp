@@ -20,7 +20,7 @@ namespace base {
 class PendingFiles {
  public:
   PendingFiles() = default;
-  // Shows what is left. No row was deleted on the strength of it, so a failure loses nothing.
+  // Publishes what is left. No row was deleted on the strength of it, so a failure loses nothing.
   ~PendingFiles();
   PendingFiles(const PendingFiles&) = delete;
   PendingFiles& operator=(const PendingFiles&) = delete;
@@ -39,22 +39,22 @@ class PendingFiles {
   // before anybody looks for a file. FAILS: as FileReplacement::Commit, after all files have been tried. A
   // file that failed is not tried again, and every further call fails for it, until it is replaced or
   // dropped: nobody can rely on it unawares.
-  bool Show();
+  bool Publish();
 
   // A file in this folder has got its name, which is not synced yet.
   void NoteName(const std::string& folder);
-  // Show, and every name that it or somebody else has given is on the disk afterwards. To be called before
+  // Publish, and every name that it or somebody else has given is on the disk afterwards. To be called before
   // anything becomes permanent that relies on the files.
-  // FAILS: as Show, and with what syncing a folder fails with.
+  // FAILS: as Publish, and with what syncing a folder fails with.
   void MakeDurable();
 
  private:
   struct Kept {
     std::unique_ptr<FileReplacement> file;
-    int failure = 0;  // the errno value of an attempt to show it
+    int failure = 0;  // the errno value of an attempt to publish it
   };
 
-  bool ShowAll();  // with the mutex held
+  bool PublishAll();  // with the mutex held
 
   mutable std::mutex mutex_;
   std::map<std::string, Kept> files_;  // by their targets

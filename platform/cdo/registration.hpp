@@ -50,6 +50,6 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings);
 
 // Whether the transport would take a mail, found out without one: the server greets, agrees on TLS and takes
 // the login; the pickup folder is there and may be written. Raises what send() would raise otherwise.
-void AskTransport(const Settings& settings);
+void ProbeTransport(const Settings& settings);
 
 }  // namespace CDO

@@ -17,11 +17,10 @@ void RegisterClasses(automation::ClassTable& classes, const Settings& settings) 
   // The library would print the stack of a sheet that recurses too deeply; what went wrong is raised.
   xsltSetGenericDebugFunc(nullptr, &libxml::IgnoreMessage);
   xsltSetGenericErrorFunc(nullptr, &libxml::IgnoreMessage);
-  const auto surroundings = std::make_shared<dom::Surroundings>(settings.drives, settings.layer);
-  surroundings->saving = settings.saving;
-  surroundings->pending = settings.pending;
-  classes.Register("MSXML2.DOMDocument",
-                   [surroundings] { return std::make_shared<dom::DocumentImpl>(surroundings); });
+  const auto context = std::make_shared<dom::DocumentContext>(settings.drives, settings.layer);
+  context->saving = settings.saving;
+  context->pending = settings.pending;
+  classes.Register("MSXML2.DOMDocument", [context] { return std::make_shared<dom::DocumentImpl>(context); });
   const libxml::Limits limits{settings.transformationMemory, settings.transformationTime};
   classes.Register("MSXML2.XSLTemplate", [limits] { return std::make_shared<libxml::TemplateImpl>(limits); });
 }

@@ -95,7 +95,7 @@ std::unique_ptr<FileLock> FileLock::TryTake(const std::filesystem::path& file, c
     if (failure == EWOULDBLOCK) return nullptr;
     if (failure != 0) Raise(file, failure);
     if (!IsStillNamed(file, lock->descriptor_)) continue;
-    lock->Tell(holder);
+    lock->WriteHolder(holder);
     return lock;
   }
 }
@@ -120,7 +120,7 @@ FileLock::~FileLock() {
 }
 
 // In one write, and cut off afterwards: whoever reads meanwhile finds one whole line in front.
-void FileLock::Tell(const Holder& holder) noexcept try {
+void FileLock::WriteHolder(const Holder& holder) noexcept try {
   const std::string line = LineOf(holder);
   if (pwrite(descriptor_, line.data(), line.size(), 0) == static_cast<ssize_t>(line.size())) {
     static_cast<void>(!ftruncate(descriptor_, static_cast<off_t>(line.size())));

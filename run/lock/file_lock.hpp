@@ -46,7 +46,7 @@ class FileLock {
   FileLock& operator=(const FileLock&) = delete;
 
   // Writes who holds it anew. A file that cannot be written is no reason to stop: the lock holds.
-  void Tell(const Holder& holder) noexcept;
+  void WriteHolder(const Holder& holder) noexcept;
 
  private:
   explicit FileLock(int descriptor) : descriptor_(descriptor) {}

@@ -14,24 +14,24 @@ constexpr std::chrono::milliseconds kBetweenTries(100);
 // so one try that fails does not mean that it is taken.
 class Waiting {
  public:
-  explicit Waiting(const SuiteLock::Wish& wish) : wish_(wish), start_(Clock::now()) {}
+  explicit Waiting(const SuiteLock::Request& request) : request_(request), start_(Clock::now()) {}
 
   void Until(const std::function<bool()>& taken, const std::function<std::string()>& holder) {
     for (int tries = 1; !taken(); ++tries) {
       const bool surelyHeld = tries > 2;
       if (surelyHeld) {
         const std::string who = holder();
-        if (wish_.longest && Clock::now() - start_ >= *wish_.longest) throw Busy(who);
-        if (wish_.waiting && who != told_) wish_.waiting(who);
+        if (request_.longest && Clock::now() - start_ >= *request_.longest) throw Busy(who);
+        if (request_.waiting && who != told_) request_.waiting(who);
         told_ = who;
-        if (wish_.givenUp && wish_.givenUp()) throw GivenUp();
+        if (request_.givenUp && request_.givenUp()) throw GivenUp();
       }
       std::this_thread::sleep_for(surelyHeld ? kBetweenTries : std::chrono::milliseconds(10));
     }
   }
 
  private:
-  const SuiteLock::Wish& wish_;
+  const SuiteLock::Request& request_;
   const Clock::time_point start_;
   std::string told_;
 };
@@ -49,15 +49,15 @@ bool MeansUnreachable(const automation::Error& error) {
 
 SuiteLock::SuiteLock(DatabaseLock::Opening open) : database_(std::move(open)) {}
 
-std::unique_ptr<SuiteLock> SuiteLock::Take(const Wish& wish) {
-  Waiting waiting(wish);
-  std::unique_ptr<SuiteLock> lock(new SuiteLock(wish.open));
+std::unique_ptr<SuiteLock> SuiteLock::Take(const Request& request) {
+  Waiting waiting(request);
+  std::unique_ptr<SuiteLock> lock(new SuiteLock(request.open));
   waiting.Until(
       [&] {
-        lock->file_ = FileLock::TryTake(wish.file, ThisProcess({}));
+        lock->file_ = FileLock::TryTake(request.file, ThisProcess({}));
         return lock->file_ != nullptr;
       },
-      [&] { return Description(FileLock::HolderOf(wish.file).value_or(Holder())); });
+      [&] { return Description(FileLock::HolderOf(request.file).value_or(Holder())); });
   try {
     waiting.Until([&] { return lock->database_.TryTake(); },
                   [&] {
@@ -72,7 +72,7 @@ std::unique_ptr<SuiteLock> SuiteLock::Take(const Wish& wish) {
 }
 
 bool SuiteLock::BeginJob(std::string_view job) {
-  file_->Tell(ThisProcess(job));
+  file_->WriteHolder(ThisProcess(job));
   return database_.IsHeld();
 }
 

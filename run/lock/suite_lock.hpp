@@ -22,7 +22,7 @@ class Busy : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Wish::givenUp said so.
+// Request::givenUp said so.
 class GivenUp : public std::runtime_error {
  public:
   GivenUp() : std::runtime_error("given up") {}
@@ -42,7 +42,7 @@ bool MeansUnreachable(const automation::Error& error);
 // share the folder, and the database's own, for the servers of a farm.
 class SuiteLock {
  public:
-  struct Wish {
+  struct Request {
     std::filesystem::path file;
     DatabaseLock::Opening open;
     std::optional<std::chrono::seconds> longest = std::nullopt;  // to wait; nothing: without limit
@@ -54,7 +54,7 @@ class SuiteLock {
 
   // Raises Busy, GivenUp, Unreachable, what FileLock::TryTake raises, and automation::Error for a connection
   // string, an account or a lock of the database that is not as it should be.
-  static std::unique_ptr<SuiteLock> Take(const Wish& wish);
+  static std::unique_ptr<SuiteLock> Take(const Request& request);
 
   // Whether a job may begin: the database's lock is still held. Tells those who ask that this job runs.
   bool BeginJob(std::string_view job);

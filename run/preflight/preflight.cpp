@@ -35,7 +35,7 @@ std::vector<Refusal> Ask(std::span<const std::string_view> progIds, const Probes
   return refusals;
 }
 
-void AskDirectory() {
+void ProbeDirectory() {
   constexpr std::string_view kNobody = "orvane-host.preflight";
   try {
     OrvaneUtilities::BindMembershipUser(

@@ -31,6 +31,6 @@ std::vector<Refusal> Ask(std::span<const std::string_view> progIds, const Probes
 
 // A look-up in the membership directory, in the way in which the jobs do it: by the classes of the current
 // runtime, with the account of the site configuration. Nobody needs to be found. Raises what BindAs raises.
-void AskDirectory();
+void ProbeDirectory();
 
 }  // namespace orvane_preflight

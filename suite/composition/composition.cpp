@@ -14,7 +14,7 @@
 #include "components/interfaces/file_handling.hpp"
 #include "components/interfaces/service_request.hpp"
 #include "components/registration/register_jobs.hpp"
-#include "effects/preview/nowhere.hpp"
+#include "effects/preview/silent_components.hpp"
 #include "effects/reads.hpp"
 #include "effects/service_watch.hpp"
 #include "effects/wrappers.hpp"
@@ -162,7 +162,7 @@ void RegisterActingComponents(ClassTable& classes, const SuiteHome& home, const 
   OrvCommonMTS::RegisterFileHandling(
       classes, {.places = [path = home.Path()] { return FilePlaces(path); },
                 .otherSpelling = otherSpelling,
-                .beforeLooking = [pending] { Scripting::local::ShowPending(pending); },
+                .beforeLooking = [pending] { Scripting::local::PublishPending(pending); },
                 .ftp = FtpSettings(site, home),
                 .layer = LayerOf(world),
                 .ownFolder = world == nullptr ? std::filesystem::path() : world->ownFolder,

@@ -99,7 +99,7 @@ TEST_F(OwnFilesTest, APageThatWaitsForItsNameTravelsAndGoesWithoutOne) {
   EXPECT_FALSE(fs::exists(Page()));
   EXPECT_TRUE(pending->Holds(Page()));
   job.DeletePage();
-  EXPECT_FALSE(pending->Show());
+  EXPECT_FALSE(pending->Publish());
   EXPECT_FALSE(fs::exists(Page()));
   ASSERT_EQ(job.Mails().size(), 1U);
   EXPECT_THAT(job.Mails().front(), testing::HasSubstr(CDO::curl::Base64Lines("page of 26")));

@@ -11,7 +11,7 @@ namespace orvane_test {
 
 class HeardLines final : public effects::Listener {
  public:
-  void Hear(const effects::EntryPtr& entry) override {
+  void OnEntry(const effects::EntryPtr& entry) override {
     std::string line;
     effects::AppendLine(line, "", *entry);
     const std::string op = R"("op":)";

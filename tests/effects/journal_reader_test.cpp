@@ -19,7 +19,7 @@ using testing::HasSubstr;
 class JournalReaderTest : public testing::Test {
  protected:
   // A run of three effects, one of which fails.
-  fs::path Write(bool ends = true, std::string_view lastWords = {}) const {
+  fs::path Write(bool ends = true, std::string_view lastLogText = {}) const {
     effects::Journal journal(folder_.Path(), std::chrono::system_clock::now(), 4711, "Archive", 0);
     effects::Recorder recorder({});
     recorder.Add(journal);
@@ -30,9 +30,9 @@ class JournalReaderTest : public testing::Test {
                     .host = "alpha",
                     .version = "1.0"});
     recorder.RowsChange(ADODB::Change::Delete, "T", {{{"A", 1}}, {{"A", 2}}}, {});
-    recorder.TellFailed(recorder.Tell(effects::MailSending{"a\n@x", "s"}),
-                        automation::Error(automation::ErrorNumber::DiskFull));
-    if (!lastWords.empty()) recorder.Stopping(lastWords);
+    recorder.RecordFailure(recorder.Record(effects::MailSending{"a\n@x", "s"}),
+                           automation::Error(automation::ErrorNumber::DiskFull));
+    if (!lastLogText.empty()) recorder.Stopping(lastLogText);
     if (ends) recorder.End(75);
     return journal.Path();
   }
@@ -115,8 +115,8 @@ TEST_F(JournalReaderTest, ASummaryIsMadeOfTheFirstAndTheLastLine) {
   EXPECT_EQ(summary.end->exit, 75);
   EXPECT_EQ(summary.end->done.at("rows.delete").at("T"), 2U);
   EXPECT_EQ(summary.end->failed.at("mail.send"), 1U);
-  EXPECT_EQ(summary.lastWords, "");
-  EXPECT_EQ(effects::SummaryOf(Write(true, "the directory has gone")).lastWords, "the directory has gone");
+  EXPECT_EQ(summary.lastLogText, "");
+  EXPECT_EQ(effects::SummaryOf(Write(true, "the directory has gone")).lastLogText, "the directory has gone");
   EXPECT_FALSE(effects::SummaryOf(Write(false)).end);
 }
 

@@ -99,7 +99,7 @@ TEST_F(JournalTest, WhatFindsNoRoomIsNotDoneAndLeavesNoPartOfALine) {
   const auto journal = Begin();
   Recorder recorder({});
   recorder.Add(*journal);
-  recorder.Tell(effects::MailSending{"a@x", "short"});
+  recorder.Record(effects::MailSending{"a@x", "short"});
   const std::string before = TemporaryFolder::Read(journal->Path());
   EXPECT_EQ(journal->Trouble(), "");
   bool done = false;

@@ -47,7 +47,7 @@ TEST(ProgressTest, TheShareIsOneOfWhatWasExpectedBeforeTheRunBegan) {
     effects::Recorder recorder({});
     recorder.Add(progress);
     recorder.Start({.job = "Solve"});
-    recorder.Tell(effects::MailSending{});
+    recorder.Record(effects::MailSending{});
     recorder.End(75);
   }
   EXPECT_THAT(out.str(), HasSubstr(" a second, 25 %, 0:00:00"));
@@ -60,8 +60,8 @@ TEST(ProgressTest, FailuresAreTakenBack) {
     effects::Recorder recorder({});
     recorder.Add(progress);
     recorder.Start({.job = "Solve"});
-    recorder.TellFailed(recorder.Tell(effects::MailSending{}),
-                        automation::Error(automation::ErrorNumber::DiskFull));
+    recorder.RecordFailure(recorder.Record(effects::MailSending{}),
+                           automation::Error(automation::ErrorNumber::DiskFull));
     recorder.RowsChange(ADODB::Change::Delete, "T", {{}, {}, {}}, {});
     recorder.Begin();
     recorder.End(0);
@@ -76,7 +76,7 @@ TEST(ProgressTest, WithoutALineAtTheEndAShortRunSaysNothing) {
     effects::Recorder recorder({});
     recorder.Add(progress);
     recorder.Start({.job = "Solve"});
-    recorder.Tell(effects::MailSending{});
+    recorder.Record(effects::MailSending{});
     recorder.End(0);
   }
   EXPECT_EQ(out.str(), "");

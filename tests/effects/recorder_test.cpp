@@ -17,7 +17,7 @@ const effects::MailSending kMail{"a@x", "Case 26"};
 
 class Numbers final : public effects::Listener {
  public:
-  void Hear(const effects::EntryPtr& entry) override { all.push_back(entry->seq); }
+  void OnEntry(const effects::EntryPtr& entry) override { all.push_back(entry->seq); }
   std::vector<std::uint64_t> all;
 };
 
@@ -26,7 +26,7 @@ TEST(RecorderTest, EveryLineHasTheNextNumber) {
   Numbers numbers;
   recorder.Add(numbers);
   recorder.Start({});
-  recorder.TellFailed(recorder.Tell(kMail), automation::Error(automation::ErrorNumber::DiskFull));
+  recorder.RecordFailure(recorder.Record(kMail), automation::Error(automation::ErrorNumber::DiskFull));
   recorder.ErrorLogged("entry");
   recorder.End(0);
   EXPECT_THAT(numbers.all, ElementsAre(1U, 2U, 3U, 4U, 5U));
@@ -49,7 +49,7 @@ TEST(RecorderTest, WhatOneListenerRefusesTheOthersHearAsFailed) {
   EXPECT_THAT(third.all, IsEmpty());
   EXPECT_THAT(recorder.CountsSoFar().All(), IsEmpty());
   second.refuses = false;
-  recorder.Tell(kMail);
+  recorder.Record(kMail);
   EXPECT_EQ(third.all.size(), 1U);
 }
 
@@ -70,7 +70,7 @@ TEST(RecorderTest, RowsOfATransactionThatIsRolledBackDoNotCount) {
   recorder.RowChanges(ADODB::Change::Delete, "T", {}, std::nullopt);
   recorder.Begin();
   recorder.RowsChange(ADODB::Change::Delete, "T", {{}, {}}, {});
-  recorder.Tell(kMail);
+  recorder.Record(kMail);
   recorder.Rollback();
   recorder.Begin();
   const auto failed = recorder.RowChanges(ADODB::Change::Delete, "T", {}, std::nullopt);

@@ -18,9 +18,9 @@ const Error kDown(-2147220973, "CDO.Message", "The transport failed to connect t
 class ServiceWatchTest : public testing::Test {
  protected:
   ServiceWatchTest() { recorder_.Add(watch_); }
-  void Refused(const Error& error = kDown) { recorder_.TellFailed(recorder_.Tell(kMail), error); }
+  void Refused(const Error& error = kDown) { recorder_.RecordFailure(recorder_.Record(kMail), error); }
   void Taken() {
-    recorder_.Tell(kMail);
+    recorder_.Record(kMail);
     recorder_.RowChanges(ADODB::Change::Delete, "REMINDER", {}, std::nullopt);
   }
 
@@ -44,7 +44,7 @@ TEST_F(ServiceWatchTest, AMailThatIsTakenBeginsTheCountAnew) {
   Refused();
   Taken();
   Refused();
-  recorder_.Tell(kMail);
+  recorder_.Record(kMail);
   Refused();
   Refused();
   EXPECT_EQ(watch_.Gone(), "");

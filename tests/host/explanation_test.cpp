@@ -209,12 +209,12 @@ TEST_F(ExplanationTest, SettingsAreToldByTheirNames) {
 TEST_F(ExplanationTest, WhatTakesPlaceWhileTheJobStandsOnARowBelongsToIt) {
   Explanation& explanation = Explain("1", OrvaneProcess::kSolveOnNoResponseProgId);
   std::uint64_t seq = 0;
-  explanation.Hear(Entry(++seq, Mail()));
+  explanation.OnEntry(Entry(++seq, Mail()));
   {
     const auto rows = Open("SELECT * FROM REMINDER WHERE R_STATUS= 150");
-    for (; !rows->Eof(); rows->MoveNext()) explanation.Hear(Entry(++seq, Mail()));
+    for (; !rows->Eof(); rows->MoveNext()) explanation.OnEntry(Entry(++seq, Mail()));
   }
-  explanation.Hear(Entry(++seq, Mail()));
+  explanation.OnEntry(Entry(++seq, Mail()));
   ASSERT_EQ(explanation.Deeds().size(), 1U);
   EXPECT_EQ(explanation.Deeds()[0].entry->seq, 2U);
 }
@@ -224,25 +224,25 @@ TEST_F(ExplanationTest, WhatFollowsTheEndOfASetBelongsToItsRowsUnlessTheJobLooke
   const auto rows = Open("select * from QUESTIONHISTORY where Q_ORIGINATOR = 'ann'");
   for (; !rows->Eof(); rows->MoveNext()) {
   }
-  explanation.Hear(Entry(1, Mail()));
+  explanation.OnEntry(Entry(1, Mail()));
   EXPECT_EQ(explanation.Deeds().size(), 1U);
   rows->MoveFirst();
   rows->Find("Q_ID=99");
-  explanation.Hear(Entry(2, Mail()));
+  explanation.OnEntry(Entry(2, Mail()));
   EXPECT_EQ(explanation.Deeds().size(), 1U);
 }
 
 TEST_F(ExplanationTest, ChangesBelongToTheirRowsWhereverTheJobStands) {
   Explanation& explanation = Explain("11", OrvaneProcess::kArchiveProgId);
-  explanation.Hear(Entry(1, Deletion("QUESTIONHISTORY", "Q_ID", 12)));
-  explanation.Hear(Entry(2, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
-  explanation.Hear(Entry(3, effects::Effect(effects::RowsChange{ADODB::Change::Delete,
-                                                                "TRANSACTIONS",
-                                                                {{{"T_ID", 99}}, {{"T_ID", 100}}},
-                                                                true,
-                                                                {{{"T_ID", 99}}, {{"T_ID", 100}}}})));
-  explanation.Hear(Entry(4, effects::Effect(effects::RowsChange{
-                                ADODB::Change::Delete, "TRANSACTIONS", {{{"T_ID", 99}}}, false, {}})));
+  explanation.OnEntry(Entry(1, Deletion("QUESTIONHISTORY", "Q_ID", 12)));
+  explanation.OnEntry(Entry(2, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
+  explanation.OnEntry(Entry(3, effects::Effect(effects::RowsChange{ADODB::Change::Delete,
+                                                                   "TRANSACTIONS",
+                                                                   {{{"T_ID", 99}}, {{"T_ID", 100}}},
+                                                                   true,
+                                                                   {{{"T_ID", 99}}, {{"T_ID", 100}}}})));
+  explanation.OnEntry(Entry(4, effects::Effect(effects::RowsChange{
+                                   ADODB::Change::Delete, "TRANSACTIONS", {{{"T_ID", 99}}}, false, {}})));
   ASSERT_EQ(explanation.Deeds().size(), 2U);
   EXPECT_THAT(explanation.Deeds()[0].rows, ElementsAre(0U));
   const auto& own =
@@ -255,15 +255,15 @@ TEST_F(ExplanationTest, FailuresAndRolledBackChangesAreTold) {
   Explanation& explanation = Explain("11", OrvaneProcess::kArchiveProgId);
   using Kind = effects::TransactionStep::Kind;
   const auto first = Entry(1, Deletion("QUESTIONHISTORY", "Q_ID", 11));
-  explanation.Hear(first);
-  explanation.Hear(
+  explanation.OnEntry(first);
+  explanation.OnEntry(
       Entry(2, effects::Failure{first, automation::Error(automation::ErrorNumber::PermissionDenied)}));
-  explanation.Hear(Entry(3, effects::Effect(effects::TransactionStep{Kind::Begin})));
-  explanation.Hear(Entry(4, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
-  explanation.Hear(Entry(5, effects::Effect(effects::TransactionStep{Kind::Rollback})));
-  explanation.Hear(Entry(6, effects::Effect(effects::TransactionStep{Kind::Begin})));
-  explanation.Hear(Entry(7, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
-  explanation.Hear(Entry(8, effects::Effect(effects::TransactionStep{Kind::Commit})));
+  explanation.OnEntry(Entry(3, effects::Effect(effects::TransactionStep{Kind::Begin})));
+  explanation.OnEntry(Entry(4, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
+  explanation.OnEntry(Entry(5, effects::Effect(effects::TransactionStep{Kind::Rollback})));
+  explanation.OnEntry(Entry(6, effects::Effect(effects::TransactionStep{Kind::Begin})));
+  explanation.OnEntry(Entry(7, Deletion("QUESTIONHISTORY", "Q_ID", 11)));
+  explanation.OnEntry(Entry(8, effects::Effect(effects::TransactionStep{Kind::Commit})));
   ASSERT_EQ(explanation.Deeds().size(), 3U);
   EXPECT_EQ(explanation.Deeds()[0].outcome, Deed::Outcome::Failed);
   EXPECT_EQ(explanation.Deeds()[0].error, "Permission denied (70)");
@@ -276,9 +276,9 @@ TEST_F(ExplanationTest, FilesBelongByTheirName) {
   using Kind = effects::FileChange::Kind;
   explanation.Listed("\\suite\\Data\\CHAT\\a.txt");
   explanation.AccessTimeRead("/suite/Data/CHAT/a.txt");
-  explanation.Hear(
+  explanation.OnEntry(
       Entry(1, effects::Effect(effects::FileChange{Kind::Delete, "/suite/Data/CHAT/A.txt", "CHAT"})));
-  explanation.Hear(
+  explanation.OnEntry(
       Entry(2, effects::Effect(effects::FileChange{Kind::Delete, "/suite/Data/CHAT/b.txt", "CHAT"})));
   ASSERT_EQ(explanation.Files().size(), 1U);
   EXPECT_TRUE(explanation.Files()[0].listed);
@@ -288,7 +288,7 @@ TEST_F(ExplanationTest, FilesBelongByTheirName) {
 
 TEST_F(ExplanationTest, NothingIsHeardBehindTheEndOfTheRun) {
   Explanation& explanation = Explain("7", OrvaneProcess::kDormantUserExpiryProgId);
-  explanation.Hear(Entry(1, effects::RunEnd{}));
+  explanation.OnEntry(Entry(1, effects::RunEnd{}));
   Open("select count(*) from PROSPECT");
   EXPECT_THAT(explanation.StatementsWithout(0), IsEmpty());
 }

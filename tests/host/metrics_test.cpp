@@ -66,9 +66,9 @@ TEST_F(RunMetricsTest, TheFileIsReplacedWhenAJobEndsAndWhenTheCallDoes) {
   folder_.Write("orvane.prom", "old");
   RunMetrics metrics(file_, folder_.Path(), Jobs(), console_);
   const auto listener = metrics.Listen(nullptr);
-  listener->Hear(Entry(effects::RunStart{.job = "DormantUserExpiry"}));
+  listener->OnEntry(Entry(effects::RunStart{.job = "DormantUserExpiry"}));
   EXPECT_EQ(Text(), "old");
-  listener->Hear(Entry(effects::RunEnd{1, 0.5, {}}));
+  listener->OnEntry(Entry(effects::RunEnd{1, 0.5, {}}));
   EXPECT_THAT(Text(), AllOf(HasSubstr("orvane_run_exit_code{job=\"DormantUserExpiry\"} 1\n"),
                             Not(HasSubstr("CleanUp"))));
   metrics.End(77);

@@ -151,7 +151,7 @@ TEST_F(PendingFileTest, WhatIsLeftGetsItsNameAtTheEnd) {
 TEST_F(PendingFileTest, AFolderThatIsGoneKeepsNobodyFromGoingOn) {
   std::filesystem::create_directory(NativePath("sub"));
   CreateBare("sub\\a.xml");
-  pending_->Show();
+  pending_->Publish();
   std::filesystem::remove_all(NativePath("sub"));
   EXPECT_EQ(FailureToMakeDurable(), 0);
 }

@@ -69,23 +69,23 @@ TEST_F(PreflightTest, TellsEveryServiceThatRefuses) {
   EXPECT_THAT(Ask({kArchiveProgId}), ElementsAre("OrvaneProcess.Archive, the membership directory: down"));
 }
 
-TEST(AskDirectoryTest, LooksSomebodyUpWithTheAccountOfTheSite) {
+TEST(ProbeDirectoryTest, LooksSomebodyUpWithTheAccountOfTheSite) {
   orvane_test::TestRuntime test;
   test.configuration->values = {{{"MEMBERSHIP", "MemScriptUser"}, "cn=orvane"},
                                 {{"MEMBERSHIP", "MemScriptCode"}, "secret"},
                                 {{"MEMBERSHIP", "LDAPRoot"}, "dc=site"}};
   const auto directory = orvane_test::RegisterFakeDirectory(test.runtime.classes);
   directory->people["orvane-host.preflight"] = {};
-  EXPECT_NO_THROW(orvane_preflight::AskDirectory());
+  EXPECT_NO_THROW(orvane_preflight::ProbeDirectory());
   EXPECT_THAT(directory->calls, ElementsAre("setServerInfo(/suite/home\\config\\siteConfiguration.xml)",
                                             "BindAs(orvane-host.preflight|cn=orvane,dc=site|secret)"));
   int answer = VnMembership::kUnknownUser;
   directory->before = [&answer](std::string_view) {
     throw automation::Error(answer, "VnMembership.User", "as told");
   };
-  EXPECT_NO_THROW(orvane_preflight::AskDirectory());
+  EXPECT_NO_THROW(orvane_preflight::ProbeDirectory());
   answer = VnMembership::kAccountRefused;
-  EXPECT_EQ(orvane_test::ErrorOf(&orvane_preflight::AskDirectory).Number(), VnMembership::kAccountRefused);
+  EXPECT_EQ(orvane_test::ErrorOf(&orvane_preflight::ProbeDirectory).Number(), VnMembership::kAccountRefused);
   EXPECT_THAT(*test.log, IsEmpty());
 }
 

@@ -32,8 +32,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+using orvane::MessageKind;
 using orvane::RunOptions;
-using orvane::Telling;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -108,7 +108,7 @@ class RunJobTest : public testing::Test {
     fs::copy(MadeSuite(), home_.Path(), fs::copy_options::recursive);
     options_.home = home_.Path();
     options_.job = "OrvaneProcess.DormantUserExpiry";
-    options_.tell = [this](Telling kind, std::string_view text) { told_.emplace_back(kind, text); };
+    options_.tell = [this](MessageKind kind, std::string_view text) { told_.emplace_back(kind, text); };
   }
 
   std::vector<fs::path> Journals() const {
@@ -131,12 +131,12 @@ class RunJobTest : public testing::Test {
   orvane_test::TemporaryFolder folder_;
   const orvane::SuiteHome home_{folder_.Path() / "home"};
   RunOptions options_;
-  std::vector<std::pair<Telling, std::string>> told_;
+  std::vector<std::pair<MessageKind, std::string>> told_;
 };
 
 TEST_F(RunJobTest, RunsAJobAndKeepsItsJournal) {
   EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Outcome,
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Outcome,
                                    testing::StartsWith("OrvaneProcess.DormantUserExpiry: finished in "))));
   ASSERT_EQ(Journals().size(), 1U);
   EXPECT_THAT(orvane_test::TemporaryFolder::Read(Journals()[0]), HasSubstr("\"op\":\"row.delete\""));
@@ -156,7 +156,7 @@ TEST_F(RunJobTest, SaysOfAJobOrALimitThatIsNoneThatItIsNone) {
 TEST_F(RunJobTest, SaysWhatIsWrongWithAConfiguration) {
   fs::remove(home_.SiteConfiguration());
   EXPECT_EQ(orvane::RunJob(options_), orvane::kConfiguration);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("siteConfiguration.xml"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("siteConfiguration.xml"))));
 }
 
 TEST_F(RunJobTest, WritesToTheLogOfTheCaller) {
@@ -169,7 +169,7 @@ TEST_F(RunJobTest, WritesToTheLogOfTheCaller) {
   // They are recorded all the same.
   ASSERT_EQ(Journals().size(), 1U);
   EXPECT_THAT(orvane_test::TemporaryFolder::Read(Journals()[0]), HasSubstr("\"op\":\"log\""));
-  EXPECT_THAT(told_, Contains(Pair(Telling::Note, HasSubstr("Object required"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Note, HasSubstr("Object required"))));
 }
 
 TEST_F(RunJobTest, GoesOnWithALogThatRaises) {
@@ -187,9 +187,9 @@ TEST_F(RunJobTest, SaysThatALogEndedTheCleanUp) {
   withoutLog.classes.Register(Vantrel::kLogProgId,
                               []() -> automation::ObjectPtr { throw std::runtime_error("there is no log"); });
   EXPECT_EQ(orvane::RunJob(options_), orvane::kUnfinished);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("the log is out of order"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("the log is out of order"))));
   EXPECT_EQ(orvane::RunJob(withoutLog), orvane::kUnfinished);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("there is no log"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("there is no log"))));
   options_.classes = {};
   EXPECT_EQ(orvane::RunJob(options_), orvane::kOk) << "nothing stands in the way of the next run";
 }
@@ -227,11 +227,11 @@ TEST_F(RunJobTest, TellsWhatACallRaises) {
     automation::As<OrvaneProcess::ArchiveService>(job)->archiveQuestions("Service", "of another class");
   };
   EXPECT_EQ(orvane::RunJob(options_), orvane::kUnfinished);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("ended by: "))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("ended by: "))));
 }
 
 TEST_F(RunJobTest, RaisesNothingWhateverItsCallerDoes) {
-  options_.tell = [](Telling, std::string_view) { throw 1; };
+  options_.tell = [](MessageKind, std::string_view) { throw 1; };
   EXPECT_EQ(orvane::RunJob(options_), orvane::kOk);
   options_.preview = true;
   options_.line = [](std::string_view) { throw 1; };
@@ -262,7 +262,7 @@ TEST_F(RunJobTest, TheJournalsAreForOwnerAndGroupWhateverTheUmask) {
 TEST_F(RunJobTest, BeginsNothingThatALimitForbids) {
   options_.limit = "0";
   EXPECT_EQ(orvane::RunJob(options_), orvane::kLimit);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("rows of PROSPECT"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("rows of PROSPECT"))));
   EXPECT_THAT(RunLogs(), IsEmpty());
 }
 
@@ -275,7 +275,7 @@ TEST_F(RunJobTest, WaitsForWhoHoldsTheSuiteUntilItIsToldNotTo) {
   int asked = 0;
   options_.stop = [&asked] { return ++asked > 1; };
   EXPECT_EQ(orvane::RunJob(options_), orvane::kTryAgain);
-  EXPECT_THAT(told_, Contains(Pair(Telling::Message, HasSubstr("asked to stop while waiting"))));
+  EXPECT_THAT(told_, Contains(Pair(MessageKind::Error, HasSubstr("asked to stop while waiting"))));
   EXPECT_THAT(RunLogs(), IsEmpty());
 }
 
@@ -313,8 +313,8 @@ TEST_F(RunJobTest, StopsWhileALimitIsCheckedAndKeepsTheGraverCode) {
         bool ended = false;
         int asked = 0;
         options_.limit = "100%";
-        options_.tell = [&ended](Telling kind, std::string_view text) {
-          ended = ended || kind == Telling::Outcome;
+        options_.tell = [&ended](MessageKind kind, std::string_view text) {
+          ended = ended || kind == MessageKind::Outcome;
           std::cerr << text << std::endl;
         };
         options_.stop = [&] { return ended && ++asked > 1; };

@@ -42,7 +42,7 @@ TEST_F(FileLockTest, SaysWhoHoldsIt) {
 
   Holder shorter = kSomebody;
   shorter.job = "A";
-  held->Tell(shorter);
+  held->WriteHolder(shorter);
   EXPECT_EQ(FileLock::HolderOf(file_), shorter);
   held.reset();
   EXPECT_EQ(FileLock::HolderOf(file_), std::nullopt) << "what a free file says does not count";
@@ -83,13 +83,13 @@ TEST_F(FileLockTest, RefusesWhatIsNoFile) {
 
 class SuiteLockTest : public FileLockTest {
  protected:
-  SuiteLock::Wish Wish(std::chrono::seconds longest) const {
+  SuiteLock::Request Request(std::chrono::seconds longest) const {
     return {.file = file_, .open = [] { return nullptr; }, .longest = longest};
   }
 };
 
 TEST_F(SuiteLockTest, ADatabaseWithoutALockNeedsNone) {
-  const auto lock = SuiteLock::Take(Wish(std::chrono::seconds(0)));
+  const auto lock = SuiteLock::Take(Request(std::chrono::seconds(0)));
   EXPECT_EQ(FileLock::HolderOf(file_)->job, "") << "no job has begun";
   EXPECT_TRUE(lock->BeginJob("CleanUp"));
   EXPECT_FALSE(lock->IsLost());
@@ -98,11 +98,11 @@ TEST_F(SuiteLockTest, ADatabaseWithoutALockNeedsNone) {
 
 TEST_F(SuiteLockTest, NamesTheHolderOnceAndGivesUpInTime) {
   const auto held = FileLock::TryTake(file_, kSomebody);
-  auto wish = Wish(std::chrono::seconds(1));
+  auto request = Request(std::chrono::seconds(1));
   std::vector<std::string> told;
-  wish.waiting = [&told](const std::string& holder) { told.push_back(holder); };
+  request.waiting = [&told](const std::string& holder) { told.push_back(holder); };
   try {
-    SuiteLock::Take(wish);
+    SuiteLock::Take(request);
     FAIL() << "it is held";
   } catch (const Busy& busy) {
     EXPECT_EQ(busy.what(), orvane_lock::Description(kSomebody));
@@ -112,25 +112,25 @@ TEST_F(SuiteLockTest, NamesTheHolderOnceAndGivesUpInTime) {
 
 TEST_F(SuiteLockTest, DoesNotWaitWhereItIsNotTo) {
   const auto held = FileLock::TryTake(file_, kSomebody);
-  auto wish = Wish(std::chrono::seconds(0));
-  wish.waiting = [](const std::string&) { FAIL() << "it waited"; };
-  EXPECT_THROW(SuiteLock::Take(wish), Busy);
+  auto request = Request(std::chrono::seconds(0));
+  request.waiting = [](const std::string&) { FAIL() << "it waited"; };
+  EXPECT_THROW(SuiteLock::Take(request), Busy);
 }
 
 TEST_F(SuiteLockTest, AnErrorOfTheDatabaseThatIsNoSilencePassesThrough) {
-  auto wish = Wish(std::chrono::seconds(0));
-  const auto raise = [&wish](const char* state) {
-    wish.open = [state]() -> std::unique_ptr<ADODB::engine::SessionLock> {
+  auto request = Request(std::chrono::seconds(0));
+  const auto raise = [&request](const char* state) {
+    request.open = [state]() -> std::unique_ptr<ADODB::engine::SessionLock> {
       throw automation::Error(1, "x", "words").WithEngineCodes(state, 0);
     };
   };
   for (const char* state : {"08001", "08S01", "57P03", "HY000"}) {
     raise(state);
-    EXPECT_THROW(SuiteLock::Take(wish), orvane_lock::Unreachable) << state;
+    EXPECT_THROW(SuiteLock::Take(request), orvane_lock::Unreachable) << state;
   }
   for (const char* state : {"", "28P01", "42501", "IM002"}) {
     raise(state);
-    const automation::Error error = orvane_test::ErrorOf([&] { SuiteLock::Take(wish); });
+    const automation::Error error = orvane_test::ErrorOf([&] { SuiteLock::Take(request); });
     EXPECT_EQ(error.SqlState(), state);
     EXPECT_EQ(error.Description(), "words");
   }

@@ -70,13 +70,13 @@ class LocalMachine : public FileSystemMachine {
   }
 
   bool Exists(std::string_view path) const override {
-    if (pending_) pending_->Show();
+    if (pending_) pending_->Publish();
     struct stat status {};
     return Scripting::local::Lstat(layer_, Native(path).string(), status) == 0;
   }
 
   std::string Bytes(std::string_view path) const override {
-    if (pending_) pending_->Show();
+    if (pending_) pending_->Publish();
     std::string content;
     if (layer_) {
       layer_->Read(Native(path).string(), content);

@@ -15,7 +15,7 @@ Position::Position(std::shared_ptr<SharedSession> session, RowSource& source, Se
     : session_(std::move(session)),
       source_(source),
       searches_(session_, source, std::move(select)),
-      handedOut_(source.Columns().size()),
+      reads_(source.Columns().size()),
       filter_(std::move(shown)) {}
 
 void Position::GoTo(std::size_t place, bool fromFront) {
@@ -24,7 +24,7 @@ void Position::GoTo(std::size_t place, bool fromFront) {
   LookUpAnew();
   currentGone_ = false;
   found_.reset();
-  handedOut_.Forget();
+  reads_.Forget();
 }
 
 void Position::LookUpAnew() {
@@ -45,7 +45,7 @@ bool Position::Exists() {
 const Row* Position::RowAt(std::size_t ordinal) {
   std::span<const std::uint32_t> upcoming;
   if (filter_ && place_ < filter_->size()) upcoming = std::span(*filter_).subspan(place_);
-  if (source_.RereadsRows()) handedOut_.ReadFromDatabase(ordinal);
+  if (source_.RereadsRows()) reads_.ReadFromDatabase(ordinal);
   return source_.At(ordinal, upcoming);
 }
 
@@ -106,7 +106,7 @@ const Row& Position::Current() {
 }
 
 void Position::WasUpdated(const Row& row, const Changes& changes) {
-  handedOut_.Wrote(Ordinal(), changes);
+  reads_.Wrote(Ordinal(), changes);
   row_ = &row;
   StandOnKnown();
   for (std::size_t i = 0; i < changes.size(); ++i) {

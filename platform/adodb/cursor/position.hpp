@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/adodb/cursor/handed_out.hpp"
+#include "platform/adodb/cursor/read_columns.hpp"
 #include "platform/adodb/cursor/row_source.hpp"
 #include "platform/adodb/cursor/searches.hpp"
 #include "platform/adodb/session/shared_session.hpp"
@@ -42,7 +42,7 @@ class Position {
   // The current record. The reference holds until the next call of any other member.
   const Row& Current();
   std::size_t Ordinal() const { return filter_ ? (*filter_)[place_] : place_; }
-  HandedOut& Shown() { return handedOut_; }
+  ReadColumns& Reads() { return reads_; }
 
   // The current record was changed or deleted through the set; it shows `row` until the set moves.
   void WasUpdated(const Row& row, const Changes& changes);
@@ -71,7 +71,7 @@ class Position {
   bool fromFront_ = true;
   bool currentGone_ = false;     // the current record was deleted here
   const Row* row_ = nullptr;     // the current record, once fetched
-  HandedOut handedOut_;          // of the current record
+  ReadColumns reads_;            // of the current record
   std::optional<Sought> found_;  // by which Find met the current record
 
   std::optional<std::vector<std::uint32_t>> filter_;  // ordinals

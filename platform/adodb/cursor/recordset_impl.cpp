@@ -35,7 +35,7 @@ struct RecordsetImpl::OpenSet {
   // The statement's condition, which a row of a dynamic cursor must still meet, may be about a column that
   // nobody has read.
   std::vector<bool> ColumnsToCompare() {
-    return position.Shown().ToCompare(position.Ordinal(), type == CursorType::Dynamic);
+    return position.Reads().ToCompare(position.Ordinal(), type == CursorType::Dynamic);
   }
   Sought Read(std::string_view criterion);
 
@@ -186,11 +186,11 @@ const Variant& RecordsetImpl::ValueOf(std::size_t column) {
   const PendingChange& change = set.change;
   if (change.Adds() || (change.Edits() && change.HasSet(column))) return change.Value(column);
   if (change.Edits()) {
-    set.position.Shown().Note(column);
+    set.position.Reads().Note(column);
     return change.Value(column);
   }
   const Row& row = set.position.Current();
-  set.position.Shown().Note(column);
+  set.position.Reads().Note(column);
   return row[column];
 }
 
@@ -198,7 +198,7 @@ void RecordsetImpl::SetValueOf(std::size_t column, const Variant& value) {
   OpenSet& set = Opened();
   if (!set.Writer().CanWrite(column)) Fail(ErrorNumber::FeatureNotAvailable);
   const Row* current = set.change.IsPending() ? nullptr : &set.position.Current();
-  if (!set.change.Adds()) set.position.Shown().Note(column);  // what is written over must be what it was
+  if (!set.change.Adds()) set.position.Reads().Note(column);  // what is written over must be what it was
   Variant converted = Converted(value, set.source->Columns()[column].type);
   if (current != nullptr) set.change.BeginEdit(*current, set.fields.Count());
   set.change.Set(column, std::move(converted));

@@ -22,9 +22,9 @@ bool IsFull(const automation::Error& error) {
 }
 
 // The one session behind the connections to a database.
-class Trunk {
+class PreviewTransaction {
  public:
-  Trunk(std::unique_ptr<Session> session, const PreviewOptions& options)
+  PreviewTransaction(std::unique_ptr<Session> session, const PreviewOptions& options)
       : session_(std::move(session)), failed_(options.failed), isCopy_(options.isCopy) {
     if (isCopy_) return;
     const Dialect& dialect = session_->GetDialect();
@@ -41,7 +41,7 @@ class Trunk {
     session_->Begin();
   }
 
-  ~Trunk() {
+  ~PreviewTransaction() {
     if (isCopy_) return;
     try {
       session_->Rollback();
@@ -49,8 +49,8 @@ class Trunk {
       // It was lost; the engine has rolled back.
     }
   }
-  Trunk(const Trunk&) = delete;
-  Trunk& operator=(const Trunk&) = delete;
+  PreviewTransaction(const PreviewTransaction&) = delete;
+  PreviewTransaction& operator=(const PreviewTransaction&) = delete;
 
   Session& Get() { return *session_; }
 
@@ -142,41 +142,42 @@ class Trunk {
 };
 
 // One connection's share of it.
-class Branch final : public Session {
+class PreviewSession final : public Session {
  public:
-  explicit Branch(std::shared_ptr<Trunk> trunk) : trunk_(std::move(trunk)) {}
-  ~Branch() override { Reset(); }
+  explicit PreviewSession(std::shared_ptr<PreviewTransaction> transaction)
+      : transaction_(std::move(transaction)) {}
+  ~PreviewSession() override { Reset(); }
 
   std::unique_ptr<Rows> Query(const Sql& sql, const Parameters& parameters) override {
-    return trunk_->Do([&] {
-      trunk_->RequireTransactional(sql);
-      return trunk_->Get().Query(sql, parameters);
+    return transaction_->Do([&] {
+      transaction_->RequireTransactional(sql);
+      return transaction_->Get().Query(sql, parameters);
     });
   }
   std::int64_t Execute(const Sql& sql, const Parameters& parameters) override {
-    return trunk_->Do([&] {
-      trunk_->RequireTransactional(sql);
-      return trunk_->Get().Execute(sql, parameters);
+    return transaction_->Do([&] {
+      transaction_->RequireTransactional(sql);
+      return transaction_->Get().Execute(sql, parameters);
     });
   }
   void Begin() override {
-    savepoint_ = trunk_->Do([&] { return trunk_->Begin(); });
+    savepoint_ = transaction_->Do([&] { return transaction_->Begin(); });
   }
   void Commit() override {
-    trunk_->Do([&] { trunk_->Commit(*savepoint_); });
+    transaction_->Do([&] { transaction_->Commit(*savepoint_); });
     savepoint_.reset();
   }
   void Rollback() override {
     const std::string name = *std::exchange(savepoint_, std::nullopt);
-    trunk_->Do([&] { trunk_->Rollback(name); });
+    transaction_->Do([&] { transaction_->Rollback(name); });
   }
   // The transaction around all is read committed.
   void SetIsolationLevel(IsolationLevel) override {}
   TableShape Describe(const std::string& table) override {
-    return trunk_->Do([&] { return trunk_->Get().Describe(table); });
+    return transaction_->Do([&] { return transaction_->Get().Describe(table); });
   }
   std::optional<std::int64_t> ChangeMark() override {
-    return trunk_->Do([&] { return trunk_->Get().ChangeMark(); });
+    return transaction_->Do([&] { return transaction_->Get().ChangeMark(); });
   }
   bool Reset() override {
     if (!savepoint_) return true;
@@ -188,10 +189,10 @@ class Branch final : public Session {
     return true;
   }
   bool Ping() override { return true; }
-  const Dialect& GetDialect() const override { return trunk_->Get().GetDialect(); }
+  const Dialect& GetDialect() const override { return transaction_->Get().GetDialect(); }
 
  private:
-  const std::shared_ptr<Trunk> trunk_;
+  const std::shared_ptr<PreviewTransaction> transaction_;
   std::optional<std::string> savepoint_;  // of the transaction that is open
 };
 
@@ -204,9 +205,9 @@ class PreviewProvider final : public Provider {
   bool ReachesServers() const override { return real_->ReachesServers(); }
 
   std::unique_ptr<Session> Connect(const ConnectionString& text) override {
-    std::shared_ptr<Trunk>& trunk = trunks_[text.ToString()];
-    if (!trunk) trunk = std::make_shared<Trunk>(Opened(text), options_);
-    return std::make_unique<Branch>(trunk);
+    std::shared_ptr<PreviewTransaction>& transaction = transactions_[text.ToString()];
+    if (!transaction) transaction = std::make_shared<PreviewTransaction>(Opened(text), options_);
+    return std::make_unique<PreviewSession>(transaction);
   }
 
  private:
@@ -226,7 +227,7 @@ class PreviewProvider final : public Provider {
 
   const std::shared_ptr<Provider> real_;
   const PreviewOptions options_;
-  std::map<std::string, std::shared_ptr<Trunk>> trunks_;  // by connection string
+  std::map<std::string, std::shared_ptr<PreviewTransaction>> transactions_;  // by connection string
 };
 
 }  // namespace

@@ -56,7 +56,7 @@ class PickupTransport final : public Transport {
     static_cast<void>(base::SyncFolder(folder->path));
   }
 
-  void Ask() override {
+  void Probe() override {
     const auto folder = paths_.Find(directory_);
     if (!folder) Raise(ErrorNumber::PathNotFound);
     if (faccessat(AT_FDCWD, folder->path.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {

@@ -12,7 +12,7 @@ namespace {
 
 class NoTransport final : public curl::Transport {
  public:
-  void Ask() override {}
+  void Probe() override {}
   void Deliver(const std::string&, const std::vector<std::string>&, std::string_view,
                std::string_view) override {}
 };
@@ -32,8 +32,8 @@ std::shared_ptr<curl::Transport> MakeTransport(const Settings& settings) {
 
 }  // namespace
 
-void AskTransport(const Settings& settings) {
-  MakeTransport(settings)->Ask();
+void ProbeTransport(const Settings& settings) {
+  MakeTransport(settings)->Probe();
 }
 
 void RegisterClasses(automation::ClassTable& classes, const Settings& settings) {

@@ -105,7 +105,7 @@ class SmtpTransport final : public Transport {
     if (code != CURLE_OK) RaiseFor(code, conversation);
   }
 
-  void Ask() override {
+  void Probe() override {
     const std::lock_guard<std::mutex> lock(mutex_);
     Conversation conversation{{}, false, offersUtf8_, false, false, {}};
     Set(CURLOPT_UPLOAD, 0L);

@@ -18,7 +18,7 @@ class Transport {
   virtual void Deliver(const std::string& from, const std::vector<std::string>& to, std::string_view mail,
                        std::string_view name) = 0;
   // Raises unless the transport would take a mail now. Hands over none.
-  virtual void Ask() = 0;
+  virtual void Probe() = 0;
 };
 
 std::shared_ptr<Transport> MakePickupTransport(const Settings& settings);

@@ -48,11 +48,11 @@ bool DocumentImpl::load(std::string_view path) {
 }
 
 bool DocumentImpl::ReadFile(std::string_view path) {
-  const auto found = surroundings_->paths.Find(path);
+  const auto found = context_->paths.Find(path);
   std::string native = found ? found->path : std::string();
   std::optional<std::string> bytes;
   if (found) {
-    bytes = Content(native, surroundings_->layer.get());
+    bytes = Content(native, context_->layer.get());
   } else {
     bytes = PendingContent(path, native);
     errno = ENOENT;
@@ -69,18 +69,18 @@ bool DocumentImpl::ReadFile(std::string_view path) {
 
 // Of a file that has no name yet.
 std::optional<std::string> DocumentImpl::PendingContent(std::string_view path, std::string& native) const {
-  if (!surroundings_->pending) return std::nullopt;
+  if (!context_->pending) return std::nullopt;
   try {
-    native = surroundings_->paths.PlaceFor(path).path;
+    native = context_->paths.PlaceFor(path).path;
   } catch (const automation::Error&) {
     return std::nullopt;  // in a folder that does not exist
   }
-  return surroundings_->pending->Content(native);
+  return context_->pending->Content(native);
 }
 
 bool DocumentImpl::Take(std::string bytes) {
   reason_.clear();
-  if (surroundings_->wellFormed == fileState_.digest) {
+  if (context_->wellFormed == fileState_.digest) {
     tree_ = std::make_shared<Tree>(std::move(bytes));
     return true;
   }
@@ -91,7 +91,7 @@ bool DocumentImpl::Take(std::string bytes) {
     tree_ = std::make_shared<Tree>(*checked.converted, std::move(bytes));
   } else {
     tree_ = std::make_shared<Tree>(std::move(bytes));
-    surroundings_->wellFormed = fileState_.digest;
+    context_->wellFormed = fileState_.digest;
   }
   return true;
 }
@@ -107,9 +107,9 @@ bool DocumentImpl::loadXML(std::string_view text) {
 
 void DocumentImpl::save(std::string_view path) {
   try {
-    const auto place = surroundings_->paths.PlaceFor(path);
-    if (surroundings_->saving) {
-      surroundings_->saving(place.path, [&] { SaveTo(place, path); });
+    const auto place = context_->paths.PlaceFor(path);
+    if (context_->saving) {
+      context_->saving(place.path, [&] { SaveTo(place, path); });
     } else {
       SaveTo(place, path);
     }
@@ -123,7 +123,7 @@ void DocumentImpl::SaveInLayer(const Scripting::local::PathResolver::Place& plac
   const auto require = [](int failure) {
     if (failure != 0) throw std::system_error(failure, std::generic_category());
   };
-  base::FileLayer& layer = *surroundings_->layer;
+  base::FileLayer& layer = *context_->layer;
   require(layer.CanReplace(place.path));
   const std::string* const source = tree_->Source();
   const std::string bytes = source != nullptr ? *source : xml();
@@ -140,7 +140,7 @@ void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, st
     const bool known = place.path == fileState_.path;
     // Another file bears the name since the document was loaded by it.
     if (!known && path == fileState_.name) RaiseFileChanged(path);
-    if (surroundings_->layer) return SaveInLayer(place, path);
+    if (context_->layer) return SaveInLayer(place, path);
     auto file = std::make_unique<base::FileReplacement>(place.path, place.existing);
     base::ContentDigest written;
     const auto write = [&](std::string_view piece) {
@@ -166,7 +166,7 @@ void DocumentImpl::SaveTo(const Scripting::local::PathResolver::Place& place, st
 // one.
 void DocumentImpl::Publish(std::unique_ptr<base::FileReplacement> file, bool known, bool exists) {
   using Durability = base::FileReplacement::Durability;
-  base::PendingFiles* const pending = surroundings_->pending.get();
+  base::PendingFiles* const pending = context_->pending.get();
   const std::string& target = file->Target();
   const bool waits = pending != nullptr && pending->Holds(target);
   if (waits && exists) pending->Drop(target);

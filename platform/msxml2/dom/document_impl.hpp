@@ -16,9 +16,9 @@
 namespace MSXML2::dom {
 
 // What the documents of one runtime share. Not to be shared between threads.
-struct Surroundings {
-  explicit Surroundings(const Scripting::local::DriveTable& drives,
-                        std::shared_ptr<base::FileLayer> files = nullptr)
+struct DocumentContext {
+  explicit DocumentContext(const Scripting::local::DriveTable& drives,
+                           std::shared_ptr<base::FileLayer> files = nullptr)
       : paths(drives, files), layer(std::move(files)) {}
 
   Scripting::local::PathResolver paths;
@@ -30,11 +30,11 @@ struct Surroundings {
   // Makes the saves of documents, where it is set; see Settings.
   std::function<void(const std::string& path, const std::function<void()>& save)> saving;
 };
-using SurroundingsPtr = std::shared_ptr<Surroundings>;
+using DocumentContextPtr = std::shared_ptr<DocumentContext>;
 
 class DocumentImpl final : public DOMDocument {
  public:
-  explicit DocumentImpl(SurroundingsPtr surroundings) : surroundings_(std::move(surroundings)) {}
+  explicit DocumentImpl(DocumentContextPtr context) : context_(std::move(context)) {}
 
   bool load(std::string_view path) override;
   bool loadXML(std::string_view text) override;
@@ -58,7 +58,7 @@ class DocumentImpl final : public DOMDocument {
   bool ReadFile(std::string_view path);
   bool Take(std::string bytes);
 
-  SurroundingsPtr surroundings_;
+  DocumentContextPtr context_;
   TreePtr tree_ = std::make_shared<Tree>();
   FileState fileState_;
   std::string reason_;

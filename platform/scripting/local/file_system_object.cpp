@@ -79,7 +79,7 @@ FilePtr LocalFileSystem::GetFile(std::string_view path) const {
 }
 
 FolderPtr LocalFileSystem::GetFolder(std::string_view path) const {
-  ShowPending(pending_);
+  PublishPending(pending_);
   std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found, layer_)) Raise(ErrorNumber::PathNotFound);
   std::string shown = resolver_.ShownPath(found->path, path);
@@ -137,7 +137,7 @@ void LocalFileSystem::DeleteFile(std::string_view path, bool force) {
 }
 
 void LocalFileSystem::DeleteFolder(std::string_view path, bool force) {
-  ShowPending(pending_);
+  PublishPending(pending_);
   const std::optional<Found> found = resolver_.Find(path);
   if (!found || !IsFolder(*found, layer_)) Raise(ErrorNumber::PathNotFound);
   resolver_.RemoveAndUpdate(found->path, [&] {

@@ -90,7 +90,7 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   if (!native) return std::nullopt;
   Found found{std::move(*native), {}};
   int failure = Lstat(layer_, found.path, found.status);
-  if (IsMissing(failure) && ShowPending(pending_)) failure = Lstat(layer_, found.path, found.status);
+  if (IsMissing(failure) && PublishPending(pending_)) failure = Lstat(layer_, found.path, found.status);
   if (failure == 0) return found;
   if (!IsMissing(failure)) RaiseSystemError(failure, ErrorNumber::PathNotFound);
 

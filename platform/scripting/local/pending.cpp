@@ -6,9 +6,9 @@
 
 namespace Scripting::local {
 
-bool ShowPending(const std::shared_ptr<base::PendingFiles>& pending) {
+bool PublishPending(const std::shared_ptr<base::PendingFiles>& pending) {
   try {
-    return pending && pending->Show();
+    return pending && pending->Publish();
   } catch (const std::system_error& error) {
     RaiseSystemError(error.code().value(), automation::ErrorNumber::PathNotFound);
   }

@@ -7,8 +7,8 @@
 
 namespace Scripting::local {
 
-// As base::PendingFiles::Show; null has no files.
-bool ShowPending(const std::shared_ptr<base::PendingFiles>& pending);
+// As base::PendingFiles::Publish; null has no files.
+bool PublishPending(const std::shared_ptr<base::PendingFiles>& pending);
 // As base::PendingFiles::MakeDurable.
 void MakeDurable(base::PendingFiles& pending);
 

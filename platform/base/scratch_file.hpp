@@ -16,7 +16,7 @@ namespace base {
 
 // A file without a name: it goes with the object, or with the process however that ends. Space that is given
 // back is used again.
-class SpareFile {
+class ScratchFile {
  public:
   struct Piece {
     off_t offset = 0;
@@ -24,7 +24,7 @@ class SpareFile {
   };
 
   // `onFull` is called with the errno value when bytes cannot be kept. FAILS: std::system_error.
-  SpareFile(const std::string& folder, std::function<void(int error)> onFull);
+  ScratchFile(const std::string& folder, std::function<void(int error)> onFull);
 
   // Appends the bytes to a content.
   void Write(std::string_view bytes, std::vector<Piece>& content);

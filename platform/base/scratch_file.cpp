@@ -1,4 +1,4 @@
-#include "platform/base/spare_file.hpp"
+#include "platform/base/scratch_file.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -24,11 +24,11 @@ Descriptor NamelessFile(const std::string& folder) {
 
 }  // namespace
 
-SpareFile::SpareFile(const std::string& folder, std::function<void(int error)> onFull)
+ScratchFile::ScratchFile(const std::string& folder, std::function<void(int error)> onFull)
     : file_(NamelessFile(folder)), onFull_(std::move(onFull)) {}
 
 // The smallest free piece that is large enough, or new space at the end.
-SpareFile::Piece SpareFile::Take(std::size_t size) {
+ScratchFile::Piece ScratchFile::Take(std::size_t size) {
   const auto fitting = free_.lower_bound(size);
   if (fitting == free_.end()) {
     const Piece piece{end_, size};
@@ -41,7 +41,7 @@ SpareFile::Piece SpareFile::Take(std::size_t size) {
   return {offset, size};
 }
 
-void SpareFile::Write(std::string_view bytes, std::vector<Piece>& content) {
+void ScratchFile::Write(std::string_view bytes, std::vector<Piece>& content) {
   if (bytes.empty()) return;
   const Piece piece = Take(bytes.size());
   off_t at = piece.offset;
@@ -59,7 +59,7 @@ void SpareFile::Write(std::string_view bytes, std::vector<Piece>& content) {
   }
 }
 
-std::string SpareFile::Read(const std::vector<Piece>& content) const {
+std::string ScratchFile::Read(const std::vector<Piece>& content) const {
   std::string bytes(SizeOf(content), '\0');
   std::size_t filled = 0;
   for (const Piece& piece : content) {
@@ -78,11 +78,11 @@ std::string SpareFile::Read(const std::vector<Piece>& content) const {
   return bytes;
 }
 
-void SpareFile::GiveBack(const std::vector<Piece>& content) {
+void ScratchFile::GiveBack(const std::vector<Piece>& content) {
   for (const Piece& piece : content) free_.emplace(piece.size, piece.offset);
 }
 
-std::size_t SpareFile::SizeOf(const std::vector<Piece>& content) {
+std::size_t ScratchFile::SizeOf(const std::vector<Piece>& content) {
   std::size_t size = 0;
   for (const Piece& piece : content) size += piece.size;
   return size;

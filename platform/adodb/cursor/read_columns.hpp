@@ -12,9 +12,9 @@ namespace ADODB::engine {
 // A change or deletion compares these with what the database holds. Values that were written through the set
 // are left out until they are read from the database again: it may hold them in another form, a date without
 // its fraction for instance.
-class HandedOut {
+class ReadColumns {
  public:
-  explicit HandedOut(std::size_t columns) : shown_(columns, false) {}
+  explicit ReadColumns(std::size_t columns) : shown_(columns, false) {}
 
   // Another record becomes the current one.
   void Forget() {

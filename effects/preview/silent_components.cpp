@@ -1,4 +1,4 @@
-#include "effects/preview/nowhere.hpp"
+#include "effects/preview/silent_components.hpp"
 
 #include <memory>
 
