@@ -2,9 +2,9 @@
 #include <utility>
 #include <vector>
 
+#include "effects/forwarding.hpp"
 #include "effects/wrappers.hpp"
 #include "platform/automation/runtime.hpp"
-#include "platform/scripting/file_system_object.hpp"
 
 namespace effects {
 namespace {
@@ -77,87 +77,66 @@ Scripting::TextStreamPtr Opened(const FilesPtr& files, std::string_view path, IO
   return files->recorder.Do(files->Changing(Kind::Write, std::move(native)), open);
 }
 
-class RecordedFile final : public Scripting::File {
+class RecordedFile final : public ForwardingFile {
  public:
-  RecordedFile(Scripting::FilePtr real, FilesPtr files) : real_(std::move(real)), files_(std::move(files)) {}
+  RecordedFile(Scripting::FilePtr real, FilesPtr files)
+      : ForwardingFile(std::move(real)), files_(std::move(files)) {}
 
-  std::string Name() const override { return real_->Name(); }
-  std::string Path() const override { return real_->Path(); }
-  std::int64_t Size() const override { return real_->Size(); }
-  automation::DateTime DateLastAccessed() const override { return real_->DateLastAccessed(); }
   Scripting::TextStreamPtr OpenAsTextStream(IOMode mode) override {
-    return Opened(files_, Path(), mode, [&] { return real_->OpenAsTextStream(mode); });
+    return Opened(files_, Path(), mode, [&] { return ForwardingFile::OpenAsTextStream(mode); });
   }
 
  private:
-  const Scripting::FilePtr real_;
   const FilesPtr files_;
 };
 
-class RecordedFolder final : public Scripting::Folder {
+class RecordedFolder final : public ForwardingFolder {
  public:
   RecordedFolder(Scripting::FolderPtr real, FilesPtr files)
-      : real_(std::move(real)), files_(std::move(files)) {}
-
-  std::string Name() const override { return real_->Name(); }
-  std::string Path() const override { return real_->Path(); }
-  automation::DateTime DateLastAccessed() const override { return real_->DateLastAccessed(); }
-  bool IsLink() const override { return real_->IsLink(); }
-  std::vector<Scripting::FilePtr> Files() const override {
-    std::vector<Scripting::FilePtr> found = real_->Files();
-    for (Scripting::FilePtr& file : found) file = std::make_shared<RecordedFile>(std::move(file), files_);
-    return found;
-  }
-  std::vector<Scripting::FolderPtr> SubFolders() const override {
-    std::vector<Scripting::FolderPtr> found = real_->SubFolders();
-    for (Scripting::FolderPtr& folder : found) {
-      folder = std::make_shared<RecordedFolder>(std::move(folder), files_);
-    }
-    return found;
-  }
+      : ForwardingFolder(std::move(real)), files_(std::move(files)) {}
 
  private:
-  const Scripting::FolderPtr real_;
+  Scripting::FilePtr Wrapped(Scripting::FilePtr file) const override {
+    return std::make_shared<RecordedFile>(std::move(file), files_);
+  }
+  Scripting::FolderPtr Wrapped(Scripting::FolderPtr folder) const override {
+    return std::make_shared<RecordedFolder>(std::move(folder), files_);
+  }
+
   const FilesPtr files_;
 };
 
-class RecordedFiles final : public Scripting::FileSystemObject {
+class RecordedFiles final : public ForwardingFileSystem {
  public:
   RecordedFiles(Scripting::FileSystemObjectPtr real, FilesPtr files)
-      : real_(std::move(real)), files_(std::move(files)) {}
+      : ForwardingFileSystem(std::move(real)), files_(std::move(files)) {}
 
-  bool FolderExists(std::string_view path) const override { return real_->FolderExists(path); }
-  bool FileExists(std::string_view path) const override { return real_->FileExists(path); }
-  bool DriveExists(std::string_view drive) const override { return real_->DriveExists(drive); }
   Scripting::FilePtr GetFile(std::string_view path) const override {
-    return std::make_shared<RecordedFile>(real_->GetFile(path), files_);
+    return std::make_shared<RecordedFile>(ForwardingFileSystem::GetFile(path), files_);
   }
   Scripting::FolderPtr GetFolder(std::string_view path) const override {
-    return std::make_shared<RecordedFolder>(real_->GetFolder(path), files_);
+    return std::make_shared<RecordedFolder>(ForwardingFileSystem::GetFolder(path), files_);
   }
   Scripting::FolderPtr CreateFolder(std::string_view path) override {
     return std::make_shared<RecordedFolder>(
-        Changing(Kind::CreateFolder, path, [&] { return real_->CreateFolder(path); }), files_);
+        Changing(Kind::CreateFolder, path, [&] { return ForwardingFileSystem::CreateFolder(path); }), files_);
   }
   Scripting::TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) override {
     std::string native = files_->places.native(path, true);
-    Scripting::TextStreamPtr stream = real_->CreateTextFile(path, overwrite);
+    Scripting::TextStreamPtr stream = ForwardingFileSystem::CreateTextFile(path, overwrite);
     if (files_->places.isLog(native)) {
       return std::make_shared<LogStream>(std::move(stream), files_->recorder);
     }
     return std::make_shared<NewFile>(std::move(stream), files_, std::move(native));
   }
   Scripting::TextStreamPtr OpenTextFile(std::string_view path, IOMode mode, bool create) override {
-    return Opened(files_, path, mode, [&] { return real_->OpenTextFile(path, mode, create); });
+    return Opened(files_, path, mode, [&] { return ForwardingFileSystem::OpenTextFile(path, mode, create); });
   }
   void DeleteFile(std::string_view path, bool force) override {
-    Changing(Kind::Delete, path, [&] { real_->DeleteFile(path, force); });
+    Changing(Kind::Delete, path, [&] { ForwardingFileSystem::DeleteFile(path, force); });
   }
   void DeleteFolder(std::string_view path, bool force) override {
-    Changing(Kind::DeleteFolder, path, [&] { real_->DeleteFolder(path, force); });
-  }
-  std::string GetParentFolderName(std::string_view path) const override {
-    return real_->GetParentFolderName(path);
+    Changing(Kind::DeleteFolder, path, [&] { ForwardingFileSystem::DeleteFolder(path, force); });
   }
 
  private:
@@ -168,7 +147,6 @@ class RecordedFiles final : public Scripting::FileSystemObject {
     return files_->recorder.Do(files_->Changing(kind, std::move(native)), act);
   }
 
-  const Scripting::FileSystemObjectPtr real_;
   const FilesPtr files_;
 };
 
