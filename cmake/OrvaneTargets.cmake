@@ -6,27 +6,57 @@ function(orvane_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
-  # It may become part of the shared library: of that only what is marked can be seen, and nobody replaces it.
-  target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  orvane_product_options(${name})
+  orvane_precompile(${name} standard_headers)
+endfunction()
+
+# What a room compiles may become part of the shared library: of that only what is marked can be seen, and nobody replaces it.
+# A debug build of it is optimized as far as a debugger can follow: compiling takes no longer, tests a fraction of the time.
+function(orvane_product_options name)
+  target_compile_options(${name} PRIVATE -fno-semantic-interposition $<$<CONFIG:Debug>:-Og>)
   set_target_properties(${name} PROPERTIES
     POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# Compiles a test target with GoogleMock and the standard library's headers read beforehand: they are half of what
-# compiling a test costs. They are compiled once for all targets.
-function(orvane_test_headers name)
+# Compiles a target with headers that are read beforehand, and for all targets once: they are half of what compiling costs.
+# Not where ORVANE_PRECOMPILE is off, which shows what a file forgets to include.
+# The product's files take the standard library's headers, those of tests GoogleMock as well.
+function(orvane_precompile name headers)
   if(NOT ORVANE_PRECOMPILE)
     return()
   endif()
-  if(NOT TARGET test_headers)
-    file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers.cpp" CONTENT "")
-    add_library(test_headers STATIC "${CMAKE_BINARY_DIR}/test_headers.cpp")
-    target_link_libraries(test_headers PRIVATE orvane_options GTest::gmock)
-    target_precompile_headers(test_headers PRIVATE
-      <gmock/gmock.h> <gtest/gtest.h> <algorithm> <chrono> <filesystem> <fstream> <functional> <map> <memory>
-      <optional> <sstream> <string> <string_view> <thread> <variant> <vector>)
+  target_precompile_headers(${name} REUSE_FROM ${headers})
+endfunction()
+
+# Of a test a debugger shows calls and lines; the rest takes a fifth of the time to compile.
+function(orvane_test_options name)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Debug>:-g1>)
+endfunction()
+
+set(ORVANE_STANDARD_HEADERS
+  <algorithm> <array> <charconv> <chrono> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional> <set> <span>
+  <sstream> <string> <string_view> <system_error> <utility> <variant> <vector>)
+
+if(ORVANE_PRECOMPILE)
+  file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
+  add_library(standard_headers STATIC "${CMAKE_BINARY_DIR}/precompiled.cpp")
+  target_link_libraries(standard_headers PRIVATE orvane_options)
+  orvane_product_options(standard_headers)
+  target_precompile_headers(standard_headers PRIVATE ${ORVANE_STANDARD_HEADERS})
+endif()
+
+# orvane_test_library(NAME SOURCES ... [OBJECT] [PUBLIC target...] [PRIVATE target...])
+# What several test programs share, compiled once: a static library, or with OBJECT one that is linked whole.
+function(orvane_test_library name)
+  cmake_parse_arguments(ARG "OBJECT" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  set(kind STATIC)
+  if(ARG_OBJECT)
+    set(kind OBJECT)
   endif()
-  target_precompile_headers(${name} REUSE_FROM test_headers)
+  add_library(${name} ${kind} ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} GTest::gmock)
+  orvane_test_options(${name})
+  orvane_precompile(${name} test_headers)
 endfunction()
 
 # orvane_test_suites(PREFIX PROGRAM program [FILTER filter] LABELS label... [TIMEOUT seconds] [FIXTURES fixture...]
@@ -68,7 +98,8 @@ function(orvane_test name)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE orvane_options ${ARG_DEPS} GTest::gmock GTest::gtest_main)
-  orvane_test_headers(${name})
+  orvane_test_options(${name})
+  orvane_precompile(${name} test_headers)
   set(environment "")
   if(ARG_IN_MEMORY AND IS_DIRECTORY /dev/shm)
     set(environment TMPDIR=/dev/shm)
