@@ -19,13 +19,13 @@ function(orvane_product_options name)
 endfunction()
 
 # Compiles a target with headers that are read beforehand, and for all targets once: they are half of what compiling costs.
-# Not where ORVANE_PRECOMPILE is off, which shows what a file forgets to include.
+# Not where ORVANE_PRECOMPILE is off, which shows what a file forgets to include, and not for releases: g++ does not know any
+# more then which code is the standard library's, and warns of it.
 # The product's files take the standard library's headers, those of tests GoogleMock as well.
 function(orvane_precompile name headers)
-  if(NOT ORVANE_PRECOMPILE)
-    return()
+  if(TARGET ${headers})
+    target_precompile_headers(${name} REUSE_FROM ${headers})
   endif()
-  target_precompile_headers(${name} REUSE_FROM ${headers})
 endfunction()
 
 # Of a test a debugger shows calls and lines; the rest takes a fifth of the time to compile.
@@ -37,8 +37,8 @@ set(ORVANE_STANDARD_HEADERS
   <algorithm> <array> <charconv> <chrono> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional> <set> <span>
   <sstream> <string> <string_view> <system_error> <utility> <variant> <vector>)
 
-if(ORVANE_PRECOMPILE)
-  file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
+if(ORVANE_PRECOMPILE AND CMAKE_BUILD_TYPE STREQUAL "Debug")
   add_library(standard_headers STATIC "${CMAKE_BINARY_DIR}/precompiled.cpp")
   target_link_libraries(standard_headers PRIVATE orvane_options)
   orvane_product_options(standard_headers)
