@@ -4,6 +4,8 @@
 #include <libxml/tree.h>
 #include <libxml/xmlstring.h>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -34,6 +36,21 @@ bool IsPlain(const char* eight) {
        source);
 }
 
+constexpr std::array<bool, 256> kNameCharacters = [] {
+  std::array<bool, 256> characters{};
+  for (std::size_t c = '0'; c <= '9'; ++c) characters[c] = true;
+  for (std::size_t c = 'A'; c <= 'Z'; ++c) characters[c] = characters[c | 0x20] = true;
+  characters['_'] = true;
+  return characters;
+}();
+
+// Whether a name is one beyond doubt, as nearly all are.
+bool IsPlainName(std::string_view name) {
+  return !name.empty() && !(name[0] >= '0' && name[0] <= '9') &&
+         std::all_of(name.begin(), name.end(),
+                     [](char c) { return kNameCharacters[static_cast<unsigned char>(c)]; });
+}
+
 }  // namespace
 
 void RequireXmlText(std::string_view text, const char* source) {
@@ -55,6 +72,7 @@ void RequireXmlText(std::string_view text, const char* source) {
 }
 
 void RequireXmlName(const std::string& name) {
+  if (IsPlainName(name)) return;
   RequireXmlText(name, kDocumentSource);
   if (xmlValidateNCName(reinterpret_cast<const xmlChar*>(name.c_str()), 0) != 0) {
     Fail("'" + name + "' is no name of an element or attribute.");
