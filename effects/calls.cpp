@@ -11,7 +11,6 @@ namespace effects {
 namespace {
 
 using automation::Variant;
-using Kind = ComponentCall::Kind;
 
 // The values as they are; what is neither text nor number, nor a date, by its kind.
 ADODB::NamedRow Arguments(const Scripting::DictionaryPtr& values) {
@@ -29,7 +28,7 @@ class RecordedCalls final : public OrvaneBackend::Calls {
       : real_(std::move(real)), recorder_(recorder), component_(component) {}
 
   void UpdateCall(std::string& message, const Scripting::DictionaryPtr& values) override {
-    recorder_.Do(ComponentCall{Kind::Erp, component_, "UpdateCall", Arguments(values)},
+    recorder_.Do(ComponentCall{ComponentCall::Kind::Erp, component_, "UpdateCall", Arguments(values)},
                  [&] { real_->UpdateCall(message, values); });
   }
 
@@ -45,7 +44,7 @@ class RecordedEscalation final : public OrvaneProcessMTS::SolveOnNoResponse {
       : real_(std::move(real)), recorder_(recorder), component_(component) {}
 
   void SendingEscalationMails() override {
-    recorder_.Do(ComponentCall{Kind::Event, component_, "SendingEscalationMails", {}},
+    recorder_.Do(ComponentCall{ComponentCall::Kind::Event, component_, "SendingEscalationMails", {}},
                  [&] { real_->SendingEscalationMails(); });
   }
 
@@ -61,7 +60,7 @@ class RecordedProspectState final : public OrvServiceRequest::ProspectState {
       : real_(std::move(real)), recorder_(recorder), component_(component) {}
 
   void QuestionConcluded(std::string_view emailAddress, std::string_view comment, bool concluded) override {
-    recorder_.Do(ComponentCall{Kind::Event,
+    recorder_.Do(ComponentCall{ComponentCall::Kind::Event,
                                component_,
                                "QuestionConcluded",
                                {{"emailAddress", Variant(emailAddress)},
@@ -82,8 +81,10 @@ class RecordedQuestionState final : public OrvServiceRequest::QuestionState {
       : real_(std::move(real)), recorder_(recorder), component_(component) {}
 
   void Concluded(std::int32_t questionId) override {
-    recorder_.Do(ComponentCall{Kind::Event, component_, "Concluded", {{"questionId", Variant(questionId)}}},
-                 [&] { real_->Concluded(questionId); });
+    recorder_.Do(
+        ComponentCall{
+            ComponentCall::Kind::Event, component_, "Concluded", {{"questionId", Variant(questionId)}}},
+        [&] { real_->Concluded(questionId); });
   }
 
  private:

@@ -10,14 +10,13 @@ namespace effects {
 namespace {
 
 using Scripting::IOMode;
-using Kind = FileChange::Kind;
 
 // What the objects of one class table share.
 struct Files {
   Recorder& recorder;
   Places places;
 
-  FileChange Changing(Kind kind, std::string native) const {
+  FileChange Changing(FileChange::Kind kind, std::string native) const {
     FileChange change{kind, std::move(native), {}};
     change.folder = places.folder(change.path);
     return change;
@@ -58,7 +57,7 @@ class NewFile final : public Scripting::TextStream {
       real_->Close();
       return;
     }
-    files_->recorder.Do(files_->Changing(Kind::Write, native_), [&] { real_->Close(); });
+    files_->recorder.Do(files_->Changing(FileChange::Kind::Write, native_), [&] { real_->Close(); });
   }
 
  private:
@@ -74,7 +73,7 @@ Scripting::TextStreamPtr Opened(const FilesPtr& files, std::string_view path, IO
   if (mode == IOMode::ForReading) return open();
   std::string native = files->places.native(path, false);
   if (files->places.isLog(native)) return std::make_shared<LogStream>(open(), files->recorder);
-  return files->recorder.Do(files->Changing(Kind::Write, std::move(native)), open);
+  return files->recorder.Do(files->Changing(FileChange::Kind::Write, std::move(native)), open);
 }
 
 class RecordedFile final : public ForwardingFile {
@@ -119,7 +118,9 @@ class RecordedFiles final : public ForwardingFileSystem {
   }
   Scripting::FolderPtr CreateFolder(std::string_view path) override {
     return std::make_shared<RecordedFolder>(
-        Changing(Kind::CreateFolder, path, [&] { return ForwardingFileSystem::CreateFolder(path); }), files_);
+        Changing(FileChange::Kind::CreateFolder, path,
+                 [&] { return ForwardingFileSystem::CreateFolder(path); }),
+        files_);
   }
   Scripting::TextStreamPtr CreateTextFile(std::string_view path, bool overwrite) override {
     std::string native = files_->places.native(path, true);
@@ -133,16 +134,16 @@ class RecordedFiles final : public ForwardingFileSystem {
     return Opened(files_, path, mode, [&] { return ForwardingFileSystem::OpenTextFile(path, mode, create); });
   }
   void DeleteFile(std::string_view path, bool force) override {
-    Changing(Kind::Delete, path, [&] { ForwardingFileSystem::DeleteFile(path, force); });
+    Changing(FileChange::Kind::Delete, path, [&] { ForwardingFileSystem::DeleteFile(path, force); });
   }
   void DeleteFolder(std::string_view path, bool force) override {
-    Changing(Kind::DeleteFolder, path, [&] { ForwardingFileSystem::DeleteFolder(path, force); });
+    Changing(FileChange::Kind::DeleteFolder, path, [&] { ForwardingFileSystem::DeleteFolder(path, force); });
   }
 
  private:
   template <class Act>
-  auto Changing(Kind kind, std::string_view path, const Act& act) -> decltype(act()) {
-    std::string native = files_->places.native(path, kind == Kind::CreateFolder);
+  auto Changing(FileChange::Kind kind, std::string_view path, const Act& act) -> decltype(act()) {
+    std::string native = files_->places.native(path, kind == FileChange::Kind::CreateFolder);
     if (files_->places.isLog(native)) return act();
     return files_->recorder.Do(files_->Changing(kind, std::move(native)), act);
   }

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::int32_t kConcluded = 160;
 constexpr std::int32_t kConclusionMail = 10;
-constexpr std::string_view kAnswerSeparator = "\x04\x03\x02\x01";
 
 bool HasCall(const automation::Variant& call) {
   if (call.IsNull()) return false;

@@ -21,7 +21,6 @@ namespace OrvaneProcess {
 namespace {
 
 constexpr std::string_view kQuestionSeparator = "\x01\x02\x03\x04";
-constexpr std::string_view kAnswerSeparator = "\x04\x03\x02\x01";
 constexpr std::string_view kQuestionSuffix = " Q";
 constexpr std::string_view kAnswerSuffix = " A";
 constexpr std::size_t kDateFirst = 2;

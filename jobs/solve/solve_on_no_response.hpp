@@ -24,6 +24,9 @@
 
 namespace OrvaneProcess {
 
+// Stands before each answer in A_TEXT.
+inline constexpr std::string_view kAnswerSeparator = "\x04\x03\x02\x01";
+
 // A post of the customer or an answer, as the history of a question shows it.
 struct HistoryEntry {
   std::string heading;  // who and when, coloured by HTML tags

@@ -5,19 +5,19 @@
 namespace automation {
 namespace {
 
-thread_local SafePoints* innermost = nullptr;
+thread_local SafePoints* innermostHandler = nullptr;
 
 }  // namespace
 
 SafePoints::SafePoints(std::function<void()> reached)
-    : reached_(std::move(reached)), outer_(std::exchange(innermost, this)) {}
+    : reached_(std::move(reached)), outer_(std::exchange(innermostHandler, this)) {}
 
 SafePoints::~SafePoints() {
-  innermost = outer_;
+  innermostHandler = outer_;
 }
 
 void SafePoint() {
-  if (innermost != nullptr) innermost->reached_();
+  if (innermostHandler != nullptr) innermostHandler->reached_();
 }
 
 }  // namespace automation

@@ -5,20 +5,20 @@
 namespace automation {
 namespace {
 
-thread_local SwallowedErrors* innermost = nullptr;
+thread_local SwallowedErrors* innermostListener = nullptr;
 
 }  // namespace
 
 SwallowedErrors::SwallowedErrors(std::function<void(const Error&)> notify)
-    : notify_(std::move(notify)), outer_(std::exchange(innermost, this)) {}
+    : notify_(std::move(notify)), outer_(std::exchange(innermostListener, this)) {}
 
 SwallowedErrors::~SwallowedErrors() {
-  innermost = outer_;
+  innermostListener = outer_;
 }
 
 void ReportSwallowed() noexcept {
   try {
-    if (innermost != nullptr) innermost->notify_(PendingError());
+    if (innermostListener != nullptr) innermostListener->notify_(PendingError());
   } catch (...) {
     // Nobody is left to notify.
   }

@@ -13,12 +13,11 @@
 #include <utility>
 
 #include "platform/base/descriptor.hpp"
+#include "platform/base/file_replacement.hpp"
 #include "platform/base/text.hpp"
 
 namespace base {
 namespace {
-
-constexpr int kMostLinks = 40;
 
 std::string Joined(const std::string& folder, std::string_view name) {
   std::string path = folder;

@@ -16,7 +16,6 @@
 namespace base {
 namespace {
 
-constexpr int kMostLinks = 40;
 constexpr int kMostWriters = 1000;
 constexpr std::string_view kEnding = ".saving";
 

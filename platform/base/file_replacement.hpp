@@ -14,6 +14,9 @@
 
 namespace base {
 
+// Of more links than these that lead to each other the system says ELOOP.
+inline constexpr int kMostLinks = 40;
+
 // The new content is written to a file beside the target, which takes the target's name in Commit. Without
 // Commit, and after every failure, the target is as it was and the file beside it is gone. Failures raise
 // std::system_error. The file beside is locked (flock) while its writer lives: two writers of one target

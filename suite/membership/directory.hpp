@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "components/interfaces/user.hpp"
+#include "platform/automation/error.hpp"
 #include "suite/membership/entry.hpp"
 
 namespace VnMembership {
@@ -15,6 +16,10 @@ namespace VnMembership {
 constexpr int kDirectoryUnavailable = 1103;  // cannot be reached or read
 constexpr int kNotBound = 1104;              // an attribute is read before BindAs
 constexpr int kBadAttribute = 1105;          // a number or truth value that is none
+
+[[noreturn]] inline void Raise(int number, const std::string& description) {
+  throw automation::Error(number, "VnMembership.User", description);
+}
 
 class Directory {
  public:

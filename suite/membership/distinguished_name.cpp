@@ -5,15 +5,13 @@
 #include <memory>
 
 #include "platform/base/text.hpp"
+#include "suite/membership/ldap_text.hpp"
 
 namespace VnMembership {
 namespace {
 
 struct FreeName {
   void operator()(LDAPRDN* name) const { ldap_dnfree(name); }
-};
-struct FreeText {
-  void operator()(char* text) const { ldap_memfree(text); }
 };
 
 }  // namespace
@@ -28,7 +26,7 @@ std::string NormalName(std::string_view dn) {
   const std::unique_ptr<LDAPRDN, FreeName> owner(parsed);
   char* text = nullptr;
   ldap_dn2str(parsed, &text, LDAP_DN_FORMAT_LDAPV3 | LDAP_DN_PRETTY);
-  const std::unique_ptr<char, FreeText> textOwner(text);
+  const LdapText textOwner(text);
   return base::ToAsciiLower(text == nullptr ? "" : text);
 }
 

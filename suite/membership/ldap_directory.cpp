@@ -10,6 +10,7 @@
 
 #include "platform/automation/error.hpp"
 #include "suite/membership/ldap_deadline.hpp"
+#include "suite/membership/ldap_text.hpp"
 
 namespace VnMembership {
 namespace {
@@ -22,9 +23,6 @@ struct FreeMessage {
 };
 struct FreeValues {
   void operator()(berval** values) const { ldap_value_free_len(values); }
-};
-struct FreeText {
-  void operator()(char* text) const { ldap_memfree(text); }
 };
 using Session = std::unique_ptr<LDAP, Unbind>;
 
@@ -51,10 +49,6 @@ constexpr int kMostEntries = 20;
 
 // A session connects, agrees on TLS, enters and searches.
 constexpr int kSteps = 4;
-
-[[noreturn]] void Raise(int number, const std::string& description) {
-  throw automation::Error(number, "VnMembership.User", description);
-}
 
 class LdapDirectory : public Directory {
  public:
@@ -92,7 +86,7 @@ class LdapDirectory : public Directory {
     if (session != nullptr &&
         ldap_get_option(session, LDAP_OPT_DIAGNOSTIC_MESSAGE, &detail) == LDAP_OPT_SUCCESS &&
         detail != nullptr) {
-      const std::unique_ptr<char, FreeText> owner(detail);
+      const LdapText owner(detail);
       if (*detail != '\0') text += std::string(" (") + detail + ")";
     }
     Raise(kDirectoryUnavailable, text);
@@ -183,7 +177,7 @@ class LdapDirectory : public Directory {
   template <std::size_t count>
   static Entry Read(LDAP* session, LDAPMessage* message, const std::array<const char*, count>& attributes) {
     Entry entry;
-    if (const std::unique_ptr<char, FreeText> dn(ldap_get_dn(session, message)); dn) entry.dn = dn.get();
+    if (const LdapText dn(ldap_get_dn(session, message)); dn) entry.dn = dn.get();
     for (const char* attribute : attributes) {
       const std::unique_ptr<berval*, FreeValues> values(ldap_get_values_len(session, message, attribute));
       for (berval** value = values.get(); value != nullptr && *value != nullptr; ++value) {
@@ -204,7 +198,7 @@ std::string FilterValue(std::string_view value) {
   if (ldap_bv2escaped_filter_value(&plain, &escaped) != 0) {
     throw automation::Error(automation::ErrorNumber::OutOfMemory, "VnMembership.User");
   }
-  const std::unique_ptr<char, FreeText> owner(escaped.bv_val);
+  const LdapText owner(escaped.bv_val);
   return {escaped.bv_val, escaped.bv_len};
 }
 

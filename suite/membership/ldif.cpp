@@ -6,7 +6,6 @@
 #include <optional>
 #include <utility>
 
-#include "platform/automation/error.hpp"
 #include "suite/membership/directory.hpp"
 
 namespace VnMembership {
@@ -77,8 +76,7 @@ class Reader {
 
  private:
   [[noreturn]] void Refuse(const Line& line, const std::string& expected) const {
-    throw automation::Error(kDirectoryUnavailable, "VnMembership.User",
-                            name_ + ":" + std::to_string(line.number) + ": expected " + expected);
+    Raise(kDirectoryUnavailable, name_ + ":" + std::to_string(line.number) + ": expected " + expected);
   }
 
   void Take(const Line& line) {

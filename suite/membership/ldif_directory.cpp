@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/automation/error.hpp"
 #include "suite/membership/directory.hpp"
 #include "suite/membership/distinguished_name.hpp"
 #include "suite/membership/ldif.hpp"
@@ -14,10 +13,6 @@
 
 namespace VnMembership {
 namespace {
-
-[[noreturn]] void Raise(int number, const std::string& description) {
-  throw automation::Error(number, "VnMembership.User", description);
-}
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 

@@ -17,10 +17,6 @@
 namespace VnMembership {
 namespace {
 
-[[noreturn]] void Raise(int number, const std::string& description) {
-  throw automation::Error(number, "VnMembership.User", description);
-}
-
 bool StartsWith(std::string_view text, std::string_view head) {
   return text.substr(0, head.size()) == head;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "tests/automation/thing.hpp"
 #include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -17,7 +18,6 @@ using automation::Object;
 using automation::Runtime;
 using automation::RuntimeScope;
 
-class Thing : public Object {};
 class Other : public Object {};
 
 TEST(RuntimeTest, RaisesWhenNoScopeIsOpen) {

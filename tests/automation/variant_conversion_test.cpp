@@ -8,6 +8,7 @@
 
 #include "platform/automation/error.hpp"
 #include "platform/automation/variant.hpp"
+#include "tests/automation/thing.hpp"
 #include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -16,8 +17,6 @@ namespace {
 
 using automation::DateTime;
 using automation::Variant;
-
-class Thing : public automation::Object {};
 
 TEST(WholeNumberTest, RoundsHalvesToTheEvenNeighbour) {
   EXPECT_EQ(automation::ToInt32(0.5), 0);

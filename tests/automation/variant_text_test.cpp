@@ -8,6 +8,7 @@
 
 #include "platform/automation/error.hpp"
 #include "platform/automation/variant.hpp"
+#include "tests/automation/thing.hpp"
 #include "tests/support/error_number.hpp"
 #include "tests/support/test_runtime.hpp"
 
@@ -17,8 +18,6 @@ namespace {
 using automation::DateTime;
 using automation::Variant;
 using automation::VariantArray;
-
-class Thing : public automation::Object {};
 
 TEST(ToTextTest, WritesPlainDecimalNumbers) {
   EXPECT_EQ(automation::ToText(std::int32_t{1234567}), "1234567");

@@ -15,14 +15,14 @@ namespace {
 using orvane_test::Database;
 using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
+using orvane_test::kDay;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using orvane_test::TemporaryFolder;
 using orvane_test::WithoutTimes;
 using Strings = std::vector<std::string>;
 
-constexpr long kDay = 86'400;
-constexpr const char* kLogPrefix = "OrvArchiveSvc_log_";
+constexpr const char* kArchiveLog = "OrvArchiveSvc_log_";
 const std::string kRuler = std::string(104, '*') + "\r\n";
 
 class ArchiveTest : public testing::Test {
@@ -115,7 +115,7 @@ TEST_F(ArchiveTest, MovesAClosedRequestIntoTheCustomersTwoFiles) {
                 entry + "</TransactionsArchive>\n");
   EXPECT_EQ(Left(), Strings{"5532"});
   EXPECT_EQ(database_.Rows("SELECT T_ID FROM TRANSACTIONS"), Strings{"2"});
-  EXPECT_EQ(WithoutTimes(suite_.RunLog(kLogPrefix)),
+  EXPECT_EQ(WithoutTimes(suite_.RunLog(kArchiveLog)),
             kRuler + "<time>  : Archiving Process started by NTService\r\n<time>  : Archive Files " +
                 Path("BP1042_jdoe_SR.xml") + " and " + Path("BP1042_jdoe_trans.xml") +
                 " edited\r\n<time>  : Archiving Process ended.\r\n" + kRuler);
@@ -147,7 +147,7 @@ TEST_F(ArchiveTest, NothingIsTouchedWhenNothingQualifies) {
   database_.Execute("INSERT INTO QUESTIONHISTORY (Q_ID, Q_ORIGINATOR) VALUES (2, 'jdoe')");  // never closed
   EXPECT_EQ(Run().exitCode, 0);
   EXPECT_EQ(Left(), (Strings{"1", "2"}));
-  EXPECT_EQ(WithoutTimes(suite_.RunLog(kLogPrefix)),
+  EXPECT_EQ(WithoutTimes(suite_.RunLog(kArchiveLog)),
             kRuler +
                 "<time>  : Archiving Process started by NTService\r\n"
                 "<time>  : No questions qualified for Archiving.\r\n<time>  : Archiving Process ended.\r\n" +
@@ -159,7 +159,7 @@ TEST_F(ArchiveTest, ALimitThatIsNoNumberEndsTheRunWithItsTwoLines) {
   AddRequest("1, 175, 'jdoe', 0, NULL, 'x', NULL, 0, 0, 0, NULL", 400 * kDay);
   EXPECT_EQ(Run().exitCode, 0);  // the stop line is written on this path too
   EXPECT_EQ(Left(), Strings{"1"});
-  EXPECT_EQ(WithoutTimes(suite_.RunLog(kLogPrefix)),
+  EXPECT_EQ(WithoutTimes(suite_.RunLog(kArchiveLog)),
             kRuler +
                 "<time>  : Archiving Process started by NTService\r\n"
                 "<time>  : No Archive After parameter mentioned in the parameter table\r\n"
@@ -183,7 +183,7 @@ TEST_F(ArchiveTest, ADeletionThatFailsUndoesFilesAndRows) {
   EXPECT_EQ(database_.Rows("SELECT T_ID FROM TRANSACTIONS"), Strings{"1"});
   EXPECT_EQ(TemporaryFolder::Read(ArchiveFolder() / "BP1042_jdoe_SR.xml"), before);
   EXPECT_EQ(TemporaryFolder::Read(ArchiveFolder() / "BP1042_jdoe_trans.xml"), transactionsBefore);
-  EXPECT_NE(suite_.RunLog(kLogPrefix)
+  EXPECT_NE(suite_.RunLog(kArchiveLog)
                 .find("  : Changes to XML files undone" + Path("BP1042_jdoe_SR.xml") +
                       Path("BP1042_jdoe_trans.xml") + " undone\r\n"),
             std::string::npos);
@@ -199,7 +199,7 @@ TEST_F(ArchiveTest, AnUnreachableCatalogueEndsTheRunWithItsClosingLinesAndAnEntr
       << outcome.err;
   EXPECT_EQ(Left(), Strings{"1"});
   EXPECT_FALSE(std::filesystem::exists(ArchiveFolder()));
-  EXPECT_EQ(WithoutTimes(suite_.RunLog(kLogPrefix)), "<time>  : Archiving Process ended.\r\n" + kRuler);
+  EXPECT_EQ(WithoutTimes(suite_.RunLog(kArchiveLog)), "<time>  : Archiving Process ended.\r\n" + kRuler);
   EXPECT_FALSE(suite_.ErrorLog().empty());
 }
 
@@ -207,7 +207,7 @@ TEST_F(ArchiveTest, AnUnreachableSuiteDatabaseEndsTheRunTheSameWay) {
   suite_.Folder().Write("home/db/orvane.sqlite", "this is no database, however long it is looked at\n");
   EXPECT_EQ(Run().exitCode, 0);
   EXPECT_FALSE(std::filesystem::exists(ArchiveFolder()));
-  const std::string log = WithoutTimes(suite_.RunLog(kLogPrefix));
+  const std::string log = WithoutTimes(suite_.RunLog(kArchiveLog));
   const std::string closing = "<time>  : Archiving Process ended.\r\n" + kRuler;
   ASSERT_GE(log.size(), closing.size());
   EXPECT_EQ(log.substr(log.size() - closing.size()), closing);

@@ -13,6 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 using orvane_test::CleanUpSuite;
 using orvane_test::DateText;
+using orvane_test::kCleanUpLog;
+using orvane_test::kHour;
 using orvane_test::ObjectRequiredEntry;
 using orvane_test::Outcome;
 using orvane_test::WithoutTimes;
@@ -20,9 +22,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr long kHour = 3600;
-constexpr const char* kLogPrefix = "OrvCleanUpSvc_log_";
 
 class CleanUpOnDiskTest : public testing::Test {
  protected:
@@ -82,13 +81,13 @@ TEST_F(CleanUpOnDiskTest, LeavesExactlyWhatTheRulesLeave) {
                           ObjectRequiredEntry("ORVProcess.cleanup.DeleteArchiveFiles"),
                           ObjectRequiredEntry("ORVProcess.cleanup.DeletedispatchXmlFiles"),
                           ObjectRequiredEntry("ORVProcess.cleanup.DeleteTempAttachmentsXMLFiles")));
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpOnDiskTest, AnEmptySuiteIsSweptWithoutAnEntryInTheErrorLog) {
   EXPECT_EQ(suite_.Run().exitCode, 0);
   EXPECT_THAT(suite_.suite.ErrorLog(), IsEmpty());
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpOnDiskTest, ALinkInsideAnAttachmentFolderGoesAndWhatItLeadsToStays) {
@@ -184,7 +183,7 @@ TEST_F(CleanUpOnDiskTest, ALinkThatLeadsNowhereEndsAnAgeTestedSweepAsAFileDoes) 
                           ObjectRequiredEntry("ORVProcess.cleanup.DeleteArchiveFiles"),
                           ObjectRequiredEntry("ORVProcess.cleanup.DeletedispatchXmlFiles"),
                           ObjectRequiredEntry("ORVProcess.cleanup.DeleteTempAttachmentsXMLFiles")));
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpOnDiskTest, FilesWithoutPermissionEndTheirSweepAndTheNextOnesRun) {
@@ -209,7 +208,7 @@ TEST_F(CleanUpOnDiskTest, FilesWithoutPermissionEndTheirSweepAndTheNextOnesRun) 
   EXPECT_THAT(suite_.suite.ErrorLog(),
               ElementsAre(HasSubstr(" | Orvprocess.cleanup.DeleteChatSession" + denied),
                           HasSubstr(" | ORVProcess.cleanup.DeleteHTMLFiles" + denied)));
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpOnDiskTest, UnusualNamesAreDeletedAndMatchedOnARealDisk) {

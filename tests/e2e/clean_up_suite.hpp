@@ -10,6 +10,8 @@
 
 namespace orvane_test {
 
+inline constexpr const char* kCleanUpLog = "OrvCleanUpSvc_log_";
+
 class CleanUpSuite {
  public:
   // DataFileRelativePath = Data, KeepTemporaryFiles = 24; no web farm.

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/clean_up_suite.hpp"
 #include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/host_process.hpp"
 
@@ -14,12 +15,11 @@ namespace {
 using orvane_test::Database;
 using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
+using orvane_test::kCleanUpLog;
+using orvane_test::kHour;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using Strings = std::vector<std::string>;
-
-constexpr long kHour = 3600;
-constexpr const char* kLogPrefix = "OrvCleanUpSvc_log_";
 
 class CleanUpTest : public testing::Test {
  protected:
@@ -55,7 +55,7 @@ class CleanUpTest : public testing::Test {
   Outcome Run() { return RunHost({"run", "--home", suite_.Home().string(), "OrvaneProcess.CleanUp"}); }
   void ExpectWholeRunLog() {
     const std::string ruler = std::string(53, '*') + "\r\n";
-    EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kLogPrefix)),
+    EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kCleanUpLog)),
               ruler + "Orvane NTService Log \r\n" + ruler + "Clean Up - NTService Started at : <time>\r\n" +
                   " NTService Stopped at : <time>\r\n" + ruler);
   }

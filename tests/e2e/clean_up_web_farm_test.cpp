@@ -19,8 +19,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr long kHour = 3600;
-constexpr const char* kLogPrefix = "OrvCleanUpSvc_log_";
 constexpr int kWeek = 7 * 24 * 60;
 
 class CleanUpWebFarmTest : public testing::TestWithParam<std::string> {
@@ -86,7 +84,7 @@ TEST_P(CleanUpWebFarmTest, WhatMustBeGoneIsGoneOnTheServerAndTheRowsStay) {
   EXPECT_THAT(suite_.database.Rows("SELECT * FROM PREVIEW"), IsEmpty());
   EXPECT_THAT(suite_.suite.ErrorLog(),
               ElementsAre(ObjectRequiredEntry("Orvprocess.cleanup.DeleteChatSession")));
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_P(CleanUpWebFarmTest, ANameThatPointsOutOfItsFolderIsRefusedAndSaidSo) {
@@ -127,7 +125,7 @@ TEST_P(CleanUpWebFarmTest, AWrongPasswordIsReportedBySweepAndTheOthersGoOn) {
                           denied("ORVProcess.cleanup.DeleteSRAttchmentsFilesWithzerostatus"),
                           denied("ORVProcess.cleanup.DeleteTempAttachmentsXMLFiles")));
   EXPECT_THAT(suite_.Files(), IsEmpty());
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
   EXPECT_THAT(place_.Contents(), testing::Contains("SRATTACHMENTS/17Q/a.txt"));
 }
 
@@ -153,7 +151,7 @@ TEST_F(CleanUpFtpFailureTest, AServerThatIsDownIsReportedAndTheLocalSweepsRun) {
     EXPECT_THAT(entry, HasSubstr("Failed to connect"));
     EXPECT_THAT(entry, Not(HasSubstr("shared-secret")));
   }
-  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kLogPrefix)), CleanUpSuite::FinishedRun());
+  EXPECT_EQ(WithoutTimes(suite_.suite.RunLog(kCleanUpLog)), CleanUpSuite::FinishedRun());
 }
 
 TEST_F(CleanUpFtpFailureTest, AConnectionThatIsCutOffInTheMiddleIsReportedAndTheNextSweepRuns) {

@@ -14,12 +14,11 @@
 namespace {
 
 namespace fs = std::filesystem;
+using orvane_test::kDay;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using orvane_test::TemporaryFolder;
 using testing::HasSubstr;
-
-constexpr long kDay = 86'400;
 
 class ClockJumpTest : public testing::TestWithParam<long> {
  protected:

@@ -14,12 +14,12 @@ namespace {
 using orvane_test::Database;
 using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
+using orvane_test::kDay;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using Strings = std::vector<std::string>;
 
-constexpr long kDay = 86'400;
-constexpr const char* kLogPrefix = "OrvDormantUserExpirySvc_log_";
+constexpr const char* kExpiryLog = "OrvDormantUserExpirySvc_log_";
 
 class DormantUserExpiryTest : public testing::Test {
  protected:
@@ -101,7 +101,7 @@ TEST_F(DormantUserExpiryTest, TheRunLogIsExactToTheByte) {
   SetLimit("30");
   ASSERT_EQ(Run().exitCode, 0);
   ASSERT_EQ(Run().exitCode, 0);  // a second run of the day appends
-  const std::string log = suite_.RunLog(kLogPrefix);
+  const std::string log = suite_.RunLog(kExpiryLog);
 
   const std::regex time("[0-9]{1,2}-[0-9]{1,2}-[0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2}");
   Strings times{std::sregex_token_iterator(log.begin(), log.end(), time), {}};
@@ -122,7 +122,7 @@ TEST_F(DormantUserExpiryTest, TheLogFileBearsTheDayWithoutLeadingZeros) {
   const std::time_t now = std::time(nullptr);
   std::tm day{};
   gmtime_r(&now, &day);
-  const std::string name = kLogPrefix + std::to_string(day.tm_year + 1900) + "_" +
+  const std::string name = kExpiryLog + std::to_string(day.tm_year + 1900) + "_" +
                            std::to_string(day.tm_mon + 1) + "_" + std::to_string(day.tm_mday) + ".txt";
   EXPECT_TRUE(std::filesystem::exists(suite_.Logs() / name)) << name;
 }
@@ -139,7 +139,7 @@ class UnfinishedExpiryTest : public DormantUserExpiryTest {
         << outcome.out;
     EXPECT_EQ(Left(), Strings{"away"});
     const std::string ruler = std::string(53, '*') + "\r\n";
-    EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kLogPrefix)),
+    EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kExpiryLog)),
               ruler + "Orvane NTService Log \r\n" + ruler +
                   "Dormant User Expiry - NTService Started at : <time>\r\n");
   }

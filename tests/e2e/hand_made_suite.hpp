@@ -13,6 +13,10 @@
 
 namespace orvane_test {
 
+// In seconds.
+inline constexpr long kHour = 3600;
+inline constexpr long kDay = 24 * kHour;
+
 // A SQLite database, opened without any help of the program under test.
 class Database {
  public:

@@ -19,6 +19,7 @@ using orvane_test::Database;
 using orvane_test::DateAt;
 using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
+using orvane_test::kHour;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using orvane_test::TemporaryFolder;
@@ -27,8 +28,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
-constexpr const char* kLogPrefix = "OrvSolveOnNoResponseSvc_log_";
-constexpr long kHour = 3600;
+constexpr const char* kSolveLog = "OrvSolveOnNoResponseSvc_log_";
 const std::string kLongAgo = "1999-12-31 23:59:59";
 
 class SolveBoundariesTest : public testing::Test {
@@ -151,7 +151,7 @@ TEST_F(SolveBoundariesTest, RemindsAndConcludesWhatIsDue) {
   EXPECT_TRUE(std::filesystem::is_empty(suite_.Home() / "Data" / "HTML"));
 
   const std::string ruler = std::string(53, '*') + "\r\n";
-  EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kLogPrefix)),
+  EXPECT_EQ(orvane_test::WithoutTimes(suite_.RunLog(kSolveLog)),
             ruler + "Orvane NTService Log \r\n" + ruler +
                 "Solve On No Response - NTService Started at : <time>\r\n" + ruler +
                 " Solve On No Response -NTService Stopped at : <time>\r\n" + ruler);

@@ -16,13 +16,13 @@ namespace {
 using orvane_test::Database;
 using orvane_test::DateText;
 using orvane_test::HandMadeSuite;
+using orvane_test::kHour;
 using orvane_test::Outcome;
 using orvane_test::RunHost;
 using orvane_test::TemporaryFolder;
 using Strings = std::vector<std::string>;
 
 constexpr long kMinute = 60;
-constexpr long kHour = 60 * kMinute;
 
 class SolveOnNoResponseTest : public testing::Test {
  protected:

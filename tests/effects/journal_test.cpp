@@ -23,12 +23,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr auto kMoment = std::chrono::sys_days(std::chrono::year(2026) / 11 / 22) + std::chrono::hours(3);
+constexpr auto kBegun = std::chrono::sys_days(std::chrono::year(2026) / 11 / 22) + std::chrono::hours(3);
 
 class JournalTest : public testing::Test {
  protected:
   std::unique_ptr<Journal> Begin(std::string_view job = "Archive", std::size_t reserve = 4096) const {
-    return std::make_unique<Journal>(folder_.Path() / "journal", kMoment, 4711, job, reserve);
+    return std::make_unique<Journal>(folder_.Path() / "journal", kBegun, 4711, job, reserve);
   }
   std::vector<std::string> Names() const {
     std::vector<std::string> names;
@@ -123,10 +123,10 @@ TEST_F(JournalTest, OldJournalsAndWhatKilledRunsLeftAreRemoved) {
                            "notes.txt", "20200101T000000Z-x-CleanUp.jsonl", "2020.jsonl"}) {
     std::ofstream(folder_.Path() / "journal" / name) << "x";
   }
-  effects::RemoveOldJournals(folder_.Path() / "journal", kMoment, 90);
+  effects::RemoveOldJournals(folder_.Path() / "journal", kBegun, 90);
   EXPECT_THAT(Names(), ElementsAre("2020.jsonl", "20200101T000000Z-x-CleanUp.jsonl",
                                    "20260824T030000Z-1-Archive.jsonl", "notes.txt"));
-  effects::RemoveOldJournals(folder_.Path() / "none", kMoment, 90);
+  effects::RemoveOldJournals(folder_.Path() / "none", kBegun, 90);
 }
 
 TEST_F(JournalTest, JournalsAreListedInTheOrderOfTime) {

@@ -13,7 +13,7 @@ using orvane_test::HeardLines;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const effects::MailSending kMail{"a@x", "Case 26"};
+const effects::MailSending kCustomerMail{"a@x", "Case 26"};
 
 class Numbers final : public effects::Listener {
  public:
@@ -26,7 +26,8 @@ TEST(RecorderTest, EveryLineHasTheNextNumber) {
   Numbers numbers;
   recorder.Add(numbers);
   recorder.Start({});
-  recorder.RecordFailure(recorder.Record(kMail), automation::Error(automation::ErrorNumber::DiskFull));
+  recorder.RecordFailure(recorder.Record(kCustomerMail),
+                         automation::Error(automation::ErrorNumber::DiskFull));
   recorder.ErrorLogged("entry");
   recorder.End(0);
   EXPECT_THAT(numbers.all, ElementsAre(1U, 2U, 3U, 4U, 5U));
@@ -42,14 +43,14 @@ TEST(RecorderTest, WhatOneListenerRefusesTheOthersHearAsFailed) {
   recorder.Add(second);
   recorder.Add(third);
   bool done = false;
-  EXPECT_EQ(ErrorOf([&] { recorder.Do(kMail, [&] { done = true; }); }).Number(), 61);
+  EXPECT_EQ(ErrorOf([&] { recorder.Do(kCustomerMail, [&] { done = true; }); }).Number(), 61);
   EXPECT_FALSE(done);
   EXPECT_EQ(first.all.size(), 2U);
   EXPECT_EQ(first.all[1], R"j({"op":"failed","of":1,"error":"Disk full (61)","outcome":"no"})j");
   EXPECT_THAT(third.all, IsEmpty());
   EXPECT_THAT(recorder.CountsSoFar().All(), IsEmpty());
   second.refuses = false;
-  recorder.Record(kMail);
+  recorder.Record(kCustomerMail);
   EXPECT_EQ(third.all.size(), 1U);
 }
 
@@ -70,7 +71,7 @@ TEST(RecorderTest, RowsOfATransactionThatIsRolledBackDoNotCount) {
   recorder.RowChanges(ADODB::Change::Delete, "T", {}, std::nullopt);
   recorder.Begin();
   recorder.RowsChange(ADODB::Change::Delete, "T", {{}, {}}, {});
-  recorder.Record(kMail);
+  recorder.Record(kCustomerMail);
   recorder.Rollback();
   recorder.Begin();
   const auto failed = recorder.RowChanges(ADODB::Change::Delete, "T", {}, std::nullopt);

@@ -151,19 +151,19 @@ class WrappersTest : public testing::Test {
   automation::RuntimeScope scope_{runtime_};
 };
 
-constexpr const char* kMail = R"j({"op":"mail.send","to":"jdoe@x.example","subject":"Case 26"})j";
+constexpr const char* kMailSent = R"j({"op":"mail.send","to":"jdoe@x.example","subject":"Case 26"})j";
 constexpr const char* kMailFailed = R"j({"op":"failed","of":1,"error":"Disk full (61)","outcome":"no"})j";
 
 TEST_F(WrappersTest, AMailIsToldBeforeItIsSent) {
   MailsFailAt("nowhere");
   Mail();
-  EXPECT_THAT(heard_.all, ElementsAre(kMail));
+  EXPECT_THAT(heard_.all, ElementsAre(kMailSent));
 }
 
 TEST_F(WrappersTest, AMailThatIsNotTakenIsToldAsFailed) {
   MailsFailAt("send");
   EXPECT_EQ(ErrorOf(&Mail).Number(), 61);
-  EXPECT_THAT(heard_.all, ElementsAre(kMail, kMailFailed));
+  EXPECT_THAT(heard_.all, ElementsAre(kMailSent, kMailFailed));
   EXPECT_EQ(recorder_.CountsSoFar().Of("mail.send").failed, 1U);
   EXPECT_EQ(recorder_.CountsSoFar().Of("mail.send").done, 0U);
 }
@@ -171,7 +171,7 @@ TEST_F(WrappersTest, AMailThatIsNotTakenIsToldAsFailed) {
 TEST_F(WrappersTest, AnAttachmentThatIsNotTakenIsAMailThatFails) {
   MailsFailAt("AddAttachment");
   EXPECT_EQ(ErrorOf(&Mail).Number(), 61);
-  EXPECT_THAT(heard_.all, ElementsAre(kMail, kMailFailed));
+  EXPECT_THAT(heard_.all, ElementsAre(kMailSent, kMailFailed));
 }
 
 TEST_F(WrappersTest, AMailThatCannotBeMadeIsAMailThatFails) {
@@ -187,7 +187,7 @@ TEST_F(WrappersTest, AMailThatCannotBeWrittenDownIsNotSent) {
   MailsFailAt("send");
   heard_.refuses = true;
   EXPECT_EQ(ErrorOf(&Mail).Number(), 61);
-  EXPECT_THAT(heard_.all, ElementsAre(kMail)) << "told, refused, and never handed on";
+  EXPECT_THAT(heard_.all, ElementsAre(kMailSent)) << "told, refused, and never handed on";
 }
 
 TEST_F(WrappersTest, EveryEntryInTheErrorLogIsToldAndPassedOn) {

@@ -1,6 +1,5 @@
 #include "tests/fuzz/fuzz_targets.hpp"
 
-#include <cstdlib>
 #include <string>
 
 #include "platform/adodb/cursor/criterion.hpp"
@@ -13,14 +12,6 @@
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_fuzz {
-namespace {
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
-
 void SqlText(std::string_view bytes) {
   using namespace ADODB::engine;
   if (bytes.empty()) return;

@@ -3,9 +3,15 @@
 // Built with clang they are libFuzzer programs (target fuzz_NAME); everywhere a test replays a corpus.
 #pragma once
 
+#include <cstdlib>
 #include <string_view>
 
 namespace orvane_fuzz {
+
+// What must be true of any bytes.
+inline void Require(bool condition) {
+  if (!condition) std::abort();
+}
 
 // Tokenizer, statement check, translation and SELECT reader. The first byte says how much of the rest is a
 // value.

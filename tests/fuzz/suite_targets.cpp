@@ -1,5 +1,3 @@
-#include <cstdlib>
-
 #include "platform/automation/error.hpp"
 #include "platform/base/text.hpp"
 #include "suite/configuration/site_file.hpp"
@@ -12,10 +10,6 @@
 
 namespace orvane_fuzz {
 namespace {
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
 
 // Of an error in a file: "NAME:LINE: what is wrong".
 bool NamesALine(const automation::Error& error, const std::string& name) {

@@ -8,6 +8,7 @@ using MSXML2::DOMDocumentPtr;
 using MSXML2::NodePtr;
 using MSXML2::NodeType;
 using orvane_test::ErrorOf;
+using orvane_test::kFailure;
 
 namespace {
 
@@ -20,8 +21,6 @@ class DomTest : public orvane_test::XmlTest {
     return document->selectSingleNode("//" + std::string(name));
   }
 };
-
-constexpr std::int32_t kFailure = -2147467259;
 
 TEST_F(DomTest, BuildsElementsAttributesAndTexts) {
   const DOMDocumentPtr document = Parsed("<Root></Root>");

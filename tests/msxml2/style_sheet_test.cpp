@@ -10,10 +10,9 @@ using MSXML2::NodePtr;
 using MSXML2::XSLProcessorPtr;
 using MSXML2::XSLTemplatePtr;
 using orvane_test::ErrorOf;
+using orvane_test::kFailure;
 
 namespace {
-
-constexpr std::int32_t kFailure = -2147467259;
 
 class StyleSheetTest : public orvane_test::XmlTest {
  protected:

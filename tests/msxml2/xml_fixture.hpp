@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -19,6 +20,9 @@
 #include "tests/support/test_runtime.hpp"
 
 namespace orvane_test {
+
+// What everything that is wrong with XML raises.
+inline constexpr std::int32_t kFailure = -2147467259;
 
 class XmlTest : public testing::Test {
  protected:

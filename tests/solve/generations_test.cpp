@@ -20,14 +20,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = WholeSuite::Texts;
 
-constexpr const char* kLongAgo = "1999-12-31 23:59:59";
 constexpr const char* kOneMinuteAgo = "2004-07-26 09:04:03";
 constexpr const char* kFiftyNineSecondsAgo = "2004-07-26 09:04:04";
 constexpr const char* kNow = "2004-07-26 09:05:03";
 constexpr const char* kIn48Hours = "2004-07-28 09:05:03";
 constexpr const char* kTomorrow = "2004-07-27 09:05:03";
-constexpr const char* kPost = "\x01\x02\x03\x04 2004-07-20 10:00:00.000";
-constexpr const char* kAnswer = "\x04\x03\x02\x01 2004-07-21 11:30:00.000";
 
 enum class Fate { Waits, Reminded, Concluded };
 

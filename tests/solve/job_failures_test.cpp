@@ -24,7 +24,6 @@ using testing::StartsWith;
 using Texts = WholeSuite::Texts;
 using Script = std::vector<std::string>;
 
-constexpr const char* kLongAgo = "1999-12-31 23:59:59";
 constexpr const char* kPage = "26953.htm";  // of every mail, since the clock stands still
 constexpr const char* kNotSet = "Object variable or With block variable not set (91).";
 

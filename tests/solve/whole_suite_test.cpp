@@ -13,10 +13,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr const char* kLongAgo = "1999-12-31 23:59:59";
-constexpr const char* kPost = "\x01\x02\x03\x04 2004-07-20 10:00:00.000";
-constexpr const char* kAnswer = "\x04\x03\x02\x01 2004-07-21 11:30:00.000";
-
 INSTANTIATE_TEST_SUITE_P(Engines, WholeSuiteTest, testing::ValuesIn(SuiteTablesMakers()), NameOfTables);
 
 TEST_P(WholeSuiteTest, TextBodiesAreInTheLanguageOfTheirReader) {

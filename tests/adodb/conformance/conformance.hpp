@@ -25,6 +25,11 @@
 
 namespace orvane_test {
 
+// Every kind of record set can be changed.
+inline constexpr ADODB::CursorType kCursorTypes[] = {ADODB::CursorType::ForwardOnly,
+                                                     ADODB::CursorType::Keyset, ADODB::CursorType::Dynamic,
+                                                     ADODB::CursorType::Static};
+
 class Conformance : public testing::TestWithParam<EngineMaker> {
  protected:
   Conformance();

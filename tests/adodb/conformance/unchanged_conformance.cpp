@@ -12,12 +12,9 @@ using automation::DateTime;
 using automation::Variant;
 using testing::ElementsAre;
 
-constexpr CursorType kUpdatable[] = {CursorType::ForwardOnly, CursorType::Keyset, CursorType::Dynamic,
-                                     CursorType::Static};
-
 TEST_P(Conformance, DoesNotDeleteOrChangeARowThatIsNotWhatWasRead) {
   const auto connection = Connect();
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     for (const LockType lock : {LockType::Optimistic, LockType::Pessimistic}) {
       MakeNumbers(3);
       const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, lock);
@@ -61,7 +58,7 @@ TEST_P(Conformance, ADynamicCursorChangesAndDeletesOnlyARowThatIsWhollyAsItWas) 
 
 TEST_P(Conformance, WritesOverAValueOnlyWhileItIsWhatItWas) {
   const auto connection = Connect();
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     MakeNumbers(2);
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
     EXPECT_EQ(rows->Value("ID"), Variant(1));
@@ -158,7 +155,7 @@ TEST_P(Conformance, NoticesTheSmallestChangeOfAColumnOfAnyType) {
                    << "kind " << static_cast<int>(column.kind) << ", value " << value.substr(0, 40));
       engine->Run("DELETE FROM " + table);
       engine->Run("INSERT INTO " + table + " VALUES (1," + value + ",0)");
-      for (const CursorType cursor : kUpdatable) {
+      for (const CursorType cursor : kCursorTypes) {
         const auto rows = Open(all, connection, cursor, LockType::Optimistic);
         rows->Value("V");
         rows->SetValue("N", static_cast<int>(cursor));
@@ -181,7 +178,7 @@ TEST_P(Conformance, WhatTheSetItselfWroteIsNotComparedInAnotherForm) {
   const DateTime seen = DateTime::FromUnixMicroseconds(
       DateTime::FromParts({.year = 2004, .month = 2, .day = 29, .hour = 23}).UnixMicroseconds() + 123456);
   const auto connection = Connect();
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     MakePeople();
     const auto rows = Open("SELECT * FROM PEOPLE", connection, cursor, LockType::Optimistic);
     for (const char* name : {"first", "second"}) {

@@ -11,9 +11,6 @@ using automation::DateTime;
 using automation::Variant;
 using testing::ElementsAre;
 
-constexpr CursorType kUpdatable[] = {CursorType::ForwardOnly, CursorType::Keyset, CursorType::Dynamic,
-                                     CursorType::Static};
-
 TEST_P(Conformance, GivesEveryTypeItsVariant) {
   engine->CreateTable("TYPES", {{"ID", ColumnKind::Key},
                                 {"BIG", ColumnKind::BigInteger},
@@ -58,7 +55,7 @@ TEST_P(Conformance, WritesEveryTypeBack) {
   MakePeople();
   const DateTime seen =
       DateTime::FromParts({.year = 2004, .month = 2, .day = 29, .hour = 23, .minute = 59, .second = 58});
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     const auto connection = Connect();
     const auto rows = Open("SELECT * FROM PEOPLE WHERE ID = 1", connection, cursor, LockType::Optimistic);
     rows->SetValue("NAME", "O'Brien; -- \\ \xE2\x82\xAC");
@@ -123,7 +120,7 @@ TEST_P(Conformance, ReadsBackTheNumberThatTheDatabaseGave) {
 TEST_P(Conformance, ChangesAndDeletesTheRowThatItJustAdded) {
   MakePeople();
   const auto connection = Connect();
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     const auto rows = Open("SELECT * FROM PEOPLE", connection, cursor, LockType::Optimistic);
     rows->AddNew();
     rows->SetValue("NAME", "new");
@@ -150,7 +147,7 @@ TEST_P(Conformance, InsertsNothingWhenTheDatabaseRejectsAValue) {
 }
 
 TEST_P(Conformance, DeletesTheCurrentRowAndStaysOnIt) {
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     MakeNumbers(3);
     const auto connection = Connect();
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
@@ -171,7 +168,7 @@ TEST_P(Conformance, DeletesTheCurrentRowAndStaysOnIt) {
 }
 
 TEST_P(Conformance, DeletesRowsHereAndThereWhileWalkingMany) {
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     MakeNumbers(2100);
     const auto connection = Connect();
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
@@ -185,7 +182,7 @@ TEST_P(Conformance, DeletesRowsHereAndThereWhileWalkingMany) {
 }
 
 TEST_P(Conformance, FailsWhenTheRowWasDeletedBySomeoneElse) {
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     MakeNumbers(3);
     const auto connection = Connect();
     const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
@@ -267,7 +264,7 @@ TEST_P(Conformance, RefusesChangesOnAReadOnlyRecordSet) {
     EXPECT_EQ(NumberOf([&] { rows->SetValue("NAME", 1); }), 3251);
     EXPECT_EQ(NumberOf([&] { rows->Update(); }), 3251);
   };
-  for (const CursorType cursor : kUpdatable) {
+  for (const CursorType cursor : kCursorTypes) {
     refuses(Open("SELECT * FROM NUMBERS", connection, cursor, LockType::ReadOnly));
   }
   refuses(Open("SELECT DISTINCT NAME FROM NUMBERS", connection, CursorType::Keyset, LockType::Optimistic));

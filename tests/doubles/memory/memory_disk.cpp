@@ -4,16 +4,12 @@
 #include <cstddef>
 
 #include "platform/scripting/path_text.hpp"
+#include "tests/doubles/memory/items.hpp"
 
 namespace Scripting::memory {
 namespace {
 
-using automation::Error;
 using automation::ErrorNumber;
-
-[[noreturn]] void Raise(ErrorNumber number) {
-  throw Error(number, "Scripting.FileSystemObject");
-}
 
 // The parts after the drive, "." and ".." worked out.
 std::vector<std::string> Parts(std::string_view path) {

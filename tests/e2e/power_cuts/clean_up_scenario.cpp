@@ -16,8 +16,6 @@ using testing::IsSubsetOf;
 using testing::IsSupersetOf;
 using Strings = std::vector<std::string>;
 
-constexpr long kHour = 3600;
-
 const Strings& KeptFiles() {
   static const Strings files{"CHAT/live.txt",
                              "DispatchFiles/new.xml",

@@ -6,8 +6,6 @@
 namespace orvane_test {
 namespace {
 
-constexpr long kDay = 86'400;
-
 class DormantScenario final : public Scenario {
  public:
   using Scenario::Scenario;

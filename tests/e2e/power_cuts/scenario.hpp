@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/hand_made_suite.hpp"
 #include "tests/e2e/power_cuts/suite.hpp"
 
 namespace orvane_test {

@@ -14,7 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
-constexpr long kHour = 3600;
 constexpr int kReminded[] = {1, 2, 3};
 constexpr int kConcluded[] = {4, 5, 6};
 
