@@ -13,6 +13,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/e2e/demo_suite.hpp"
+
 namespace orvane_test {
 namespace {
 
@@ -35,8 +37,7 @@ fs::path OriginalHome() {
   static const TemporaryFolder folder;
   static const fs::path home = [] {
     fs::path made = folder.Path() / "home";
-    const Outcome outcome = RunHost({"init", made.string(), "--demo"});
-    if (outcome.exitCode != 0) throw std::runtime_error(outcome.err);
+    MakeDemoSuite(made);
     // A few hundred customers tell as much as ten thousand.
     RunScript(made / "db/orvane.sqlite", "DELETE FROM PROSPECT WHERE PROSPECTID % 50 <> 0; VACUUM");
     return made;
