@@ -39,6 +39,11 @@ set(ORVANE_STANDARD_HEADERS
 
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
 if(ORVANE_PRECOMPILE AND CMAKE_BUILD_TYPE STREQUAL "Debug")
+  # Some files of a target are compiled as one: their headers are read, and the templates that they share compiled, once. Of a
+  # member whose type is another file's own g++ warns there as if that file were a header.
+  set(CMAKE_UNITY_BUILD ON)
+  set(CMAKE_UNITY_BUILD_BATCH_SIZE 6)
+  add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
   add_library(standard_headers STATIC "${CMAKE_BINARY_DIR}/precompiled.cpp")
   target_link_libraries(standard_headers PRIVATE orvane_options)
   orvane_product_options(standard_headers)
