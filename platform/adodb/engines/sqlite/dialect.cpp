@@ -50,6 +50,13 @@ class Sqlite : public Dialect {
            " END IS ? COLLATE BINARY";
   }
 
+  // As orvane_asdate gives a moment.
+  automation::Variant ComparedValue(const automation::Variant& value, ColumnType type) const override {
+    const auto* moment =
+        type == ColumnType::DateTime ? std::get_if<automation::DateTime>(&value.Get()) : nullptr;
+    return moment == nullptr ? value : moment->UnixMicroseconds();
+  }
+
   // Neither a literal nor a parameter has an affinity of its own.
   bool ComparesBoundValuesAsLiterals() const override { return true; }
 

@@ -55,8 +55,11 @@ void AsDate(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) 
   try {
     const bool isText = IsText(arguments[0]);
     const std::string_view text = TextOf(arguments[0]);
-    const auto moment = isText ? engine::ParseIso(text) : std::nullopt;
-    GiveText(context, moment ? automation::IsoText(*moment) : text);
+    if (const auto moment = isText ? engine::ParseIso(text) : std::nullopt) {
+      sqlite3_result_int64(context, moment->UnixMicroseconds());
+    } else {
+      GiveText(context, text);
+    }
   } catch (...) {
     sqlite3_result_error_nomem(context);
   }

@@ -11,7 +11,7 @@ namespace ADODB::sqlite {
 // for NULL and for a value that is no date.
 //
 // orvane_asdate(value), orvane_asboolean(value): a stored value as reading it from a column of that type
-// gives it, written in the one form in which parameters are: whether a row still reads as it did.
+// gives it, a moment as microseconds: whether a row still reads as it did.
 void RegisterFunctions(sqlite3* database);
 
 }  // namespace ADODB::sqlite

@@ -13,10 +13,10 @@ namespace {
 using automation::Variant;
 using engine::ColumnType;
 
-std::string_view Bytes(sqlite3_stmt* statement, int place) {
+std::string_view Bytes(sqlite3_value* value) {
   // Asked for as a blob, a text is not converted; its length is right after the pointer was fetched.
-  const auto* data = static_cast<const char*>(sqlite3_column_blob(statement, place));
-  const int length = sqlite3_column_bytes(statement, place);
+  const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
+  const int length = sqlite3_value_bytes(value);
   return data == nullptr ? std::string_view() : std::string_view(data, static_cast<std::size_t>(length));
 }
 
@@ -53,13 +53,14 @@ ColumnType TypeOfDeclaration(std::string_view declaration) {
 }
 
 void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& into) {
-  const int stored = sqlite3_column_type(statement, place);
+  // One thread uses the database at a time, so its values need no protection.
+  sqlite3_value* const value = sqlite3_column_value(statement, place);
+  const int stored = sqlite3_value_type(value);
   // A number is a date to whoever converts it: 0 the 30th of December 1899, older than anything. As a text it
   // is none.
   if (type == ColumnType::DateTime && (stored == SQLITE_INTEGER || stored == SQLITE_FLOAT)) {
-    const void* text = sqlite3_column_text(statement, place);
-    into.SetText(
-        {static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_column_bytes(statement, place))});
+    const void* text = sqlite3_value_text(value);
+    into.SetText({static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_value_bytes(value))});
     return;
   }
   switch (stored) {
@@ -67,7 +68,7 @@ void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& int
       into = Variant::Null();
       break;
     case SQLITE_INTEGER: {
-      const std::int64_t number = sqlite3_column_int64(statement, place);
+      const std::int64_t number = sqlite3_value_int64(value);
       if (type == ColumnType::Boolean) {
         into = number != 0;
       } else if (type == ColumnType::Double) {
@@ -78,7 +79,7 @@ void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& int
       break;
     }
     case SQLITE_FLOAT: {
-      const double number = sqlite3_column_double(statement, place);
+      const double number = sqlite3_value_double(value);
       if (type == ColumnType::Boolean) {
         into = number != 0;
       } else {
@@ -87,7 +88,7 @@ void ReadValue(sqlite3_stmt* statement, int place, ColumnType type, Variant& int
       break;
     }
     default:
-      OfText(Bytes(statement, place), type, into);
+      OfText(Bytes(value), type, into);
   }
 }
 
