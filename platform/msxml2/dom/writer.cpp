@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
-#include <vector>
+#include <memory>
 
 #include "platform/msxml2/failure.hpp"
 #include "platform/msxml2/libxml/parse.hpp"
@@ -40,16 +40,16 @@ class Writer {
   }
 
   void Raw(std::string_view text) {
-    if (text.size() > buffer_.size() - used_) {
+    if (text.size() > kPiece - used_) {
       Flush();
-      if (text.size() > buffer_.size()) return sink_(text);
+      if (text.size() > kPiece) return sink_(text);
     }
-    std::memcpy(buffer_.data() + used_, text.data(), text.size());
+    std::memcpy(buffer_.get() + used_, text.data(), text.size());
     used_ += text.size();
   }
 
   void Flush() {
-    if (used_ != 0) sink_({buffer_.data(), used_});
+    if (used_ != 0) sink_({buffer_.get(), used_});
     used_ = 0;
   }
 
@@ -115,7 +115,7 @@ class Writer {
   }
 
   const std::function<void(std::string_view)>& sink_;
-  std::vector<char> buffer_ = std::vector<char>(kPiece);
+  const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kPiece);
   std::size_t used_ = 0;
   int depth_ = 0;
 };

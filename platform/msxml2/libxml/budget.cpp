@@ -16,31 +16,29 @@ namespace {
 
 thread_local Budget* spending = nullptr;
 
-// Small pieces are given beyond the limit as well: the library gets out of a failed large one more surely,
-// and until its next step it asks for few of them.
-constexpr std::size_t kLarge = 65'536;
-constexpr unsigned int kAskedBetweenClocks = 256;
-
 void* Allocate(std::size_t size) {
-  if (spending != nullptr && !spending->Allow(size)) return nullptr;
+  Budget* const budget = spending;
+  if (budget == nullptr) return std::malloc(size);
+  if (!budget->Allow(size)) return nullptr;
   void* const memory = std::malloc(size);
-  if (spending != nullptr) spending->Took(malloc_usable_size(memory));
+  budget->Took(malloc_usable_size(memory));
   return memory;
 }
 
 void* Reallocate(void* memory, std::size_t size) {
-  if (spending == nullptr) return std::realloc(memory, size);
+  Budget* const budget = spending;
+  if (budget == nullptr) return std::realloc(memory, size);
   const std::size_t before = malloc_usable_size(memory);
-  if (size > before && !spending->Allow(size - before)) return nullptr;
+  if (size > before && !budget->Allow(size - before)) return nullptr;
   void* const moved = std::realloc(memory, size);
   if (moved == nullptr) return nullptr;
-  spending->Returned(before);
-  spending->Took(malloc_usable_size(moved));
+  budget->Returned(before);
+  budget->Took(malloc_usable_size(moved));
   return moved;
 }
 
 void Free(void* memory) {
-  if (spending != nullptr) spending->Returned(malloc_usable_size(memory));
+  if (Budget* const budget = spending; budget != nullptr) budget->Returned(malloc_usable_size(memory));
   std::free(memory);
 }
 
@@ -73,19 +71,16 @@ Budget::~Budget() {
   xmlSetGenericErrorFunc(errorsContext_, errors_);
 }
 
-bool Budget::Allow(std::size_t bytes) {
-  const std::ptrdiff_t after = used_ + static_cast<std::ptrdiff_t>(bytes);
-  const bool within = after <= static_cast<std::ptrdiff_t>(limits_.memory);
+bool Budget::AllowWithALook(std::size_t bytes) {
+  const bool within = IsWithin(bytes);
   if (!within) {
     Stop("The style sheet was stopped: it took more than " + std::to_string(limits_.memory >> 20U) +
          " MiB of memory.");
   }
-  if (bytes >= kLarge || ++asked_ % kAskedBetweenClocks == 0) {
-    if (std::chrono::steady_clock::now() >= end_) {
-      Stop("The style sheet was stopped: it ran for more than " +
-           std::to_string(std::chrono::duration_cast<std::chrono::seconds>(limits_.time).count()) +
-           " seconds.");
-    }
+  if (std::chrono::steady_clock::now() >= end_) {
+    Stop("The style sheet was stopped: it ran for more than " +
+         std::to_string(std::chrono::duration_cast<std::chrono::seconds>(limits_.time).count()) +
+         " seconds.");
   }
   return within || bytes < kLarge;
 }

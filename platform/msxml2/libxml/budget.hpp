@@ -33,11 +33,23 @@ class Budget {
   const std::string& Exceeded() const { return exceeded_; }
 
   // For the allocator: whether `bytes` more may be had, and what was given and taken back.
-  bool Allow(std::size_t bytes);
+  bool Allow(std::size_t bytes) {
+    const bool looks = bytes >= kLarge || ++asked_ % kAskedBetweenClocks == 0 || !IsWithin(bytes);
+    return !looks || AllowWithALook(bytes);
+  }
   void Took(std::size_t bytes) { used_ += static_cast<std::ptrdiff_t>(bytes); }
   void Returned(std::size_t bytes) { used_ -= static_cast<std::ptrdiff_t>(bytes); }
 
  private:
+  // Small pieces are given beyond the limit as well: the library gets out of a failed large one more surely,
+  // and until its next step it asks for few of them.
+  static constexpr std::size_t kLarge = 65'536;
+  static constexpr unsigned int kAskedBetweenClocks = 256;
+
+  bool IsWithin(std::size_t bytes) const {
+    return used_ + static_cast<std::ptrdiff_t>(bytes) <= static_cast<std::ptrdiff_t>(limits_.memory);
+  }
+  bool AllowWithALook(std::size_t bytes);
   void Stop(std::string why);
 
   Limits limits_;
