@@ -44,6 +44,11 @@ bool KeyedRows::IsOutdated() const {
   return (isDynamic_ && freshness.WroteSince(window_.ReadAt())) || freshness.IsOld(window_.ReadAt());
 }
 
+// Rows that would be old before the walk reaches them are read in vain.
+void KeyedRows::GrowWindow() {
+  if (!session_->GetFreshness().IsAgeing(window_.ReadAt())) window_.Grow();
+}
+
 void KeyedRows::TakeColumns(const Rows& rows) {
   if (!columns_.empty()) return;
   columns_.assign(rows.Columns().begin(),
@@ -142,9 +147,9 @@ bool KeyedRows::Reach(std::size_t ordinal) {
   if (complete_ && !IsOutdated()) return false;
   do {
     if (IsOutdated()) {
-      window_.StartSmall();
+      window_.StartSmall(ordinal);
     } else if (KnownCount() > 0) {
-      window_.Grow();
+      GrowWindow();
     }
     ReadPage();
   } while (ordinal >= KnownCount() && !complete_);
@@ -159,9 +164,9 @@ const Row* KeyedRows::At(std::size_t ordinal, std::span<const std::uint32_t> upc
   const bool goesOn = !outdated && !window_.IsEmpty() && ordinal > window_.Last() &&
                       (!upcoming.empty() || ordinal == window_.Last() + 1);
   if (goesOn) {
-    window_.Grow();
+    GrowWindow();
   } else if (outdated || upcoming.empty()) {
-    window_.StartSmall();
+    window_.StartSmall(ordinal);
   }
   if (listed_) {
     Fetch(Wanted(ordinal, upcoming));
@@ -255,6 +260,11 @@ void KeyedRows::Replace(std::size_t ordinal, Row row) {
   if (!listed_) return;
   const KeyView key = KeyOf(row);
   if (keys_.BytesAt(ordinal) != KeyList::Bytes(key)) keys_.Change(ordinal, key);
+}
+
+bool KeyedRows::Holds(std::size_t column, const automation::Variant& value) const {
+  return Run({statements_.Select().Holding(columns_[column].baseColumn, session_->GetDialect()), {value}})
+      ->Next();
 }
 
 std::size_t KeyedRows::Requery(std::size_t ordinal, const Visit& visit) {

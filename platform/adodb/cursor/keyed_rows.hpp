@@ -32,9 +32,11 @@ class KeyedRows : public RowSource {
   void Rewind() override;
   bool IsDynamic() const override { return isDynamic_; }
   std::size_t Requery(std::size_t ordinal, const Visit& visit) override;
+  bool Holds(std::size_t column, const automation::Variant& value) const override;
 
  private:
   bool IsOutdated() const;
+  void GrowWindow();
   std::unique_ptr<Rows> Run(const KeyedSelect::Query& query) const;
   void TakeColumns(const Rows& rows);
   KeyView KeyOf(const Row& row) const { return KeyView(row).subspan(columns_.size()); }

@@ -23,6 +23,7 @@ class KeyedSelect {
   KeyedSelect(const Dialect& dialect, SelectShape select, const std::vector<std::string>& keyColumns);
 
   std::size_t KeyCount() const { return keyNames_.size(); }
+  const SelectShape& Select() const { return select_; }
   bool HasOrder() const { return !select_.order.empty(); }
   // Whether the rows are chosen by a subquery: they do not come in the order of the key by themselves. A
   // string that looks like one counts, which does no harm.

@@ -52,6 +52,11 @@ bool KeylessRows::IsStillThere(const Row& row) const {
   return session_->Query(dialect.Limited("1", table.From(condition), 1), parameters)->Next();
 }
 
+bool KeylessRows::Holds(std::size_t column, const automation::Variant& value) const {
+  const std::string sql = select_.Holding(Columns()[column].baseColumn, session_->GetDialect());
+  return session_->Query(sql, {value})->Next();
+}
+
 std::size_t KeylessRows::Requery(std::size_t ordinal, const Visit& visit) {
   std::string before;
   const auto bytes = [&](std::size_t at) {

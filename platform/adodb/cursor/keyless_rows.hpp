@@ -30,6 +30,7 @@ class KeylessRows : public RowSource {
   void Replace(std::size_t ordinal, Row row) override { copy_->Replace(ordinal, std::move(row)); }
   bool IsDynamic() const override { return isDynamic_; }
   std::size_t Requery(std::size_t ordinal, const Visit& visit) override;
+  bool Holds(std::size_t column, const automation::Variant& value) const override;
 
  private:
   bool IsOutdated(const Freshness::Stamp& stamp) const;

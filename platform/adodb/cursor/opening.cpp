@@ -57,9 +57,8 @@ OpenedRows OpenRows(const std::shared_ptr<SharedSession>& session, const SharedS
   } else {
     opened.source = std::make_unique<KeyedRows>(session, *select, table, isDynamic, mostRows);
   }
-  opened.select = *select;
   if (changes && opened.source) {
-    opened.writer = std::make_unique<RowWriter>(session, opened.select.table, std::move(table),
+    opened.writer = std::make_unique<RowWriter>(session, select->table, std::move(table),
                                                 opened.source->Columns(), std::move(keyColumns));
   }
   return opened;

@@ -14,7 +14,6 @@ namespace ADODB::engine {
 struct OpenedRows {
   std::unique_ptr<RowSource> source;  // null where the statement yields no columns
   std::unique_ptr<RowWriter> writer;  // null where the rows cannot be changed
-  SelectShape select;                 // of a dynamic source
 };
 
 // Rows that are walked by key, or changed, where the statement is a plain select of one table whose rows can

@@ -10,11 +10,10 @@ namespace ADODB::engine {
 
 using automation::ErrorNumber;
 
-Position::Position(std::shared_ptr<SharedSession> session, RowSource& source, SelectShape select,
-                   std::optional<std::vector<std::uint32_t>> shown)
-    : session_(std::move(session)),
+Position::Position(SharedSession& session, RowSource& source, std::optional<std::vector<std::uint32_t>> shown)
+    : session_(session),
       source_(source),
-      searches_(session_, source, std::move(select)),
+      searches_(session, source),
       reads_(source.Columns().size()),
       filter_(std::move(shown)) {}
 
@@ -128,7 +127,7 @@ void Position::WasAdded(std::size_t ordinal, const Row& row, std::size_t columns
 
 bool Position::Meets(const Row& row, const Sought& sought) const {
   const Column& column = source_.Columns()[sought.column];
-  return ComparisonBytes(row[sought.column], session_->GetDialect(), column) == sought.bytes;
+  return ComparisonBytes(row[sought.column], session_.GetDialect(), column) == sought.bytes;
 }
 
 // The place of the first record from the current one on that the index has.

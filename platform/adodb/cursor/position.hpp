@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,9 +25,9 @@ struct Sought {
 // from the front need not fetch the front. Raises 3021 as Recordset's members do.
 class Position {
  public:
-  // Stands on the first record. The source must outlive the position; `select` is that of a dynamic one.
-  // `shown` holds the ordinals to show, ascending or not, where they are not all.
-  Position(std::shared_ptr<SharedSession> session, RowSource& source, SelectShape select,
+  // Stands on the first record. The session and the source must outlive the position. `shown` holds the
+  // ordinals to show, ascending or not, where they are not all.
+  Position(SharedSession& session, RowSource& source,
            std::optional<std::vector<std::uint32_t>> shown = std::nullopt);
 
   bool IsBof();
@@ -60,7 +59,7 @@ class Position {
   bool Meets(const Row& row, const Sought& sought) const;
   std::optional<std::size_t> PlaceOf(const ValueIndex& index, const Sought& sought) const;
 
-  std::shared_ptr<SharedSession> session_;
+  SharedSession& session_;
   RowSource& source_;
   Searches searches_;
 

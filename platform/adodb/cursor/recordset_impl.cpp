@@ -26,7 +26,7 @@ struct RecordsetImpl::OpenSet {
         source(std::move(rows.source)),
         writer(std::move(rows.writer)),
         fields(owner, source->Columns(), names, session->GetDialect()),
-        position(session, *source, std::move(rows.select), std::move(order)) {}
+        position(*session, *source, std::move(order)) {}
 
   RowWriter& Writer() {
     if (!writer) Fail(ErrorNumber::FeatureNotAvailable);
@@ -116,7 +116,7 @@ void RecordsetImpl::OpenPrepared(std::shared_ptr<SharedSession> session,
 void RecordsetImpl::OpenCopied(std::shared_ptr<SharedSession> session, std::unique_ptr<StaticRows> rows,
                                std::vector<std::uint32_t> order) {
   set_ = std::make_unique<OpenSet>(static_cast<FieldValues&>(*this), std::move(session), CursorType::Static,
-                                   OpenedRows{std::move(rows), nullptr, {}}, std::vector<std::string>(),
+                                   OpenedRows{std::move(rows), nullptr}, std::vector<std::string>(),
                                    std::move(order));
 }
 

@@ -51,6 +51,9 @@ class RowSource {
   using Visit = std::function<void(std::size_t ordinal, const Row& row)>;
   virtual bool IsDynamic() const { return false; }
   virtual std::size_t Requery(std::size_t ordinal, const Visit&) { return ordinal; }
+  // For a dynamic source: whether the set as the database sees it now has a row whose `column`, which stands
+  // for one of the table, equals `value`.
+  virtual bool Holds(std::size_t /*column*/, const automation::Variant& /*value*/) const { return false; }
 
   // The row was deleted through this record set.
   void Remove(std::size_t ordinal) { holes_.Add(ordinal); }

@@ -1,6 +1,7 @@
 #include "platform/adodb/cursor/row_window.hpp"
 
 #include <algorithm>
+#include <iterator>
 
 namespace ADODB::engine {
 
@@ -13,6 +14,11 @@ std::size_t RowWindow::PlaceOf(std::size_t ordinal) const {
   return *found == ordinal ? static_cast<std::size_t>(found - ordinals_.begin()) : ordinals_.size();
 }
 
+void RowWindow::StartSmall(std::size_t ordinal) {
+  const bool wentOn = !IsEmpty() && ordinal >= First() && ordinal <= Last() + 1;
+  limit_ = wentOn ? std::min(kFew, std::max(limit_ / 2, 2 * (ordinal - First() + 1))) : kFew;
+}
+
 std::optional<const Row*> RowWindow::Find(std::size_t ordinal) const {
   const std::size_t place = PlaceOf(ordinal);
   if (place == ordinals_.size()) return std::nullopt;
@@ -22,7 +28,12 @@ std::optional<const Row*> RowWindow::Find(std::size_t ordinal) const {
 void RowWindow::Start(Freshness::Stamp readAt) {
   readAt_ = readAt;
   ordinals_.clear();
-  if (!rows_.empty()) spare_ = std::exchange(rows_, {});
+  if (spare_.empty()) {
+    spare_.swap(rows_);
+  } else {
+    std::move(rows_.begin(), rows_.end(), std::back_inserter(spare_));
+    rows_.clear();
+  }
   bytes_ = 0;
 }
 

@@ -13,16 +13,18 @@
 namespace ADODB::engine {
 
 // At most kMost rows or about kMostBytes. How many are read at a time: few where a walk has just stopped to
-// act, more and more while nothing happens.
+// act, more and more while nothing happens and they do not grow old before they are reached.
 class RowWindow {
  public:
   static constexpr std::size_t kMost = 1000;
-  static constexpr std::size_t kFewest = 32;
+  static constexpr std::size_t kFew = 32;
   static constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
 
   std::size_t Limit() const { return limit_; }
   void Grow() { limit_ = limit_ * 2 < kMost ? limit_ * 2 : kMost; }
-  void StartSmall() { limit_ = kFewest; }
+  // A walk has stopped before `ordinal`. One that does so again and again gets twice as many rows as it gets
+  // through.
+  void StartSmall(std::size_t ordinal);
   void StartLarge() { limit_ = kMost; }
 
   bool IsEmpty() const { return ordinals_.empty(); }

@@ -58,9 +58,10 @@ void RowWriter::RequireOne(std::int64_t affected) const {
 void RowWriter::Delete(const Row& row, const std::vector<bool>& compared) {
   const Condition& condition = ConditionFor(compared);
   Parameters parameters;
+  parameters.reserve(shape_.keyColumns.size() + condition.values.size());
   BindCondition(row, condition, parameters);
-  Observed(Change::Delete, row, condition,
-           [&] { RequireOne(session_->Execute(condition.deletion, parameters)); });
+  const auto make = [&] { RequireOne(session_->Execute(condition.deletion, parameters)); };
+  Observed(Change::Delete, row, condition, std::cref(make));
 }
 
 Row RowWriter::Update(const Row& row, const Changes& changes, const std::vector<bool>& compared) {

@@ -3,13 +3,11 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <optional>
 
 #include "platform/adodb/cursor/row_source.hpp"
 #include "platform/adodb/cursor/value_index.hpp"
 #include "platform/adodb/session/shared_session.hpp"
-#include "platform/adodb/sql/select_shape.hpp"
 
 namespace ADODB::engine {
 
@@ -18,9 +16,8 @@ namespace ADODB::engine {
 // may have come in.
 class Searches {
  public:
-  // `select` is that of a dynamic source. The source must outlive the searches.
-  Searches(std::shared_ptr<SharedSession> session, RowSource& source, SelectShape select)
-      : session_(std::move(session)), source_(source), select_(std::move(select)) {}
+  // The session and the source must outlive the searches.
+  Searches(SharedSession& session, RowSource& source) : session_(session), source_(source) {}
 
   // The index of a column. `place` is an ordinal that the caller keeps, and is told where its row went; it is
   // left alone where nothing had to be read anew. What it raises leaves the source fit for use.
@@ -36,11 +33,8 @@ class Searches {
   void Drop(std::size_t column) { indexes_.erase(column); }
 
  private:
-  bool Holds(const Column& column, const automation::Variant& value) const;
-
-  std::shared_ptr<SharedSession> session_;
+  SharedSession& session_;
   RowSource& source_;
-  SelectShape select_;
   std::map<std::size_t, ValueIndex> indexes_;  // by column
   bool placesKept_ = false;                    // of a dynamic source
   std::optional<std::int64_t> mark_;           // of the database when the set was read

@@ -26,11 +26,9 @@ StillReads::StillReads(const Dialect& dialect, const Column& column)
 
 void StillReads::Bind(const Dialect& dialect, const automation::Variant& value,
                       Parameters& parameters) const {
-  const auto* bytes = std::get_if<std::string>(&value.Get());
-  if (type == ColumnType::Binary && bytes != nullptr) {
-    parameters.insert(parameters.end(), marks, HexDigits(*bytes));
-  } else {
-    parameters.insert(parameters.end(), marks, dialect.ComparedValue(value, type));
+  const auto* bytes = type == ColumnType::Binary ? std::get_if<std::string>(&value.Get()) : nullptr;
+  for (std::size_t i = 0; i < marks; ++i) {
+    parameters.push_back(bytes != nullptr ? HexDigits(*bytes) : dialect.ComparedValue(value, type));
   }
 }
 

@@ -34,6 +34,8 @@ class Freshness {
   Stamp Now() const { return {clock_(), writes_.load(std::memory_order_relaxed)}; }
 
   bool IsOld(const Stamp& stamp) const { return clock_() - stamp.time > kLimit; }
+  // Whether twice as many such rows would be old before all of them are shown.
+  bool IsAgeing(const Stamp& stamp) const { return clock_() - stamp.time > kLimit / 2; }
   bool WroteSince(const Stamp& stamp) const {
     return writes_.load(std::memory_order_relaxed) != stamp.writes;
   }

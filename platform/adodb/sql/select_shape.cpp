@@ -86,4 +86,8 @@ std::string SelectShape::ListWithKey(const TableShape& key, const Dialect& diale
   return text;
 }
 
+std::string SelectShape::Holding(std::string_view column, const Dialect& dialect) const {
+  return "SELECT 1" + From(name + "." + dialect.QuotedName(column) + " = ?");
+}
+
 }  // namespace ADODB::engine

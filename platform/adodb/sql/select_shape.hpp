@@ -36,6 +36,8 @@ struct SelectShape {
   std::string From(std::string_view extraCondition) const;
   // The list, and behind it the columns that address a row.
   std::string ListWithKey(const TableShape& key, const Dialect& dialect) const;
+  // Yields a row for each of the statement's whose column equals a parameter.
+  std::string Holding(std::string_view column, const Dialect& dialect) const;
 };
 
 }  // namespace ADODB::engine
