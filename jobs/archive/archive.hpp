@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -95,7 +94,7 @@ class Archive : public ArchiveService {
   // False when the rows that were written are still in the tables: the files must be restored then.
   bool purgeRows(const Customer& customer);
   void deleteWrittenRows(const Customer& customer);
-  static std::set<std::string> requireWritten(ADODB::Recordset& deleted, const RowDigests& written);
+  static std::vector<std::string> requireWritten(ADODB::Recordset& deleted, const RowDigests& written);
   static bool purgeWasCommitted(const std::vector<std::string>& requests);
   static bool writtenRowsAreGone(const Customer& customer, bool outcomeUnknown);
 

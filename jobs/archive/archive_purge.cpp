@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "common/connections.hpp"
@@ -104,10 +104,10 @@ void Archive::deleteWrittenRows(const Customer& customer) {
   command->SetActiveConnection(m_cnConnection);
   m_cnConnection->BeginTrans();
   command->SetCommandText(deleteTransactions);
-  const std::set<std::string> emptied =
+  const std::vector<std::string> emptied =
       requireWritten(*command->ExecuteDelete(ADODB::Deleted::Rows), customer.writtenTransactions);
   command->SetCommandText(deleteQuestions);
-  const std::set<std::string> requests =
+  const std::vector<std::string> requests =
       requireWritten(*command->ExecuteDelete(ADODB::Deleted::Rows), customer.writtenRequests);
   // Nothing keeps a request from being reopened between the two statements.
   if (!std::includes(requests.begin(), requests.end(), emptied.begin(), emptied.end())) {
@@ -119,18 +119,22 @@ void Archive::deleteWrittenRows(const Customer& customer) {
 
 // Rows that came in or were edited after the files were written would be deleted without a copy. They wait
 // for the next run, with the rest of the customer's. Fewer rows than were written are no loss: somebody else
-// has deleted them. Tells the numbers of the deleted rows' requests.
-std::set<std::string> Archive::requireWritten(ADODB::Recordset& deleted, const RowDigests& written) {
+// has deleted them. Tells the numbers of the deleted rows' requests, each once, in order.
+std::vector<std::string> Archive::requireWritten(ADODB::Recordset& deleted, const RowDigests& written) {
   RowDigests gone;
-  std::set<std::string> requests;
+  std::vector<std::string> requests;
   for (; !deleted.Eof(); deleted.MoveNext()) {
     gone.Add(deleted.Fields());
-    requests.insert(automation::ToText(deleted.Value("Q_ID")));
+    std::string request = automation::ToText(deleted.Value("Q_ID"));
+    if (requests.empty() || requests.back() != request) requests.push_back(std::move(request));
   }
-  const std::size_t count = gone.NotAmong(written);
-  if (count == 0) return requests;
-  throw Error(ErrorNumber::InternalError, kArchiveSource,
-              std::to_string(count) + " rows came in or were changed after the files were written");
+  if (const std::size_t count = gone.NotAmong(written); count > 0) {
+    throw Error(ErrorNumber::InternalError, kArchiveSource,
+                std::to_string(count) + " rows came in or were changed after the files were written");
+  }
+  std::sort(requests.begin(), requests.end());
+  requests.erase(std::unique(requests.begin(), requests.end()), requests.end());
+  return requests;
 }
 
 // A written request is asked for by deleting it and taking that back: a server that is still busy with the

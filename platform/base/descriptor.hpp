@@ -64,6 +64,9 @@ inline ssize_t ReadSome(int descriptor, char* buffer, std::size_t size) {
 
 // Puts everything up to the end into `bytes`. 0 or an errno value.
 inline int ReadAll(int descriptor, std::string& bytes) {
+  struct stat status {};
+  const bool hasSize = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  bytes.resize(hasSize ? static_cast<std::size_t>(status.st_size) + 1 : 0);  // room to meet the end at once
   std::size_t size = 0;
   for (;;) {
     if (size == bytes.size()) bytes.resize(std::max<std::size_t>(2 * size, 65'536));
@@ -84,7 +87,6 @@ inline int ReadFile(const std::string& path, std::string& bytes) {
   struct stat status {};
   if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return errno;
   if (!S_ISREG(status.st_mode)) return EISDIR;
-  bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // room to meet the end at once
   return ReadAll(file.Get(), bytes);
 }
 

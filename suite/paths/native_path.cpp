@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <system_error>
 
@@ -42,10 +44,12 @@ fs::path NativePath(std::string_view path, const fs::path& base) {
     text = base.native();
     if (text.back() != '/') text += '/';
   }
-  for (const char c : path) {
-    const char separated = c == '\\' ? '/' : c;
-    if (separated != '/' || text.empty() || text.back() != '/') text += separated;
-  }
+  const auto baseSize = static_cast<std::ptrdiff_t>(text.size());
+  text += path;
+  std::replace(text.begin() + baseSize, text.end(), '\\', '/');
+  const auto bothSeparate = [](char left, char right) { return left == '/' && right == '/'; };
+  text.erase(std::unique(text.begin() + std::max<std::ptrdiff_t>(baseSize - 1, 0), text.end(), bothSeparate),
+             text.end());
   if (text.size() > 1 && text.back() == '/') text.pop_back();
   // Nearly always the path exists as it is spelled, and one call finds out.
   if (IsThere(text)) return text;

@@ -105,7 +105,11 @@ TEST(RowCodecTest, GivesEveryValueBack) {
   std::string bytes;
   for (const Variant& value : row) ADODB::engine::Encode(value, bytes);
   const char* at = bytes.data();
-  for (const Variant& value : row) EXPECT_EQ(ADODB::engine::Decode(at), value);
+  Variant decoded;
+  for (const Variant& value : row) {
+    ADODB::engine::Decode(at, decoded);
+    EXPECT_EQ(decoded, value);
+  }
   EXPECT_EQ(at, bytes.data() + bytes.size());
 }
 

@@ -177,14 +177,15 @@ class Deletion {
       keys_.SetWidth(keyWidth);
       if (IsObserved()) FindPrimaryKey();
     }
+    Row row;
     while (rows.Next()) {
-      Row row(columns.size());
+      row.resize(columns.size());
       for (std::size_t i = 0; i < row.size(); ++i) rows.ReadInto(i, row[i]);
       for (std::size_t i = columns.size() - keyWidth; i < columns.size(); ++i) keys_.Add(row[i]);
       if (otherPrimary_) {
         for (const std::size_t place : primaryPlaces_) primaryKeys_.Add(row[place]);
       }
-      deleted_.rows->Append(std::move(row));
+      deleted_.rows->Push(row);
     }
   }
 

@@ -56,7 +56,7 @@ Row KeyList::Get(std::size_t index) const {
     return key;
   }
   const char* at = bytes_.data() + offsets_[index];
-  for (std::size_t i = 0; i < width_; ++i) key.push_back(Decode(at));
+  for (std::size_t i = 0; i < width_; ++i) Decode(at, key.emplace_back());
   return key;
 }
 

@@ -53,34 +53,41 @@ void Encode(const automation::Variant& value, std::string& bytes) {
       value.Get());
 }
 
-automation::Variant Decode(const char*& at) {
+void Decode(const char*& at, automation::Variant& value) {
   switch (static_cast<Tag>(*at++)) {
     case Tag::Null:
-      return automation::Variant::Null();
+      value = automation::Variant::Null();
+      return;
     case Tag::False:
-      return false;
+      value = false;
+      return;
     case Tag::True:
-      return true;
+      value = true;
+      return;
     case Tag::Int16:
-      return Get<std::int16_t>(at);
+      value = Get<std::int16_t>(at);
+      return;
     case Tag::Int32:
-      return Get<std::int32_t>(at);
+      value = Get<std::int32_t>(at);
+      return;
     case Tag::Int64:
-      return Get<std::int64_t>(at);
+      value = Get<std::int64_t>(at);
+      return;
     case Tag::Double:
-      return Get<double>(at);
+      value = Get<double>(at);
+      return;
     case Tag::Date:
-      return automation::DateTime::FromUnixMicroseconds(Get<std::int64_t>(at));
+      value = automation::DateTime::FromUnixMicroseconds(Get<std::int64_t>(at));
+      return;
     case Tag::Text: {
       const std::size_t size = Get<std::size_t>(at);
-      std::string text(at, size);
+      value.SetText({at, size});
       at += size;
-      return text;
+      return;
     }
     case Tag::Empty:
-      break;
+      value = automation::Variant();
   }
-  return {};
 }
 
 std::size_t MemoryOf(const Row& row) {

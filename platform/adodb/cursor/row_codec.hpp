@@ -11,7 +11,7 @@ using Row = std::vector<automation::Variant>;
 
 void Encode(const automation::Variant& value, std::string& bytes);
 // Reads one value and moves `at` behind it.
-automation::Variant Decode(const char*& at);
+void Decode(const char*& at, automation::Variant& value);
 
 // An estimate of the memory that a row takes.
 std::size_t MemoryOf(const Row& row);

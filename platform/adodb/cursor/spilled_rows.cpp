@@ -60,7 +60,7 @@ const char* SpilledRows::Bytes(std::size_t place) {
 const Row* SpilledRows::At(std::size_t place) {
   if (const auto found = changed_.find(place); found != changed_.end()) return &found->second;
   const char* at = Bytes(place);
-  for (automation::Variant& value : decoded_) value = Decode(at);
+  for (automation::Variant& value : decoded_) Decode(at, value);
   return &decoded_;
 }
 

@@ -21,17 +21,18 @@ StaticRows::StaticRows(const Rows& rows, std::size_t keyCount) {
 StaticRows::StaticRows(Rows& rows, std::size_t keyCount, std::size_t mostRows)
     : StaticRows(std::as_const(rows), keyCount) {
   const std::size_t count = rows.Columns().size();
+  Row row;
   while ((mostRows == 0 || KnownCount() < mostRows) && rows.Next()) {
-    Row row(count);
+    row.resize(count);
     for (std::size_t i = 0; i < count; ++i) rows.ReadInto(i, row[i]);
-    Push(std::move(row));
+    Push(row);
   }
 }
 
-void StaticRows::Push(Row row) {
+void StaticRows::Push(Row& row) {
   if (!more_ && small_.size() < kSmallRows && smallBytes_ < kSmallBytes) {
     smallBytes_ += MemoryOf(row);
-    small_.push_back(std::move(row));
+    small_.push_back(std::exchange(row, {}));
     return;
   }
   if (!more_) more_ = std::make_unique<SpilledRows>();
@@ -43,7 +44,7 @@ const Row* StaticRows::At(std::size_t ordinal, std::span<const std::uint32_t> /*
 }
 
 std::size_t StaticRows::Append(Row row) {
-  Push(std::move(row));
+  Push(row);
   return KnownCount() - 1;
 }
 

@@ -29,12 +29,12 @@ class StaticRows : public RowSource {
   bool Reach(std::size_t ordinal) override { return ordinal < KnownCount(); }
   std::size_t KnownCount() const override { return small_.size() + (more_ ? more_->Count() : 0); }
   const Row* At(std::size_t ordinal, std::span<const std::uint32_t> upcoming) override;
+  // What is left of the row is for the caller to use again.
+  void Push(Row& row);
   std::size_t Append(Row row) override;
   void Replace(std::size_t ordinal, Row row) override;
 
  private:
-  void Push(Row row);
-
   std::shared_ptr<const std::vector<Column>> columns_;
   std::vector<Column> keyColumns_;
   std::vector<Row> small_;  // the first rows, as they are

@@ -50,7 +50,7 @@ SQLRETURN BoundColumn::Bind(SQLHANDLE statement, SQLUSMALLINT number, ColumnType
     case ColumnType::Binary:
       break;
   }
-  text_ = std::make_unique<SQLWCHAR[]>(kTextUnits);
+  text_ = std::make_unique_for_overwrite<SQLWCHAR[]>(kTextUnits);
   return bind(form == TextForm::Utf8 ? SQL_C_CHAR : SQL_C_WCHAR, text_.get(), kTextBytes);
 }
 

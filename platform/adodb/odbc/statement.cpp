@@ -91,24 +91,30 @@ std::vector<SQLSMALLINT> Statement::ResultTypes() {
 std::vector<engine::Column>& Statement::Columns() {
   if (described_) return columns_;
   // A prepared statement outlives changes to its tables. Names, which follow from its text, cost most to ask.
-  std::vector<SQLSMALLINT> types = ResultTypes();
-  if (types == types_ && !columns_.empty()) {
-    described_ = true;
-    return columns_;
-  }
-  types_ = std::move(types);
+  if (columns_.empty() || ResultTypes() != types_) Describe();
+  described_ = true;
+  return columns_;
+}
+
+void Statement::Describe() {
+  types_.clear();
   columns_.clear();
-  for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(types_.size()); ++number) {
+  SQLSMALLINT count = 0;
+  Check(SQLNumResultCols(handle_.Get(), &count));
+  for (SQLUSMALLINT number = 1; number <= static_cast<SQLUSMALLINT>(count); ++number) {
+    std::array<SQLWCHAR, 256> name{};
+    SQLSMALLINT type = 0;
+    Check(SQLDescribeColW(handle_.Get(), number, name.data(), static_cast<SQLSMALLINT>(name.size()), nullptr,
+                          &type, nullptr, nullptr, nullptr));
+    types_.push_back(type);
     engine::Column column;
-    column.name = ColumnText(number, SQL_DESC_LABEL);
-    column.type = TypeOf(types_[number - 1u]);
+    column.name = ToUtf8(name);
+    column.type = TypeOf(type);
     column.baseTable = ColumnText(number, SQL_DESC_BASE_TABLE_NAME);
     if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
     columns_.push_back(std::move(column));
   }
   Bind();
-  described_ = true;
-  return columns_;
 }
 
 void Statement::Bind() {

@@ -41,6 +41,7 @@ class Statement : public engine::PreparedStatement {
   void Check(SQLRETURN status);
   void TakeResult(SQLRETURN status);
   std::vector<SQLSMALLINT> ResultTypes();
+  void Describe();
   void Bind();
   std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
 
