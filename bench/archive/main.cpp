@@ -8,7 +8,7 @@
 // 20,000 requests of 200 customers unless given; of one customer LARGEST (50,000) and a tenth of it. Moving
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
 // rows moved by then; everything else is run to its end. With a journal, without one, and as a preview
-// JOURNALED (100,000) requests OF (1,000) customers are archived.
+// JOURNALED (20,000) requests OF (200) customers are archived.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -264,10 +264,10 @@ void Measure(Bench& bench) {
   const HistorySize size{bench.Size(0, 20'000, 1'000), bench.Size(1, 200, 20)};
   if (bench.Wanted("servers")) CompareOnServers(bench, size, static_cast<int>(bench.Size(2, 4, 4)));
   if (bench.Wanted("journal")) {
-    MeasureJournal(bench, {bench.Size(4, 100'000, 1'000), bench.Size(5, 1'000, 20)});
+    MeasureJournal(bench, {bench.Size(4, 20'000, 1'000), bench.Size(5, 200, 20)});
   }
   if (bench.Wanted("preview")) {
-    MeasurePreview(bench, {bench.Size(4, 100'000, 1'000), bench.Size(5, 1'000, 20)});
+    MeasurePreview(bench, {bench.Size(4, 20'000, 1'000), bench.Size(5, 200, 20)});
   }
   if (bench.Wanted("growth")) MeasureGrowth(bench, bench.Size(3, 50'000, 1'000));
 }

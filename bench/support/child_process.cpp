@@ -127,7 +127,9 @@ Measured RunCounted(const fs::path& program, const std::vector<std::string>& arg
                                       "--callgrind-out-file=" + table.string() + ".%p"};
   words.push_back(program.string());
   words.insert(words.end(), arguments.begin(), arguments.end());
-  Measured measured = RunMeasured(perf ? kPerf : "/usr/bin/valgrind", words, environment);
+  Environment all = environment;
+  if (!perf) all.emplace_back("LD_PRELOAD=" ORVANE_SLOW_CLOCK);
+  Measured measured = RunMeasured(perf ? kPerf : "/usr/bin/valgrind", words, all);
   measured.instructions = perf ? PerfCount(table) : CallgrindCount(folder.Path());
   if (measured.instructions <= 0) throw std::runtime_error("no instructions were counted");
   return measured;

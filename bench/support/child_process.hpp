@@ -22,8 +22,8 @@ Measured RunMeasured(const std::filesystem::path& program, const std::vector<std
                      const Environment& environment = {});
 
 // The same with the instructions counted that the process and its children execute in user mode: by perf
-// where the machine lets it, otherwise by callgrind, which takes some fifty times as long. The times mean
-// nothing.
+// where the machine lets it, otherwise by callgrind, which takes some fifty times as long: the clock by which
+// rows grow old is slowed as much. The times mean nothing.
 Measured RunCounted(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                     const Environment& environment = {});
 
