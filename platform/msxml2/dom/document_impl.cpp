@@ -80,7 +80,7 @@ std::optional<std::string> DocumentImpl::PendingContent(std::string_view path, s
 
 bool DocumentImpl::Take(std::string bytes) {
   reason_.clear();
-  if (context_->wellFormed == fileState_.digest) {
+  if (context_->wellFormed.Is(fileState_.digest)) {
     tree_ = std::make_shared<Tree>(std::move(bytes));
     return true;
   }
@@ -91,7 +91,7 @@ bool DocumentImpl::Take(std::string bytes) {
     tree_ = std::make_shared<Tree>(*checked.converted, std::move(bytes));
   } else {
     tree_ = std::make_shared<Tree>(std::move(bytes));
-    context_->wellFormed = fileState_.digest;
+    context_->wellFormed.Set(fileState_.digest);
   }
   return true;
 }

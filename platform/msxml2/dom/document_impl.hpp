@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,7 +16,24 @@
 
 namespace MSXML2::dom {
 
-// What the documents of one runtime share. Not to be shared between threads.
+// The content of a file, by its digest.
+class KnownContent {
+ public:
+  bool Is(const base::ContentDigest::Value& digest) const {
+    const std::lock_guard lock(mutex_);
+    return digest_ == digest;
+  }
+  void Set(const base::ContentDigest::Value& digest) {
+    const std::lock_guard lock(mutex_);
+    digest_ = digest;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::optional<base::ContentDigest::Value> digest_;
+};
+
+// What the documents of one class table share, whichever threads use it; with a layer only one may.
 struct DocumentContext {
   explicit DocumentContext(const Scripting::local::DriveTable& drives,
                            std::shared_ptr<base::FileLayer> files = nullptr)
@@ -26,7 +44,7 @@ struct DocumentContext {
   std::shared_ptr<base::PendingFiles> pending;   // null: what is saved is on the disk at once
   // The file content that was found well-formed last. A job loads a file that it is going to change twice, to
   // be able to put it back: the second time it need not be checked.
-  std::optional<base::ContentDigest::Value> wellFormed;
+  KnownContent wellFormed;
   // Makes the saves of documents, where it is set; see Settings.
   std::function<void(const std::string& path, const std::function<void()>& save)> saving;
 };
