@@ -17,6 +17,7 @@
 #include "components/interfaces/job.hpp"
 #include "components/interfaces/load_xsls.hpp"
 #include "host/commands.hpp"
+#include "platform/msxml2/dom_document.hpp"
 #include "suite/composition/composition.hpp"
 #include "tests/support/archive_files.hpp"
 #include "tests/support/temporary_folder.hpp"
@@ -111,6 +112,8 @@ TEST(ThreadsTest, RuntimesMadeFromOneClassTableShareItsComponents) {
   second.locale = first.locale;
   const std::string sheet = (suite.home / "Orvane/Mail/Sheets" / "reminder.xsl").string();
 
+  const std::string otherCase = (suite.home / "Orvane/Mail/SHEETS" / "Reminder.XSL").string();
+
   const auto use = [&](automation::Runtime& runtime, const std::string& mark) {
     const automation::RuntimeScope scope(runtime);
     for (int i = 0; i < 20; ++i) {
@@ -125,6 +128,10 @@ TEST(ThreadsTest, RuntimesMadeFromOneClassTableShareItsComponents) {
       files->SetInUse(mark, 0);
       const auto sheets = automation::CreateObject<OrvCommon::LoadXSLs>(OrvCommon::kLoadXSLsProgId);
       EXPECT_NE(sheets->LoadOrvaneTemplate(sheet, "mail"), nullptr);
+      // Both look for names whose case is another than on the disk.
+      const auto document = automation::CreateObject<MSXML2::DOMDocument>("MSXML2.DOMDocument");
+      EXPECT_TRUE(document->load(otherCase));
+      EXPECT_FALSE(document->load(otherCase + mark));
     }
   };
   std::thread other([&] { use(second, "b"); });

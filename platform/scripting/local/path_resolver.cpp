@@ -94,6 +94,7 @@ std::optional<Found> PathResolver::Find(std::string_view path) const {
   if (failure == 0) return found;
   if (!IsMissing(failure)) RaiseSystemError(failure, ErrorNumber::PathNotFound);
 
+  const std::lock_guard lock(mutex_);
   const auto [folder, name] = FolderAndName(found.path);
   if (!folder.empty() && folder == askedFolder_ && IsMissing(Lstat(layer_, askedFolder_, found.status))) {
     Found sibling{Joined(foundFolder_, name), {}};

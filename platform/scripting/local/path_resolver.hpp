@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,7 @@ struct Found {
   struct stat status;  // of the item itself, a link not followed
 };
 
-// Not to be shared between threads.
+// May be shared between threads: the documents of runtimes that have one class table share one.
 class PathResolver {
  public:
   // Letters may be given in either case; the folders are absolute paths of the operating system. With a layer
@@ -60,6 +61,7 @@ class PathResolver {
   // folder.
   template <class Remove>
   void RemoveAndUpdate(const std::string& native, const Remove& remove) {
+    const std::lock_guard lock(mutex_);
     names_.RemoveAndUpdate(native, remove);
   }
 
@@ -75,6 +77,7 @@ class PathResolver {
   DriveTable drives_;
   LayerPtr layer_;
   std::shared_ptr<base::PendingFiles> pending_;
+  mutable std::mutex mutex_;  // of what follows
   mutable FolderNames names_;
   // The folder last found under another spelling than asked for: a sweep asks for one item after the other.
   mutable std::string askedFolder_;
