@@ -13,10 +13,7 @@ namespace {
 
 // From the start of the file, wherever its descriptor stands: it stands behind what was written.
 int ReadAllOf(int descriptor, std::string& bytes) {
-  const off_t size = lseek(descriptor, 0, SEEK_END);
-  if (size < 0 || lseek(descriptor, 0, SEEK_SET) != 0) return errno;
-  bytes.resize(static_cast<std::size_t>(size) + 1);  // room to meet the end at once
-  return ReadAll(descriptor, bytes);
+  return lseek(descriptor, 0, SEEK_SET) == 0 ? ReadAll(descriptor, bytes) : errno;
 }
 
 }  // namespace

@@ -28,7 +28,6 @@ class Sqlite : public Dialect {
     std::string sql = "SELECT ";
     return sql.append(list).append(" FROM ").append(table).append(" ").append(where);
   }
-  bool ReturnsDeletedRows() const override { return true; }
 
   // A column may hold a value of any type, and a date or a Boolean may be written in several ways.
   std::string StillReads(const std::string& column, ColumnType type) const override {
