@@ -20,7 +20,11 @@ class CountedRows : public Rows {
   }
   ~CountedRows() override { --faults_->openRows; }
   const std::vector<Column>& Columns() const override { return inner_->Columns(); }
-  bool Next() override { return inner_->Next(); }
+  bool Next() override {
+    const bool more = inner_->Next();
+    faults_->rows += more ? 1 : 0;
+    return more;
+  }
   void ReadInto(std::size_t column, automation::Variant& into) const override {
     inner_->ReadInto(column, into);
   }

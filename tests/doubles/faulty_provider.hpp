@@ -31,6 +31,7 @@ struct Faults {
   std::function<void(std::string_view sql)> before;
 
   std::vector<std::string> statements;  // all that were sent, in order
+  std::size_t rows = 0;                 // that were read
   int connects = 0;
   int openSessions = 0;
   int openRows = 0;  // results that nobody has let go of

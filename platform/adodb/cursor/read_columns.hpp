@@ -43,7 +43,7 @@ class ReadColumns {
   }
   // The row's values were read from the database after all that was written.
   void ReadFromDatabase(std::size_t ordinal) {
-    if (!written_.empty()) written_.erase(ordinal);
+    if (!written_.empty() && ordinal <= written_.rbegin()->first) written_.erase(ordinal);
   }
 
  private:

@@ -100,6 +100,33 @@ TEST_P(Conformance, ADynamicCursorReadsFewRowsAfterAWriteAndMoreWhileNothingHapp
   EXPECT_LE(faults->statements.size() - before, 9u);
 }
 
+TEST_P(Conformance, ADynamicCursorThatWritesAtEachRowReadsFewAnew) {
+  MakeNumbers(100);
+  const auto connection = Connect();
+  const auto rows = Open("SELECT * FROM NUMBERS", connection, CursorType::Dynamic, LockType::Optimistic);
+  const std::size_t before = faults->rows;
+  for (; !rows->Eof(); rows->MoveNext()) {
+    rows->SetValue("NAME", "mine");
+    rows->Update();
+  }
+  // 32, 16 and 8 rows, and 4 at a time from then on.
+  EXPECT_LE(faults->rows - before, 32u + 16 + 8 + 96 * 4);
+  EXPECT_THAT(Rows("SELECT COUNT(*) FROM NUMBERS WHERE NAME = 'mine'"), ElementsAre("100"));
+}
+
+TEST_P(Conformance, ASlowWalkReadsFewRowsThatGrowOldUnseen) {
+  MakeNumbers(3000);
+  const auto connection = Connect();
+  for (const CursorType cursor : kReadAgain) {
+    const auto rows = Open("SELECT * FROM NUMBERS", connection, cursor, LockType::Optimistic);
+    const std::size_t before = faults->rows;
+    std::size_t seen = 0;
+    for (; !rows->Eof(); rows->MoveNext(), ++seen) now += std::chrono::milliseconds(1);
+    EXPECT_EQ(seen, 3000u);
+    EXPECT_LE(faults->rows - before, 3000u);
+  }
+}
+
 TEST_P(Conformance, AKeysetReadsNothingAgainForItsOwnDeletions) {
   MakeNumbers(1000);
   const auto connection = Connect();
