@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,7 +35,7 @@ class KeyList {
 
   bool numeric_ = true;
   std::size_t width_ = 1;
-  std::vector<std::int64_t> numbers_;
+  std::deque<std::int64_t> numbers_;  // a vector would hold them twice whenever it grows
   std::vector<std::uint64_t> offsets_;
   std::string bytes_;
 };
