@@ -342,6 +342,19 @@ TEST_F(SqliteProviderTest, UpdatesATableByItsRowNumber) {
   EXPECT_THAT(database.Rows("SELECT * FROM \"odd name\""), ElementsAre("x|1", "x|2", "new|NULL"));
 }
 
+TEST_F(SqliteProviderTest, TellsDeletedRowsByTheirRowNumberAndRefusesWithoutOne) {
+  orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
+  database.Run(
+      "CREATE TABLE NUMBERED(rowid TEXT, oid TEXT); INSERT INTO NUMBERED VALUES('x','1'),('x','1');"
+      "CREATE TABLE HIDDEN(rowid TEXT, _rowid_ TEXT, oid TEXT); INSERT INTO HIDDEN VALUES('x','1','2')");
+  const auto connection = Connect("Data Source=a.sqlite");
+  EXPECT_EQ(connection->ExecuteDelete("DELETE FROM NUMBERED", ADODB::Deleted::Rows)->RecordCount(), 2);
+  EXPECT_EQ(ErrorOf([&] { connection->ExecuteDelete("DELETE FROM HIDDEN", ADODB::Deleted::Rows); }).Number(),
+            3251);
+  EXPECT_THAT(database.Rows("SELECT * FROM NUMBERED"), ElementsAre());
+  EXPECT_THAT(database.Rows("SELECT * FROM HIDDEN"), ElementsAre("x|1|2"));
+}
+
 TEST_F(SqliteProviderTest, ReadsAViewWithoutChangingIt) {
   orvane_test::SqliteDatabase database(folder.Path() / "a.sqlite");
   database.Run(
