@@ -95,8 +95,10 @@ class RecordedFolder final : public ForwardingFolder {
       : ForwardingFolder(std::move(real)), files_(std::move(files)) {}
 
  private:
-  Scripting::FilePtr Wrapped(Scripting::FilePtr file) const override {
-    return std::make_shared<RecordedFile>(std::move(file), files_);
+  WrapFile FileWrapper() const override {
+    return [files = files_](Scripting::FilePtr file) {
+      return std::make_shared<RecordedFile>(std::move(file), files);
+    };
   }
   Scripting::FolderPtr Wrapped(Scripting::FolderPtr folder) const override {
     return std::make_shared<RecordedFolder>(std::move(folder), files_);

@@ -1,7 +1,9 @@
 // Objects of the file system that hand every call on; wrappers override what they want to hear of.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,10 +38,12 @@ class ForwardingFolder : public Scripting::Folder {
   std::string Path() const override { return real_->Path(); }
   automation::DateTime DateLastAccessed() const override { return real_->DateLastAccessed(); }
   bool IsLink() const override { return real_->IsLink(); }
-  std::vector<Scripting::FilePtr> Files() const override {
-    std::vector<Scripting::FilePtr> found = real_->Files();
-    for (Scripting::FilePtr& file : found) file = Wrapped(std::move(file));
-    return found;
+  Scripting::FileList Files() const override {
+    Scripting::FileList files = real_->Files();
+    const std::size_t size = files.size();
+    return {size, [files = std::move(files), wrapped = FileWrapper()](std::size_t index) {
+              return wrapped(files[index]);
+            }};
   }
   std::vector<Scripting::FolderPtr> SubFolders() const override {
     std::vector<Scripting::FolderPtr> found = real_->SubFolders();
@@ -47,8 +51,12 @@ class ForwardingFolder : public Scripting::Folder {
     return found;
   }
 
+ protected:
+  using WrapFile = std::function<Scripting::FilePtr(Scripting::FilePtr)>;
+
  private:
-  virtual Scripting::FilePtr Wrapped(Scripting::FilePtr file) const = 0;
+  // Outlives the folder: a list of files may be all that is kept of it.
+  virtual WrapFile FileWrapper() const = 0;
   virtual Scripting::FolderPtr Wrapped(Scripting::FolderPtr folder) const = 0;
 
   const Scripting::FolderPtr real_;

@@ -28,11 +28,20 @@ class HeardFolder final : public ForwardingFolder {
   HeardFolder(Scripting::FolderPtr real, ReadListener& listener)
       : ForwardingFolder(std::move(real)), listener_(listener) {}
 
+  Scripting::FileList Files() const override {
+    Scripting::FileList files = ForwardingFolder::Files();
+    for (const Scripting::FilePtr& file : files) {
+      if (listener_.Wants(file->Name())) listener_.Listed(file->Path());
+    }
+    return files;
+  }
+
  private:
-  Scripting::FilePtr Wrapped(Scripting::FilePtr file) const override {
-    if (!listener_.Wants(file->Name())) return file;
-    listener_.Listed(file->Path());
-    return std::make_shared<HeardFile>(std::move(file), listener_);
+  WrapFile FileWrapper() const override {
+    return [&listener = listener_](Scripting::FilePtr file) -> Scripting::FilePtr {
+      if (!listener.Wants(file->Name())) return file;
+      return std::make_shared<HeardFile>(std::move(file), listener);
+    };
   }
   Scripting::FolderPtr Wrapped(Scripting::FolderPtr folder) const override {
     return std::make_shared<HeardFolder>(std::move(folder), listener_);

@@ -65,8 +65,8 @@ void CleanUp::DeleteSharedItems(const automation::VariantArray& names, OrvCommon
       ->DeleteListedItems(m_sFTPPath, names, kind);
 }
 
-std::vector<Scripting::FilePtr> CleanUp::AttachedFiles(const Scripting::Folder& folder) {
-  return folder.IsLink() ? std::vector<Scripting::FilePtr>() : folder.Files();
+Scripting::FileList CleanUp::AttachedFiles(const Scripting::Folder& folder) {
+  return folder.IsLink() ? Scripting::FileList() : folder.Files();
 }
 
 bool CleanUp::FindRows(const ADODB::Statement& query) {

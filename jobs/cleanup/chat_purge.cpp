@@ -19,7 +19,7 @@ void CleanUp::DeleteChatSession() {
     Rows().MoveFirst();
     m_sCurrentFolderPath = m_sDataRoot + "chat\\";
     m_oCurrentFolder = FileSystem().GetFolder(m_sCurrentFolderPath);
-    const std::vector<Scripting::FilePtr> files = m_oCurrentFolder->Files();
+    const Scripting::FileList files = m_oCurrentFolder->Files();
     // One slot for every file: those that are not needed stay empty texts.
     automation::VariantArray deleted(files.size(), automation::Variant(""));
     std::size_t count = 0;

@@ -77,7 +77,7 @@ class CleanUp : public CleanUpService {
   bool FindRows(const ADODB::Statement& query);
   // The files directly in the folder of a question's attachments. A link in its place holds none of them:
   // what lies behind it is not the suite's, whatever its name.
-  static std::vector<Scripting::FilePtr> AttachedFiles(const Scripting::Folder& folder);
+  static Scripting::FileList AttachedFiles(const Scripting::Folder& folder);
   // Deletes the files directly in the current folder path that pass the age test, or the month test.
   void DeleteFilesByAge();
   void DeleteFilesByMonth(const Scripting::Folder& folder, const std::string& path);

@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/automation/date_time.hpp"
@@ -43,6 +45,42 @@ class ORVANE_EXPORT File : public automation::Object {
 };
 using FilePtr = std::shared_ptr<File>;
 
+// The files of a folder at one moment. The object of a file is made each time it is asked for, so that the
+// list of a folder with a million files takes the memory of their names.
+class FileList {
+ public:
+  // The file at an index below the list's size.
+  using Access = std::function<FilePtr(std::size_t)>;
+
+  FileList() = default;
+  FileList(std::size_t size, Access file) : size_(size), file_(std::move(file)) {}
+
+  std::size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  FilePtr operator[](std::size_t index) const { return file_(index); }
+
+  class Iterator {
+   public:
+    Iterator(const FileList& list, std::size_t index) : list_(&list), index_(index) {}
+    FilePtr operator*() const { return (*list_)[index_]; }
+    Iterator& operator++() {
+      ++index_;
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return index_ != other.index_; }
+
+   private:
+    const FileList* list_;
+    std::size_t index_;
+  };
+  Iterator begin() const { return {*this, 0}; }
+  Iterator end() const { return {*this, size_}; }
+
+ private:
+  std::size_t size_ = 0;
+  Access file_;
+};
+
 class ORVANE_EXPORT Folder : public automation::Object {
  public:
   virtual std::string Name() const = 0;
@@ -52,7 +90,7 @@ class ORVANE_EXPORT Folder : public automation::Object {
   virtual bool IsLink() const = 0;
   // The direct children at the moment of the call, ordered by name. Links to files count as files, links to
   // folders as folders.
-  virtual std::vector<FilePtr> Files() const = 0;
+  virtual FileList Files() const = 0;
   virtual std::vector<std::shared_ptr<Folder>> SubFolders() const = 0;
 };
 using FolderPtr = std::shared_ptr<Folder>;

@@ -226,7 +226,7 @@ TEST_F(WrappersTest, AFileThatIsOpenedForWritingThroughItsFolderIsTold) {
   const auto files = Files();
   files->CreateTextFile("C:\\a\\x", false)->Close();
   heard_.all.clear();
-  files->GetFolder("C:\\a")->Files().at(0)->OpenAsTextStream(Scripting::IOMode::ForAppending)->Close();
+  files->GetFolder("C:\\a")->Files()[0]->OpenAsTextStream(Scripting::IOMode::ForAppending)->Close();
   files->GetFile("C:\\a\\x")->OpenAsTextStream(Scripting::IOMode::ForReading)->Close();
   EXPECT_THAT(heard_.all, ElementsAre(R"j({"op":"file.write","path":"C:/a/x"})j"));
 }

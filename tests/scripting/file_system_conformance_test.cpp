@@ -257,12 +257,24 @@ TEST_P(FileSystemConformanceTest, TellsAFoldersLastAccessBeforeListingIt) {
 
 TEST_P(FileSystemConformanceTest, RaisesWhenAFileIsGoneSinceTheListing) {
   machine_->AddFile("f\\a", "");
-  const Scripting::FilePtr file = files_->GetFolder(Full("f"))->Files().at(0);
+  const Scripting::FilePtr file = files_->GetFolder(Full("f"))->Files()[0];
   files_->DeleteFile(Full("f\\a"), false);
   EXPECT_EQ(file->Name(), "a");
   EXPECT_EQ(ErrorNumberOf([&] { file->DateLastAccessed(); }), 53);
   EXPECT_EQ(ErrorNumberOf([&] { file->Size(); }), 53);
   EXPECT_EQ(ErrorNumberOf([&] { file->OpenAsTextStream(IOMode::ForReading); }), 53);
+}
+
+TEST_P(FileSystemConformanceTest, AListOfFilesStaysAsItWasMade) {
+  machine_->AddFile("f\\a", "");
+  machine_->AddFile("f\\b", "");
+  const Scripting::FileList files = files_->GetFolder(Full("f"))->Files();  // all that is kept of the folder
+  files_->DeleteFile(Full("f\\a"), false);
+  machine_->AddFile("f\\c", "");
+  std::vector<std::string> names;
+  for (const Scripting::FilePtr& file : files) names.push_back(file->Name());
+  EXPECT_THAT(names, ElementsAre("a", "b"));
+  EXPECT_EQ(files[1]->Path(), Full("f\\b"));
 }
 
 // Folders

@@ -154,7 +154,7 @@ TEST_F(LocalFileSystemTest, TellsTheLastAccessOfABrokenLinkItself) {
   fs::create_symlink("loop", Native("f/loop"));
   fs::create_symlink("real/inside", Native("f/through a file"));
   AddFile("f/real");
-  const std::vector<Scripting::FilePtr> files = files_->GetFolder(Full("f"))->Files();
+  const Scripting::FileList files = files_->GetFolder(Full("f"))->Files();
   ASSERT_EQ(files.size(), 4U);
   for (const Scripting::FilePtr& file : files) {
     EXPECT_EQ(ErrorNumberOf([&] { file->DateLastAccessed(); }), 0) << file->Name();

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <functional>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -54,7 +54,26 @@ struct FolderPath {
 };
 using FolderPathPtr = std::shared_ptr<const FolderPath>;
 
-// A listing of a hundred thousand files makes as many of these, so each holds its name only.
+// Names one behind the other: a string of its own for each would take four times the memory.
+class NameList {
+ public:
+  void Add(const char* name) {
+    starts_.push_back(text_.size());
+    text_.append(name).push_back('\0');
+  }
+  void Sort() {
+    std::sort(starts_.begin(), starts_.end(), [this](std::size_t left, std::size_t right) {
+      return std::strcmp(text_.c_str() + left, text_.c_str() + right) < 0;
+    });
+  }
+  std::size_t size() const { return starts_.size(); }
+  const char* operator[](std::size_t index) const { return text_.c_str() + starts_[index]; }
+
+ private:
+  std::string text_;
+  std::vector<std::size_t> starts_;
+};
+
 class LocalFile : public File {
  public:
   LocalFile(FolderPathPtr folder, std::string name) : folder_(std::move(folder)), name_(std::move(name)) {}
@@ -111,41 +130,39 @@ class LocalFolder : public Folder {
     return S_ISLNK(itself.st_mode);
   }
 
-  std::vector<FilePtr> Files() const override {
-    std::vector<FilePtr> files;
-    for (std::string& name : Names(false))
-      files.push_back(std::make_shared<LocalFile>(path_, std::move(name)));
-    return files;
+  FileList Files() const override {
+    const auto names = std::make_shared<const NameList>(Names(false));
+    return {names->size(), [folder = path_, names](std::size_t index) {
+              return std::make_shared<LocalFile>(folder, (*names)[index]);
+            }};
   }
 
   std::vector<FolderPtr> SubFolders() const override {
     std::vector<FolderPtr> folders;
-    for (const std::string& name : Names(true)) {
+    const NameList names = Names(true);
+    for (std::size_t i = 0; i < names.size(); ++i) {
       folders.push_back(
-          std::make_shared<LocalFolder>(path_->NativeOf(name), path_->ShownOf(name), path_->layer));
+          std::make_shared<LocalFolder>(path_->NativeOf(names[i]), path_->ShownOf(names[i]), path_->layer));
     }
     return folders;
   }
 
  private:
-  std::vector<std::string> Names(bool folders) const {
-    std::vector<base::FolderEntry> entries;
-    if (const int failure = List(path_->layer, path_->native, entries)) {
-      RaiseSystemError(failure, ErrorNumber::PathNotFound);
-    }
-    std::vector<std::string> names;
-    for (base::FolderEntry& entry : entries) {
-      if (IsWanted(entry, folders)) names.push_back(std::move(entry.name));
-    }
-    std::sort(names.begin(), names.end());
+  NameList Names(bool folders) const {
+    NameList names;
+    const int failure = ForEachChild(path_->layer, path_->native, [&](const char* name, unsigned char type) {
+      if (IsWanted(name, type, folders)) names.Add(name);
+    });
+    if (failure != 0) RaiseSystemError(failure, ErrorNumber::PathNotFound);
+    names.Sort();
     return names;
   }
 
-  bool IsWanted(const base::FolderEntry& entry, bool folders) const {
-    if (entry.type == DT_REG) return !folders;
-    if (entry.type == DT_DIR) return folders;
-    if (entry.type != DT_LNK && entry.type != DT_UNKNOWN) return false;
-    Found found{path_->NativeOf(entry.name), {}};
+  bool IsWanted(const char* name, unsigned char type, bool folders) const {
+    if (type == DT_REG) return !folders;
+    if (type == DT_DIR) return folders;
+    if (type != DT_LNK && type != DT_UNKNOWN) return false;
+    Found found{path_->NativeOf(name), {}};
     if (Lstat(path_->layer, found.path, found.status) != 0) return false;
     return folders ? IsFolder(found, path_->layer) : IsFile(found, path_->layer);
   }

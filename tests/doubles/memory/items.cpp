@@ -144,12 +144,13 @@ class MemoryFolder : public Folder {
   automation::DateTime DateLastAccessed() const override { return Present().accessed; }
   bool IsLink() const override { return false; }  // there are none in memory
 
-  std::vector<FilePtr> Files() const override {
+  FileList Files() const override {
     std::vector<FilePtr> files;
     for (const auto& [name, node] : Readable().children) {
       if (!node->isFolder) files.push_back(MakeFile(disk_, node, PathOf(name)));
     }
-    return files;
+    const std::size_t size = files.size();
+    return {size, [files = std::move(files)](std::size_t index) { return files[index]; }};
   }
 
   std::vector<FolderPtr> SubFolders() const override {
