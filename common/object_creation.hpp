@@ -15,7 +15,8 @@ automation::ObjectPtr CreateInCallersContext(std::string_view progId);
 // The same, seen through T: 91 for null, 430 for an object that is no T.
 template <class T>
 std::shared_ptr<T> CreateInCallersContext(std::string_view progId) {
-  return automation::As<T>(CreateInCallersContext(progId));
+  if (automation::GetObjectContext()) return automation::As<T>(CreateInCallersContext(progId));
+  return automation::CreateObject<T>(progId);
 }
 
 }  // namespace OrvaneUtilities

@@ -21,8 +21,9 @@ class ORVANE_EXPORT Configuration : public automation::Object {
 
   // Chooses the product whose connections GetConnectionString answers; `flag` is always 0.
   virtual void SelectProduct(std::string_view product, std::int32_t flag) = 0;
-  // The ADO connection string of a connection of the selected product; raises when there is none.
-  virtual std::string GetConnectionString(std::string_view connection) = 0;
+  // The ADO connection string of a connection of the selected product; raises when there is none. The
+  // reference holds until the next call.
+  virtual const std::string& GetConnectionString(std::string_view connection) = 0;
 
   virtual std::string getInstallDir() = 0;
 

@@ -89,8 +89,8 @@ class ORVANE_EXPORT Recordset : public automation::Object {
   virtual std::vector<std::vector<automation::Variant>> GetRows() = 0;
 
   // The value of a column in the current record, or its change: Fields().Item(name) in short.
-  const automation::Variant& Value(std::string_view name) { return Fields().Item(name).Value(); }
-  const automation::Variant& Value(std::size_t index) { return Fields().Item(index).Value(); }
+  virtual const automation::Variant& Value(std::string_view name) { return Fields().Item(name).Value(); }
+  virtual const automation::Variant& Value(std::size_t index) { return Fields().Item(index).Value(); }
   void SetValue(std::string_view name, const automation::Variant& value) {
     Fields().Item(name).SetValue(value);
   }

@@ -5,14 +5,15 @@
 
 namespace automation {
 
-// A few characters, in lower case, distinguish ProgIDs well enough: jobs create some hundred objects for a
-// mail.
+// The length and two characters, in lower case, distinguish ProgIDs well enough: jobs create some hundred
+// objects for a mail.
 std::size_t ClassTable::Hash(std::string_view progId) {
-  std::size_t hash = progId.size();
-  for (std::size_t i = progId.size() / 2; i < progId.size(); i += 3) {
-    hash = hash * 31 + static_cast<unsigned char>(base::AsciiLower(progId[i]));
-  }
-  return hash % kBuckets;
+  if (progId.empty()) return 0;
+  const auto character = [&](std::size_t place) {
+    return static_cast<unsigned char>(base::AsciiLower(progId[place]));
+  };
+  return ((progId.size() * 31 + character(progId.size() * 2 / 3)) * 31 + character(progId.size() - 1)) %
+         kBuckets;
 }
 
 const ClassTable::Entry* ClassTable::Find(std::string_view progId) const {

@@ -31,7 +31,7 @@ inline std::string ToAsciiUpper(std::string_view text) {
 inline bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right) {
   return left.size() == right.size() &&
          std::equal(left.begin(), left.end(), right.begin(),
-                    [](char a, char b) { return AsciiLower(a) == AsciiLower(b); });
+                    [](char a, char b) { return a == b || AsciiLower(a) == AsciiLower(b); });
 }
 
 // Orders names that are the same but for the case of their ASCII letters as one; for maps.

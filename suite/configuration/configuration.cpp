@@ -29,8 +29,9 @@ class SiteConfiguration : public Configuration {
 
   std::string RootPath() const override { return installation_->home.string(); }
   void SelectProduct(std::string_view product, std::int32_t) override { product_ = product; }
-  std::string GetConnectionString(std::string_view connection) override {
-    return installation_->siteFile.Get()->Connection(product_, connection);
+  const std::string& GetConnectionString(std::string_view connection) override {
+    current_ = installation_->siteFile.Get();
+    return current_->Connection(product_, connection);
   }
   std::string getInstallDir() override { return installation_->home.string(); }
 
@@ -49,6 +50,7 @@ class SiteConfiguration : public Configuration {
 
   const std::shared_ptr<Installation> installation_;
   std::string product_;
+  std::shared_ptr<const SiteFile> current_;  // whose connection string was given out
   std::shared_ptr<const SiteFile> loaded_;
 };
 
@@ -65,8 +67,8 @@ std::filesystem::path SiteConfigurationPath(const std::filesystem::path& home) {
 
 void RegisterConfiguration(automation::ClassTable& classes, const std::filesystem::path& home) {
   auto installation = std::make_shared<Installation>(AbsoluteHome(home));
-  classes.Register(kConfigurationProgId,
-                   [installation] { return std::make_shared<SiteConfiguration>(installation); });
+  classes.RegisterAs<Configuration>(
+      kConfigurationProgId, [installation] { return std::make_shared<SiteConfiguration>(installation); });
 }
 
 }  // namespace Vantrel

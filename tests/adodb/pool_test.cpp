@@ -77,10 +77,10 @@ class PoolTest : public testing::Test {
 TEST_F(PoolTest, HandsOutTheSessionThatCameBackLast) {
   auto first = Acquire();
   auto second = Acquire();
-  const auto* last = second.session.get();
+  const auto* last = second->session.get();
   pool->GiveBack(std::move(first));
   pool->GiveBack(std::move(second));
-  EXPECT_EQ(Acquire().session.get(), last);
+  EXPECT_EQ(Acquire()->session.get(), last);
   EXPECT_EQ(counters.connects, 2);
   EXPECT_EQ(counters.pings, 0);
 }
@@ -97,7 +97,7 @@ TEST_F(PoolTest, KeepsConnectionStringsAndUsersApart) {
 TEST_F(PoolTest, GivesNoSessionToAnotherPasswordOrUser) {
   const std::string text = "Provider=counting;A=1";
   auto owners = pool->Acquire(text, "user", "secret");
-  const auto* const session = owners.session.get();
+  const auto* const session = owners->session.get();
   pool->GiveBack(std::move(owners));
   struct Case {
     std::string user;
@@ -107,17 +107,17 @@ TEST_F(PoolTest, GivesNoSessionToAnotherPasswordOrUser) {
   for (const auto& [user, password] :
        {Case{"user", "other"}, Case{"user", ""}, Case{"", "secret"}, Case{"usersecret", ""}, Case{"", ""}}) {
     others.push_back(pool->Acquire(text, user, password));
-    EXPECT_NE(others.back().session.get(), session) << user << ' ' << password;
+    EXPECT_NE(others.back()->session.get(), session) << user << ' ' << password;
   }
   EXPECT_EQ(counters.connects, 6);
-  EXPECT_EQ(pool->Acquire(text, "user", "secret").session.get(), session);
+  EXPECT_EQ(pool->Acquire(text, "user", "secret")->session.get(), session);
 }
 
 TEST_F(PoolTest, ThrowsADeadSessionAwayAndAsksItsCompanions) {
   auto first = Acquire();
   auto second = Acquire();
   auto third = Acquire();
-  static_cast<CountingSession&>(*third.session).dead = true;
+  static_cast<CountingSession&>(*third->session).dead = true;
   pool->GiveBack(std::move(first));
   pool->GiveBack(std::move(second));
   pool->GiveBack(std::move(third));
@@ -133,7 +133,7 @@ TEST_F(PoolTest, ThrowsADeadSessionAwayAndAsksItsCompanions) {
 TEST_F(PoolTest, AsksASessionThatWasInUseWhenAnotherDied) {
   auto first = Acquire();
   auto second = Acquire();
-  static_cast<CountingSession&>(*second.session).dead = true;
+  static_cast<CountingSession&>(*second->session).dead = true;
   pool->GiveBack(std::move(second));
   pool->GiveBack(std::move(first));
   auto answering = Acquire();
@@ -195,7 +195,7 @@ TEST_F(PoolTest, NeverGivesOneSessionToTwoThreads) {
     threads.emplace_back([&] {
       for (int i = 0; i < 500; ++i) {
         auto lease = Acquire();
-        auto& session = static_cast<CountingSession&>(*lease.session);
+        auto& session = static_cast<CountingSession&>(*lease->session);
         if (++session.users != 1) ++clashes;
         session.dead = i % 50 == 49;
         --session.users;

@@ -22,7 +22,7 @@ class FakeConfiguration : public Vantrel::Configuration {
     product_ = product;
     state_->selectedProducts.emplace_back(product, flag);
   }
-  std::string GetConnectionString(std::string_view connection) override {
+  const std::string& GetConnectionString(std::string_view connection) override {
     Before("GetConnectionString");
     return Find(state_->connectionStrings, product_, connection);
   }
@@ -46,8 +46,8 @@ class FakeConfiguration : public Vantrel::Configuration {
   void Before(std::string_view member) const {
     if (state_->before) state_->before(member);
   }
-  static std::string Find(const std::map<std::pair<std::string, std::string>, std::string>& table,
-                          std::string_view first, std::string_view second) {
+  static const std::string& Find(const std::map<std::pair<std::string, std::string>, std::string>& table,
+                                 std::string_view first, std::string_view second) {
     const auto found = table.find({std::string(first), std::string(second)});
     if (found == table.end()) {
       throw automation::Error(1001, "Vantrel.Configuration",

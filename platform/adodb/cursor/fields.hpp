@@ -21,7 +21,7 @@ class FieldValues {
   ~FieldValues() = default;
 };
 
-class FieldImpl : public Field {
+class FieldImpl final : public Field {
  public:
   FieldImpl(FieldValues& owner, std::size_t place, const std::string& name)
       : owner_(owner), place_(place), name_(name) {}
@@ -35,20 +35,30 @@ class FieldImpl : public Field {
   const std::string& name_;
 };
 
-class FieldList : public Fields {
+class FieldList final : public Fields {
  public:
   // The owner and the columns must outlive the list. An engine that folds names gets the suite's spelling
   // back: that of `written`, words of the statement, or else the dialect's.
   FieldList(FieldValues& owner, const std::vector<Column>& columns, const std::vector<std::string>& written,
             const Dialect& dialect);
 
-  std::size_t Count() const override { return fields_.size(); }
-  Field& Item(std::string_view name) override { return fields_[IndexOf(name)]; }
-  Field& Item(std::size_t index) override;
-  std::size_t IndexOf(std::string_view name) const;  // as Item
+  std::size_t Count() const override { return columns_.size(); }
+  Field& Item(std::string_view name) override { return FieldAt(IndexOf(name)); }
+  Field& Item(std::size_t index) override { return FieldAt(Checked(index)); }
+
+  // The column of that name or at that place, as Item finds it.
+  std::size_t IndexOf(std::string_view name) const;
+  std::size_t Checked(std::size_t index) const;
 
  private:
-  std::vector<FieldImpl> fields_;
+  const std::string& Name(std::size_t column) const {
+    return shownNames_.empty() ? columns_[column].name : shownNames_[column];
+  }
+  Field& FieldAt(std::size_t column);
+
+  FieldValues& owner_;
+  const std::vector<Column>& columns_;
+  std::vector<FieldImpl> fields_;        // made when the first of them is asked for
   std::vector<std::string> shownNames_;  // where they differ from the columns'
 };
 

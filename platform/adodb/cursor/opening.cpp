@@ -37,13 +37,10 @@ OpenedRows OpenRows(const std::shared_ptr<SharedSession>& session, const SharedS
   const bool walksByKey = isDynamic || type == CursorType::Keyset;
   const bool changes = lock != LockType::ReadOnly;
   const std::optional<SelectShape>& select = prepared.GetTranslation().select;
-  TableShape table;
-  if (select && (walksByKey || changes)) table = session->GetSession().Describe(select->table);
+  if (!select || !(walksByKey || changes)) return {Copied(*session->Query(prepared), 0, mostRows), nullptr};
+  TableShape table = session->GetSession().Describe(select->table);
+  if (table.keyColumns.empty()) return {Copied(*session->Query(prepared), 0, mostRows), nullptr};
   OpenedRows opened;
-  if (table.keyColumns.empty()) {
-    opened.source = Copied(*session->Query(prepared), 0, mostRows);
-    return opened;
-  }
   std::vector<Column> keyColumns;
   if (!walksByKey) {
     auto copy = Copied(*session->Query(WithKey(*select, table, session->GetDialect())),

@@ -14,14 +14,15 @@ namespace ADODB::engine {
 // its fraction for instance.
 class ReadColumns {
  public:
-  explicit ReadColumns(std::size_t columns) : shown_(columns, false) {}
+  explicit ReadColumns(std::size_t columns) : columns_(columns) {}
 
   // Another record becomes the current one.
   void Forget() {
-    if (any_) shown_.assign(shown_.size(), false);
+    if (any_) shown_.assign(columns_, false);
     any_ = false;
   }
   void Note(std::size_t column) {
+    if (shown_.empty()) shown_.resize(columns_, false);
     shown_[column] = true;
     any_ = true;
   }
@@ -29,7 +30,7 @@ class ReadColumns {
   // The columns to compare in the row with this ordinal; `all` of them where the row must still meet the
   // statement's condition, which may be about a column that nobody has read.
   std::vector<bool> ToCompare(std::size_t ordinal, bool all) const {
-    std::vector<bool> columns = all ? std::vector<bool>(shown_.size(), true) : shown_;
+    std::vector<bool> columns = any_ && !all ? shown_ : std::vector<bool>(columns_, all);
     if (const auto own = written_.find(ordinal); own != written_.end()) {
       for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = columns[i] && !own->second[i];
     }
@@ -38,7 +39,7 @@ class ReadColumns {
 
   void Wrote(std::size_t ordinal, const Changes& changes) {
     std::vector<bool>& own = written_[ordinal];
-    own.resize(shown_.size(), false);
+    own.resize(columns_, false);
     for (std::size_t i = 0; i < changes.size(); ++i) own[i] = own[i] || changes[i].has_value();
   }
   // The row's values were read from the database after all that was written.
@@ -47,7 +48,8 @@ class ReadColumns {
   }
 
  private:
-  std::vector<bool> shown_;
+  std::size_t columns_;
+  std::vector<bool> shown_;  // empty until the first is noted
   bool any_ = false;
   std::map<std::size_t, std::vector<bool>> written_;  // columns, by ordinal
 };

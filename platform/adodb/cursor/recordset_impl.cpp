@@ -1,6 +1,5 @@
 #include "platform/adodb/cursor/recordset_impl.hpp"
 
-#include <optional>
 #include <typeinfo>
 #include <utility>
 
@@ -8,46 +7,32 @@
 #include "platform/adodb/cursor/criterion.hpp"
 #include "platform/adodb/cursor/failure.hpp"
 #include "platform/adodb/cursor/observed_changes.hpp"
-#include "platform/adodb/cursor/opening.hpp"
-#include "platform/adodb/cursor/pending_change.hpp"
-#include "platform/adodb/cursor/position.hpp"
 
 namespace ADODB::engine {
 
 using automation::ErrorNumber;
 using automation::Variant;
 
-// What there is of a record set while it is open.
-struct RecordsetImpl::OpenSet {
-  OpenSet(FieldValues& owner, std::shared_ptr<SharedSession> on, CursorType cursorType, OpenedRows rows,
-          const std::vector<std::string>& names, std::optional<std::vector<std::uint32_t>> order)
-      : session(std::move(on)),
-        type(cursorType),
-        source(std::move(rows.source)),
-        writer(std::move(rows.writer)),
-        fields(owner, source->Columns(), names, session->GetDialect()),
-        position(*session, *source, std::move(order)) {}
+RecordsetImpl::OpenSet::OpenSet(FieldValues& owner, std::shared_ptr<SharedSession> on, CursorType cursorType,
+                                OpenedRows rows, const std::vector<std::string>& names,
+                                std::optional<std::vector<std::uint32_t>> order)
+    : session(std::move(on)),
+      type(cursorType),
+      source(std::move(rows.source)),
+      writer(std::move(rows.writer)),
+      fields(owner, source->Columns(), names, session->GetDialect()),
+      position(*session, *source, std::move(order)) {}
 
-  RowWriter& Writer() {
-    if (!writer) Fail(ErrorNumber::FeatureNotAvailable);
-    return *writer;
-  }
-  // The statement's condition, which a row of a dynamic cursor must still meet, may be about a column that
-  // nobody has read.
-  std::vector<bool> ColumnsToCompare() {
-    return position.Reads().ToCompare(position.Ordinal(), type == CursorType::Dynamic);
-  }
-  Sought Read(std::string_view criterion);
+RowWriter& RecordsetImpl::OpenSet::Writer() {
+  if (!writer) Fail(ErrorNumber::FeatureNotAvailable);
+  return *writer;
+}
 
-  std::shared_ptr<SharedSession> session;
-  CursorType type;
-  std::unique_ptr<RowSource> source;
-  std::unique_ptr<RowWriter> writer;
-  FieldList fields;
-  Position position;
-  PendingChange change;
-  Row asWritten;  // the current record, once its changes are written
-};
+// The statement's condition, which a row of a dynamic cursor must still meet, may be about a column that
+// nobody has read.
+std::vector<bool> RecordsetImpl::OpenSet::ColumnsToCompare() {
+  return position.Reads().ToCompare(position.Ordinal(), type == CursorType::Dynamic);
+}
 
 // The value of a criterion comes in the type of the column that it names.
 Sought RecordsetImpl::OpenSet::Read(std::string_view text) {
@@ -109,15 +94,14 @@ void RecordsetImpl::OpenPrepared(std::shared_ptr<SharedSession> session,
   }
   OpenedRows rows = OpenRows(session, prepared, cursorType, lockType, mostRows_);
   if (!rows.source) return;
-  set_ = std::make_unique<OpenSet>(static_cast<FieldValues&>(*this), std::move(session), cursorType,
-                                   std::move(rows), prepared.GetTranslation().names, std::nullopt);
+  set_.emplace(static_cast<FieldValues&>(*this), std::move(session), cursorType, std::move(rows),
+               prepared.GetTranslation().names, std::nullopt);
 }
 
 void RecordsetImpl::OpenCopied(std::shared_ptr<SharedSession> session, std::unique_ptr<StaticRows> rows,
                                std::vector<std::uint32_t> order) {
-  set_ = std::make_unique<OpenSet>(static_cast<FieldValues&>(*this), std::move(session), CursorType::Static,
-                                   OpenedRows{std::move(rows), nullptr}, std::vector<std::string>(),
-                                   std::move(order));
+  set_.emplace(static_cast<FieldValues&>(*this), std::move(session), CursorType::Static,
+               OpenedRows{std::move(rows), nullptr}, std::vector<std::string>(), std::move(order));
 }
 
 void RecordsetImpl::Close() {
@@ -181,17 +165,21 @@ ADODB::Fields& RecordsetImpl::Fields() {
   return Opened().fields;
 }
 
+const Variant& RecordsetImpl::Value(std::string_view name) {
+  return ValueOf(Opened().fields.IndexOf(name));
+}
+
+const Variant& RecordsetImpl::Value(std::size_t index) {
+  return ValueOf(Opened().fields.Checked(index));
+}
+
 const Variant& RecordsetImpl::ValueOf(std::size_t column) {
   OpenSet& set = Opened();
   const PendingChange& change = set.change;
   if (change.Adds() || (change.Edits() && change.HasSet(column))) return change.Value(column);
-  if (change.Edits()) {
-    set.position.Reads().Note(column);
-    return change.Value(column);
-  }
-  const Row& row = set.position.Current();
-  set.position.Reads().Note(column);
-  return row[column];
+  const Variant& value = change.Edits() ? change.Value(column) : set.position.Current()[column];
+  if (set.writer) set.position.Reads().Note(column);
+  return value;
 }
 
 void RecordsetImpl::SetValueOf(std::size_t column, const Variant& value) {

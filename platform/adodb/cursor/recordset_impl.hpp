@@ -3,10 +3,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/adodb/cursor/fields.hpp"
+#include "platform/adodb/cursor/opening.hpp"
+#include "platform/adodb/cursor/pending_change.hpp"
+#include "platform/adodb/cursor/position.hpp"
 #include "platform/adodb/cursor/static_rows.hpp"
 #include "platform/adodb/recordset.hpp"
 #include "platform/adodb/session/shared_session.hpp"
@@ -30,6 +35,8 @@ class RecordsetImpl final : public Recordset, private FieldValues {
   void MoveNext() override;
   std::int64_t RecordCount() const override;
   ADODB::Fields& Fields() override;
+  const automation::Variant& Value(std::string_view name) override;
+  const automation::Variant& Value(std::size_t index) override;
   void AddNew() override;
   void Update() override;
   void Delete(Affect affect) override;
@@ -46,7 +53,24 @@ class RecordsetImpl final : public Recordset, private FieldValues {
                   std::vector<std::uint32_t> order);
 
  private:
-  struct OpenSet;
+  // What there is of a record set while it is open.
+  struct OpenSet {
+    OpenSet(FieldValues& owner, std::shared_ptr<SharedSession> on, CursorType cursorType, OpenedRows rows,
+            const std::vector<std::string>& names, std::optional<std::vector<std::uint32_t>> order);
+
+    RowWriter& Writer();  // 3251 when the rows cannot be changed
+    std::vector<bool> ColumnsToCompare();
+    Sought Read(std::string_view criterion);
+
+    std::shared_ptr<SharedSession> session;
+    CursorType type;
+    std::unique_ptr<RowSource> source;
+    std::unique_ptr<RowWriter> writer;
+    FieldList fields;
+    Position position;
+    PendingChange change;
+    Row asWritten;  // the current record, once its changes are written
+  };
 
   const automation::Variant& ValueOf(std::size_t column) override;
   void SetValueOf(std::size_t column, const automation::Variant& value) override;
@@ -58,7 +82,8 @@ class RecordsetImpl final : public Recordset, private FieldValues {
 
   CursorLocation location_ = CursorLocation::Server;
   std::size_t mostRows_ = 0;
-  std::unique_ptr<OpenSet> set_;  // null while closed
+  // Nothing while closed. Whoever asks where the set stands may make it look.
+  mutable std::optional<OpenSet> set_;
 };
 
 }  // namespace ADODB::engine

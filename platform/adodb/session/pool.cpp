@@ -11,15 +11,6 @@ struct Pool::Target {
   std::uint64_t losses = 0;  // sessions that were found lost; what ended one may have ended others
 };
 
-Pool::Lease& Pool::Lease::operator=(Lease&& other) noexcept {
-  statements = std::move(other.statements);
-  session = std::move(other.session);
-  values = std::move(other.values);
-  target = other.target;
-  losses = other.losses;
-  return *this;
-}
-
 Pool::Pool(std::vector<std::shared_ptr<Provider>> providers, Clock clock, ChangeObserver* observer,
            std::function<void()> beforeChange)
     : providers_(std::move(providers)),
@@ -58,44 +49,38 @@ Pool::Lease Pool::Acquire(std::string_view connectionString, std::string_view us
   std::vector<Idle> expired;  // closed outside the lock
   std::unique_lock lock(mutex_);
   Target& target = TargetOf(connectionString, user, password, lock);
-  Lease lease;
-  for (;;) {
-    while (!target.idle.empty() && now - target.idle.front().since > kCloseAfter) {
-      expired.push_back(std::move(target.idle.front()));
-      target.idle.pop_front();
-    }
-    const std::uint64_t losses = target.losses;
-    if (target.idle.empty()) {
-      lease.target = &target;
-      lease.losses = losses;
-      break;
-    }
-    const bool mustAnswer =
-        target.idle.back().lease.losses != losses || now - target.idle.back().since > kPingAfter;
-    lease = std::move(target.idle.back().lease);
+  std::uint64_t losses = target.losses;
+  while (!target.idle.empty() && now - target.idle.front().since > kCloseAfter) {
+    expired.push_back(std::move(target.idle.front()));
+    target.idle.pop_front();
+  }
+  while (!target.idle.empty()) {
+    Lease lease = std::move(target.idle.back().lease);
+    const bool mustAnswer = lease->losses != losses || now - target.idle.back().since > kPingAfter;
     target.idle.pop_back();
-    lease.losses = losses;
+    lease->losses = losses;
     lock.unlock();
-    if (!mustAnswer || lease.session->Ping()) return lease;
-    lease = {};  // closed outside the lock as well
+    if (!mustAnswer || lease->session->Ping()) return lease;
+    lease.reset();  // closed outside the lock as well
     lock.lock();
-    ++target.losses;
+    losses = ++target.losses;
   }
   lock.unlock();
-  lease.session = target.provider->Connect(target.text);
-  lease.statements = std::make_unique<StatementCache>();
+  auto lease = std::make_unique<PooledSession>();
+  lease->target = &target;
+  lease->losses = losses;
+  lease->session = target.provider->Connect(target.text);
   return lease;
 }
 
 void Pool::GiveBack(Lease lease) noexcept {
-  if (!lease.session) return;
   Lease surplus;
   try {
-    const bool usable = lease.session->Reset();
+    const bool usable = lease->session->Reset();
     const std::lock_guard lock(mutex_);
-    std::deque<Idle>& idle = lease.target->idle;
+    std::deque<Idle>& idle = lease->target->idle;
     if (!usable) {
-      ++lease.target->losses;
+      ++lease->target->losses;
       return;
     }
     if (idle.size() >= kMostIdle) {

@@ -38,18 +38,15 @@ class Pool {
   struct Target;  // a connection string with its user
 
   // A session with what it knows, which goes before it.
-  struct Lease {
-    Lease() = default;
-    Lease(Lease&&) = default;
-    Lease& operator=(Lease&& other) noexcept;
-
+  struct PooledSession {
     std::unique_ptr<Session> session;
-    std::unique_ptr<StatementCache> statements;
+    StatementCache statements;
     Parameters values;  // of the statement that was prepared last; here because the memory serves all of them
     Target* target = nullptr;
     // How many sessions of the target were lost before this one was last known to answer.
     std::uint64_t losses = 0;
   };
+  using Lease = std::unique_ptr<PooledSession>;
 
   // A session that is ready for use: an idle one, or a new one. 3706 when no provider serves the string.
   Lease Acquire(std::string_view connectionString, std::string_view user, std::string_view password);

@@ -25,9 +25,9 @@ bool HasWideNumber(const Parameters& values) {
 
 }  // namespace
 
-Session& SharedSession::GetSession() const {
-  if (!lease_.session) Raise(ErrorNumber::ObjectClosed);
-  return *lease_.session;
+Pool::PooledSession& SharedSession::Pooled() const {
+  if (!lease_) Raise(ErrorNumber::ObjectClosed);
+  return *lease_;
 }
 
 void SharedSession::Close() noexcept {
@@ -38,27 +38,27 @@ void SharedSession::Close() noexcept {
       // It is rolled back all the same.
     }
   }
-  if (lease_.session) pool_->GiveBack(std::move(lease_));
-  lease_ = {};
+  if (lease_) pool_->GiveBack(std::move(lease_));
   transaction_ = Transaction::None;
 }
 
 SharedSession::Prepared SharedSession::Prepare(const Statement& statement) {
   // Values are looked at each time: the same text may have other parts inserted.
   CheckValues(statement, GetDialect());
-  lease_.values.clear();
-  StatementCache::Known known = lease_.statements->Find(Kind::AsWritten, statement);
+  Pool::PooledSession& pooled = Pooled();
+  pooled.values.clear();
+  StatementCache::Known known = pooled.statements.Find(Kind::AsWritten, statement);
   if (!known) known = Translated(Kind::AsWritten, FixedText(statement.ToString()), statement);
-  return {std::move(known), lease_.values};
+  return {std::move(known), pooled.values};
 }
 
 SharedSession::Prepared SharedSession::PrepareRead(const Statement& statement) {
-  const Dialect& dialect = GetDialect();
+  Pool::PooledSession& pooled = Pooled();
+  const Dialect& dialect = pooled.session->GetDialect();
   if (!dialect.ComparesBoundValuesAsLiterals()) return Prepare(statement);
   const bool onServer = dialect.PreparesOnTheServer();
-  Parameters& values = lease_.values;
-  if (StatementCache::Known known = lease_.statements->Find(Kind::Bound, statement)) {
-    values.clear();
+  Parameters& values = pooled.values;
+  if (StatementCache::Known known = pooled.statements.Find(Kind::Bound, statement)) {
     if (!ValuesToBind(statement, values) || (onServer && HasWideNumber(values))) return Prepare(statement);
     return {std::move(known), values};
   }
@@ -74,7 +74,7 @@ SharedSession::Prepared SharedSession::PrepareRead(const Statement& statement) {
 
 StatementCache::Known SharedSession::Translated(Kind kind, FixedText text, const Statement& statement) {
   const Dialect& dialect = GetDialect();
-  return lease_.statements->Keep(kind, std::move(text), Translate(CheckText(statement, dialect), dialect));
+  return Pooled().statements.Keep(kind, std::move(text), Translate(CheckText(statement, dialect), dialect));
 }
 
 std::unique_ptr<Rows> SharedSession::Query(const Prepared& prepared) {
@@ -94,12 +94,12 @@ std::int64_t SharedSession::Execute(const Prepared& prepared) {
 
 // `known` keeps the statement alive while it runs.
 Sql SharedSession::ForSession(StatementCache::Known& known, const std::string& sql, bool hasParameters) {
-  known = lease_.statements->FindComposed(sql);
+  known = Pooled().statements.FindComposed(sql);
   if (!known) {
     if (sql.size() > StatementCache::kLongest) return sql;
     Translation translation;
     translation.text = sql;
-    known = lease_.statements->Keep(Kind::Composed, FixedText(sql), std::move(translation));
+    known = Pooled().statements.Keep(Kind::Composed, FixedText(sql), std::move(translation));
   }
   return known->ForSession(GetDialect().PreparesOnTheServer(), hasParameters);
 }

@@ -25,11 +25,12 @@ class SharedSession {
   SharedSession(const SharedSession&) = delete;
   SharedSession& operator=(const SharedSession&) = delete;
 
-  bool IsOpen() const { return lease_.session != nullptr; }
+  bool IsOpen() const { return lease_ != nullptr; }
   // Gives the session back to the pool; record sets on it are closed by that.
   void Close() noexcept;
 
-  Session& GetSession() const;  // 3704 when it is closed, as with all that follows
+  // 3704 when it is closed, as with all that follows.
+  Session& GetSession() const { return *Pooled().session; }
   const Dialect& GetDialect() const { return GetSession().GetDialect(); }
   Freshness& GetFreshness() const { return pool_->GetFreshness(); }
   // To be told of every change; null where nobody is to be.
@@ -66,6 +67,7 @@ class SharedSession {
   void InTransaction(const std::function<void()>& work);
 
  private:
+  Pool::PooledSession& Pooled() const;
   void BeforeChange();
   void Observed(ChangeObserver::Ticket (ChangeObserver::*tell)(), const std::function<void()>& step) const;
   StatementCache::Known Translated(KnownStatement::Kind kind, FixedText text, const Statement& statement);

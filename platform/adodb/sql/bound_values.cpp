@@ -74,9 +74,11 @@ bool ValuesToBind(const Statement& statement, Parameters& values) {
   const std::string_view sql = statement.ToString();
   const auto spans = statement.Values();
   if (spans.empty() || spans.size() > kMostValues || sql.size() > kLongestText) return false;
-  values.reserve(spans.size());
+  values.resize(spans.size());
   std::size_t at = 0;
+  std::size_t number = 0;
   for (const Statement::Span& span : spans) {
+    automation::Variant& into = values[number++];
     const std::string_view value = sql.substr(span.offset, span.length);
     const std::size_t end = span.offset + span.length;
     if (span.offset <= at) return false;
@@ -85,13 +87,13 @@ bool ValuesToBind(const Statement& statement, Parameters& values) {
       if (end >= sql.size() || sql[end] != '\'' || std::any_of(value.begin(), value.end(), endsText)) {
         return false;
       }
-      values.emplace_back(value);
+      into.SetText(value);
       at = end + 1;
     } else {
-      const std::optional<std::int64_t> number = WholeNumber(value);
+      const std::optional<std::int64_t> whole = WholeNumber(value);
       const bool delimited = end == sql.size() || sql[end] == ' ' || sql[end] == ')';
-      if (!number || !delimited) return false;
-      values.push_back(OfWhole(*number));  // as an engine types the literal
+      if (!whole || !delimited) return false;
+      into = OfWhole(*whole);  // as an engine types the literal
       at = end;
     }
   }

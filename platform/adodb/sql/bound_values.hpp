@@ -26,8 +26,8 @@ struct BoundStatement {
 // them.
 std::optional<BoundStatement> BindValues(const Statement& statement, std::string_view number = "?");
 
-// The values alone, of a statement with the same fixed text as one that BindValues has taken, put into an
-// empty `values`; false when they are not of that kind.
+// The values alone, of a statement with the same fixed text as one that BindValues has taken, in place of
+// what `values` held, whose memory is used again; false when they are not of that kind.
 bool ValuesToBind(const Statement& statement, Parameters& values);
 
 // The fixed text of a statement, to know it again with other values in it.
