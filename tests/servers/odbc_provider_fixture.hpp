@@ -55,7 +55,9 @@ class KeepingSession : public Session {
       last_ = cache_.Keep(ADODB::engine::KnownStatement::Kind::Composed, ADODB::engine::FixedText(sql.Text()),
                           std::move(translation));
     }
-    return last_->ForSession(true, !parameters.empty());
+    ADODB::engine::Sql kept = last_->ForSession(true, !parameters.empty());
+    kept.SetTable(sql.Table());
+    return kept;
   }
 
   std::unique_ptr<Session> inner_;

@@ -45,6 +45,22 @@ TEST_P(OdbcProviderTest, TellsTheTableAndColumnBehindEachColumn) {
   EXPECT_EQ(columns[2].collation, TypeOfEngine("", "utf8mb4_nopad_bin"));
 }
 
+TEST_P(OdbcProviderTest, TakesAWholeTablesColumnsForWhatTheyAreCalled) {
+  MakeTable();
+  ADODB::engine::Sql sql("SELECT * FROM SAMPLE");
+  sql.SetTable("SAMPLE");
+  const auto told = session_->Query(sql, {})->Columns();
+  const auto asked = session_->Query("SELECT * FROM SAMPLE", {})->Columns();
+  ASSERT_EQ(told.size(), asked.size());
+  for (std::size_t i = 0; i < told.size(); ++i) {
+    EXPECT_EQ(told[i].name, asked[i].name);
+    EXPECT_EQ(told[i].type, asked[i].type);
+    EXPECT_EQ(told[i].baseTable, "SAMPLE");
+    EXPECT_EQ(told[i].baseColumn, asked[i].baseColumn);
+    EXPECT_EQ(told[i].collation, asked[i].collation);
+  }
+}
+
 TEST_P(OdbcProviderTest, WritesEveryVariantThroughParameters) {
   MakeTable();
   const Parameters values = {true,

@@ -82,12 +82,15 @@ class Deletion {
     const std::string list = List();
     if (Returns()) {
       // As it may be written with RETURNING: the table's name once.
-      Keep(*session_.Change("DELETE FROM " + shape_.table + " " + shape_.where + " RETURNING " + list, {}));
+      Keep(*session_.Change("DELETE FROM " + shape_.table + " " + shape_.where + " RETURNING " + list, {},
+                            shape_.table));
       // PostgreSQL's driver gives no result, and so no columns, when nothing was deleted.
-      if (!deleted_.rows) Keep(*session_.Query("SELECT " + list + " FROM " + shape_.table + " WHERE 1=0"));
+      if (!deleted_.rows) {
+        Keep(*session_.Query("SELECT " + list + " FROM " + shape_.table + " WHERE 1=0", {}, shape_.table));
+      }
       return;
     }
-    Keep(*session_.Change(dialect_.LockedSelect(list, shape_.table, shape_.where), {}));
+    Keep(*session_.Change(dialect_.LockedSelect(list, shape_.table, shape_.where), {}, shape_.table));
     DeleteByKey();
   }
 

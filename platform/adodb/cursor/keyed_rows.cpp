@@ -35,7 +35,7 @@ KeyedRows::KeyedRows(std::shared_ptr<SharedSession> session, const SelectShape& 
 }
 
 std::unique_ptr<Rows> KeyedRows::Run(const KeyedSelect::Query& query) const {
-  return session_->Query(query.sql, query.parameters);
+  return session_->Query(query.sql, query.parameters, statements_.Select().WholeTable());
 }
 
 // A keyset's rows grow old; a dynamic cursor's do so at once when the run writes.
@@ -263,8 +263,8 @@ void KeyedRows::Replace(std::size_t ordinal, Row row) {
 }
 
 bool KeyedRows::Holds(std::size_t column, const automation::Variant& value) const {
-  return Run({statements_.Select().Holding(columns_[column].baseColumn, session_->GetDialect()), {value}})
-      ->Next();
+  const std::string sql = statements_.Select().Holding(columns_[column].baseColumn, session_->GetDialect());
+  return session_->Query(sql, {value})->Next();
 }
 
 std::size_t KeyedRows::Requery(std::size_t ordinal, const Visit& visit) {

@@ -20,7 +20,7 @@ KeylessRows::KeylessRows(std::shared_ptr<SharedSession> session, SelectShape sel
 
 void KeylessRows::Copy() {
   const std::unique_ptr<Rows> rows =
-      session_->Query("SELECT " + list_ + select_.From({}) + " " + select_.order);
+      session_->Query("SELECT " + list_ + select_.From({}) + " " + select_.order, {}, select_.WholeTable());
   copiedAt_ = session_->GetFreshness().Now();
   copy_ = std::make_unique<StaticRows>(*rows, keyCount_, mostRows_);
   if (!columns_.empty()) return;

@@ -43,8 +43,8 @@ OpenedRows OpenRows(const std::shared_ptr<SharedSession>& session, const SharedS
   OpenedRows opened;
   std::vector<Column> keyColumns;
   if (!walksByKey) {
-    auto copy = Copied(*session->Query(WithKey(*select, table, session->GetDialect())),
-                       table.keyColumns.size(), mostRows);
+    const std::string sql = WithKey(*select, table, session->GetDialect());
+    auto copy = Copied(*session->Query(sql, {}, select->WholeTable()), table.keyColumns.size(), mostRows);
     if (copy) keyColumns = copy->KeyColumns();
     opened.source = std::move(copy);
   } else if (table.address == Address::WholeRow) {

@@ -210,7 +210,7 @@ std::unique_ptr<engine::Rows> Connection::Query(const engine::Sql& sql,
   Run run = RunStatement(sql, parameters);
   Statement& statement = *run.statement;
   auto rows = std::make_unique<ResultRows>(std::move(run));
-  AddCollations(statement.Columns());
+  AddCollations(statement.Columns(sql.Table()), sql.Table());
   return rows;
 }
 
@@ -332,12 +332,13 @@ const Connection::Table& Connection::LookUp(const std::string& table) {
   return tables_.insert_or_assign(table, std::move(found)).first->second;
 }
 
-void Connection::AddCollations(std::vector<engine::Column>& columns) {
+void Connection::AddCollations(std::vector<engine::Column>& columns, std::string_view allOf) {
   if (!Engine().traits().looksUpCollations) return;
   for (engine::Column& column : columns) {
     if (column.type != engine::ColumnType::Text || column.baseTable.empty() || !column.collation.empty())
       continue;
-    const Table& table = LookUp(GetDialect().QuotedName(column.baseTable));
+    const Table& table =
+        LookUp(allOf.empty() ? GetDialect().QuotedName(column.baseTable) : std::string(allOf));
     const auto found = table.collations.find(column.baseColumn);
     if (found != table.collations.end()) column.collation = found->second;
   }

@@ -55,7 +55,7 @@ class Connection : public engine::Session {
   Run Send(const engine::Sql& sql, const engine::Parameters& parameters);
   Statement& SendPrepared(const engine::Sql& sql, const engine::Parameters& parameters);
   Statement& SendPreparedOnce(const engine::Sql& sql, const engine::Parameters& parameters);
-  void AddCollations(std::vector<engine::Column>& columns);
+  void AddCollations(std::vector<engine::Column>& columns, std::string_view allOf);
   const Table& LookUp(const std::string& table);
   void TurnAutocommitOff();
   void KeepTransactionOpen();

@@ -88,15 +88,15 @@ std::vector<SQLSMALLINT> Statement::ResultTypes() {
   return types;
 }
 
-std::vector<engine::Column>& Statement::Columns() {
+std::vector<engine::Column>& Statement::Columns(std::string_view table) {
   if (described_) return columns_;
   // A prepared statement outlives changes to its tables. Names, which follow from its text, cost most to ask.
-  if (columns_.empty() || ResultTypes() != types_) Describe();
+  if (columns_.empty() || ResultTypes() != types_) Describe(table);
   described_ = true;
   return columns_;
 }
 
-void Statement::Describe() {
+void Statement::Describe(std::string_view table) {
   types_.clear();
   columns_.clear();
   SQLSMALLINT count = 0;
@@ -110,8 +110,13 @@ void Statement::Describe() {
     engine::Column column;
     column.name = ToUtf8(name);
     column.type = TypeOf(type);
-    column.baseTable = ColumnText(number, SQL_DESC_BASE_TABLE_NAME);
-    if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
+    if (table.empty()) {
+      column.baseTable = ColumnText(number, SQL_DESC_BASE_TABLE_NAME);
+      if (!column.baseTable.empty()) column.baseColumn = ColumnText(number, SQL_DESC_BASE_COLUMN_NAME);
+    } else {
+      column.baseTable = table;
+      column.baseColumn = column.name;
+    }
     columns_.push_back(std::move(column));
   }
   Bind();

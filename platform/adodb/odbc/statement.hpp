@@ -26,9 +26,9 @@ class Statement : public engine::PreparedStatement {
   void Execute(const engine::Parameters& parameters);
   void ExecuteDirect(std::string_view sql);
 
-  // The columns of the result, empty when there is none. After another execution of a prepared statement only
-  // their types are looked at again.
-  std::vector<engine::Column>& Columns();
+  // The columns of the result, empty when there is none; `table` as in engine::Sql. After another execution
+  // of a prepared statement only their types are looked at again.
+  std::vector<engine::Column>& Columns(std::string_view table = {});
 
   bool Fetch();  // false past the last row
   // The value of a column of the row fetched last.
@@ -41,7 +41,7 @@ class Statement : public engine::PreparedStatement {
   void Check(SQLRETURN status);
   void TakeResult(SQLRETURN status);
   std::vector<SQLSMALLINT> ResultTypes();
-  void Describe();
+  void Describe(std::string_view table);
   void Bind();
   std::string ColumnText(SQLUSMALLINT column, SQLUSMALLINT field);
 

@@ -63,6 +63,11 @@ class Sql {
   Sql(std::string_view text, std::unique_ptr<PreparedStatement>& prepared)
       : text_(text), prepared_(&prepared) {}
 
+  // All columns of the result are columns of this table, named as it names them: a session need not find out
+  // where each comes from. Empty when nothing is known. The name as a statement writes it.
+  void SetTable(std::string_view table) { table_ = table; }
+  std::string_view Table() const { return table_; }
+
   std::string_view Text() const { return text_; }
   operator std::string_view() const { return text_; }
   std::unique_ptr<PreparedStatement>* Prepared() const { return prepared_; }
@@ -70,6 +75,7 @@ class Sql {
  private:
   std::string_view text_;
   std::unique_ptr<PreparedStatement>* prepared_ = nullptr;
+  std::string_view table_;
 };
 
 // Threads: one at a time; a session may change hands while no Rows are alive.

@@ -104,15 +104,19 @@ Sql SharedSession::ForSession(StatementCache::Known& known, const std::string& s
   return known->ForSession(GetDialect().PreparesOnTheServer(), hasParameters);
 }
 
-std::unique_ptr<Rows> SharedSession::Query(const std::string& sql, const Parameters& parameters) {
+std::unique_ptr<Rows> SharedSession::Query(const std::string& sql, const Parameters& parameters,
+                                           std::string_view table) {
   Session& session = GetSession();
   StatementCache::Known known;
-  return session.Query(ForSession(known, sql, !parameters.empty()), parameters);
+  Sql forSession = ForSession(known, sql, !parameters.empty());
+  forSession.SetTable(table);
+  return session.Query(forSession, parameters);
 }
 
-std::unique_ptr<Rows> SharedSession::Change(const std::string& sql, const Parameters& parameters) {
+std::unique_ptr<Rows> SharedSession::Change(const std::string& sql, const Parameters& parameters,
+                                            std::string_view table) {
   BeforeChange();
-  return Query(sql, parameters);
+  return Query(sql, parameters, table);
 }
 
 std::int64_t SharedSession::Execute(const std::string& sql, const Parameters& parameters) {

@@ -52,10 +52,12 @@ class SharedSession {
   // Rows affected.
   std::int64_t Execute(const Prepared& prepared);
 
-  // Statements that the cursors compose, in the engine's SQL.
-  std::unique_ptr<Rows> Query(const std::string& sql, const Parameters& parameters = {});
+  // Statements that the cursors compose, in the engine's SQL. `table` as in Sql::Table().
+  std::unique_ptr<Rows> Query(const std::string& sql, const Parameters& parameters = {},
+                              std::string_view table = {});
   // One that changes rows and answers with some.
-  std::unique_ptr<Rows> Change(const std::string& sql, const Parameters& parameters);
+  std::unique_ptr<Rows> Change(const std::string& sql, const Parameters& parameters,
+                               std::string_view table = {});
   std::int64_t Execute(const std::string& sql, const Parameters& parameters);
 
   // As Connection::BeginTrans, CommitTrans and RollbackTrans; the observer is told of them.

@@ -32,6 +32,9 @@ struct SelectShape {
   std::string condition;
   std::string order;
 
+  // The table, when the list is "*": every column then has the name that it has there. Empty otherwise.
+  std::string_view WholeTable() const { return list == "*" ? std::string_view(table) : std::string_view(); }
+
   // Everything behind the list, for a statement that is cut by `condition` as well.
   std::string From(std::string_view extraCondition) const;
   // The list, and behind it the columns that address a row.
