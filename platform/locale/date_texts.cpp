@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/automation/error.hpp"
+#include "platform/locale/date_pattern.hpp"
 
 namespace automation {
 namespace {
@@ -82,27 +83,6 @@ std::unique_ptr<icu::SimpleDateFormat> TimeFormat(const icu::Locale& locale) {
   return format;
 }
 
-// Special spaces become spaces, and direction marks are dropped: these texts end up in single-byte files and
-// old mail readers, where both would show as question marks.
-std::string PlainUtf8(const icu::UnicodeString& text) {
-  icu::UnicodeString plain;
-  for (int32_t i = 0; i < text.length(); ++i) {
-    const char16_t c = text[i];
-    if (c == 0x200E || c == 0x200F || c == 0x061C) continue;
-    plain.append(c == 0x00A0 || c == 0x202F || c == 0x2009 ? u' ' : c);
-  }
-  std::string utf8;
-  plain.toUTF8String(utf8);
-  return utf8;
-}
-
-std::string Formatted(const icu::SimpleDateFormat& format, DateTime value) {
-  icu::UnicodeString text;
-  const std::int64_t milliseconds = value.WithoutFraction().UnixMicroseconds() / 1000;
-  format.format(static_cast<UDate>(milliseconds), text);
-  return PlainUtf8(text);
-}
-
 // Empty for an id that stands for no language of its own, such as "the user's default".
 std::string LocaleNameOf(std::int32_t localeId) {
   char name[ULOC_FULLNAME_CAPACITY];
@@ -117,9 +97,9 @@ std::string LocaleNameOf(std::int32_t localeId) {
 
 struct DateTexts::Formatters {
   struct OneLocale {
-    std::unique_ptr<icu::SimpleDateFormat> shortDate;
-    std::unique_ptr<icu::SimpleDateFormat> longDate;
-    std::unique_ptr<icu::SimpleDateFormat> time;
+    DatePattern shortDate;
+    DatePattern longDate;
+    DatePattern time;
   };
   std::mutex mutex;  // ICU's formatters keep state while they format
   std::map<std::int32_t, OneLocale> byId;
@@ -129,8 +109,9 @@ struct DateTexts::Formatters {
     const std::string name = LocaleNameOf(localeId);
     if (name.empty()) return For(kFallbackLocaleId);
     const icu::Locale locale = Gregorian(name.c_str());
-    OneLocale formats{DateFormat(locale, icu::DateFormat::kShort), DateFormat(locale, icu::DateFormat::kLong),
-                      TimeFormat(locale)};
+    OneLocale formats{DatePattern(*DateFormat(locale, icu::DateFormat::kShort)),
+                      DatePattern(*DateFormat(locale, icu::DateFormat::kLong)),
+                      DatePattern(*TimeFormat(locale))};
     return byId.emplace(localeId, std::move(formats)).first->second;
   }
 };
@@ -141,10 +122,10 @@ DateTexts::~DateTexts() = default;
 std::string DateTexts::Text(DateTime value, int style, std::int32_t localeId) const {
   const std::lock_guard<std::mutex> lock(formatters_->mutex);
   const Formatters::OneLocale& formats = formatters_->For(localeId);
-  if (style == kLong) return Formatted(*formats.longDate, value);
-  std::string text = Formatted(*formats.shortDate, value);
+  if (style == kLong) return formats.longDate.Text(value);
+  std::string text = formats.shortDate.Text(value);
   static_assert(kShort == 1);
-  if (style == kShortWithTime) text += " " + Formatted(*formats.time, value);
+  if (style == kShortWithTime) text += " " + formats.time.Text(value);
   return text;
 }
 
