@@ -22,7 +22,12 @@ int main(int count, char** words) {
   try {
     const orvane::host::Arguments arguments = orvane::host::ParseArguments(
         std::vector<std::string>(words + 1, words + count), std::getenv("ORVANE_HOME"));
-    return arguments.command->run(arguments, console);
+    const int exitCode = arguments.command->run(arguments, console);
+    std::cout.flush();
+    // Of a run the result is what it did; of everything else, what it prints.
+    if (std::cout || exitCode != orvane::kOk || arguments.command->name == "run") return exitCode;
+    std::cerr << "orvane-host: standard output could not be written to its end\n";
+    return orvane::kUnfinished;
   } catch (const orvane::host::UsageError& error) {
     std::cerr << "orvane-host: " << error.what() << "\nTry \"orvane-host --help\".\n";
     return orvane::kUsage;

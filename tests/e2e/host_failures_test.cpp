@@ -1,8 +1,10 @@
 // What an operator meets when a suite is not as it should be.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -323,6 +325,16 @@ TEST_F(HostFailuresTest, AReaderThatHangsUpDoesNotEndTheRun) {
   host.HangUp();
   EXPECT_EQ(host.Wait().exitCode, 0);
   EXPECT_EQ(Left(), Strings{});
+}
+
+TEST_F(HostFailuresTest, AFullDiskUnderTheOutputIsTold) {
+  const orvane_test::TemporaryFolder folder;
+  const std::string errors = folder.Path() / "errors";
+  const int status =
+      std::system(("exec '" ORVANE_HOST_BINARY "' list >/dev/full 2>'" + errors + "'").c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 70);
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(errors),
+            "orvane-host: standard output could not be written to its end\n");
 }
 
 TEST_F(HostFailuresTest, APipeInThePlaceOfTheConfigurationIsRefused) {
