@@ -1,6 +1,5 @@
 #include <memory>
 #include <utility>
-#include <vector>
 
 #include "effects/forwarding.hpp"
 #include "effects/wrappers.hpp"

@@ -1,6 +1,5 @@
 #include "effects/journal.hpp"
 
-#include <cerrno>
 #include <cstdint>
 #include <system_error>
 #include <utility>

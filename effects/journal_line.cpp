@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <type_traits>
 #include <variant>
 
 #include "effects/json_text.hpp"

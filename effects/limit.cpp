@@ -1,6 +1,5 @@
 #include "effects/limit.hpp"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <map>

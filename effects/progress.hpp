@@ -8,7 +8,6 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <thread>

@@ -1,7 +1,4 @@
 // "report": what the journals say of the runs.
-#include <sys/stat.h>
-
-#include <optional>
 #include <string>
 #include <system_error>
 
@@ -15,9 +12,7 @@ namespace orvane::host {
 namespace {
 
 void WritePage(const std::string& file, const std::string& page) {
-  struct stat status {};
-  const bool exists = lstat(file.c_str(), &status) == 0;
-  base::FileReplacement replacement(file, exists ? std::optional(status) : std::nullopt);
+  base::FileReplacement replacement(file);
   replacement.Write(page);
   replacement.Commit(base::FileReplacement::Durability::Content);
 }

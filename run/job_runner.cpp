@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <exception>
 #include <utility>
 #include <variant>
 

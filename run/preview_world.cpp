@@ -1,12 +1,10 @@
 #include "run/preview_world.hpp"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
-#include <utility>
 
 #include "platform/adodb/engines/sqlite/embedded/private_copy.hpp"
 #include "platform/adodb/odbc/provider.hpp"

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <system_error>
 
 #include "components/registration/register_jobs.hpp"

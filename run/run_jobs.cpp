@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <exception>
 #include <optional>
 #include <string_view>
 #include <system_error>

@@ -1,7 +1,6 @@
 // Sends the escalation mails of the suite: "OrvaneProcessMTS.SolveOnNoResponse".
 #pragma once
 
-#include <memory>
 #include <string_view>
 
 #include "platform/automation/export.hpp"

@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/automation/export.hpp"
 #include "platform/automation/object.hpp"

@@ -1,7 +1,6 @@
 // The suite's conversion of texts into SQL literals, created by class.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 

@@ -1,6 +1,5 @@
 #include "host/check/data_check.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <set>

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <string>
 
 #include "host/check/findings.hpp"
 #include "platform/adodb/connection.hpp"

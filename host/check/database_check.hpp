@@ -3,7 +3,6 @@
 
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "components/registration/job_needs.hpp"

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <utility>
-#include <vector>
 
 #include "components/registration/register_jobs.hpp"
 #include "host/near_name.hpp"

@@ -1,9 +1,7 @@
 // The settings of the jobs in the table PARAMETERS.
 #pragma once
 
-#include <functional>
 #include <map>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>

@@ -1,6 +1,5 @@
 #include "host/restore/archived_rows.hpp"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <optional>
-#include <utility>
 
 #include "platform/adodb/sql/dialect.hpp"
 #include "platform/adodb/sql/iso_date_time.hpp"

@@ -1,13 +1,9 @@
 // Puts rows that a journal holds back into a database.
 #pragma once
 
-#include <cstddef>
 #include <map>
-#include <memory>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "host/restore/archived_rows.hpp"
 #include "platform/adodb/session/provider.hpp"

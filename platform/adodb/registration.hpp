@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <vector>

@@ -20,7 +20,7 @@ class ORVANE_EXPORT Locale {
   // The date in the locale's short form; the year always has four digits. The time of day is not shown.
   virtual std::string ShortDate(DateTime value) const = 0;
 
-  // The default text of a date-time: the short date, and, unless it is midnight, a blank and the time of day
+  // The default text of a date-time: the short date, and, unless it is midnight, a space and the time of day
   // as hh:mm:ss on the 24-hour clock. Fractions of a second are not shown.
   virtual std::string GeneralDate(DateTime value) const = 0;
 

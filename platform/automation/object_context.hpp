@@ -1,7 +1,6 @@
 // The component-services context of a caller that runs its components inside a transaction.
 #pragma once
 
-#include <memory>
 #include <string_view>
 
 #include "platform/automation/export.hpp"

@@ -1,7 +1,7 @@
 // A value of one of the platform's types, and its conversions.
 //
 // The conversions raise what the platform raises: 6 Overflow, 13 Type mismatch, 94 Invalid use of Null,
-// 424 Object required. Conversions between text and dates go through the locale of the current Runtime.
+// 91 and 438 for an object. Conversions between text and dates go through the locale of the current Runtime.
 #pragma once
 
 #include <cstdint>

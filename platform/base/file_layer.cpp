@@ -8,7 +8,6 @@
 #include <climits>
 #include <ctime>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 #include <utility>
 

@@ -99,11 +99,11 @@ void ForEachHidden(const std::string& folder, const Visit& visit) {
 }
 
 // Creates the locked file for the new content; `path` receives its path.
-Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t mode, std::string& path) {
+Descriptor MakeBeside(const std::string& folder, std::string_view leaf, std::string& path) {
   int writer = 1;
   while (writer <= kMostWriters) {
     path = folder + NameBeside(leaf, writer);
-    Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+    Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0640));
     if (made.IsOpen()) {
       // Between these two calls another writer may take the file for a leftover and remove it. Where files
       // cannot be locked, nobody removes any.
@@ -123,14 +123,14 @@ Descriptor MakeBeside(const std::string& folder, std::string_view leaf, mode_t m
 
 }  // namespace
 
-FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode)
+FileReplacement::FileReplacement(std::string target, std::optional<struct stat> existing)
     : target_(Resolved(std::move(target), existing)),
       folder_(FolderOf(target_)),
       replaces_(existing.has_value()) {
   const std::string_view leaf = std::string_view(target_).substr(target_.rfind('/') + 1);
   if (leaf.size() > NAME_MAX) Refuse(ENAMETOOLONG);
   if (existing) RequireWritable(target_, *existing);
-  descriptor_ = MakeBeside(folder_, leaf, newMode, beside_);
+  descriptor_ = MakeBeside(folder_, leaf, beside_);
   if (!existing) return;
   // Giving a file away is the superuser's right; whoever may write the folder replaces the file all the same.
   const int given = fchown(descriptor_.Get(), existing->st_uid, existing->st_gid);
@@ -169,7 +169,11 @@ struct stat FileReplacement::Commit(Durability durability) {
   // A network file system reports a failed write here at the latest. The descriptor stays open, and the file
   // locked, until it has its name.
   if (fsync(descriptor_.Get()) != 0) Refuse(errno);
-  Publish();
+  if (!replaces_) {
+    if (const int code = RenameToFreeName(beside_, target_); code != 0) Refuse(code);
+  } else if (rename(beside_.c_str(), target_.c_str()) != 0) {
+    Refuse(errno);
+  }
   return Finish(durability);
 }
 
@@ -208,14 +212,6 @@ struct stat FileReplacement::Finish(Durability durability) {
     if (const int code = SyncFolder(folder_); code != 0) Refuse(code);
   }
   return status;
-}
-
-void FileReplacement::Publish() {
-  if (!replaces_) {
-    if (const int code = RenameToFreeName(beside_, target_); code != 0) Refuse(code);
-  } else if (rename(beside_.c_str(), target_.c_str()) != 0) {
-    Refuse(errno);
-  }
 }
 
 void RemoveLeftovers(const std::string& folder) {

@@ -32,10 +32,10 @@ class FileReplacement {
   // `target` is the operating system's path, `existing` what lies there now (a link not followed); nothing
   // when there is no such file. A link is followed to the file that it names, which need not exist. The new
   // file keeps the mode of an existing one and, where the system allows it, its owner; one without a
-  // predecessor has `newMode` less the umask.
+  // predecessor has 0640 less the umask.
   // FAILS: EACCES for a target that may not be written or is no regular file, EISDIR for a folder,
   // ENAMETOOLONG, and whatever making the file beside it fails with.
-  FileReplacement(std::string target, std::optional<struct stat> existing, mode_t newMode = 0640);
+  FileReplacement(std::string target, std::optional<struct stat> existing);
   // For whatever lies at `target` now.
   explicit FileReplacement(const std::string& target);
   ~FileReplacement();
@@ -67,7 +67,6 @@ class FileReplacement {
 
  private:
   Descriptor LockTarget(std::chrono::milliseconds patience) const;
-  void Publish();
   struct stat Finish(Durability durability);  // of the new file
 
   std::string target_;

@@ -19,7 +19,6 @@
 namespace automation {
 namespace {
 
-constexpr int kShort = 1;
 constexpr int kLong = 2;
 constexpr int kShortWithTime = 3;
 constexpr std::int32_t kFallbackLocaleId = 1033;
@@ -124,7 +123,6 @@ std::string DateTexts::Text(DateTime value, int style, std::int32_t localeId) co
   const Formatters::OneLocale& formats = formatters_->For(localeId);
   if (style == kLong) return formats.longDate.Text(value);
   std::string text = formats.shortDate.Text(value);
-  static_assert(kShort == 1);
   if (style == kShortWithTime) text += " " + formats.time.Text(value);
   return text;
 }

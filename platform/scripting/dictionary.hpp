@@ -1,7 +1,6 @@
 // A keyed table that keeps the order of insertion: "Scripting.Dictionary".
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -18,12 +17,9 @@ class ORVANE_EXPORT Dictionary : public automation::Object {
  public:
   // 457 when the key is there already; keys are compared exactly, text with regard to case.
   virtual void Add(const automation::Variant& key, const automation::Variant& item) = 0;
-  virtual bool Exists(const automation::Variant& key) const = 0;
   // The item under the key; Empty when there is none.
   virtual automation::Variant Item(const automation::Variant& key) const = 0;
-  virtual std::size_t Count() const = 0;
-  virtual std::vector<automation::Variant> Keys() const = 0;   // in order of insertion
-  virtual std::vector<automation::Variant> Items() const = 0;  // in order of insertion
+  virtual std::vector<automation::Variant> Keys() const = 0;  // in order of insertion
 };
 using DictionaryPtr = std::shared_ptr<Dictionary>;
 

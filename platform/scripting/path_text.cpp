@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 
 #include "platform/automation/error.hpp"
 #include "platform/automation/runtime.hpp"

@@ -119,7 +119,9 @@ TEST_F(ParametersTest, ValuesOfSeveralNamesInTheDatabasesOrder) {
   Add("B", "2");
   const Scripting::DictionaryPtr values = GetParameterValues({"A", "B", "C"});
   EXPECT_EQ(values->Keys(), (std::vector<Variant>{"C", "A", "B"}));
-  EXPECT_EQ(values->Items(), (std::vector<Variant>{"3", "1", "2"}));
+  EXPECT_EQ(values->Item("C"), Variant("3"));
+  EXPECT_EQ(values->Item("A"), Variant("1"));
+  EXPECT_EQ(values->Item("B"), Variant("2"));
 }
 
 TEST_F(ParametersTest, NamesAreListedAsLiteralsWithACommaAndABlank) {
@@ -132,7 +134,7 @@ TEST_F(ParametersTest, NamesAreListedAsLiteralsWithACommaAndABlank) {
 
 TEST_F(ParametersTest, OneNameHasNoSeparator) {
   Add("A", "1");
-  EXPECT_EQ(GetParameterValues({"A"})->Count(), 1U);
+  EXPECT_EQ(GetParameterValues({"A"})->Keys().size(), 1U);
   EXPECT_EQ(environment_.adodb->recordsets.at(0).sql,
             "SELECT PARAM_NAME, PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME IN ('A')");
 }
@@ -147,8 +149,8 @@ TEST_F(ParametersTest, QuoteInAListedNameIsPartOfTheName) {
 TEST_F(ParametersTest, MissingNamesHaveNoEntry) {
   Add("A", "1");
   const Scripting::DictionaryPtr values = GetParameterValues({"A", "Missing"});
-  EXPECT_EQ(values->Count(), 1U);
-  EXPECT_FALSE(values->Exists("Missing"));
+  EXPECT_EQ(values->Keys().size(), 1U);
+  EXPECT_TRUE(values->Item("Missing").IsEmpty());
   EXPECT_TRUE(environment_.log->empty());
 }
 
@@ -176,7 +178,11 @@ TEST_F(ParametersTest, NothingStaysOpenWhateverFailsInGetParameterValues) {
   Add("B", "2");
   int failures = 0;
   const int calls = environment_.LetEveryStepFail([&failures] {
-    failures += ErrorNumberOf([] { EXPECT_EQ(GetParameterValues({"A", "B"})->Count(), 2U); }) == 70 ? 1 : 0;
+    failures += ErrorNumberOf([] {
+                  EXPECT_EQ(GetParameterValues({"A", "B"})->Keys().size(), 2U);
+                }) == 70
+                    ? 1
+                    : 0;
   });
   EXPECT_EQ(failures, calls - 1);
   EXPECT_GE(calls, 10);
@@ -217,7 +223,7 @@ TEST(ParametersOfAnotherSuiteTest, ALiteralThatIsNotWholeBreaksTheStatement) {
   environment.database.Run(
       "CREATE TABLE PARAMETERS (PARAM_NAME VARCHAR(255), PARAM_VALUE VARCHAR(255));"
       "INSERT INTO PARAMETERS VALUES ('A', '1')");
-  EXPECT_EQ(GetParameterValues({"A"})->Count(), 1U);
+  EXPECT_EQ(GetParameterValues({"A"})->Keys().size(), 1U);
   EXPECT_EQ(ErrorNumberOf([] { GetParameterValues({"x') or ('a'='a"}); }), -2147217900);
 }
 

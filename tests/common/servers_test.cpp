@@ -57,7 +57,7 @@ TEST_P(SharedProceduresTest, QuoteInAParametersNameBreaksTheStatement) {
 TEST_P(SharedProceduresTest, ReadsSeveralParameters) {
   environment_.Run("INSERT INTO PARAMETERS (PARAM_NAME, PARAM_VALUE) VALUES ('A', '1'), ('O''Neill', '2')");
   const Scripting::DictionaryPtr values = GetParameterValues({"A", "O'Neill", "Missing"});
-  EXPECT_EQ(values->Count(), 2U);
+  EXPECT_EQ(values->Keys().size(), 2U);
   EXPECT_EQ(values->Item("A"), Variant("1"));
   EXPECT_EQ(values->Item("O'Neill"), Variant("2"));
 }

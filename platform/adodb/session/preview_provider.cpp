@@ -1,6 +1,5 @@
 #include "platform/adodb/session/preview_provider.hpp"
 
-#include <algorithm>
 #include <exception>
 #include <map>
 #include <optional>

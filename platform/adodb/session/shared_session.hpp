@@ -4,9 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/adodb/session/pool.hpp"
 #include "platform/adodb/session/statement_cache.hpp"

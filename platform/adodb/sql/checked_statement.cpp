@@ -27,8 +27,8 @@ bool IsSignedDecimal(std::string_view text) {
          std::all_of(fraction.begin(), fraction.end(), IsDigit);
 }
 
-// Where an inserted value would end the quoted text around it, or become another text: just behind its first
-// quotes, or at a NUL.
+// Where an inserted value would end the literal around it, or change it: just behind its first quotes, or at
+// a NUL.
 std::size_t Breakout(std::string_view value) {
   constexpr std::string_view kBreaking("'\0", 2);
   std::size_t at = value.find_first_of(kBreaking);
@@ -116,8 +116,9 @@ class ValueCheck {
     if (state_ != State::Outside || !whole || !StandsAlone(span)) Refuse(span.offset);
   }
 
-  // Whether nothing around the value makes one token with it: two signs are a comment, two texts without a
-  // blank between them one text, a text behind a letter one of another kind (E'...'), two numbers a third.
+  // Whether nothing around the value makes one token with it: two signs are a comment, two literals
+  // without a space between them one literal, a literal behind a letter one of another kind (E'...'), two
+  // numbers a third.
   bool StandsAlone(const Statement::Span& span) const {
     const auto joins = [](char c) { return IsWordPart(c) || c == '\'' || c == '"' || c == '.' || c == '$'; };
     const char before = span.offset == 0 ? ' ' : sql_[span.offset - 1];

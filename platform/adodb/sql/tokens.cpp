@@ -42,7 +42,7 @@ class Scanner {
       } else if (sql_.substr(at_, 2) == "--") {
         const std::size_t end = sql_.find('\n', at_);
         const std::string_view line = sql_.substr(at_, end == std::string_view::npos ? end : end - at_);
-        // MariaDB takes two minus signs without a blank for what they are; PostgreSQL ends the line at a CR
+        // MariaDB takes two minus signs without a space for what they are; PostgreSQL ends the line at a CR
         // too.
         const std::size_t cr = line.find('\r');
         if ((line.size() > 2 && !IsBlank(line[2])) ||

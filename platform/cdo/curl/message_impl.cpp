@@ -4,7 +4,6 @@
 
 #include <array>
 #include <chrono>
-#include <cstdint>
 #include <ctime>
 #include <string>
 #include <utility>

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -25,7 +24,6 @@ namespace {
 using automation::ErrorNumber;
 using base::FileReplacement;
 
-constexpr mode_t kMailMode = 0640;
 constexpr std::string_view kFormerEnding = ".writing";
 
 class PickupTransport final : public Transport {
@@ -45,7 +43,7 @@ class PickupTransport final : public Transport {
       base::RemoveFormerLeftovers(folder->path, kFormerEnding);
     }
     try {
-      FileReplacement file(folder->path + "/" + std::string(name) + ".eml", std::nullopt, kMailMode);
+      FileReplacement file(folder->path + "/" + std::string(name) + ".eml", std::nullopt);
       file.Write(mail);
       file.Commit(FileReplacement::Durability::Content);
     } catch (const std::system_error& error) {

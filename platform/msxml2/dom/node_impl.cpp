@@ -1,6 +1,5 @@
 #include "platform/msxml2/dom/node_impl.hpp"
 
-#include <new>
 #include <typeinfo>
 
 #include "platform/automation/error.hpp"

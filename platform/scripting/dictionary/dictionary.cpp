@@ -1,11 +1,11 @@
 #include "platform/scripting/dictionary.hpp"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <type_traits>
 #include <unordered_map>
-#include <utility>
 
 #include "platform/automation/error.hpp"
 #include "platform/scripting/dictionary/registration.hpp"
@@ -67,16 +67,12 @@ class HashDictionary : public Dictionary {
     items_.push_back(item);
   }
 
-  bool Exists(const Variant& key) const override { return positions_.contains(NormalizedKey(key)); }
-
   Variant Item(const Variant& key) const override {
     const auto found = positions_.find(NormalizedKey(key));
     return found == positions_.end() ? Variant() : items_[found->second];
   }
 
-  std::size_t Count() const override { return items_.size(); }
   std::vector<Variant> Keys() const override { return keys_; }
-  std::vector<Variant> Items() const override { return items_; }
 
  private:
   std::unordered_map<Variant, std::size_t, KeyHash> positions_;

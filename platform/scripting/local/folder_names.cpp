@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 #include <utility>
 
 #include "platform/base/open_folder.hpp"

@@ -1,7 +1,6 @@
 // Files and folders of the POSIX file tree.
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "platform/scripting/file_system_object.hpp"

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
-#include <string_view>
 #include <utility>
 #include <vector>
 

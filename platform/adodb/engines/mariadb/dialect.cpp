@@ -104,8 +104,8 @@ class MariaDb : public Dialect {
   std::string_view RowValueListStart() const override { return {}; }
 
   // By the end of a collation's name: "_bin" compares characters, everything else sees letters of different
-  // case as equal; trailing blanks do not count unless it says "nopad". Without a name texts are compared as
-  // they are.
+  // case as equal; trailing spaces do not count unless it says "nopad". Without a name strings are compared
+  // as they are.
   std::string ComparisonKey(std::string_view text, const Column& column) const override {
     const std::string_view collation = column.collation;
     if (collation.empty() || collation == "binary") return std::string(text);

@@ -69,8 +69,9 @@ class PostgreSql : public Dialect {
   bool PreparesOnTheServer() const override { return true; }
   std::string_view NumberParameter() const override { return "CAST(? AS integer)"; }
 
-  // A text is compared as the engine writes it: so is a type that has no equality of its own, and the blanks
-  // of a CHAR count. Numbers are compared as the double that their text gives, as the driver reads them.
+  // A string is compared as the engine writes it: so is a type that has no equality of its own, and the
+  // spaces of a CHAR count. Numbers are compared as the double that their text gives, as the driver reads
+  // them.
   std::string StillReads(const std::string& column, ColumnType type) const override {
     switch (type) {
       case ColumnType::Boolean:

@@ -66,7 +66,7 @@ class Sqlite : public Dialect {
     return std::string("orvane_moment(").append(value).append(")");
   }
 
-  // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing blanks only).
+  // The built-in collations: BINARY, NOCASE (ASCII letters only) and RTRIM (trailing spaces only).
   std::string ComparisonKey(std::string_view text, const Column& column) const override {
     if (EqualsIgnoringAsciiCase(column.collation, "NOCASE")) return base::ToAsciiLower(text);
     const bool trims = EqualsIgnoringAsciiCase(column.collation, "RTRIM");

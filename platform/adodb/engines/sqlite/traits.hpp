@@ -1,4 +1,4 @@
-// How SQLite is reached and how its tables are described.
+// How SQLite is reached.
 #pragma once
 
 #include "platform/adodb/session/engine_entry.hpp"

@@ -60,8 +60,8 @@ class SqlServer : public Dialect {
     return sql;
   }
 
-  // INTERSECT takes NULL for equal to NULL. Texts are compared by their bytes, since "=" ignores trailing
-  // blanks in every collation; dates to the millisecond, since the older type has none between.
+  // INTERSECT takes NULL for equal to NULL. Strings are compared by their bytes, since "=" ignores trailing
+  // spaces in every collation; dates to the millisecond, since the older type has none between.
   std::string StillReads(const std::string& column, ColumnType type) const override {
     const auto same = [](const std::string& left, const std::string& right) {
       return "EXISTS (SELECT " + left + " INTERSECT SELECT " + right + ")";
@@ -94,7 +94,7 @@ class SqlServer : public Dialect {
     return sql.append(table).append(" SET ").append(assignments).append(" WHERE ").append(condition);
   }
 
-  // Trailing blanks never count; a collation says "_CI" when case does not either, and the binary ones end in
+  // Trailing spaces never count; a collation says "_CI" when case does not either, and the binary ones end in
   // _BIN or _BIN2.
   std::string ComparisonKey(std::string_view text, const Column& column) const override {
     const bool ignoresCase = column.collation.find("_CI") != std::string::npos;
