@@ -165,8 +165,10 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
 }
 
 const std::string& SiteFile::Connection(std::string_view product, std::string_view connection) const {
-  const auto found = connections_.find(std::pair(product, connection));
-  if (found != connections_.end()) return found->second;
+  // There are two, and jobs ask with every statement.
+  for (const auto& [names, text] : connections_) {
+    if (names.second == connection && names.first == product) return text;
+  }
   throw automation::Error(kMissingValue, "Vantrel.Configuration",
                           path_.string() + ": product \"" + std::string(product) + "\" has no connection \"" +
                               std::string(connection) + "\"");

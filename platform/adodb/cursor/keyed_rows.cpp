@@ -30,6 +30,8 @@ KeyedRows::KeyedRows(std::shared_ptr<SharedSession> session, const SelectShape& 
     TakeColumns(*Run(statements_.Page({}, 0)));
     return;
   }
+  // What a run reads of a dynamic set is given up when it writes for the first time.
+  if (isDynamic_) window_.StartSmall();
   ReadPage();
   if (listed_) ListKeys();
 }

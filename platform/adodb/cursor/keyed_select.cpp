@@ -12,7 +12,11 @@ KeyedSelect::KeyedSelect(const Dialect& dialect, SelectShape select,
     : dialect_(dialect), select_(std::move(select)) {
   for (const std::string& column : keyColumns) {
     keyNames_.push_back(select_.name + "." + dialect_.QuotedName(column));
+    key_ += (key_.empty() ? "" : ",") + keyNames_.back();
   }
+  list_ = select_.list + "," + key_;
+  front_ = select_.From({}) + " ORDER BY " + key_;
+  behind_ = select_.From(Behind()) + " ORDER BY " + key_;
 }
 
 bool KeyedSelect::HasSubquery() const {
@@ -24,55 +28,52 @@ bool KeyedSelect::HasSubquery() const {
   return false;
 }
 
-std::string KeyedSelect::Columned(const char* suffix) const {
-  std::string list;
-  for (const std::string& name : keyNames_) list += (list.empty() ? "" : ",") + name + suffix;
-  return list;
-}
-
 // "k1 > ?", or "k1 >= ? AND (k1 > ? OR (k1 = ? AND (k2 > ?)))": the first term says nothing new, but it is
-// the one by which planners enter the key's index in the middle. No condition at the start.
-std::string KeyedSelect::Behind(const Row& key, Parameters& parameters) const {
+// the one by which planners enter the key's index in the middle.
+std::string KeyedSelect::Behind() const {
   std::string condition;
   std::string closing;
-  if (key.size() > 1) {
-    condition = keyNames_[0] + " >= ? AND ";
-    parameters.push_back(key[0]);
-  }
-  for (std::size_t i = 0; i < key.size(); ++i) {
+  if (keyNames_.size() > 1) condition = keyNames_[0] + " >= ? AND ";
+  for (std::size_t i = 0; i < keyNames_.size(); ++i) {
     condition += "(" + keyNames_[i] + " > ?";
-    parameters.push_back(key[i]);
     closing += ")";
-    if (i + 1 < key.size()) {
+    if (i + 1 < keyNames_.size()) {
       condition += " OR (" + keyNames_[i] + " = ? AND ";
-      parameters.push_back(key[i]);
       closing += ")";
     }
   }
   return condition + closing;
 }
 
+// From the front where there is no key. The parameters are those of Behind's condition.
+const std::string& KeyedSelect::RowsBehind(const Row& key, Parameters& parameters) const {
+  if (key.empty()) return front_;
+  if (key.size() > 1) parameters.push_back(key[0]);
+  for (std::size_t i = 0; i < key.size(); ++i) {
+    parameters.push_back(key[i]);
+    if (i + 1 < key.size()) parameters.push_back(key[i]);
+  }
+  return behind_;
+}
+
 KeyedSelect::Query KeyedSelect::Page(const Row& behind, std::size_t limit) const {
   Query query;
-  const std::string condition = Behind(behind, query.parameters);
-  query.sql = dialect_.Limited(select_.list + "," + Columned(""),
-                               select_.From(condition) + " ORDER BY " + Columned(""), limit);
+  query.sql = dialect_.Limited(list_, RowsBehind(behind, query.parameters), limit);
   return query;
 }
 
 KeyedSelect::Query KeyedSelect::KeysBehind(const Row& behind) const {
   Query query;
-  const std::string condition = Behind(behind, query.parameters);
-  query.sql = "SELECT " + Columned("") + select_.From(condition) + " ORDER BY " + Columned("");
+  query.sql = "SELECT " + key_ + RowsBehind(behind, query.parameters);
   return query;
 }
 
 KeyedSelect::Query KeyedSelect::KeysInOrder() const {
-  return {"SELECT " + Columned("") + select_.From({}) + " " + select_.order, {}};
+  return {"SELECT " + key_ + select_.From({}) + " " + select_.order, {}};
 }
 
 KeyedSelect::Query KeyedSelect::Unordered(std::size_t limit) const {
-  return {dialect_.Limited(select_.list + "," + Columned(""), select_.From({}), limit), {}};
+  return {dialect_.Limited(list_, select_.From({}), limit), {}};
 }
 
 KeyedSelect::Query KeyedSelect::ByKeys(const KeyList& keys, std::span<const std::size_t> ordinals,
@@ -81,8 +82,7 @@ KeyedSelect::Query KeyedSelect::ByKeys(const KeyList& keys, std::span<const std:
   SelectShape byKey = select_;
   if (!mustMeet) byKey.condition.clear();
   const std::string condition = Among(keys, ordinals, ascending, query.parameters);
-  query.sql =
-      "SELECT " + byKey.list + "," + Columned("") + byKey.From(condition) + " ORDER BY " + Columned("");
+  query.sql = "SELECT " + list_ + byKey.From(condition) + " ORDER BY " + key_;
   return query;
 }
 

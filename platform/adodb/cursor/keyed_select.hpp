@@ -45,14 +45,19 @@ class KeyedSelect {
                bool mustMeet) const;
 
  private:
-  std::string Columned(const char* suffix) const;  // "k1 SUFFIX,k2 SUFFIX"
-  std::string Behind(const Row& key, Parameters& parameters) const;
+  std::string Behind() const;
+  const std::string& RowsBehind(const Row& key, Parameters& parameters) const;
   std::string Among(const KeyList& keys, std::span<const std::size_t> ordinals, bool ascending,
                     Parameters& parameters) const;
 
   const Dialect& dialect_;
   SelectShape select_;
   std::vector<std::string> keyNames_;  // qualified and quoted
+  std::string key_;                    // all of them: "k1,k2"
+  // What is the same for every page.
+  std::string list_;    // of the columns, with the key behind them
+  std::string front_;   // all rows in the key's order, from the table on
+  std::string behind_;  // those behind a key
 };
 
 }  // namespace ADODB::engine

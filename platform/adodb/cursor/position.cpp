@@ -44,7 +44,7 @@ bool Position::Exists() {
 const Row* Position::RowAt(std::size_t ordinal) {
   std::span<const std::uint32_t> upcoming;
   if (filter_ && place_ < filter_->size()) upcoming = std::span(*filter_).subspan(place_);
-  if (source_.RereadsRows()) reads_.ReadFromDatabase(ordinal);
+  if (reads_.HasWritten() && source_.RereadsRows()) reads_.ReadFromDatabase(ordinal);
   return source_.At(ordinal, upcoming);
 }
 

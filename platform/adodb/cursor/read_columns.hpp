@@ -17,14 +17,11 @@ class ReadColumns {
   explicit ReadColumns(std::size_t columns) : columns_(columns) {}
 
   // Another record becomes the current one.
-  void Forget() {
-    if (any_) shown_.assign(columns_, false);
-    any_ = false;
-  }
+  void Forget() { any_ = false; }
   void Note(std::size_t column) {
-    if (shown_.empty()) shown_.resize(columns_, false);
-    shown_[column] = true;
+    if (!any_) shown_.assign(columns_, false);
     any_ = true;
+    shown_[column] = true;
   }
 
   // The columns to compare in the row with this ordinal; `all` of them where the row must still meet the
@@ -42,14 +39,15 @@ class ReadColumns {
     own.resize(columns_, false);
     for (std::size_t i = 0; i < changes.size(); ++i) own[i] = own[i] || changes[i].has_value();
   }
-  // The row's values were read from the database after all that was written.
+  bool HasWritten() const { return !written_.empty(); }
+  // REQUIRES: HasWritten(). The row's values were read from the database after all that was written.
   void ReadFromDatabase(std::size_t ordinal) {
-    if (!written_.empty() && ordinal <= written_.rbegin()->first) written_.erase(ordinal);
+    if (ordinal <= written_.rbegin()->first) written_.erase(ordinal);
   }
 
  private:
   std::size_t columns_;
-  std::vector<bool> shown_;  // empty until the first is noted
+  std::vector<bool> shown_;  // where there is any
   bool any_ = false;
   std::map<std::size_t, std::vector<bool>> written_;  // columns, by ordinal
 };

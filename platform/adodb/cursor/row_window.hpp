@@ -12,8 +12,9 @@
 
 namespace ADODB::engine {
 
-// At most kMost rows or about kMostBytes. How many are read at a time: few where a walk has just stopped to
-// act, more and more while nothing happens and they do not grow old before they are reached.
+// At most kMost rows or about kMostBytes. How many are read at a time: few where a walk may stop at once, or
+// has just stopped to act, more and more while nothing happens and they do not grow old before they are
+// reached.
 class RowWindow {
  public:
   static constexpr std::size_t kMost = 1000;
@@ -25,6 +26,7 @@ class RowWindow {
   // A walk has stopped before `ordinal`. One that does so again and again gets twice as many rows as it gets
   // through.
   void StartSmall(std::size_t ordinal);
+  void StartSmall() { limit_ = kFew; }
   void StartLarge() { limit_ = kMost; }
 
   bool IsEmpty() const { return ordinals_.empty(); }
