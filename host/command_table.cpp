@@ -212,29 +212,31 @@ void CheckRestore(const Arguments& arguments) {
 }
 
 constexpr CommandEntry kCommands[] = {
-    {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, kInitOptions,
-     &TakeNewHome, &CheckInit, &InitSuite},
-    {"run", "JOB...", "run jobs, one after the other", true, kRunOptions, &TakeJob, &CheckRun, &RunJobs},
-    {"preview", "JOB...", "what a run of these jobs would do, without changing anything", true,
+    {"init", "HOME", "make a suite in a new or empty directory, with embedded databases", false, false,
+     kInitOptions, &TakeNewHome, &CheckInit, &InitSuite},
+    {"run", "JOB...", "run jobs, one after the other", true, false, kRunOptions, &TakeJob, &CheckRun,
+     &RunJobs},
+    {"preview", "JOB...", "what a run of these jobs would do, without changing anything", true, true,
      kPreviewOptions, &TakeJob, &CheckPreview, &PreviewJobs},
     {"explain", "JOB KEY",
      "what a run of the job would read of a customer, a request or a file, and do with it; changes nothing",
-     true, kPreviewOptions, &TakeJobAndKey, &CheckExplain, &ExplainJob},
+     true, true, kPreviewOptions, &TakeJobAndKey, &CheckExplain, &ExplainJob},
     {"check", "[JOB...]", "whether everything that the jobs need is there, without changing anything", true,
-     kCheckOptions, &TakeJob, nullptr, &CheckSuite},
-    {"status", "[JOB...]", "the last runs of each job, from the run logs", true, kStatusOptions, &TakeJob,
-     nullptr, &ShowStatus},
+     true, kCheckOptions, &TakeJob, nullptr, &CheckSuite},
+    {"status", "[JOB...]", "the last runs of each job, from the run logs", true, true, kStatusOptions,
+     &TakeJob, nullptr, &ShowStatus},
     {"report", "[RUN...]", "what the journals say of all runs, or of these in detail; failures first", true,
-     kReportOptions, [](const std::string& word, Arguments& into) { into.runs.push_back(word); },
+     true, kReportOptions, [](const std::string& word, Arguments& into) { into.runs.push_back(word); },
      &CheckReport, &ReportRuns},
     {"restore", "RUN [REQUEST...]",
      "archived requests and their transactions back into the database, from the journal of the run", true,
-     kRestoreOptions, &TakeRunAndRequests, &CheckRestore, &RestoreRequests},
-    {"list", "", "the jobs", false, {}, nullptr, nullptr, &ListJobs},
+     false, kRestoreOptions, &TakeRunAndRequests, &CheckRestore, &RestoreRequests},
+    {"list", "", "the jobs", false, true, {}, nullptr, nullptr, &ListJobs},
     {"help",
      "[COMMAND]",
      "this text, or a command's part of it; \"orvane-host COMMAND --help\" is the same",
      false,
+     true,
      {},
      [](const std::string& word, Arguments& into) {
        into.about = FindCommand(word);
@@ -242,7 +244,7 @@ constexpr CommandEntry kCommands[] = {
      },
      nullptr,
      &ShowHelp},
-    {"--version", "", "the version", false, {}, nullptr, nullptr, &ShowVersion},
+    {"--version", "", "the version", false, true, {}, nullptr, nullptr, &ShowVersion},
 };
 
 }  // namespace

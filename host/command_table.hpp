@@ -24,7 +24,8 @@ struct CommandEntry {
   std::string_view name;
   std::string_view operands;  // as the help shows them
   std::string_view help;
-  bool onSuite;  // works on a suite that is there: takes --home, or ORVANE_HOME
+  bool onSuite;         // works on a suite that is there: takes --home, or ORVANE_HOME
+  bool resultIsOutput;  // changes nothing: what it prints is all that comes of it
   std::span<const Option> options;
   void (*takeOperand)(const std::string& word, Arguments& into);  // null: there are none
   void (*check)(const Arguments& arguments);  // raises UsageError for what does not go together; may be null

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -327,14 +329,46 @@ TEST_F(HostFailuresTest, AReaderThatHangsUpDoesNotEndTheRun) {
   EXPECT_EQ(Left(), Strings{});
 }
 
+// A shell's redirections behind a call of the host; its exit code.
+int Redirected(const std::string& words, const std::string& redirections) {
+  return WEXITSTATUS(std::system(("exec '" ORVANE_HOST_BINARY "' " + words + " " + redirections).c_str()));
+}
+
 TEST_F(HostFailuresTest, AFullDiskUnderTheOutputIsTold) {
+  MakeDatabase();
   const orvane_test::TemporaryFolder folder;
   const std::string errors = folder.Path() / "errors";
-  const int status =
-      std::system(("exec '" ORVANE_HOST_BINARY "' list >/dev/full 2>'" + errors + "'").c_str());
-  EXPECT_EQ(WEXITSTATUS(status), 70);
-  EXPECT_EQ(orvane_test::TemporaryFolder::Read(errors),
-            "orvane-host: standard output could not be written to its end\n");
+  const std::string full = ">/dev/full 2>'" + errors + "'";
+  const std::string told = "orvane-host: standard output could not be written to its end\n";
+  EXPECT_EQ(Redirected("list", full), 70);
+  EXPECT_EQ(orvane_test::TemporaryFolder::Read(errors), told);
+  const std::string run = "run --home '" + suite_.Home().string() + "' " + kJob;
+  EXPECT_EQ(Redirected(run, full), 0) << "the run took place";
+  EXPECT_TRUE(orvane_test::TemporaryFolder::Read(errors).ends_with(told));
+}
+
+TEST_F(HostFailuresTest, AReaderWhoHasSeenEnoughIsNoFailure) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[0]);
+  EXPECT_EQ(Redirected("list", ">&" + std::to_string(ends[1])), 0);
+  close(ends[1]);
+}
+
+TEST_F(HostFailuresTest, WhatIsPrintedIntoClosedStreamsReachesNoFileOfTheSuite) {
+  MakeDatabase();
+  const std::string run = "run --home '" + suite_.Home().string() + "' " + kJob;
+  EXPECT_EQ(Redirected(run, "<&- >&- 2>&-"), 0);
+  EXPECT_EQ(Left(), Strings{});
+  int journals = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(suite_.Home() / "journal")) {
+    ++journals;
+    std::istringstream lines(orvane_test::TemporaryFolder::Read(entry.path()));
+    for (std::string line; std::getline(lines, line);) EXPECT_EQ(line.substr(0, 5), "{\"v\":") << line;
+  }
+  EXPECT_EQ(journals, 1);
+  const std::string holder = orvane_test::TemporaryFolder::Read(suite_.Home() / ".lock");
+  EXPECT_NE(holder.find(std::string("\t") + kJob + "\t"), std::string::npos) << holder;
 }
 
 TEST_F(HostFailuresTest, APipeInThePlaceOfTheConfigurationIsRefused) {
