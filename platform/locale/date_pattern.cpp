@@ -83,6 +83,12 @@ DatePattern::DatePattern(const icu::SimpleDateFormat& format) {
       words.append(c);
     } else {
       endWords();
+      // "noon" and "in the afternoon" depend on what else the pattern shows.
+      if (c == u'b' || c == u'B') {
+        pieces_.clear();
+        pieces_.emplace_back().field.reset(format.clone());
+        return;
+      }
       const std::int32_t begin = i;
       while (i + 1 < pattern.length() && pattern[i + 1] == c) ++i;
       AddField(format, c, i + 1 - begin);

@@ -18,7 +18,7 @@ std::string PlainUtf8(const icu::UnicodeString& text);
 
 // The pattern is taken apart once. Numbers, which are most of a date and cost ICU most, are written here
 // where the locale uses the digits 0 to 9; the names of months, halves of the day and whatever else there is
-// by ICU.
+// by ICU, a pattern with parts of the day as a whole.
 class DatePattern {
  public:
   // The pattern of `format`, whose calendar must be the Gregorian one of all times, in GMT.

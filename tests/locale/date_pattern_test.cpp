@@ -21,7 +21,8 @@ using automation::DateTime;
 const std::vector<DateTime> kMoments = {
     Moment(100, 1, 1),           Moment(1500, 3, 1, 0, 30, 9),    Moment(1899, 12, 30, 12),
     Moment(1970, 1, 1, 1, 1, 1), Moment(2004, 7, 6, 14, 5, 3),    Moment(2024, 2, 29, 23, 59, 59),
-    Moment(2026, 9, 10, 9, 9),   Moment(2026, 11, 22, 11, 10, 0), Moment(9999, 12, 31, 13)};
+    Moment(2026, 9, 10, 9, 9),   Moment(2026, 11, 22, 11, 10, 0), Moment(9999, 12, 31, 13),
+    Moment(2026, 7, 6, 12, 30)};
 
 std::unique_ptr<icu::SimpleDateFormat> Plain(icu::DateFormat* made, const icu::Locale& locale) {
   std::unique_ptr<icu::DateFormat> format(made);
@@ -61,8 +62,8 @@ TEST(DatePatternTest, WritesWhatIcuWritesInEveryLocale) {
 TEST(DatePatternTest, WritesQuotedWordsAndQuotesAsTheyStand) {
   const icu::Locale locale("en_US");
   const auto format = Plain(icu::DateFormat::createDateInstance(icu::DateFormat::kShort, locale), locale);
-  for (const char16_t* text :
-       {u"d 'de' MMMM 'de' yyyy", u"'y''M'' ''' y''yy H", u"hh'h'mm' 'ss a", u"yyyyyMMdd"}) {
+  for (const char16_t* text : {u"d 'de' MMMM 'de' yyyy", u"'y''M'' ''' y''yy H", u"hh'h'mm' 'ss a",
+                               u"yyyyyMMdd", u"h:mm B", u"hh 'b' b m"}) {
     format->applyPattern(text);
     ExpectAsIcuWrites(*format, "en_US");
   }
