@@ -12,8 +12,9 @@ enum class ColumnType { Boolean, Integer, Decimal, Double, DateTime, Text, Binar
 struct Column {
   std::string name;  // as the engine reports it
   ColumnType type = ColumnType::Text;
-  std::string
-      baseTable;  // the table that the values come from; empty for an expression or when it is unknown
+  // The table that the values come from, as the engine or the statement names it; empty for an expression or
+  // when it is unknown.
+  std::string baseTable;
   std::string baseColumn;  // the column of that table, as the database spells it; empty for an expression
   std::string
       collation;  // the engine's name of the column's collation, for Dialect::ComparisonKey; may be empty

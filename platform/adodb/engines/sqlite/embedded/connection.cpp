@@ -25,9 +25,6 @@ void NoteOutcome(automation::Error& failure) {
 }  // namespace
 
 Database OpenDatabase(const std::string& path, int flags) {
-  // Counting what the library allocates, which nobody asks for, takes a lock for each piece. In a process
-  // that uses the library already it goes on.
-  [[maybe_unused]] static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
   sqlite3* raw = nullptr;
   errno = 0;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
