@@ -13,6 +13,7 @@
 
 #include "host/arguments.hpp"
 #include "host/command_table.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 #include "run/exit_codes.hpp"
 #include "run/version.hpp"
 
@@ -36,6 +37,7 @@ bool HasNoReader(int descriptor) {
 
 int main(int count, char** words) {
   OpenClosedStreams();
+  ADODB::sqlite::LeaveMemoryUncounted();
   // What the jobs write is people's data: for its owner and the group, whatever whoever starts them has set.
   umask(0027);
   // A peer that hangs up is an error of the one who writes to it, not the end of the program.

@@ -41,6 +41,7 @@ void MakeSuite(const std::filesystem::path& home) {
 }
 
 BenchSuite::BenchSuite(const std::filesystem::path& home) : scope_(runtime_) {
+  ADODB::sqlite::LeaveMemoryUncounted();
   runtime_.locale = automation::MakeLocale({});
   ADODB::RegisterClasses(runtime_.classes, {ADODB::sqlite::MakeProvider(home), ADODB::odbc::MakeProvider()});
   Scripting::local::RegisterClasses(runtime_.classes);

@@ -6,10 +6,12 @@
 
 #include "host/arguments.hpp"
 #include "host/commands.hpp"
+#include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 
 namespace orvane_bench {
 
 void RunJob(const std::filesystem::path& home, const std::string& job) {
+  ADODB::sqlite::LeaveMemoryUncounted();  // as orvane-host's main does
   std::ostringstream said;
   const orvane::host::Console console{said, said};
   // What the journal costs on top is measured by itself.

@@ -1,5 +1,7 @@
 #include "platform/adodb/engines/sqlite/embedded/provider.hpp"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <charconv>
 #include <utility>
@@ -76,6 +78,10 @@ std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder)
 
 std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder, Opener open) {
   return std::make_shared<SqliteProvider>(std::move(baseFolder), std::move(open));
+}
+
+void LeaveMemoryUncounted() {
+  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
 }  // namespace ADODB::sqlite

@@ -23,4 +23,9 @@ std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder)
 using Opener = std::function<std::unique_ptr<engine::Session>(const OpenSettings&)>;
 std::shared_ptr<engine::Provider> MakeProvider(std::filesystem::path baseFolder, Opener open);
 
+// For the whole process, before it uses the library: SQLite need not count the memory that it takes, which
+// costs it a lock for each piece. To be called by programs, since nothing else can tell that nobody asks for
+// the count.
+void LeaveMemoryUncounted();
+
 }  // namespace ADODB::sqlite
