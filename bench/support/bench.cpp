@@ -108,6 +108,11 @@ std::int64_t Bench::Size(std::size_t place, std::int64_t usual, std::int64_t cou
   return options_.instructions ? counted : usual;
 }
 
+void Bench::RequireWhatWasAskedFor() const {
+  if (options_.only.empty() || !report_.IsEmpty()) return;
+  throw std::invalid_argument("--only " + options_.only + " gives no figure here");
+}
+
 int Bench::PeerRuns(int rounds) const {
   return Comparing() || options_.instructions ? 0 : 1 + Rounds(rounds);
 }
@@ -200,6 +205,7 @@ int RunProgram(int argc, char** argv, const Parts& parts, const std::function<vo
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a run takes minutes: each figure when it is known
     Bench bench(program, Options::Parse(words));
     measure(bench);
+    bench.RequireWhatWasAskedFor();
     return bench.ExitCode();
   } catch (const std::invalid_argument& error) {
     std::fprintf(stderr, "%s: %s\n", program.c_str(), error.what());

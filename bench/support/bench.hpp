@@ -104,6 +104,8 @@ class Bench {
   void Ratio(const std::string& name, const Samples& job, const Samples& peer, std::optional<Target> target,
              const std::string& unit = "s");
 
+  // Raises std::invalid_argument when --only has left nothing to measure: that would look like targets met.
+  void RequireWhatWasAskedFor() const;
   int ExitCode() const { return report_.ExitCode(); }
 
  private:

@@ -84,6 +84,7 @@ Report::Report(std::filesystem::path out, std::string commit)
 
 void Report::Add(const Figure& figure) {
   Print(figure);
+  empty_ = false;
   const Verdict verdict = figure.judgement.verdict;
   failed_ = failed_ || verdict == Verdict::Missed || verdict == Verdict::Slower;
   noisy_ = noisy_ || verdict == Verdict::TooNoisy;

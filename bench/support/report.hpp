@@ -26,6 +26,7 @@ class Report {
 
   void Add(const Figure& figure);
 
+  bool IsEmpty() const { return empty_; }
   // 0 when every target was met and nothing became slower, 3 when the only obstacle was noise, otherwise 1.
   int ExitCode() const;
 
@@ -34,6 +35,7 @@ class Report {
 
   std::filesystem::path out_;
   std::string commit_;
+  bool empty_ = true;
   bool failed_ = false;
   bool noisy_ = false;
 };
