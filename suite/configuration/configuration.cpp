@@ -13,6 +13,8 @@
 namespace Vantrel {
 namespace {
 
+constexpr std::string_view kSiteFile = "config\\siteConfiguration.xml";
+
 // What all components of one installation share.
 struct Installation {
   explicit Installation(std::filesystem::path folder)
@@ -35,8 +37,10 @@ class SiteConfiguration : public Configuration {
   }
   std::string getInstallDir() override { return installation_->home.string(); }
 
-  void Load() override { LoadNative(SiteConfigurationPath(installation_->home)); }
-  void LoadFile(std::string_view path) override { LoadNative(suite::NativePath(path, installation_->home)); }
+  void Load() override { LoadFile(kSiteFile); }
+  void LoadFile(std::string_view path) override {
+    loaded_ = installation_->loadedFiles.Read(path, installation_->home.native());
+  }
   automation::Variant GetValue(std::string_view section, std::string_view key) const override {
     if (!loaded_) {
       throw automation::Error(kNotLoaded, "Vantrel.Configuration",
@@ -46,8 +50,6 @@ class SiteConfiguration : public Configuration {
   }
 
  private:
-  void LoadNative(const std::filesystem::path& file) { loaded_ = installation_->loadedFiles.Read(file); }
-
   const std::shared_ptr<Installation> installation_;
   std::string product_;
   std::shared_ptr<const SiteFile> current_;  // whose connection string was given out
@@ -62,7 +64,7 @@ std::filesystem::path AbsoluteHome(const std::filesystem::path& home) {
 }
 
 std::filesystem::path SiteConfigurationPath(const std::filesystem::path& home) {
-  return suite::NativePath("config\\siteConfiguration.xml", home);
+  return suite::NativePath(kSiteFile, home);
 }
 
 void RegisterConfiguration(automation::ClassTable& classes, const std::filesystem::path& home) {

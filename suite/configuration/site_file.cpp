@@ -36,7 +36,10 @@ std::string Text(const xmlChar* text) {
 // Walks the document and says, for whatever does not belong there, where it stands and what should.
 class SiteFileReader {
  public:
-  explicit SiteFileReader(const std::filesystem::path& file) { result_.path_ = file; }
+  explicit SiteFileReader(const std::filesystem::path& file) {
+    result_.path_ = file;
+    result_.folder_ = file.parent_path().string();
+  }
 
   SiteFile Read(std::string_view content) {
     const std::unique_ptr<xmlDoc, FreeDocument> document = Parse(content);
@@ -146,13 +149,22 @@ SiteFile SiteFile::Read(const std::filesystem::path& file) {
 }
 
 std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path& file) {
-  const auto fail = [&file](const std::string& why) {
-    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
-                            file.string() + ": " + why + "; expected the site configuration of a suite");
-  };
+  return Current([&] { return bytes_.Read(file, kLargestFile); });
+}
+
+std::shared_ptr<const SiteFile> RereadSiteFile::Read(std::string_view path, std::string_view base) {
+  return Current([&] { return bytes_.Read(path, base, kLargestFile); });
+}
+
+template <class ReadBytes>
+std::shared_ptr<const SiteFile> RereadSiteFile::Current(const ReadBytes& read) {
   const std::lock_guard lock(mutex_);
+  const auto fail = [this](const std::string& why) {
+    throw automation::Error(kUnreadableFile, "Vantrel.Configuration",
+                            bytes_.File() + ": " + why + "; expected the site configuration of a suite");
+  };
   try {
-    const suite::RereadFile::Outcome outcome = bytes_.Read(file, kLargestFile);
+    const suite::RereadFile::Outcome outcome = read();
     if (outcome == suite::RereadFile::Outcome::TooLarge) fail("is larger than 1 MiB");
     if (outcome == suite::RereadFile::Outcome::Changed) parsed_ = nullptr;
   } catch (const std::system_error& error) {
@@ -160,7 +172,7 @@ std::shared_ptr<const SiteFile> RereadSiteFile::Read(const std::filesystem::path
     if (error.code() == std::errc::invalid_argument) fail("is no ordinary file");
     fail("cannot be read: " + error.code().message());
   }
-  if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFile::Parse(bytes_.Content(), file));
+  if (!parsed_) parsed_ = std::make_shared<const SiteFile>(SiteFile::Parse(bytes_.Content(), bytes_.File()));
   return parsed_;
 }
 

@@ -54,6 +54,8 @@ class SiteFile {
   std::map<std::string, std::string> Values(std::string_view section) const;
 
   const std::filesystem::path& Path() const { return path_; }
+  // Where the file lies.
+  const std::string& Folder() const { return folder_; }
 
  private:
   friend class SiteFileReader;
@@ -70,6 +72,7 @@ class SiteFile {
   using Table = std::map<std::pair<std::string, std::string>, std::string, NamesLess>;
 
   std::filesystem::path path_;
+  std::string folder_;
   Table connections_;  // {product, connection}
   Table values_;       // {section, key}
 };
@@ -80,8 +83,13 @@ class RereadSiteFile {
  public:
   // As SiteFile::Read.
   std::shared_ptr<const SiteFile> Read(const std::filesystem::path& file);
+  // The same for the file that a suite's path means.
+  std::shared_ptr<const SiteFile> Read(std::string_view path, std::string_view base);
 
  private:
+  template <class ReadBytes>
+  std::shared_ptr<const SiteFile> Current(const ReadBytes& read);
+
   std::mutex mutex_;
   suite::RereadFile bytes_;
   std::shared_ptr<const SiteFile> parsed_;  // null unless it is what bytes_ holds

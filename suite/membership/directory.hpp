@@ -1,7 +1,6 @@
 // A directory that people are looked up in: an LDIF file, or an LDAP server.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -35,6 +34,7 @@ class Directory {
 class LdifPeople;
 std::shared_ptr<LdifPeople> MakeLdifPeople();
 
-std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people);
+// The file "directory.ldif" in `folder`.
+std::unique_ptr<Directory> OpenLdifDirectory(std::string folder, std::shared_ptr<LdifPeople> people);
 
 }  // namespace VnMembership

@@ -20,11 +20,11 @@ constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
 class LdifPeople {
  public:
-  std::shared_ptr<const Entry> Find(const std::filesystem::path& file, std::string_view userId,
+  std::shared_ptr<const Entry> Find(const std::string& folder, std::string_view userId,
                                     std::string_view bindName, std::string_view credential,
                                     std::string_view root) {
     const std::lock_guard lock(mutex_);
-    Read(file);
+    Read(folder);
     CheckAccount(bindName, credential);
     std::shared_ptr<const Entry> found;
     for (auto [at, end] = byId_.equal_range(base::ToAsciiLower(userId)); at != end; ++at) {
@@ -38,22 +38,22 @@ class LdifPeople {
   }
 
  private:
-  void Read(const std::filesystem::path& file) {
+  void Read(const std::string& folder) {
     using Outcome = suite::RereadFile::Outcome;
     Outcome outcome = Outcome::TooLarge;
     try {
-      outcome = bytes_.Read(file, kLargestFile);
+      outcome = bytes_.Read("directory.ldif", folder, kLargestFile);
     } catch (const std::system_error&) {
     }
     if (outcome == Outcome::TooLarge) {
-      Raise(kDirectoryUnavailable, file.string() + ": the directory's file cannot be read");
+      Raise(kDirectoryUnavailable, bytes_.File() + ": the directory's file cannot be read");
     }
     if (outcome == Outcome::Unchanged && parsed_) return;
     parsed_ = false;
     byId_.clear();
     accounts_.clear();
     entries_.clear();
-    for (Entry& entry : ParseLdif(bytes_.Content(), file.string())) {
+    for (Entry& entry : ParseLdif(bytes_.Content(), bytes_.File())) {
       entries_.push_back(std::make_shared<const Entry>(std::move(entry)));
     }
     for (std::size_t i = 0; i < entries_.size(); ++i) {
@@ -91,16 +91,16 @@ namespace {
 
 class LdifDirectory : public Directory {
  public:
-  LdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people)
-      : file_(std::move(file)), people_(std::move(people)) {}
+  LdifDirectory(std::string folder, std::shared_ptr<LdifPeople> people)
+      : folder_(std::move(folder)), people_(std::move(people)) {}
 
   std::shared_ptr<const Entry> Find(std::string_view userId, std::string_view bindName,
                                     std::string_view credential, std::string_view root) override {
-    return people_->Find(file_, userId, bindName, credential, root);
+    return people_->Find(folder_, userId, bindName, credential, root);
   }
 
  private:
-  const std::filesystem::path file_;
+  const std::string folder_;
   const std::shared_ptr<LdifPeople> people_;
 };
 
@@ -110,8 +110,8 @@ std::shared_ptr<LdifPeople> MakeLdifPeople() {
   return std::make_shared<LdifPeople>();
 }
 
-std::unique_ptr<Directory> OpenLdifDirectory(std::filesystem::path file, std::shared_ptr<LdifPeople> people) {
-  return std::make_unique<LdifDirectory>(std::move(file), std::move(people));
+std::unique_ptr<Directory> OpenLdifDirectory(std::string folder, std::shared_ptr<LdifPeople> people) {
+  return std::make_unique<LdifDirectory>(std::move(folder), std::move(people));
 }
 
 }  // namespace VnMembership

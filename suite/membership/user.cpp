@@ -65,14 +65,12 @@ class DirectoryUser : public User {
 
   void setServerInfo(std::string_view configurationFile) override {
     const bool absolute = StartsWith(configurationFile, "/") || StartsWith(configurationFile, "\\");
-    const std::filesystem::path file = suite::NativePath(
-        configurationFile, absolute ? std::filesystem::path() : std::filesystem::current_path());
-    const std::shared_ptr<const Vantrel::SiteFile> current = files_->site.Read(file);
+    const std::shared_ptr<const Vantrel::SiteFile> current = files_->site.Read(
+        configurationFile, absolute ? std::string() : std::filesystem::current_path().string());
     const Vantrel::SiteFile& site = *current;
     root_ = site.FindValue("MEMBERSHIP", "LDAPRoot").value_or("");
     const std::string server = site.FindValue("MEMBERSHIP", "LDAPServer").value_or("");
-    directory_ = server.empty() ? OpenLdifDirectory(suite::NativePath("directory.ldif", file.parent_path()),
-                                                    files_->people)
+    directory_ = server.empty() ? OpenLdifDirectory(site.Folder(), files_->people)
                                 : OpenLdapDirectory(ServerSettings(site, server));
   }
 

@@ -36,12 +36,12 @@ bool IsThere(const std::string& path) {
 
 }  // namespace
 
-fs::path NativePath(std::string_view path, const fs::path& base) {
+std::string SpelledPath(std::string_view path, std::string_view base) {
   std::string text;
-  text.reserve(base.native().size() + 1 + path.size());
+  text.reserve(base.size() + 1 + path.size());
   const bool absolute = !path.empty() && (path.front() == '/' || path.front() == '\\');
   if (!absolute && !base.empty()) {
-    text = base.native();
+    text = base;
     if (text.back() != '/') text += '/';
   }
   const auto baseSize = static_cast<std::ptrdiff_t>(text.size());
@@ -51,6 +51,11 @@ fs::path NativePath(std::string_view path, const fs::path& base) {
   text.erase(std::unique(text.begin() + std::max<std::ptrdiff_t>(baseSize - 1, 0), text.end(), bothSeparate),
              text.end());
   if (text.size() > 1 && text.back() == '/') text.pop_back();
+  return text;
+}
+
+fs::path NativePath(std::string_view path, const fs::path& base) {
+  const std::string text = SpelledPath(path, base.native());
   // Nearly always the path exists as it is spelled, and one call finds out.
   if (IsThere(text)) return text;
 

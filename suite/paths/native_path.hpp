@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace suite {
@@ -11,5 +12,9 @@ namespace suite {
 // letters only (the first by name when there are several). What exists nowhere is kept as written, so that
 // the result can be created or named in a message.
 std::filesystem::path NativePath(std::string_view path, const std::filesystem::path& base);
+
+// The same path as it is written, wherever something exists: what NativePath gives when something exists
+// there.
+std::string SpelledPath(std::string_view path, std::string_view base);
 
 }  // namespace suite

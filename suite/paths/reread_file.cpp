@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "platform/base/descriptor.hpp"
+#include "suite/paths/native_path.hpp"
 
 namespace suite {
 namespace {
@@ -18,16 +19,23 @@ namespace {
 
 }  // namespace
 
-bool RereadFile::IsAsItWas(const std::filesystem::path& file) const {
+bool RereadFile::IsAsItWas(const std::string& file, std::size_t most) const {
   struct stat status {};
-  return stamp_ && stat(file.c_str(), &status) == 0 && base::FileStamp(status) == *stamp_;
+  return complete_ && stamp_ && file == file_ && content_.size() <= most &&
+         stat(file.c_str(), &status) == 0 && base::FileStamp(status) == *stamp_;
+}
+
+RereadFile::Outcome RereadFile::Read(std::string_view path, std::string_view base, std::size_t most) {
+  if (IsAsItWas(SpelledPath(path, base), most)) return Outcome::Unchanged;
+  return Read(NativePath(path, base), most);
 }
 
 RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::size_t most) {
+  if (IsAsItWas(file.native(), most)) return Outcome::Unchanged;
   const bool knownBefore = complete_ && file.native() == file_;
-  if (knownBefore && content_.size() <= most && IsAsItWas(file)) return Outcome::Unchanged;
   complete_ = false;
   stamp_ = std::nullopt;
+  file_ = file.native();
   const base::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!descriptor.IsOpen()) Raise();
   // Before it is read: a change in between is found the next time.
@@ -59,7 +67,6 @@ RereadFile::Outcome RereadFile::Read(const std::filesystem::path& file, std::siz
   if (count < 0) Raise();
   same = same && filled == content_.size();
   content_.resize(filled);
-  file_ = file.native();
   complete_ = true;
   if (settled) stamp_ = stamp;
   return same ? Outcome::Unchanged : Outcome::Changed;

@@ -26,12 +26,16 @@ class RereadFile {
   // for a pipe or a device, which is not waited for) when it cannot be read; the next content counts as
   // changed then.
   Outcome Read(const std::filesystem::path& file, std::size_t most);
+  // The same for what NativePath gives for a suite's path; it is looked for in other spellings only where the
+  // file is not as it was.
+  Outcome Read(std::string_view path, std::string_view base, std::size_t most);
 
-  // The content as it was read last.
+  // The file that was read last, or could not be, and its content.
+  const std::string& File() const { return file_; }
   std::string_view Content() const { return content_; }
 
  private:
-  bool IsAsItWas(const std::filesystem::path& file) const;
+  bool IsAsItWas(const std::string& file, std::size_t most) const;
 
   std::chrono::nanoseconds settledAfter_;
   std::string file_;

@@ -131,6 +131,25 @@ TEST_F(SettledFileTest, IsReadOnceAsLongAsItStaysAsItIs) {
   EXPECT_EQ(file_.Content(), content);
 }
 
+TEST_F(SettledFileTest, IsFoundInOtherSpellingsUntilOneOfItsOwnComes) {
+  const auto read = [&] { return file_.Read("F.TXT", folder_.Path().native(), 1'000); };
+  Write("one", "f.txt");
+  EXPECT_EQ(read(), Outcome::Changed);
+  EXPECT_EQ(file_.File(), (folder_.Path() / "f.txt").string());
+  EXPECT_EQ(read(), Outcome::Unchanged);
+  Write("two", "F.TXT");
+  EXPECT_EQ(read(), Outcome::Changed);
+  EXPECT_EQ(read(), Outcome::Unchanged);
+  EXPECT_EQ(file_.File(), (folder_.Path() / "F.TXT").string());
+  EXPECT_EQ(file_.Content(), "two");
+  std::filesystem::remove(folder_.Path() / "F.TXT");
+  EXPECT_EQ(read(), Outcome::Changed);
+  EXPECT_EQ(file_.Content(), "one");
+  std::filesystem::remove(folder_.Path() / "f.txt");
+  EXPECT_EQ(CodeOf(read), std::errc::no_such_file_or_directory);
+  EXPECT_EQ(file_.File(), (folder_.Path() / "F.TXT").string());
+}
+
 TEST_F(SettledFileTest, IsReadEachTimeWhileItMightChangeWithoutATrace) {
   RereadFile patient(std::chrono::hours(1));
   Write(std::string(200'000, 'a'));
