@@ -9,7 +9,11 @@
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
 // rows moved by then; everything else is run to its end. With a journal, without one, and as a preview
 // JOURNALED (20,000) requests OF (200) customers are archived.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -27,6 +31,7 @@
 #include "bench/support/bench.hpp"
 #include "bench/support/part.hpp"
 #include "bench/support/work_folder.hpp"
+#include "platform/base/descriptor.hpp"
 
 namespace orvane_bench {
 namespace {
@@ -81,6 +86,25 @@ std::string ArchivesOf(const fs::path& home) {
   return all;
 }
 
+// A new file of one page, from its writing to the disk's word that it is there. Three of these and a commit
+// are what the disk is waited for by a new customer of the job and of the C program.
+Trial Sync() {
+  return {"sync", Trial::Kind::Peer, [](const Build&) {
+            constexpr int kFiles = 100;
+            const WorkFolder folder;
+            const std::string page(4096, 'x');
+            const auto start = std::chrono::steady_clock::now();
+            for (int i = 0; i < kFiles; ++i) {
+              const base::Descriptor file(
+                  open((folder.Path() / std::to_string(i)).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+              if (base::WriteAll(file.Get(), page) != 0 || fsync(file.Get()) != 0)
+                throw std::runtime_error("a file cannot be synced");
+            }
+            const std::chrono::duration<double> all = std::chrono::steady_clock::now() - start;
+            return Measured{.seconds = all.count() / kFiles};
+          }};
+}
+
 class ServerTrials {
  public:
   explicit ServerTrials(HistorySize size) : size_(size) {}
@@ -112,6 +136,16 @@ class ServerTrials {
               });
   }
 
+  Trial Commit(const BenchServer& server) const {
+    return On(
+        server, "commit on " + server.Name(), Trial::Kind::Peer,
+        [](const Build&, const BenchDatabase& database, const fs::path&) {
+          constexpr int kCommits = 100;
+          return Measured{.seconds = database.SecondsOfACommit(kCommits)};
+        },
+        false);
+  }
+
   Trial Floor(const BenchServer& server) {
     return On(server, "C program on " + server.Name(), Trial::Kind::Peer,
               [this, name = server.Name()](const Build& build, const BenchDatabase& database,
@@ -140,10 +174,11 @@ void CompareOnServers(Bench& bench, HistorySize size, int longestSeconds) {
   const BenchServer mariadb("mariadb", true);
   const BenchServer postgresql("postgresql", true);
   ServerTrials trials(size);
-  std::vector<Trial> all;
+  std::vector<Trial> all = {Sync()};
   for (const BenchServer* server : {&mariadb, &postgresql}) {
     all.push_back(trials.Job(*server));
     all.push_back(trials.Floor(*server));
+    all.push_back(trials.Commit(*server));
   }
   const auto archiver = [&](const std::string& name, PtArchiverWay way) {
     all.push_back(trials.On(
@@ -162,14 +197,22 @@ void CompareOnServers(Bench& bench, HistorySize size, int longestSeconds) {
   const std::string name = "archive of " + std::to_string(size.requests) + " requests of " +
                            std::to_string(size.customers) + " customers";
   const Taken taken = bench.Take(name, all, kRounds);
+  const auto tellMilliseconds = [&](const std::string& what, Samples seconds) {
+    for (double& sample : seconds) sample *= 1000;
+    bench.Tell(name + ", a " + what, "ms", seconds);
+  };
+  tellMilliseconds("sync", taken.Whole("sync"));
   for (const BenchServer* server : {&mariadb, &postgresql}) {
     const std::string& job = server->Name();
     const std::string full = name + ", " + job;
     const Samples seconds = taken.Whole(job);
     bench.Tell(full, "s", seconds);
     bench.Tell(full + ", peak memory", "MiB", taken.Peak(job));
+    tellMilliseconds("commit on " + job, taken.Whole("commit on " + job));
     bench.Ratio(full + ", to the C program", seconds, taken.Whole("C program on " + job),
                 AtMost(kToTheFloor));
+    bench.Ratio(full + ", pt-archiver in bulk to the C program", taken.Whole("pt-archiver, bulk"),
+                taken.Whole("C program on " + job), std::nullopt);
     bench.Ratio(full + ", pt-archiver in bulk to it", taken.Whole("pt-archiver, bulk"), seconds,
                 AtLeast(job == "mariadb" ? kSlowerThanBulkOnMariaDb : kNotSlowerThanBulk));
     bench.Ratio(full + ", pt-archiver with one row a transaction to it",
