@@ -13,8 +13,7 @@ namespace suite {
 // the result can be created or named in a message.
 std::filesystem::path NativePath(std::string_view path, const std::filesystem::path& base);
 
-// The same path as it is written, wherever something exists: what NativePath gives when something exists
-// there.
+// The path as it is spelled, without a look at the disk: what NativePath gives when something exists there.
 std::string SpelledPath(std::string_view path, std::string_view base);
 
 }  // namespace suite
