@@ -137,6 +137,17 @@ TEST_F(UserTest, AMissingFileIsNamed) {
       (folder_.Path() / "home/config/directory.ldif").string() + ": the directory's file cannot be read");
 }
 
+TEST_F(UserTest, BothFilesAreFoundInOtherSpellings) {
+  const std::filesystem::path config = folder_.Path() / "home/config";
+  std::filesystem::rename(config / "directory.ldif", config / "Directory.LDIF");
+  std::filesystem::rename(config / "siteConfiguration.xml", config / "SITECONFIGURATION.XML");
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Jane");
+  std::string others(kPeople);
+  others.replace(others.find("Jane"), 4, "Joan");
+  folder_.Write("home/config/directory.ldif", others);
+  EXPECT_EQ(Bind("jdoe")->FirstName(), "Joan") << "the file of the very name comes first";
+}
+
 TEST_F(UserTest, AChangedFileCountsAtOnce) {
   ASSERT_EQ(Bind("bare")->FirstName(), "");
   folder_.Write("home/config/directory.ldif",
