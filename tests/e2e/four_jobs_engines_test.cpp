@@ -42,8 +42,9 @@ struct Remains {
   std::vector<std::string> mails;
 };
 
+// The day on which the program began: rows that are looked at before midnight and after it are shown alike.
 DateTime Today() {
-  const auto now = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
+  static const auto now = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
   return DateTime::FromUnixMicroseconds(
       std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch()).count());
 }
