@@ -55,24 +55,21 @@ void Pass(const Words& words) {
   Timed(std::stoll(words.at(1)), [&] { RunJob(words.at(0), "SolveOnNoResponse"); });
 }
 
-// "render SHEET MAILS": what the libraries behind a mail need by themselves, as are the next two.
-void Render(const Words& words) {
-  const int mails = std::stoi(words.at(1));
-  Timed(mails, [&] { RenderPages(words.at(0), mails); });
-}
-
-// "send PAGE FOLDER MAILS"
-void Send(const Words& words) {
+// "part NAME HOME MAILS": what the libraries behind a mail need by themselves. "floor" does all of a mail's
+// parts before it turns to the next one: a disk that is let alone for a moment takes longer for a sync than
+// one that is asked for syncs only.
+void RunPart(const Words& words) {
+  const std::string& name = words.at(0);
   const int mails = std::stoi(words.at(2));
+  MailParts parts(words.at(1));
+  const bool all = name == "floor";
   Timed(mails, [&] {
-    SendMails({.sendUsing = CDO::SendUsing::Pickup, .pickupDirectory = words.at(1)}, words.at(0), mails);
+    for (int mail = 1; mail <= mails; ++mail) {
+      if (all || name == "rendering") parts.Render();
+      if (all || name == "sending") parts.Send();
+      if (all || name == "statements") parts.RunStatements(mail);
+    }
   });
-}
-
-// "statements HOME MAILS"
-void Statements(const Words& words) {
-  const int mails = std::stoi(words.at(1));
-  Timed(mails, [&] { RunStatementsOfMails(words.at(0), mails); });
 }
 
 class MailBench {
@@ -87,7 +84,6 @@ class MailBench {
     const fs::path original = work_ / way / "home";
     fs::create_directories(original.parent_path());
     MakeDueSuite(original, mails_, port);
-    const fs::path sheet = original / "Orvane" / "Mail" / "Sheets" / "reminder.xsl";
     std::vector<Trial> trials = {{"mails by " + way, Trial::Kind::Job, [&](const Build& build) {
                                     return JobOnACopy(build, original, port == 0);
                                   }}};
@@ -95,12 +91,13 @@ class MailBench {
       trials.push_back({loopWay, Trial::Kind::Peer, [&, loopWay](const Build&) {
                           const fs::path pickup = work_ / ("loop" + std::to_string(++copies_));
                           fs::create_directory(pickup);
-                          return RunMeasured(ORVANE_SHELL_LOOP,
-                                             {work_.string(), sheet.string(), std::to_string(shellMails_),
-                                              loopWay, port == 0 ? pickup.string() : std::to_string(port)});
+                          return RunMeasured(
+                              ORVANE_SHELL_LOOP,
+                              {work_.string(), SheetOf(original).string(), std::to_string(shellMails_),
+                               loopWay, port == 0 ? pickup.string() : std::to_string(port)});
                         }});
     }
-    if (port == 0) AddParts(trials, original, sheet);
+    if (port == 0) AddParts(trials, original);
     const Taken taken = bench_.Take("mail", trials, kRounds);
     const Samples job = Each(taken.Whole("mails by " + way), mails_);
     bench_.Tell("mail by " + way + ", job", "ms a mail", job);
@@ -116,6 +113,11 @@ class MailBench {
       bench_.Ratio("mail by " + way + ", " + part + " alone to job", Each(taken.Own(part), mails_), job,
                    judged ? std::optional(AtMost(kShareOfStatements)) : std::nullopt, "ms a mail");
     }
+    const Samples floor = Each(taken.Own("floor"), mails_);
+    bench_.Ratio("mail by " + way + ", job to its parts in turns", Each(taken.Own("mails by " + way), mails_),
+                 floor, std::nullopt, "ms a mail");
+    bench_.Ratio("mail by " + way + ", shell loop (curl) to the parts in turns",
+                 Each(taken.Whole("curl"), shellMails_), floor, std::nullopt, "ms a mail");
   }
 
  private:
@@ -142,22 +144,14 @@ class MailBench {
     return measured;
   }
 
-  void AddParts(std::vector<Trial>& trials, const fs::path& original, const fs::path& sheet) {
-    const std::string mails = std::to_string(mails_);
-    trials.push_back({"rendering", Trial::Kind::Peer, [=](const Build& build) {
-                        return build.Part({"render", sheet.string(), mails});
-                      }});
-    trials.push_back({"sending", Trial::Kind::Peer, [this, mails](const Build& build) {
-                        const fs::path pickup = work_ / ("sent" + std::to_string(++copies_));
-                        fs::create_directory(pickup);
-                        // The page is the one that the loop rendered last.
-                        return build.Part({"send", (work_ / "page.htm").string(), pickup.string(), mails});
-                      }});
-    const fs::path ofStatements = work_ / "statements";
-    fs::copy(original, ofStatements, fs::copy_options::recursive);
-    trials.push_back({"statements", Trial::Kind::Peer, [=](const Build& build) {
-                        return build.Part({"statements", ofStatements.string(), mails});
-                      }});
+  void AddParts(std::vector<Trial>& trials, const fs::path& original) {
+    for (const std::string part : {"rendering", "sending", "statements", "floor"}) {
+      trials.push_back({part, Trial::Kind::Peer, [this, &original, part](const Build& build) {
+                          const fs::path home = work_ / (part + std::to_string(++copies_));
+                          fs::copy(original, home, fs::copy_options::recursive);
+                          return build.Part({"part", part, home.string(), std::to_string(mails_)});
+                        }});
+    }
   }
 
   Bench& bench_;
@@ -186,6 +180,5 @@ void Measure(Bench& bench) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return RunProgram(argc, argv,
-                    {{"job", Pass}, {"render", Render}, {"send", Send}, {"statements", Statements}}, Measure);
+  return RunProgram(argc, argv, {{"job", Pass}, {"part", RunPart}}, Measure);
 }

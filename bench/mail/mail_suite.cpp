@@ -145,6 +145,10 @@ std::string MailBody() {
          "http://support.example.com/s.asp?Q=186A10\r\n";
 }
 
+fs::path SheetOf(const fs::path& home) {
+  return home / "Orvane" / "Mail" / "Sheets" / "reminder.xsl";
+}
+
 fs::path PickupFolder(const fs::path& home) {
   return home / "mail" / "pickup";
 }
@@ -181,31 +185,39 @@ void MakeDueSuite(const fs::path& home, int count, int smtpPort) {
   ReplaceInFile(configuration, "\"smtpserverport\">25", "\"smtpserverport\">" + std::to_string(smtpPort));
 }
 
-// Each prepared once, as the product sends them.
-void RunStatementsOfMails(const fs::path& home, int count) {
-  SqliteFile database(DatabaseOf(home));
-  database.Execute("PRAGMA synchronous=NORMAL");  // the provider's durability setting
-  const PreparedRun label(database, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?");
-  const PreparedRun mail(database, "SELECT * FROM EMAIL WHERE Mail_Id=?");
-  const PreparedRun text(database, "SELECT TEXT FROM DATALABEL WHERE LOCALEID=1033 AND TEXTID=?");
-  const PreparedRun question(database, "SELECT * FROM QUESTIONS WHERE Q_ID=?");
-  const PreparedRun parameter(database, "SELECT PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME=?");
-  const PreparedRun remind(database,
-                           "UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE R_STATUS=150 AND Q_ID=?");
-  const auto captions = Captions();
-  for (int i = 1; i <= count; ++i) {
-    const std::string id = std::to_string(100000 + i);
-    for (const auto& caption : captions) label(caption.first);
-    for (const char* other :
-         {"LBLQX3658", "LBLQX3996", "LBLQX3463", "LBLQX3478", "LBLQX3470", "LBLQX3388", "LBLQX3429"}) {
-      label(other);
-    }
-    mail("8");
-    for (const char* part : {"MAIL8BODY", "MAIL8SUBJECT"}) text(part);
-    for (int time = 0; time < 3; ++time) question(id);
-    for (int time = 0; time < 3; ++time) parameter("Conclusion_Time");
-    remind(id);
+struct MailStatements::Prepared {
+  explicit Prepared(const fs::path& home) : database(DatabaseOf(home)) {
+    database.Execute("PRAGMA synchronous=NORMAL");  // the provider's durability setting
   }
+
+  SqliteFile database;
+  PreparedRun label{database, "SELECT TEXT FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL=?"};
+  PreparedRun mail{database, "SELECT * FROM EMAIL WHERE Mail_Id=?"};
+  PreparedRun text{database, "SELECT TEXT FROM DATALABEL WHERE LOCALEID=1033 AND TEXTID=?"};
+  PreparedRun question{database, "SELECT * FROM QUESTIONS WHERE Q_ID=?"};
+  PreparedRun parameter{database, "SELECT PARAM_VALUE FROM PARAMETERS WHERE PARAM_NAME=?"};
+  PreparedRun remind{database,
+                     "UPDATE REMINDER SET T2_DATE='2004-07-30 00:00:00' WHERE R_STATUS=150 AND Q_ID=?"};
+  std::vector<std::pair<std::string, std::string>> captions = Captions();
+};
+
+MailStatements::MailStatements(const fs::path& home) : prepared_(std::make_unique<Prepared>(home)) {}
+
+MailStatements::~MailStatements() = default;
+
+void MailStatements::Run(int number) {
+  const Prepared& run = *prepared_;
+  const std::string id = std::to_string(100000 + number);
+  for (const auto& caption : run.captions) run.label(caption.first);
+  for (const char* other :
+       {"LBLQX3658", "LBLQX3996", "LBLQX3463", "LBLQX3478", "LBLQX3470", "LBLQX3388", "LBLQX3429"}) {
+    run.label(other);
+  }
+  run.mail("8");
+  for (const char* part : {"MAIL8BODY", "MAIL8SUBJECT"}) run.text(part);
+  for (int time = 0; time < 3; ++time) run.question(id);
+  for (int time = 0; time < 3; ++time) run.parameter("Conclusion_Time");
+  run.remind(id);
 }
 
 bool MailSink::IsInstalled(Kind kind) {

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,9 +21,20 @@ std::string MailBody();
 // A new installation with `count` due reminders. `smtpPort` 0 means the pickup folder.
 void MakeDueSuite(const std::filesystem::path& home, int count, int smtpPort);
 std::filesystem::path PickupFolder(const std::filesystem::path& home);
+std::filesystem::path SheetOf(const std::filesystem::path& home);
 
-// The statements that `count` mails take, on the database alone.
-void RunStatementsOfMails(const std::filesystem::path& home, int count);
+// The statements that a mail takes, on the database alone, each prepared once as the product sends them.
+class MailStatements {
+ public:
+  explicit MailStatements(const std::filesystem::path& home);
+  ~MailStatements();
+  // Of the reminder with this number, from 1.
+  void Run(int number);
+
+ private:
+  struct Prepared;
+  std::unique_ptr<Prepared> prepared_;
+};
 
 // A mail server on loopback that forgets what it takes.
 class MailSink {
