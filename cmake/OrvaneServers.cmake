@@ -8,9 +8,9 @@ function(orvane_server name)
   set(state "${ORVANE_SERVERS_DIR}/${name}.server")
   add_test(NAME server.${name}.start COMMAND "${command}" start "${state}")
   add_test(NAME server.${name}.stop COMMAND "${command}" stop "${state}")
-  set_tests_properties(server.${name}.start PROPERTIES FIXTURES_SETUP ${name} LABELS server TIMEOUT 120
+  set_tests_properties(server.${name}.start PROPERTIES FIXTURES_SETUP ${name} LABELS server TIMEOUT 600
     ENVIRONMENT "ORVANE_SERVER_TEMPLATES=${ORVANE_SERVERS_DIR}/templates")
-  set_tests_properties(server.${name}.stop PROPERTIES FIXTURES_CLEANUP ${name} LABELS server TIMEOUT 120)
+  set_tests_properties(server.${name}.stop PROPERTIES FIXTURES_CLEANUP ${name} LABELS server TIMEOUT 600)
 endfunction()
 
 # orvane_test_on_servers(NAME [EXCEPT filter])

@@ -22,7 +22,7 @@
 # "server_data KIND FUNCTION" call it: where ORVANE_SERVER_TEMPLATES names a folder, the data are kept there and copied the
 # next time, as long as this file and KIND.sh stay as they are.
 #
-# Set for them: folder (the server's own), port (a loopback port that was free), durable (empty: no fsync, for tests;
+# Set for them: folder (the server's own), port (a loopback port that nobody has), durable (empty: no fsync, for tests;
 # "durable": the settings of production, for benchmarks).
 set -euo pipefail
 
@@ -39,15 +39,43 @@ as_account() { "${account_prefix[@]}" "$@"; }
 
 state_value() { sed -n "s/^$1=//p" "$state"; }
 
+# The next port that nobody has, below those that the system gives to clients and to whoever asks for any: none of these may
+# take it until the server listens, or while it is down. All servers of an account take theirs from one counter.
 free_port() {
-  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+  python3 - "/tmp/orvane-server-ports.$(id -u)" <<'PORT'
+import fcntl, os, socket, sys
+
+first, count = 10000, 20000
+try:
+    with open("/proc/sys/net/ipv4/ip_local_port_range") as system:
+        count = max(1000, min(count, int(system.read().split()[0]) - first))
+except OSError:
+    pass
+with open(sys.argv[1], "a+") as counter:
+    fcntl.flock(counter, fcntl.LOCK_EX)
+    counter.seek(0)
+    last = int(counter.read() or os.getpid())
+    for next in range(last + 1, last + count + 1):
+        port = first + next % count
+        try:
+            with socket.socket() as probe:
+                probe.bind(("127.0.0.1", port))
+        except OSError:
+            continue
+        counter.truncate(0)
+        counter.write(str(next % count))
+        print(port)
+        break
+    else:
+        sys.exit("no free port")
+PORT
 }
 
 running() { [ -n "$1" ] && kill -0 "$1" 2>/dev/null; }
 
 wait_until_gone() {
   local pid=$1 tries
-  for ((tries = 0; tries < 1500; tries++)); do
+  for ((tries = 0; tries < 6000; tries++)); do
     running "$pid" || return 0
     sleep 0.02
   done
@@ -81,7 +109,7 @@ server_launch() {
       "${account_prefix[@]}" "${command[@]}" >>"$folder/log" 2>&1 </dev/null
   ) &
   disown
-  for ((tries = 0; tries < 2000; tries++)); do
+  for ((tries = 0; tries < 10000; tries++)); do
     if server_ready >/dev/null 2>&1; then return 0; fi
     # Without a number there it is still being started: on a busy machine that takes seconds.
     if [ -s "$folder/pid" ] && ! running "$(cat "$folder/pid")"; then break; fi

@@ -8,8 +8,7 @@ server_account=openldap
 server_stop_signal=INT
 sources=$(realpath "$(dirname "$0")/../..")
 
-# A second port, next to the one that was free.
-tls_port() { echo $((port + 1)); }
+tls_port() { cat "$folder/tls_port"; }
 
 # The people of dc=elsewhere, or all others: a database takes its own part only.
 people() {
@@ -18,6 +17,7 @@ people() {
 }
 
 server_create() {
+  free_port >"$folder/tls_port"
   as_account mkdir "$folder/site" "$folder/elsewhere"
   chmod 755 "$folder"
   as_account openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=127.0.0.1" \
