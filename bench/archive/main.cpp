@@ -115,11 +115,13 @@ class ServerTrials {
            bool everythingMoved = true) const {
     return {name, kind, [this, &server, run, everythingMoved](const Build& build) {
               const BenchDatabase database(server);
-              FillHistory(server.Name(), size_, [&](const std::string& sql) { database.Execute(sql); });
-              for (const char* table : {"QUESTIONHISTORY", "TRANSACTIONS"}) database.Analyse(table);
               const WorkFolder folder;
               const fs::path home = folder.Path() / "suite" / "home";
               MakeArchiveSuite(home, database.ConnectionString(), size_);
+              const auto made = std::chrono::steady_clock::now();
+              FillHistory(server.Name(), size_, [&](const std::string& sql) { database.Execute(sql); });
+              for (const char* table : {"QUESTIONHISTORY", "TRANSACTIONS"}) database.Analyse(table);
+              LetFilesSettle(made);
               const Measured measured = run(build, database, home);
               if (everythingMoved && database.Number("select count(*) from QUESTIONHISTORY") != 0)
                 throw std::runtime_error("requests were left behind");
@@ -229,7 +231,9 @@ void MeasureGrowth(Bench& bench, std::int64_t largest) {
                    const fs::path home = folder.Path() / "suite" / "home";
                    const HistorySize size{requests, 1};
                    MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
+                   const auto made = std::chrono::steady_clock::now();
                    MakeEmbeddedHistory(home, size);
+                   LetFilesSettle(made);
                    const Measured measured = build.Part({"job", home.string(), std::to_string(requests)});
                    mebibytes = std::max(mebibytes, LargestArchive(home));
                    return measured;
@@ -262,7 +266,9 @@ Trial OnSqlite(const char* called, HistorySize size,
             const WorkFolder folder;
             const fs::path home = folder.Path() / "suite" / "home";
             MakeArchiveSuite(home, "Provider=SQLite;Data Source=db\\orvane.sqlite", size);
+            const auto made = std::chrono::steady_clock::now();
             MakeEmbeddedHistory(home, size);
+            LetFilesSettle(made);
             return run(build, home);
           }};
 }

@@ -132,6 +132,7 @@ class MailBench {
     const fs::path home = work_ / ("copy" + std::to_string(++copies_)) / "home";
     fs::create_directories(home.parent_path());
     fs::copy(original, home, fs::copy_options::recursive);
+    LetFilesSettle();
     const Measured measured = build.Part({"job", home.string(), std::to_string(mails_)});
     SqliteFile database(DatabaseOf(home));
     if (database.Number("SELECT count(*) FROM REMINDER WHERE T2_DATE IS NOT NULL") != mails_) {
@@ -149,6 +150,7 @@ class MailBench {
       trials.push_back({part, Trial::Kind::Peer, [this, &original, part](const Build& build) {
                           const fs::path home = work_ / (part + std::to_string(++copies_));
                           fs::copy(original, home, fs::copy_options::recursive);
+                          LetFilesSettle();
                           return build.Part({"part", part, home.string(), std::to_string(mails_)});
                         }});
     }

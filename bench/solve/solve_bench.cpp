@@ -102,6 +102,7 @@ void Measure(Bench& bench) {
           const fs::path home = folder.Path() / ("copy" + std::to_string(++copies)) / "home";
           fs::create_directories(home.parent_path());
           fs::copy(original, home, fs::copy_options::recursive);
+          LetFilesSettle();
           const Measured measured = build.Part({"pass", home.string(), std::to_string(rows)});
           const auto mails =
               std::distance(fs::directory_iterator(home / "mail" / "pickup"), fs::directory_iterator());

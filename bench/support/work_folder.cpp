@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace orvane_bench {
 
@@ -16,6 +17,11 @@ WorkFolder::WorkFolder() {
 WorkFolder::~WorkFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+void LetFilesSettle(std::chrono::steady_clock::time_point madeBy) {
+  // The longest step in which a file system tells time is two seconds.
+  std::this_thread::sleep_until(madeBy + std::chrono::seconds(3));
 }
 
 }  // namespace orvane_bench

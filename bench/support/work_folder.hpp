@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 
 namespace orvane_bench {
@@ -16,5 +17,9 @@ class WorkFolder {
  private:
   std::filesystem::path path_;
 };
+
+// Waits until files that had been made by then are as old as those of an installation in use. A job looks
+// into younger ones each time it needs them, since their times do not yet prove that they are unchanged.
+void LetFilesSettle(std::chrono::steady_clock::time_point madeBy = std::chrono::steady_clock::now());
 
 }  // namespace orvane_bench
