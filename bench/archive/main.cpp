@@ -9,7 +9,6 @@
 // one row a transaction ends after SECONDS (4) for each table, and its time for all rows is reckoned from the
 // rows moved by then; everything else is run to its end. With a journal, without one, and as a preview
 // JOURNALED (20,000) requests OF (200) customers are archived.
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +18,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -31,7 +31,6 @@
 #include "bench/support/bench.hpp"
 #include "bench/support/part.hpp"
 #include "bench/support/work_folder.hpp"
-#include "platform/base/descriptor.hpp"
 
 namespace orvane_bench {
 namespace {
@@ -95,9 +94,10 @@ Trial Sync() {
             const std::string page(4096, 'x');
             const auto start = std::chrono::steady_clock::now();
             for (int i = 0; i < kFiles; ++i) {
-              const base::Descriptor file(
-                  open((folder.Path() / std::to_string(i)).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
-              if (base::WriteAll(file.Get(), page) != 0 || fsync(file.Get()) != 0)
+              const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+                  std::fopen((folder.Path() / std::to_string(i)).c_str(), "w"), std::fclose);
+              if (!file || std::fwrite(page.data(), page.size(), 1, file.get()) != 1 ||
+                  std::fflush(file.get()) != 0 || fsync(fileno(file.get())) != 0)
                 throw std::runtime_error("a file cannot be synced");
             }
             const std::chrono::duration<double> all = std::chrono::steady_clock::now() - start;
