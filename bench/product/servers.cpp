@@ -1,6 +1,5 @@
 #include "bench/product/servers.hpp"
 
-#include <chrono>
 #include <stdexcept>
 
 #include "platform/adodb/odbc/provider.hpp"
@@ -39,17 +38,6 @@ std::int64_t BenchDatabase::Number(const std::string& sql) const {
   const auto rows = session->Query(sql, {});
   if (!rows->Next()) throw std::runtime_error("no row: " + sql);
   return automation::ToInt64(rows->Value(0));
-}
-
-double BenchDatabase::SecondsOfACommit(int count) const {
-  const auto session = database_->Connect();
-  const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < count; ++i) {
-    session->Execute(
-        "update PARAMETERS set PARAM_VALUE = '" + std::to_string(i) + "' where PARAM_NAME = 'ArchiveAfter'",
-        {});
-  }
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / count;
 }
 
 void BenchDatabase::Analyse(const std::string& table) const {

@@ -39,8 +39,6 @@ class BenchDatabase {
   std::string Setting(const std::string& keyword) const;  // of the connection string
   void Execute(const std::string& sql) const;
   std::int64_t Number(const std::string& sql) const;  // first column of the first row
-  // How long a transaction that changes one row takes, as the mean of so many.
-  double SecondsOfACommit(int count) const;
   // What the server would do by itself in the hours between a load and a nightly run.
   void Analyse(const std::string& table) const;
 
