@@ -3,17 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "run/lock/file_lock.hpp"
@@ -84,36 +81,34 @@ class RestoreTest : public testing::Test {
     return LastRun();
   }
   std::string LastRun() const {
-    Strings runs;
+    fs::path last;
     for (const auto& entry : fs::directory_iterator(home_ / "journal")) {
-      if (entry.path().extension() == ".jsonl") runs.push_back(entry.path().stem().string());
+      if (entry.path().extension() != ".jsonl") continue;
+      if (last.empty() || fs::last_write_time(last) < entry.last_write_time()) last = entry.path();
     }
-    return *std::max_element(runs.begin(), runs.end());
+    return last.stem().string();
   }
   Outcome Restore(const std::string& run, const Strings& more = {}) const {
     Strings words{"restore", "--home", home_.string(), run};
     words.insert(words.end(), more.begin(), more.end());
     return RunHost(words);
   }
-  // Kills it then, unless it has come to its end.
-  void RunUntilItHasCommitted(int commits) const {
-    RunningHost run({"run", "--home", home_.string(), "Archive"});
-    const auto hasEnded = [&run] {
-      siginfo_t info{};
-      return waitid(P_PID, static_cast<id_t>(run.Pid()), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
-             info.si_pid != 0;
-    };
-    for (bool reached = false; !reached && !hasEnded(); std::this_thread::yield()) {
-      std::error_code none;
-      for (const auto& entry : fs::directory_iterator(home_ / "journal", none)) {
-        const std::string text = TemporaryFolder::Read(entry.path());
-        int seen = 0;
-        for (std::size_t at = 0; (at = text.find("\"op\":\"commit\"", at)) != std::string::npos; ++at) ++seen;
-        reached = reached || seen >= commits;
-      }
-    }
-    run.Signal(SIGKILL);
-    run.Wait();
+  // The run is killed before one of its calls of a kind, on files below a folder of the suite.
+  struct Calls {
+    const char* kind;
+    const char* below;
+  };
+  Outcome ArchiveDisturbed(const Calls& calls, const std::string& setting, const std::string& value) const {
+    return RunHost({"run", "--home", home_.string(), "Archive"},
+                   {{"LD_PRELOAD", ORVANE_FAULT_POINTS},
+                    {"FAULT_CALL", calls.kind},
+                    {"FAULT_BELOW", (home_ / calls.below).string()},
+                    {setting, value}});
+  }
+  long Count(const Calls& calls) const {
+    const fs::path count = folder_.Path() / "count";
+    EXPECT_EQ(ArchiveDisturbed(calls, "FAULT_COUNT", count.string()).exitCode, 0);
+    return std::stol(TemporaryFolder::Read(count));
   }
   std::string Archives() const {
     std::string text;
@@ -193,21 +188,25 @@ TEST_F(RestoreTest, AFailureInTheMiddleLeavesNothing) {
   EXPECT_THAT(Restore(run, {"--apply"}).err, HasSubstr("the table QUESTIONHISTORY has no column Q_CALL"));
 }
 
+// While it replaces a file, and within the commits of its deletions.
 TEST_F(RestoreTest, PutsBackWhatAKilledRunHadDeleted) {
   const auto before = Dump();
-  int killed = 0;
-  for (int attempt = 0; attempt < 30 && killed < 3; ++attempt) {
-    fs::remove_all(home_ / "journal");
-    RunUntilItHasCommitted(1 + killed);
-    const std::string run = LastRun();
-    const std::string journal = TemporaryFolder::Read(home_ / "journal" / (run + ".jsonl"));
-    if (journal.find("run.end") == std::string::npos) ++killed;  // otherwise it was faster than the signal
-    EXPECT_LT(Dump().size(), before.size());
-    const Outcome outcome = Restore(run, {"--apply"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-    EXPECT_EQ(Dump(), before);
+  for (const Calls& calls : {Calls{"rename", "Data/Archives"}, Calls{"write", "db/orvane.sqlite-wal"}}) {
+    const long all = Count(calls);
+    ASSERT_GT(all, 10) << calls.kind;
+    ASSERT_EQ(Restore(LastRun(), {"--apply"}).exitCode, 0);
+    for (const long point : {all / 4, all / 2, all - 1}) {
+      SCOPED_TRACE(calls.kind + (" " + std::to_string(point)) + " of " + std::to_string(all));
+      fs::remove_all(home_ / "journal");
+      EXPECT_EQ(ArchiveDisturbed(calls, "FAULT_AT", std::to_string(point)).exitCode, -1);
+      const std::string run = LastRun();
+      EXPECT_THAT(TemporaryFolder::Read(home_ / "journal" / (run + ".jsonl")), Not(HasSubstr("run.end")));
+      EXPECT_LT(Dump().size(), before.size());
+      const Outcome outcome = Restore(run, {"--apply"});
+      EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+      EXPECT_EQ(Dump(), before);
+    }
   }
-  EXPECT_EQ(killed, 3);
 }
 
 TEST_F(RestoreTest, AsksTheDatabaseWhetherTheLastCommitOfAKilledRunTookPlace) {
