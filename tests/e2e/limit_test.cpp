@@ -22,6 +22,7 @@ namespace orvane_test {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 using Strings = std::vector<std::string>;
@@ -53,10 +54,11 @@ TEST_F(RunLimitTest, TheNextJobsStillRunWhenOneIsOverItsLimit) {
 TEST_F(RunLimitTest, ThePreviewTellsProgressHowMuchThereIsToDo) {
   suite_.Sql("UPDATE PROSPECT SET LASTVISITEDTIME = '2001-01-01 00:00:00', PENDINGQUESTIONS = 0");
   const Outcome known = suite_.Run({"DormantUserExpiry"}, {"--limit", "100%", "--progress", "always"});
-  EXPECT_THAT(known.err, HasSubstr("DormantUserExpiry: 200 rows deleted; "));
-  EXPECT_THAT(known.err, HasSubstr(" a second, 100 %, 0:0"));
+  EXPECT_THAT(known.err,
+              ContainsRegex(
+                  "DormantUserExpiry: 200 rows deleted; [0-9,]+ a second, 100 %, 0:[0-5][0-9]:[0-5][0-9]\n"));
   const Outcome unknown = suite_.Run({"CleanUp"}, {"--progress", "always"});
-  EXPECT_THAT(unknown.err, HasSubstr(" a second, 0:0"));
+  EXPECT_THAT(unknown.err, ContainsRegex(" a second, 0:[0-5][0-9]:[0-5][0-9]\n"));
   EXPECT_THAT(unknown.err, Not(HasSubstr("%")));
 }
 
@@ -94,6 +96,12 @@ TEST_F(RunLimitTest, ASharedFolderHasItsLimitToo) {
 class LimitLatchTest : public RunLimitTest {
  protected:
   LimitLatchTest() {
+    // However slow the test is, a run that it holds up waits for it.
+    const fs::path file = suite_.Home() / "config/siteConfiguration.xml";
+    const std::string database = "orvane.sqlite";
+    std::string site = TemporaryFolder::Read(file);
+    site.insert(site.find(database) + database.size(), ";Timeout=300");
+    std::ofstream(file, std::ios::binary) << site;
     suite_.Sql("UPDATE PROSPECT SET LASTVISITEDTIME = '2030-01-01 00:00:00', PENDINGQUESTIONS = 0");
   }
 
