@@ -27,14 +27,15 @@ class RunningHost {
   RunningHost& operator=(const RunningHost&) = delete;
 
   pid_t Pid() const { return child_; }
-  // Reads its standard error until the text has come; raises when it ends before, or after a minute.
+  // Reads its standard error until the text has come; raises when it ends before, or is silent for five
+  // minutes.
   void AwaitError(std::string_view text);
   // Closes the test's end of its standard output and error: whoever reads hangs up.
   void HangUp();
   void Signal(int number) const;
   // Waits for its end and reads nothing meanwhile of what it writes.
   void AwaitEnd() const;
-  // Its end, at most a minute away, and all that it has written.
+  // Its end and all that it has written; raises when it is silent for five minutes.
   Outcome Wait();
 
  private:
@@ -47,8 +48,8 @@ class RunningHost {
   pid_t child_ = -1;
 };
 
-// Runs the binary with the words as its arguments and waits for it, at most a minute. The environment holds
-// PATH, LC_ALL=C and TZ=UTC, and whatever `environment` adds or replaces.
+// Runs the binary with the words as its arguments and waits for it. The environment holds PATH, LC_ALL=C and
+// TZ=UTC, and whatever `environment` adds or replaces.
 Outcome RunHost(const std::vector<std::string>& words,
                 const std::map<std::string, std::string>& environment = {});
 
