@@ -44,7 +44,7 @@ bool Readable(int socket, std::chrono::milliseconds time) {
 }
 
 constexpr std::chrono::milliseconds kGlance{50};
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::minutes kPatience{1};
 
 }  // namespace
 
@@ -70,7 +70,7 @@ TcpProxy::~TcpProxy() {
 
 void TcpProxy::TakeNoMore() {
   takesMore_ = false;
-  std::this_thread::sleep_for(3 * kGlance);  // each connection looks at least that often
+  while (open_ > 1) std::this_thread::yield();  // all but the one that asks for it
 }
 
 void TcpProxy::Accept() {
@@ -82,7 +82,11 @@ void TcpProxy::Accept() {
       Close(program);
       continue;
     }
-    connections_.emplace_back([this, program] { Serve(program); });
+    ++open_;
+    connections_.emplace_back([this, program] {
+      Serve(program);
+      --open_;
+    });
   }
 }
 
@@ -112,10 +116,12 @@ void TcpProxy::Serve(int program) {
 }
 
 bool TcpProxy::DealWith(std::string_view sent, int& program, int server) {
-  const Fate fate = [&] {
-    const std::lock_guard lock(watching_);
-    return watch_(sent);
-  }();
+  std::unique_lock lock(watching_, std::defer_lock);
+  while (!lock.try_lock_for(kGlance)) {
+    if (!takesMore_) return false;
+  }
+  const Fate fate = takesMore_ ? watch_(sent) : Fate::CutOff;
+  lock.unlock();
   switch (fate) {
     case Fate::PassedOn:
       return SendAll(server, sent);

@@ -26,7 +26,8 @@ class TcpProxy {
   TcpProxy(const TcpProxy&) = delete;
 
   int Port() const { return port_; }
-  // Closes all connections but the one that is being watched, and new ones as soon as they are made.
+  // Closes all connections but the one that is being watched, and new ones as soon as they are made. For the
+  // watch alone; the others are closed when it returns.
   void TakeNoMore();
 
  private:
@@ -36,11 +37,12 @@ class TcpProxy {
 
   int serverPort_;
   Watch watch_;
-  std::mutex watching_;
+  std::timed_mutex watching_;
   int listener_ = -1;
   int port_ = 0;
   std::atomic<bool> takesMore_ = true;
   std::atomic<bool> stopping_ = false;
+  std::atomic<int> open_ = 0;
   std::vector<std::thread> connections_;  // the accepting thread's own until that has ended
   std::thread accepting_;
 };
