@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -205,15 +206,17 @@ TEST_F(OwnFilesTest, ManyPagesOfOneNameDoNotMakeTheLastOneAStranger) {
   job.AttachPage();
 }
 
-// Two runs in the same second, and a sweep of the page folder beside them.
+// Two runs in the same second, and a sweep of the page folder beside them. They go on until they have met.
 TEST_F(OwnFilesTest, NoMailTakesThePageOfAnotherRun) {
   constexpr int kMails = 300;
+  const auto longest = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   std::atomic<bool> done = false;
   std::atomic<int> refused = 0;
   const auto run = [&](const std::string& name) {
     RunningJob job(folder_, name);
     int sent = 0;
-    for (int mail = 0; mail < kMails; ++mail) {
+    for (int mail = 0; mail < kMails || (refused == 0 && std::chrono::steady_clock::now() < longest);
+         ++mail) {
       try {
         job.Mail("page of " + name);
         ++sent;

@@ -62,7 +62,7 @@ void ScriptedPeer::Converse(int client, const std::vector<std::string>& script) 
     if (answer == "DRIP") return Drip(client);
     if (answer != "SILENCE") {
       const std::string line = answer + "\r\n";
-      static_cast<void>(!write(client, line.data(), line.size()));
+      static_cast<void>(!send(client, line.data(), line.size(), MSG_NOSIGNAL));
       inMail = answer.substr(0, 3) == "354";
     }
     const std::string end = inMail ? "\r\n.\r\n" : "\r\n";

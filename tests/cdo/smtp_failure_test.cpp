@@ -16,13 +16,13 @@ const std::vector<std::string> kHealthy = {"220 hello", "250 localhost", "250 se
 
 class SmtpFailureTest : public orvane_test::MailTest {
  protected:
-  void Connect(const ScriptedPeer& peer) {
+  void Connect(const ScriptedPeer& peer, int responseSeconds = 60) {
     Use({.sendUsing = CDO::SendUsing::Port,
          .server = "127.0.0.1",
          .port = peer.Port(),
-         .connectSeconds = 2,
-         .responseSeconds = 1,
-         .sendSeconds = 10});
+         .connectSeconds = 60,
+         .responseSeconds = responseSeconds,
+         .sendSeconds = 60});
   }
   automation::Error ErrorWith(const std::vector<std::string>& script) {
     ScriptedPeer peer({script});
@@ -87,10 +87,12 @@ TEST_P(ClosingTest, AConnectionThatBreaksIsAnErrorAndNeverHangs) {
 INSTANTIATE_TEST_SUITE_P(AfterLine, ClosingTest, testing::Range<std::size_t>(0, 6));
 
 TEST_F(SmtpFailureTest, ASilentServerEndsInATimeOut) {
+  ScriptedPeer peer({std::vector<std::string>{"220 hello", "SILENCE"}});
+  Connect(peer, 1);
   const auto before = std::chrono::steady_clock::now();
-  const automation::Error error = ErrorWith({"220 hello", "SILENCE"});
+  const automation::Error error = ErrorOf([] { NewMessage()->send(); });
   EXPECT_EQ(error.Number(), kNotSent);
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(20));
 }
 
 TEST_F(SmtpFailureTest, AServerThatDripsAnswersForEverEndsAtTheSendLimit) {

@@ -62,7 +62,7 @@ SmtpServer::~SmtpServer() {
 
 std::string SmtpServer::Kept(const std::string& name) const {
   const std::string path = folder_ + "/" + name;
-  for (int i = 0; i < 200 && !std::filesystem::exists(path); ++i) {
+  for (int i = 0; i < 6000 && !std::filesystem::exists(path); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   std::ostringstream bytes;
