@@ -1,8 +1,8 @@
 // "check" and the preflight of "run" on an embedded suite, each with the faults that they are for.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -109,9 +109,15 @@ TEST_F(CheckTest, TheDemoIsCheckedInSecondsAndStaysAsItIs) {
   const std::string home = (folder_.Path() / "demo" / "home").string();
   MakeDemoSuite(home);
   const auto before = Everything(folder_.Path());
-  const auto begin = std::chrono::steady_clock::now();
+  // Of its own work: the machine may be busy with others'.
+  const auto seconds = [] {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec;
+  };
+  const auto begin = seconds();
   const Outcome outcome = RunHost({"check", "--home", home});
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_LT(seconds() - begin, 5);
   EXPECT_EQ(outcome.exitCode, 0) << outcome.out;
   EXPECT_THAT(outcome.out,
               HasSubstr("warning: QUESTIONS: due questions of prospects without a mail address: "));

@@ -24,7 +24,7 @@ fail() {
 }
 # Waits until the command succeeds.
 await() {
-  for _ in $(seq 600); do
+  for _ in $(seq 6000); do
     if "$@"; then return 0; fi
     sleep 0.05
   done
