@@ -70,19 +70,20 @@ std::string Content(const fs::path& file) {
   return content.str();
 }
 
-// Names and bytes of all archive files, the times at which they were archived aside.
-std::string ArchivesOf(const fs::path& home) {
+// A hash of the names and bytes of all archive files, the times at which they were archived aside. Their
+// texts are not kept: the memory that this program has counts for the peak of those that it starts.
+std::size_t HashOfArchives(const fs::path& home) {
   const std::string attribute = "DateArchived=\"";
-  std::map<fs::path, std::string> files;
+  std::map<fs::path, std::size_t> files;
   for (const auto& entry : fs::directory_iterator(home / "Data" / "Archives")) {
     std::string content = Content(entry.path());
     const std::size_t date = content.find(attribute);
     if (date != std::string::npos) content.erase(date, content.find('"', date + attribute.size()) - date);
-    files[entry.path().filename()] = content;
+    files[entry.path().filename()] = std::hash<std::string>()(content);
   }
   std::string all;
-  for (const auto& [name, content] : files) all += name.string() + '\n' + content;
-  return all;
+  for (const auto& [name, hash] : files) all += name.string() + ' ' + std::to_string(hash) + '\n';
+  return std::hash<std::string>()(all);
 }
 
 // A new file of one page, from its writing to the disk's word that it is there. Three of these and a commit
@@ -170,7 +171,7 @@ class ServerTrials {
  private:
   // The job and the C program must write the same.
   void RequireSameArchives(const fs::path& home) {
-    const std::size_t archives = std::hash<std::string>()(ArchivesOf(home));
+    const std::size_t archives = HashOfArchives(home);
     if (archives_ && *archives_ != archives)
       throw std::runtime_error("the job and the C program wrote other files");
     archives_ = archives;
