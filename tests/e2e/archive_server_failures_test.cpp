@@ -8,8 +8,10 @@
 #include <memory>
 #include <optional>
 
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/e2e/archive_installation.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/servers/server_sessions.hpp"
 #include "tests/servers/tcp_proxy.hpp"
 #include "tests/support/archive_files.hpp"
 
@@ -36,7 +38,6 @@ class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
     engine_ = MakeEngine(*server_, GetParam());
     engine_->ExecuteAll(RowsOfThreeCustomers());
   }
-  bool OnPostgreSql() const { return GetParam() == "postgresql"; }
 
   // One run in which the commit of the second customer's purge meets its fate; `otherwise` decides about all
   // else that is sent.
@@ -75,20 +76,11 @@ class ArchiveServerFailuresTest : public testing::TestWithParam<std::string> {
     ExpectArchiveFiles(installation_.Archives());
   }
 
-  // Ends the sessions of everybody else on the test's database.
+  // Ends all sessions on the test's database.
   void EndSessions() {
-    if (OnPostgreSql()) {
-      engine_->Column(
-          "select pg_terminate_backend(pid) from pg_stat_activity where datname = current_database() and pid "
-          "<> "
-          "pg_backend_pid()");
-      return;
-    }
-    for (const std::string& id :
-         engine_->Column("select id from information_schema.processlist where db = database() and id <> "
-                         "connection_id()")) {
-      engine_->Execute("kill " + id);
-    }
+    const auto session = ADODB::odbc::MakeProvider()->Connect(
+        ADODB::engine::ConnectionString::Parse(engine_->ConnectionString()));
+    EndOtherSessions(*session, GetParam());
   }
 
   int commits_ = 0;

@@ -14,6 +14,7 @@
 #include "platform/adodb/session/session_lock.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
+#include "tests/servers/server_sessions.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace orvane_test {
@@ -61,11 +62,7 @@ class LockLostTest : public testing::TestWithParam<std::string> {
       const std::string number = holder.substr(begin, holder.find_first_not_of("0123456789", begin) - begin);
       if (number == ended) continue;
       ended = number;
-      if (IsPostgreSql()) {
-        session_->Query("SELECT pg_terminate_backend(" + number + ")", {});
-      } else {
-        session_->Execute("KILL " + number, {});
-      }
+      EndSession(*session_, GetParam(), number);
     }
   }
 

@@ -12,21 +12,35 @@ int Number(ADODB::engine::Session& session, const std::string& query) {
 
 }  // namespace
 
-void EndOtherSessions(const ServerDatabase& database, const std::string& server) {
-  const auto session = database.Connect();
+void EndSession(ADODB::engine::Session& own, const std::string& server, const std::string& number) {
   if (server == "postgresql") {
-    Number(*session,
-           "SELECT CAST(count(pg_terminate_backend(pid)) AS integer) FROM pg_stat_activity"
-           " WHERE datname = current_database() AND pid <> pg_backend_pid()");
+    own.Query("SELECT pg_terminate_backend(" + number + ")", {});
     return;
   }
+  constexpr int kUnknownThread = 1094;
+  try {
+    own.Execute("KILL " + number, {});
+  } catch (const automation::Error& error) {
+    if (error.NativeCode() != kUnknownThread) throw;
+  }
+}
+
+void EndOtherSessions(ADODB::engine::Session& own, const std::string& server) {
   std::vector<std::string> others;
   {
-    const auto rows = session->Query(
-        "SELECT ID FROM information_schema.PROCESSLIST WHERE DB = database() AND ID <> CONNECTION_ID()", {});
+    const auto rows =
+        own.Query(server == "postgresql" ? "SELECT pid FROM pg_stat_activity"
+                                           " WHERE datname = current_database() AND pid <> pg_backend_pid()"
+                                         : "SELECT ID FROM information_schema.PROCESSLIST"
+                                           " WHERE DB = database() AND ID <> CONNECTION_ID()",
+                  {});
     while (rows->Next()) others.push_back(automation::ToText(rows->Value(0)));
   }
-  for (const std::string& id : others) session->Execute("KILL " + id, {});
+  for (const std::string& number : others) EndSession(own, server, number);
+}
+
+void EndOtherSessions(const ServerDatabase& database, const std::string& server) {
+  EndOtherSessions(*database.Connect(), server);
 }
 
 int OtherSessions(ADODB::engine::Session& own, const std::string& server) {
