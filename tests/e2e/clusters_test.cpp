@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/adodb/odbc/provider.hpp"
 #include "tests/e2e/archive_installation.hpp"
 #include "tests/e2e/host_process.hpp"
 #include "tests/servers/server_database.hpp"
@@ -37,6 +38,8 @@ class Cluster {
     nodes_.push_back(Server::StartOwn("galera"));
     nodes_.push_back(Server::StartOwn("galera"));
     unsetenv("ORVANE_CLUSTER");
+    // Who looks there sees what was committed before on any node.
+    Connect(Last())->Execute("SET GLOBAL wsrep_sync_wait = 7", {});
   }
   ~Cluster() {
     while (!nodes_.empty()) nodes_.pop_back();
@@ -45,12 +48,26 @@ class Cluster {
   const Server& First() const { return nodes_.front(); }
   const Server& Last() const { return nodes_.back(); }
 
+  // Waits until each node that is up has what was committed on any.
+  void Settle() const {
+    for (const Server& node : nodes_) {
+      try {
+        const auto session = Connect(node);
+        session->Execute("SET SESSION wsrep_sync_wait = 7", {});
+        session->Query("SELECT count(*) FROM mysql.db", {})->Next();
+      } catch (const automation::Error&) {
+        // It is down.
+      }
+    }
+  }
+
   // The last node's database by a list of all nodes, in their order.
   std::string ByList(const std::string& connection) const {
     return ByList(connection, First().Setting("port"));
   }
   // The same, with the first node behind another port.
   std::string ByList(const std::string& connection, const std::string& firstPort) const {
+    Settle();
     std::string list = "127.0.0.1:" + firstPort;
     for (std::size_t node = 1; node < nodes_.size(); ++node)
       list += ",127.0.0.1:" + nodes_[node].Setting("port");
@@ -61,6 +78,11 @@ class Cluster {
   }
 
  private:
+  static std::unique_ptr<ADODB::engine::Session> Connect(const Server& node) {
+    return ADODB::odbc::MakeProvider()->Connect(
+        ADODB::engine::ConnectionString::Parse(node.Setting("connection")));
+  }
+
   std::vector<Server> nodes_;
 };
 
@@ -147,6 +169,7 @@ TEST(GaleraClusterTest, NothingIsLostWhenANodeIsKilledInMidRunAndTheNextRunTakes
   EXPECT_GT(left, kRequestsThatStay) << killed.err;
   EXPECT_GE(demo.Archived() + left, kArchivable + kRequestsThatStay);
 
+  cluster.Settle();
   const Outcome next = RunHost(demo.Words("Archive"));
   EXPECT_EQ(next.exitCode, 0) << next.err;
   EXPECT_EQ(demo.Rows("QUESTIONHISTORY"), kRequestsThatStay);
@@ -171,6 +194,7 @@ TEST(GaleraClusterTest, ACommitThatCertificationRefusesIsUndoneAndMadeUpForByThe
   auto throughProxy = ADODB::engine::ConnectionString::Parse(engine->ConnectionString());
   throughProxy.Set("Port", std::to_string(proxy.Port()));
   installation.Configure(throughProxy.ToString(), ThreeCustomers());
+  cluster.Settle();
 
   const Outcome outcome = installation.Run();
 
