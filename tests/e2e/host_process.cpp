@@ -18,17 +18,19 @@
 namespace orvane_test {
 namespace {
 
-// What a run leaves is named and shown by its day. No test begins so late that the runs it holds against each
-// other belong to two.
-class BeginAfterMidnight : public testing::EmptyTestEventListener {
+// What a run leaves is named and shown by its day, and a moment at midnight without its time. No test begins
+// so late that the runs it holds against each other belong to two days, or so early that one begins at
+// midnight.
+class KeepsOffMidnight : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo&) override {
+    constexpr std::chrono::seconds kBehind(2);
     const auto now = std::chrono::system_clock::now();
-    const auto midnight = std::chrono::ceil<std::chrono::days>(now);
-    if (midnight - now < std::chrono::minutes(1)) std::this_thread::sleep_until(midnight);
+    const auto next = std::chrono::ceil<std::chrono::days>(now - kBehind) + kBehind;
+    if (next - now < std::chrono::minutes(1)) std::this_thread::sleep_until(next);
   }
 };
 const bool kListens = [] {
-  testing::UnitTest::GetInstance()->listeners().Append(new BeginAfterMidnight);
+  testing::UnitTest::GetInstance()->listeners().Append(new KeepsOffMidnight);
   return true;
 }();
 
