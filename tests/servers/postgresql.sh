@@ -32,6 +32,8 @@ server_create() {
     if [ -z "$durable" ]; then printf 'fsync = off\nfull_page_writes = off\n'; else echo 'shared_buffers = 1GB'; fi
     # New statistics may change the order of a query without one, and would do so between two steps of a test.
     [ -n "$durable" ] || echo 'autovacuum = off'
+    # A large machine runs as many suites side by side as it has processors, each with some sessions.
+    [ -n "$durable" ] || echo 'max_connections = 400'
   } | as_account tee -a "$folder/data/postgresql.conf" >/dev/null
 }
 
