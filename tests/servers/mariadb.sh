@@ -30,7 +30,9 @@ server_create() {
       echo "innodb_flush_log_at_trx_commit=2"
       echo "innodb_flush_method=nosync"
       echo "innodb_doublewrite=0"
-      echo "max_connections=400"  # see postgresql.sh
+      # For the reasons in postgresql.sh.
+      echo "innodb_stats_auto_recalc=OFF"
+      echo "max_connections=400"
     else
       # As a server has it that serves a database of this size; the 128 MiB of the package would not hold it.
       echo "innodb_buffer_pool_size=1G"
